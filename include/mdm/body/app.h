@@ -1,0 +1,44 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file
+ * Body of message type 13: application-management policies.
+ */
+#ifndef MDM_BODY_APP_H
+#define MDM_BODY_APP_H
+
+#include "mdm/body/app_head.h"
+
+/** Two strings, sent in field order; either may be null. */
+typedef struct mdm_app_pair {
+    char *first;
+    char *second;
+} mdm_app_pair_t;
+
+/** Two numbers, sent in field order. */
+typedef struct mdm_app_num_pair {
+    uint32_t num1;
+    uint32_t num2;
+} mdm_app_num_pair_t;
+
+/**
+ * Body of the application category.
+ *
+ * | `type`    | `data` points to                                                         |
+ * |-----------|--------------------------------------------------------------------------|
+ * | 4, 15     | GList of strings (package names)                                         |
+ * | 140, 141  | one ::mdm_app_num_pair_t; a sender sets `data_size` to 8                 |
+ * | 184, 185  | one ::mdm_app_pair_t                                                     |
+ * | any other | `data_size` raw bytes, which arrive as a new string with a terminator    |
+ *
+ * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone
+ * and the receiver's `data` becomes null. A null element ends a package list on the wire although
+ * the count still counts it: do not send one.
+ *
+ * ipc_free() releases `pkg` always and the payload except a package list (4, 15), whose cells
+ * and strings stay with the owner of the message. For 184 and 185 `data` keeps its old value.
+ */
+typedef struct mdm_app_info {
+    MDM_APP_HEAD;
+} mdm_app_info_t;
+
+#endif

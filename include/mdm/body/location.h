@@ -1,0 +1,19 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file
+ * Body of message types 49 and 50: location policies.
+ */
+#ifndef MDM_BODY_LOCATION_H
+#define MDM_BODY_LOCATION_H
+
+#include "mdm/body/head.h"
+
+/**
+ * Body of the location category: the head alone. `data_size` is sent as it stands and announces
+ * no payload; `data` is never used, and ipc_free() does nothing.
+ */
+typedef struct mdm_location_info {
+    MDM_BODY_HEAD;
+} mdm_location_info_t;
+
+#endif

@@ -1,0 +1,23 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file
+ * Body of message type 63: detail of a miscellaneous event.
+ */
+#ifndef MDM_BODY_MISC_CB_H
+#define MDM_BODY_MISC_CB_H
+
+#include "mdm/body/callback_head.h"
+
+/**
+ * Body of the miscellaneous callbacks: the callback head (see mdm/body/callback_head.h) and, for
+ * `type` 0 and 1, a byte, a number and a string, sent in field order. ipc_free() releases the
+ * string and sets it to null.
+ */
+typedef struct mdm_misc_cb_info {
+    MDM_CALLBACK_HEAD;
+    uint8_t flag6; /**< One byte on the wire, so the number after it is unaligned there. */
+    uint32_t num7;
+    char *str8; /**< May be null. */
+} mdm_misc_cb_info_t;
+
+#endif

@@ -1,0 +1,78 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file
+ * The IPC message codec: turns a message into bytes, bytes into a message, and releases what a
+ * received message owns.
+ *
+ * The codec keeps no state: any number of threads may work on different messages at once. It is
+ * not a transport: sending and receiving the bytes, whole and in order, is the caller's job.
+ *
+ * Trust: the envelope of a received buffer is checked (length, minimum length, message type);
+ * the counts and lengths inside a body are believed. Bytes whose sender could lie about them
+ * must not reach ipc_deserialize().
+ */
+#ifndef MDM_IPC_H
+#define MDM_IPC_H
+
+#include <stdint.h>
+
+#include "mdm/api.h"
+#include "mdm/message.h"
+#include "mdm/result.h"
+
+MDM_BEGIN_DECLS
+
+/**
+ * Turns a message into one contiguous buffer.
+ *
+ * The body's size is computed first, then one zero-filled buffer is allocated and written. Some
+ * categories store the computed `data_size` in the body; nothing else in @p msg changes.
+ *
+ * A body handler that fails is only reported in the log: the buffer is still returned, with
+ * whatever was written before the failure.
+ *
+ * @param msg         the message; `type` and the matching member of `body` must be filled.
+ * @param out_length  receives the message's length in bytes; untouched on failure. Must not be
+ *                    null.
+ *
+ * @return A new buffer of `*out_length` bytes, which the caller releases with g_free(). Null if
+ *         @p msg is null, its type is 0 or above 80, its type has no category, or the computed
+ *         length is negative or below 8.
+ */
+MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length);
+
+/**
+ * Checks a received buffer and rebuilds the message from it.
+ *
+ * The record must be zeroed, or one that was passed to ipc_free(): an old `hdr_text` is released
+ * with g_free(), and a body field that the category does not assign keeps what it held. `hdr_aux`
+ * is never touched. A message type without a category fills the header only.
+ *
+ * The strings, records and lists of the message are copies: the buffer may be released at once.
+ *
+ * @param msg     the record to fill; untouched when the buffer is rejected.
+ * @param buffer  the received bytes, at any alignment; not changed and not kept.
+ * @param length  their exact number.
+ *
+ * @return #MDM_RESULT_SUCCESS, whatever became of the body (a body handler that fails is reported
+ *         in the log). #MDM_RESULT_FAILED if @p msg or @p buffer is null, the length field is not
+ *         @p length - 8 or is below 32, or the type is 0 or above 80.
+ */
+MDM_API int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length);
+
+/**
+ * Releases what a received message owns: `hdr_text` and the heap parts of the body. The record
+ * itself is the caller's, and its `type` is kept.
+ *
+ * Call it once for each received message. What some categories leave allocated or dangling is
+ * documented with their bodies. Do not call it on a message that was filled for sending, unless
+ * every part of it came from GLib's allocator.
+ *
+ * @return #MDM_RESULT_SUCCESS; #MDM_RESULT_INVALID_ARGUMENT for a null @p msg;
+ *         #MDM_RESULT_FAILED for a type above 80, which releases nothing.
+ */
+MDM_API int32_t ipc_free(mdm_msg_t *msg);
+
+MDM_END_DECLS
+
+#endif

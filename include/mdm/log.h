@@ -1,0 +1,103 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file
+ * The levelled logger of the library and of the processes that link it.
+ *
+ * Every line goes to the platform's system log; when a path has been set, the same line is also
+ * appended to that file. One threshold for the whole process decides which lines are emitted.
+ *
+ * Any thread may call any of these functions at any time. A line is never written to a path that
+ * is being replaced, and lines from different threads never interleave inside the file; the
+ * order of lines may differ between the system log and the file.
+ */
+#ifndef MDM_LOG_H
+#define MDM_LOG_H
+
+#include <stdarg.h>
+#include <stdint.h>
+
+#include "mdm/api.h"
+
+MDM_BEGIN_DECLS
+
+/** A level: the lower, the more verbose. Any value is accepted; the named ones have a meaning. */
+typedef uint32_t mdm_log_level_t;
+
+enum {
+    MDM_LOG_DEBUG = 0,    /**< Function entry and exit, some field dumps. */
+    MDM_LOG_INFO = 1,     /**< Field values and sizes. The threshold at load time. */
+    MDM_LOG_WARN = 2,     /**< Not used by the library; available to callers. */
+    MDM_LOG_CRITICAL = 3, /**< Every failure. */
+    MDM_LOG_NONE = 4,     /**< As a threshold: silence everything. */
+};
+
+/** Buffer identifier that the logger passes to platform_log_vprint(): the system buffer. */
+enum { MDM_PLATFORM_LOG_SYSTEM = 2 };
+
+/** Priorities that the logger passes to platform_log_vprint(). */
+enum {
+    MDM_PLATFORM_LOG_DEFAULT = 1, /**< Every level above 4. */
+    MDM_PLATFORM_LOG_DEBUG = 3,
+    MDM_PLATFORM_LOG_INFO = 4,
+    MDM_PLATFORM_LOG_WARN = 5,
+    MDM_PLATFORM_LOG_ERROR = 6,  /**< Level #MDM_LOG_CRITICAL. */
+    MDM_PLATFORM_LOG_SILENT = 8, /**< Level #MDM_LOG_NONE. */
+};
+
+/**
+ * Turns the logger on (threshold #MDM_LOG_INFO) for a non-zero @p flag, off (#MDM_LOG_NONE)
+ * for 0.
+ */
+MDM_API void mdm_log_set_enabled(int flag);
+
+/**
+ * Sets the threshold: lines below @p level are dropped; #MDM_LOG_NONE drops every line. Any value
+ * is accepted. Takes effect for the lines that start after it.
+ */
+MDM_API void mdm_log_set_level(mdm_log_level_t level);
+
+/** @return The current threshold. */
+MDM_API mdm_log_level_t mdm_log_get_level(void);
+
+/**
+ * Sets the file to which every emitted line is appended; null, the initial value, means none.
+ *
+ * The pointer is kept, not the text: the string must stay valid until the path is set again, and
+ * when its contents change, the next line goes to the file that it then names. The file is opened
+ * and closed for every line; it may be rotated or deleted at any time. A file that cannot be
+ * opened is skipped without report.
+ *
+ * @return 0, the result of releasing the logger's mutex.
+ */
+MDM_API int mdm_log_set_path(const char *path);
+
+/**
+ * Emits one line, unless the threshold drops it.
+ *
+ * The file receives the level, a blank, @p tag, a blank, the formatted text and a newline. Neither
+ * @p tag nor @p format is checked.
+ *
+ * @return The result of platform_log_vprint(); 0 for a dropped line.
+ */
+MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *format, ...)
+    MDM_PRINTF(3, 4);
+
+/**
+ * The platform's system log. The library's own definition hands the line to syslog(3), as the
+ * host program opened it; it is a weak symbol, so a program that defines this function puts its
+ * own log in its place.
+ *
+ * It is called without any lock held, possibly from several threads at once.
+ *
+ * The definition in the library keeps the order debug, info, warning, error; prints nothing for
+ * #MDM_PLATFORM_LOG_SILENT; takes every other priority as a notice; and ignores @p buffer_id.
+ *
+ * @return The library's own: the number of characters of the formatted text; 0 for the silent
+ *         priority; negative if the text could not be formatted.
+ */
+MDM_API int platform_log_vprint(int buffer_id, int priority, const char *tag, const char *format,
+                                va_list args) MDM_PRINTF(4, 0);
+
+MDM_END_DECLS
+
+#endif

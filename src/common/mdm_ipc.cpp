@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The message envelope: frames a body with the 40-byte-plus-text header, checks and reads the
+// header of received bytes, and dispatches by message type.
+#include <array>
+#include <cstddef>
+
+#include "mdm_ipc_handlers.hpp"
+#include "mdm_log.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr uint8_t last_message_type = 80;
+
+#define MDM_ROW(category)                                                       \
+    {                                                                           \
+        _set_##category, _get_##category, _size_of_##category, _free_##category \
+    }
+
+constexpr auto handler_rows = [] {
+    std::array<ipc_handler_row, last_message_type + 1> rows{};
+    rows[1] = rows[2] = MDM_ROW(admin);
+    rows[3] = rows[4] = MDM_ROW(pwd);
+    rows[23] = rows[24] = MDM_ROW(browser);
+    rows[25] = rows[26] = MDM_ROW(date_time);
+    rows[27] = rows[28] = MDM_ROW(remote);
+    rows[29] = rows[30] = MDM_ROW(vpn);
+    rows[31] = rows[32] = MDM_ROW(firewall);
+    rows[33] = rows[34] = MDM_ROW(res);
+    rows[37] = rows[38] = MDM_ROW(enterprise);
+    return rows;
+}();
+
+// The wire header, by offset from the first byte of a message. Bytes 6 and 7 are reserved:
+// written as zero, ignored on reading. From offset 8 on it is the words and the text that
+// head_fields lists; the last five words travel in the order 3, 6, 7, 4, 5.
+namespace ipc_head {
+constexpr size_t length = 0;
+constexpr size_t type = 4;
+constexpr size_t hdr_byte = 5;
+constexpr size_t fields = 8;
+}  // namespace ipc_head
+
+constexpr auto head_fields = MDM_FIELDS(mdm_msg_t, hdr_word1, hdr_word2, hdr_text, hdr_word3,
+                                        hdr_word6, hdr_word7, hdr_word4, hdr_word5);
+
+// The length field counts the message from offset 8 on: at least the header without its text.
+constexpr uint32_t uncounted_size = 8;
+constexpr uint32_t smallest_length_field = 32;
+
+// Behind a message stand a zero byte and four guard bytes; none of the five is sent.
+constexpr size_t trailer_size = 5;
+constexpr size_t guard_offset = 1;
+constexpr std::array<uint8_t, 4> guard = {0xF4, 0xF4, 0xF4, 0xF4};
+
+bool is_message_type(uint8_t type)
+{
+    return type != 0 && type <= last_message_type;
+}
+
+uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
+{
+    MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
+
+    const auto size = static_cast<size_t>(total);
+    auto *buffer = static_cast<uint8_t *>(g_malloc0(size + trailer_size));
+    store_u32(buffer + ipc_head::length, static_cast<uint32_t>(total) - uncounted_size);
+    buffer[ipc_head::type] = msg.type;
+    buffer[ipc_head::hdr_byte] = msg.hdr_byte;
+    std::memcpy(buffer + size + guard_offset, guard.data(), guard.size());
+    return buffer;
+}
+
+uint8_t *_set_ipc_head(uint8_t *buffer, const mdm_msg_t &msg)
+{
+    Writer out(buffer + ipc_head::fields);
+    out.record(msg, head_fields);
+    return out.position();
+}
+
+const uint8_t *_get_ipc_head(mdm_msg_t &msg, const uint8_t *buffer)
+{
+    release_string(msg.hdr_text);
+    Reader in(buffer + ipc_head::fields);
+    read_fields(in, msg, head_fields);
+    return in.position();
+}
+
+void check_footer(const uint8_t *buffer, uint8_t type)
+{
+    const uint32_t length = load_u32(buffer + ipc_head::length);
+    const uint8_t *end = buffer + length + uncounted_size + guard_offset;
+    if (std::memcmp(end, guard.data(), guard.size()) != 0) {
+        MDM_CRITICAL("Serialization has corrupted memory!!!!! (msg type=%d, len=%d)", type,
+                     static_cast<int>(length));
+    }
+}
+
+}  // namespace
+
+const ipc_handler_row &handler_row(uint8_t type)
+{
+    return handler_rows[type];
+}
+
+uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length)
+{
+    // Size handlers may return a negative number; the sum wraps and is judged as a signed total.
+    const auto total = static_cast<int32_t>(uncounted_size + size_of_fields(*msg, head_fields) +
+                                            row.size(&msg->body));
+    uint8_t *buffer = _alloc_msg(*msg, total);
+    MDM_ASSERT(buffer != nullptr, nullptr);
+
+    uint8_t *lp_body = _set_ipc_head(buffer, *msg);
+    if (row.set != nullptr) {
+        lp_body = row.set(lp_body, &msg->body);
+        if (lp_body == nullptr) {
+            MDM_CRITICAL("lp_body is NULL");
+        } else {
+            check_footer(buffer, msg->type);
+        }
+    }
+    *out_length = static_cast<uint32_t>(total);
+    return MDM_EXIT(buffer);
+}
+
+int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_t *buffer)
+{
+    msg->type = buffer[ipc_head::type];
+    msg->hdr_byte = buffer[ipc_head::hdr_byte];
+
+    const uint8_t *lp_body = _get_ipc_head(*msg, buffer);
+    if (row.get != nullptr && row.get(&msg->body, lp_body) == nullptr) {
+        MDM_CRITICAL("lp_body is NULL");
+    }
+    return MDM_EXIT(MDM_RESULT_SUCCESS);
+}
+
+}  // namespace mdm
+
+uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
+{
+    MDM_ENTER();
+    MDM_ASSERT(msg != nullptr, nullptr);
+    MDM_ASSERT(mdm::is_message_type(msg->type), nullptr);
+
+    const mdm::ipc_handler_row &row = mdm::handler_row(msg->type);
+    if (row.size == nullptr) {
+        return nullptr;
+    }
+    return mdm::ipc_serialize(row, msg, out_length);
+}
+
+int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
+{
+    MDM_ENTER();
+    MDM_ASSERT(msg != nullptr, MDM_RESULT_FAILED);
+    MDM_ASSERT(buffer != nullptr, MDM_RESULT_FAILED);
+    // Fewer bytes than the length field itself hold none that could match.
+    MDM_ASSERT(length >= mdm::word_size, MDM_RESULT_FAILED);
+
+    const uint32_t length_field = mdm::load_u32(buffer + mdm::ipc_head::length);
+    MDM_ASSERT(length_field == length - mdm::uncounted_size, MDM_RESULT_FAILED);
+    MDM_ASSERT(length_field >= mdm::smallest_length_field, MDM_RESULT_FAILED);
+    const uint8_t type = buffer[mdm::ipc_head::type];
+    MDM_ASSERT(mdm::is_message_type(type), MDM_RESULT_FAILED);
+
+    return mdm::ipc_deserialize(mdm::handler_row(type), msg, buffer);
+}
+
+int32_t ipc_free(mdm_msg_t *msg)
+{
+    if (msg == nullptr) {
+        return MDM_RESULT_INVALID_ARGUMENT;
+    }
+    if (msg->type > mdm::last_message_type) {
+        return MDM_RESULT_FAILED;
+    }
+    mdm::release_string(msg->hdr_text);
+    const mdm::ipc_handler_row &row = mdm::handler_row(msg->type);
+    if (row.free != nullptr) {
+        row.free(&msg->body);
+    }
+    return MDM_RESULT_SUCCESS;
+}

@@ -1,0 +1,231 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * The layout of the message and of every body and record, on 32 and on 64 bits: fields in the
+ * documented order, at their natural alignment, with nothing between, before or behind them.
+ */
+#ifndef LAYOUT_H
+#define LAYOUT_H
+
+#include <assert.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#include "mdm/message.h"
+
+#define SAME(left, right) static_assert((left) == (right), #left " == " #right)
+
+/* A field and the end of the one before it, rounded up to the field's own size. */
+#define END_OF(record, field) (offsetof(record, field) + sizeof(((record *)0)->field))
+#define ALIGNED(size, to) (((size) + (to)-1) / (to) * (to))
+#define FIRST(record, field, type)    \
+    SAME(offsetof(record, field), 0); \
+    SAME(sizeof(((record *)0)->field), sizeof(type))
+#define NEXT(record, previous, field, type)                                         \
+    SAME(offsetof(record, field), ALIGNED(END_OF(record, previous), sizeof(type))); \
+    SAME(sizeof(((record *)0)->field), sizeof(type))
+/* The widest field of every record is a word or a pointer. */
+#define LAST(record, field, widest) \
+    SAME(sizeof(record), ALIGNED(END_OF(record, field), sizeof(widest)))
+
+typedef char *text_t;
+typedef void *pointer_t;
+
+/* The body head, and bodies that consist of it. */
+#define BODY_HEAD(record)                     \
+    FIRST(record, type, uint32_t);            \
+    NEXT(record, type, aux, uint32_t);        \
+    NEXT(record, aux, param, uint32_t);       \
+    NEXT(record, param, data_size, int32_t);  \
+    NEXT(record, data_size, data, pointer_t); \
+    LAST(record, data, pointer_t)
+
+BODY_HEAD(mdm_pwd_info_t);
+BODY_HEAD(mdm_security_info_t);
+BODY_HEAD(mdm_wifi_info_t);
+BODY_HEAD(mdm_bluetooth_info_t);
+BODY_HEAD(mdm_eas_info_t);
+BODY_HEAD(mdm_roaming_info_t);
+BODY_HEAD(mdm_roaming_res_info_t);
+BODY_HEAD(mdm_apn_info_t);
+BODY_HEAD(mdm_browser_info_t);
+BODY_HEAD(mdm_date_time_info_t);
+BODY_HEAD(mdm_remote_info_t);
+BODY_HEAD(mdm_vpn_info_t);
+BODY_HEAD(mdm_firewall_info_t);
+BODY_HEAD(mdm_res_info_t);
+BODY_HEAD(mdm_phone_res_info_t);
+BODY_HEAD(mdm_enterprise_info_t);
+BODY_HEAD(mdm_email_info_t);
+BODY_HEAD(mdm_kiosk_info_t);
+BODY_HEAD(mdm_container_info_t);
+BODY_HEAD(mdm_location_info_t);
+
+FIRST(mdm_misc_info_t, type, int32_t);
+NEXT(mdm_misc_info_t, type, aux, uint32_t);
+SAME(offsetof(mdm_misc_info_t, param), ALIGNED(8, sizeof(pointer_t)));
+SAME(offsetof(mdm_misc_info_t, param_list), ALIGNED(8, sizeof(pointer_t)));
+NEXT(mdm_misc_info_t, param_list, data_size, int32_t);
+NEXT(mdm_misc_info_t, data_size, data, pointer_t);
+LAST(mdm_misc_info_t, data, pointer_t);
+
+#define APP_HEAD(record)                      \
+    FIRST(record, type, int32_t);             \
+    NEXT(record, type, aux, uint32_t);        \
+    NEXT(record, aux, param, uint32_t);       \
+    NEXT(record, param, pkg, text_t);         \
+    NEXT(record, pkg, data_size, int32_t);    \
+    NEXT(record, data_size, data, pointer_t); \
+    LAST(record, data, pointer_t)
+
+APP_HEAD(mdm_app_info_t);
+APP_HEAD(mdm_app_res_info_t);
+
+#define CALLBACK_HEAD(record)                  \
+    FIRST(record, type, uint32_t);             \
+    NEXT(record, type, aux, uint32_t);         \
+    NEXT(record, aux, param, uint32_t);        \
+    NEXT(record, param, param2, uint32_t);     \
+    NEXT(record, param2, data_size, uint32_t); \
+    NEXT(record, data_size, aux2, uint32_t)
+
+CALLBACK_HEAD(mdm_app_cb_info_t);
+NEXT(mdm_app_cb_info_t, aux2, num6, uint32_t);
+NEXT(mdm_app_cb_info_t, num6, str7, text_t);
+NEXT(mdm_app_cb_info_t, str7, str8, text_t);
+LAST(mdm_app_cb_info_t, str8, text_t);
+
+CALLBACK_HEAD(mdm_misc_cb_info_t);
+NEXT(mdm_misc_cb_info_t, aux2, flag6, uint8_t);
+NEXT(mdm_misc_cb_info_t, flag6, num7, uint32_t);
+NEXT(mdm_misc_cb_info_t, num7, str8, text_t);
+LAST(mdm_misc_cb_info_t, str8, text_t);
+
+/* Bodies with fields of their own. */
+FIRST(mdm_admin_info_t, type, uint32_t);
+NEXT(mdm_admin_info_t, type, aux, uint32_t);
+NEXT(mdm_admin_info_t, aux, value, uint32_t);
+NEXT(mdm_admin_info_t, value, pkg, text_t);
+NEXT(mdm_admin_info_t, pkg, text, text_t);
+NEXT(mdm_admin_info_t, text, status, int32_t);
+LAST(mdm_admin_info_t, status, text_t);
+
+FIRST(mdm_log_manager_info_t, type, uint32_t);
+NEXT(mdm_log_manager_info_t, type, aux, uint32_t);
+NEXT(mdm_log_manager_info_t, aux, value, uintptr_t);
+LAST(mdm_log_manager_info_t, value, uintptr_t);
+SAME(offsetof(mdm_log_manager_info_t, value.text), 8);
+SAME(offsetof(mdm_log_manager_info_t, value.byte), 8);
+SAME(offsetof(mdm_log_manager_info_t, value.word), 8);
+
+FIRST(mdm_platform_info_t, type, uint32_t);
+NEXT(mdm_platform_info_t, type, aux, uint32_t);
+NEXT(mdm_platform_info_t, aux, text, text_t);
+NEXT(mdm_platform_info_t, text, aux2, uint32_t);
+NEXT(mdm_platform_info_t, aux2, number, uint32_t);
+NEXT(mdm_platform_info_t, number, flag, uint8_t);
+LAST(mdm_platform_info_t, flag, text_t);
+
+/* Records: numbers before strings, so that a count of each tells the size. */
+#define RECORD(record, words, strings, last, last_type)                                   \
+    SAME(sizeof(record), ALIGNED(ALIGNED((words)*4, (strings) > 0 ? sizeof(text_t) : 4) + \
+                                     (strings) * sizeof(text_t),                          \
+                                 (strings) > 0 ? sizeof(text_t) : 4));                    \
+    SAME(offsetof(record, last), sizeof(record) - sizeof(last_type))
+
+RECORD(mdm_pwd_policy_t, 9, 2, str10, text_t);
+RECORD(mdm_security_account_t, 4, 22, str25, text_t);
+RECORD(mdm_wifi_pair_t, 0, 2, value, text_t);
+RECORD(mdm_wifi_dhcp_t, 0, 5, str4, text_t);
+RECORD(mdm_wifi_triple_t, 0, 3, str2, text_t);
+RECORD(mdm_wifi_detail_t, 0, 7, w6, mdm_wifi_word_t);
+RECORD(mdm_eas_account_t, 6, 9, str14, text_t);
+RECORD(mdm_eas_value_t, 1, 1, str1, text_t);
+RECORD(mdm_email_account_t, 9, 13, str21, text_t);
+RECORD(mdm_email_value_t, 1, 1, str1, text_t);
+RECORD(mdm_apn_account_t, 2, 13, str14, text_t);
+RECORD(mdm_app_pair_t, 0, 2, second, text_t);
+RECORD(mdm_app_num_pair_t, 2, 0, num2, uint32_t);
+RECORD(mdm_misc_str_t, 0, 1, value, text_t);
+RECORD(mdm_book_info_t, 0, 2, title, text_t);
+RECORD(mdm_misc_str_pair_t, 0, 2, second, text_t);
+RECORD(mdm_phone_res_detail_t, 2, 1, str2, text_t);
+RECORD(mdm_kiosk_key_pair_t, 2, 0, value, uint32_t);
+RECORD(mdm_container_item_t, 1, 2, str2, text_t);
+RECORD(mdm_roaming_data_t, 0, 1, name, text_t);
+RECORD(mdm_app_control_info_t, 1, 1, pkg_list, GList *);
+
+FIRST(mdm_security_item_t, num0, uint32_t);
+NEXT(mdm_security_item_t, num0, str1, text_t);
+NEXT(mdm_security_item_t, str1, word2, uint32_t);
+NEXT(mdm_security_item_t, word2, str3, text_t);
+NEXT(mdm_security_item_t, str3, str4, text_t);
+LAST(mdm_security_item_t, str4, text_t);
+
+FIRST(mdm_wifi_network_t, ssid, text_t);
+NEXT(mdm_wifi_network_t, ssid, detail_kind, int32_t);
+NEXT(mdm_wifi_network_t, detail_kind, detail, pointer_t);
+LAST(mdm_wifi_network_t, detail, pointer_t);
+
+FIRST(mdm_phone_res_item_t, str0, text_t);
+NEXT(mdm_phone_res_item_t, str0, word1, uint32_t);
+NEXT(mdm_phone_res_item_t, word1, str2, text_t);
+LAST(mdm_phone_res_item_t, str2, text_t);
+
+FIRST(mdm_phone_res_ext_t, str0, text_t);
+NEXT(mdm_phone_res_ext_t, str0, word1, uint32_t);
+NEXT(mdm_phone_res_ext_t, word1, detail, pointer_t);
+LAST(mdm_phone_res_ext_t, detail, pointer_t);
+
+FIRST(mdm_app_res_item_t, name, text_t);
+NEXT(mdm_app_res_item_t, name, value, uint32_t);
+LAST(mdm_app_res_item_t, value, text_t);
+
+/* The message. */
+FIRST(mdm_msg_t, hdr_aux, uint32_t);
+NEXT(mdm_msg_t, hdr_aux, type, uint8_t);
+NEXT(mdm_msg_t, type, hdr_byte, uint8_t);
+NEXT(mdm_msg_t, hdr_byte, hdr_word1, uint32_t);
+NEXT(mdm_msg_t, hdr_word1, hdr_word2, uint32_t);
+NEXT(mdm_msg_t, hdr_word2, hdr_text, text_t);
+NEXT(mdm_msg_t, hdr_text, hdr_word3, uint32_t);
+NEXT(mdm_msg_t, hdr_word3, hdr_word4, uint32_t);
+NEXT(mdm_msg_t, hdr_word4, hdr_word5, uint32_t);
+NEXT(mdm_msg_t, hdr_word5, hdr_word6, uint32_t);
+NEXT(mdm_msg_t, hdr_word6, hdr_word7, uint32_t);
+SAME(offsetof(mdm_msg_t, body), ALIGNED(END_OF(mdm_msg_t, hdr_word7), sizeof(pointer_t)));
+
+/* Every category has its member of the union. */
+#define MEMBER(category)                                                        \
+    SAME(sizeof(((mdm_body_t *)0)->category), sizeof(mdm_##category##_info_t)); \
+    SAME(offsetof(mdm_body_t, category), 0)
+
+MEMBER(admin);
+MEMBER(pwd);
+MEMBER(security);
+MEMBER(wifi);
+MEMBER(bluetooth);
+MEMBER(eas);
+MEMBER(app);
+MEMBER(app_res);
+MEMBER(roaming);
+MEMBER(roaming_res);
+MEMBER(misc);
+MEMBER(apn);
+MEMBER(browser);
+MEMBER(date_time);
+MEMBER(remote);
+MEMBER(vpn);
+MEMBER(firewall);
+MEMBER(res);
+MEMBER(phone_res);
+MEMBER(enterprise);
+MEMBER(email);
+MEMBER(kiosk);
+MEMBER(container);
+MEMBER(location);
+MEMBER(log_manager);
+MEMBER(platform);
+MEMBER(app_cb);
+MEMBER(misc_cb);
+
+#endif

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint8_t type_admin = 1;
+
+char pkg[] = "alpha.app";
+char text[] = "hi";
+char empty[] = "";
+char one[] = "x";
+char non_ascii[] = "\xC3\xA4\xFF";
+
+mdm_body_t body(uint32_t type, char *pkg_text, char *other_text)
+{
+    mdm_body_t body{};
+    body.admin.type = type;
+    body.admin.aux = 0xAAAAAAAA;
+    body.admin.value = 0x01020304;
+    body.admin.pkg = pkg_text;
+    body.admin.text = other_text;
+    body.admin.status = -2;
+    return body;
+}
+
+TEST(Admin, RegistrationQueryWithoutPackageIs12Bytes)
+{
+    mdm_body_t sent = body(IS_CLIENT_REGISTERED, nullptr, nullptr);
+    sent.admin.status = 1;
+    const Bytes bytes = hex("00 00 00 00 00 00 00 00 01 00 00 00");
+    EXPECT_EQ(_size_of_admin(&sent), 12U);
+    EXPECT_EQ(write_body(type_admin, sent), bytes);
+
+    mdm_body_t received{};
+    received.admin.pkg = static_cast<char *>(sentinel());
+    EXPECT_EQ(read_body(type_admin, received, bytes), 12U);
+    EXPECT_EQ(received.admin.pkg, nullptr);
+    EXPECT_EQ(received.admin.status, 1);
+}
+
+TEST(Admin, RegistrationQueryCarriesTypePackageAndStatus)
+{
+    mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, text);
+    EXPECT_EQ(_size_of_admin(&sent), 21U);
+    EXPECT_EQ(write_body(type_admin, sent),
+              hex("00 00 00 00 09 00 00 00 61 6C 70 68 61 2E 61 70 70 FE FF FF FF"));
+}
+
+TEST(Admin, GeneralFormCarriesTypeValuePackageAndText)
+{
+    mdm_body_t sent = body(0x80000001, pkg, text);
+    EXPECT_EQ(_size_of_admin(&sent), 16U + 9 + 2);
+    EXPECT_EQ(write_body(type_admin, sent),
+              hex("01 00 00 80 04 03 02 01 09 00 00 00 61 6C 70 68 61 2E 61 70 70 "
+                  "02 00 00 00 68 69"));
+}
+
+TEST(Admin, EmptyStringsAre16BytesAndComeBackAsNull)
+{
+    mdm_body_t sent = body(5, empty, empty);
+    EXPECT_EQ(_size_of_admin(&sent), 16U);
+    const Bytes bytes = write_body(type_admin, sent);
+    EXPECT_EQ(bytes, hex("05 00 00 00 04 03 02 01 00 00 00 00 00 00 00 00"));
+
+    mdm_body_t received = body(0, pkg, text);
+    EXPECT_EQ(read_body(type_admin, received, bytes), 16U);
+    EXPECT_EQ(received.admin.pkg, nullptr);
+    EXPECT_EQ(received.admin.text, nullptr);
+}
+
+TEST(Admin, SizeCountsWhatIsWritten)
+{
+    std::string long_text(3000, 'y');
+    for (const uint32_t type : {0U, 1U, 5U, 0xFFFFFFFFU}) {
+        for (char *first : {static_cast<char *>(nullptr), empty, one, non_ascii, pkg}) {
+            for (char *second : {static_cast<char *>(nullptr), empty, one, long_text.data()}) {
+                mdm_body_t sent = body(type, first, second);
+                EXPECT_EQ(write_body(type_admin, sent).size(), _size_of_admin(&sent));
+            }
+        }
+    }
+}
+
+TEST(Admin, RegistrationQueryLeavesTheFieldsOfTheOtherForm)
+{
+    mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, nullptr);
+    mdm_body_t received = body(7, nullptr, static_cast<char *>(sentinel()));
+    read_body(type_admin, received, write_body(type_admin, sent));
+    EXPECT_EQ(received.admin.type, 0U);
+    EXPECT_STREQ(received.admin.pkg, pkg);
+    EXPECT_EQ(received.admin.status, -2);
+    EXPECT_EQ(received.admin.value, 0x01020304U);
+    EXPECT_EQ(received.admin.text, sentinel());
+    EXPECT_EQ(received.admin.aux, 0xAAAAAAAAU);
+    g_free(received.admin.pkg);
+}
+
+TEST(Admin, GeneralFormLeavesStatus)
+{
+    for (const uint32_t type : {1U, 0xFFFFFFFFU}) {
+        mdm_body_t sent = body(type, pkg, non_ascii);
+        sent.admin.value = 9;
+        mdm_body_t received = body(0, nullptr, nullptr);
+        received.admin.status = 77;
+        AllocationTrace trace;
+        read_body(type_admin, received, write_body(type_admin, sent));
+        trace.stop();
+        EXPECT_EQ(received.admin.type, type);
+        EXPECT_EQ(received.admin.value, 9U);
+        EXPECT_STREQ(received.admin.pkg, pkg);
+        EXPECT_STREQ(received.admin.text, non_ascii);
+        EXPECT_EQ(received.admin.status, 77);
+        EXPECT_EQ(received.admin.aux, 0xAAAAAAAAU);
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{received.admin.pkg, sizeof pkg},
+                                              Block{received.admin.text, sizeof non_ascii}));
+        _free_admin(&received);
+    }
+}
+
+TEST(Admin, FreeReleasesBothStringsInOrderAndMayRunTwice)
+{
+    for (const uint32_t type : {0U, 5U}) {
+        mdm_body_t received = body(type, heap_text("pkg"), heap_text("text"));
+        const void *first = received.admin.pkg;
+        const void *second = received.admin.text;
+        AllocationTrace trace;
+        _free_admin(&received);
+        _free_admin(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAre(first, second));
+        EXPECT_EQ(received.admin.pkg, nullptr);
+        EXPECT_EQ(received.admin.text, nullptr);
+        EXPECT_EQ(received.admin.type, type);
+    }
+}
+
+TEST(Admin, WholeMessageLeaksNothing)
+{
+    mdm_msg_t msg = message(2);
+    msg.body = body(5, pkg, text);
+    const Bytes bytes = serialize(msg);
+    mdm_msg_t received{};
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
+    EXPECT_EQ(ipc_free(&received), 0);
+    trace.stop();
+    EXPECT_EQ(trace.allocated().size(), 2U);
+    EXPECT_THAT(trace.kept(), IsEmpty());
+}
+
+TEST(Admin, SizeOfNullBodyFailsAnAssert)
+{
+    LogRecorder log;
+    EXPECT_EQ(_size_of_admin(nullptr), 0U);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_admin"), assert_fails("_size_of_admin")));
+}
+
+TEST(Admin, FreeOfNullBodyDoesNothing)
+{
+    LogRecorder log;
+    _free_admin(nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+}
+
+TEST(Admin, RegistrationQueryLogsItsFields)
+{
+    mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, nullptr);
+    LogRecorder log;
+    _size_of_admin(&sent);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_admin"), leave("_size_of_admin")));
+    const Bytes bytes = write_body(type_admin, sent);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_admin"), debug("_set_admin", "info->type: 0"),
+                                        debug("_set_admin", "Processing IS_CLIENT_REGISTERED, pkg: "
+                                                            "'alpha.app', status: -2"),
+                                        leave("_set_admin")));
+    mdm_body_t received{};
+    read_body(type_admin, received, bytes);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_admin"), debug("_get_admin", "info->type: 0"),
+                                        debug("_get_admin", "Processed IS_CLIENT_REGISTERED, pkg: "
+                                                            "'alpha.app', status: -2"),
+                                        leave("_get_admin")));
+    _free_admin(&received);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+}
+
+TEST(Admin, NullPackageIsLoggedAsTheCLibraryPrintsIt)
+{
+    mdm_body_t sent = body(IS_CLIENT_REGISTERED, nullptr, nullptr);
+    LogRecorder log;
+    write_body(type_admin, sent);
+    EXPECT_EQ(log.take()[2].text, "Processing IS_CLIENT_REGISTERED, pkg: '(null)', status: -2");
+}
+
+TEST(Admin, GeneralFormLogsItsTypeOnly)
+{
+    mdm_body_t sent = body(5, pkg, nullptr);
+    LogRecorder log;
+    const Bytes bytes = write_body(type_admin, sent);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_admin"), debug("_set_admin", "info->type: 5"),
+                                        leave("_set_admin")));
+    mdm_body_t received{};
+    read_body(type_admin, received, bytes);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_admin"), debug("_get_admin", "info->type: 5"),
+                                        leave("_get_admin")));
+    _free_admin(&received);
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,680 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <array>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm/ipc.h"
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint8_t type_res = 33;
+constexpr uint8_t type_without_category = 19;
+
+// Type 33, header words 1 to 7, no text, the two payload bytes "ok".
+const Bytes res_message = hex("2E 00 00 00 21 00 00 00 01 00 00 00 02 00 00 00 00 00 00 00 "
+                              "03 00 00 00 06 00 00 00 07 00 00 00 04 00 00 00 05 00 00 00 "
+                              "64 00 00 00 00 00 00 00 02 00 00 00 6F 6B");
+
+mdm_msg_t message_with_header(uint8_t type)
+{
+    mdm_msg_t msg = message(type);
+    msg.hdr_aux = 0xAAAAAAAA;
+    msg.hdr_word1 = 1;
+    msg.hdr_word2 = 2;
+    msg.hdr_word3 = 3;
+    msg.hdr_word4 = 4;
+    msg.hdr_word5 = 5;
+    msg.hdr_word6 = 6;
+    msg.hdr_word7 = 7;
+    return msg;
+}
+
+mdm_msg_t res_example(char *payload)
+{
+    mdm_msg_t msg = message_with_header(type_res);
+    msg.body.res.type = 100;
+    msg.body.res.data_size = 2;
+    msg.body.res.data = payload;
+    return msg;
+}
+
+// A 40-byte message of a type, header words zero.
+Bytes header_only(uint8_t type)
+{
+    Bytes bytes(40);
+    bytes[0] = 32;
+    bytes[4] = type;
+    return bytes;
+}
+
+// A record of which every byte that deserialising may leave alone is recognisable.
+mdm_msg_t prefilled()
+{
+    mdm_msg_t msg;
+    std::memset(&msg, 0x5A, sizeof msg);
+    msg.hdr_text = nullptr;
+    return msg;
+}
+
+void expect_header_words(const mdm_msg_t &msg)
+{
+    EXPECT_EQ(msg.hdr_word1, 1U);
+    EXPECT_EQ(msg.hdr_word2, 2U);
+    EXPECT_EQ(msg.hdr_word3, 3U);
+    EXPECT_EQ(msg.hdr_word4, 4U);
+    EXPECT_EQ(msg.hdr_word5, 5U);
+    EXPECT_EQ(msg.hdr_word6, 6U);
+    EXPECT_EQ(msg.hdr_word7, 7U);
+}
+
+TEST(Envelope, EndToEndExampleSerialises)
+{
+    char payload[] = "ok";
+    mdm_msg_t msg = res_example(payload);
+    EXPECT_EQ(handler_row(type_res).size(&msg.body), 14U);
+
+    uint32_t length = 0;
+    AllocationTrace trace;
+    uint8_t *buffer = ipc_serialize(&msg, &length);
+    trace.stop();
+    EXPECT_EQ(length, 54U);
+    EXPECT_THAT(trace.allocated(), ElementsAre(Block{buffer, 59}));
+    EXPECT_EQ(Bytes(buffer, buffer + 54), res_message);
+    EXPECT_EQ(Bytes(buffer + 54, buffer + 59), hex("00 F4 F4 F4 F4"));
+    g_free(buffer);
+}
+
+TEST(Envelope, EndToEndExampleDeserialises)
+{
+    mdm_msg_t msg{};
+    msg.hdr_aux = 0xBBBBBBBB;
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_deserialize(&msg, res_message.data(), 54), 0);
+    trace.stop();
+
+    EXPECT_EQ(msg.hdr_aux, 0xBBBBBBBBU);
+    EXPECT_EQ(msg.type, type_res);
+    EXPECT_EQ(msg.hdr_byte, 0);
+    EXPECT_EQ(msg.hdr_text, nullptr);
+    expect_header_words(msg);
+    EXPECT_EQ(msg.body.res.type, 100U);
+    EXPECT_EQ(msg.body.res.param, 0U);
+    EXPECT_EQ(msg.body.res.data_size, 2);
+    EXPECT_STREQ(static_cast<char *>(msg.body.res.data), "ok");
+    EXPECT_THAT(trace.allocated(), ElementsAre(Block{msg.body.res.data, 3}));
+
+    const void *payload = msg.body.res.data;
+    AllocationTrace freeing;
+    EXPECT_EQ(ipc_free(&msg), 0);
+    freeing.stop();
+    EXPECT_THAT(freeing.released(), ElementsAre(payload));
+}
+
+TEST(Envelope, HeaderTextShiftsWhatFollows)
+{
+    char text[] = "abc";
+    mdm_msg_t msg = message_with_header(type_res);
+    msg.hdr_byte = 0x99;
+    msg.hdr_text = text;
+    const Bytes bytes = serialize(msg);
+    EXPECT_EQ(bytes, hex("2F 00 00 00 21 99 00 00 01 00 00 00 02 00 00 00 03 00 00 00 61 62 63 "
+                         "03 00 00 00 06 00 00 00 07 00 00 00 04 00 00 00 05 00 00 00 "
+                         "00 00 00 00 00 00 00 00 00 00 00 00"));
+
+    mdm_msg_t back{};
+    EXPECT_EQ(deserialize(back, bytes), 0);
+    EXPECT_EQ(back.hdr_byte, 0x99);
+    EXPECT_STREQ(back.hdr_text, "abc");
+    expect_header_words(back);
+    const void *received = back.hdr_text;
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_free(&back), 0);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(received));
+    EXPECT_EQ(back.hdr_text, nullptr);
+    EXPECT_EQ(back.type, type_res);
+}
+
+TEST(Envelope, EmptyHeaderTextComesBackAsNull)
+{
+    char text[] = "";
+    mdm_msg_t msg = message(type_res);
+    msg.hdr_text = text;
+    const Bytes bytes = serialize(msg);
+    EXPECT_EQ(bytes.size(), 52U);
+    mdm_msg_t back{};
+    EXPECT_EQ(deserialize(back, bytes), 0);
+    EXPECT_EQ(back.hdr_text, nullptr);
+}
+
+TEST(Envelope, EveryHeaderBitTravels)
+{
+    mdm_msg_t msg = message(type_res);
+    msg.hdr_byte = 0xFF;
+    msg.hdr_word1 = 0xFFFFFFFF;
+    msg.hdr_word2 = 0x80000000;
+    msg.hdr_word3 = 0x01020304;
+    msg.hdr_word4 = 0x7FFFFFFF;
+    msg.hdr_word5 = 0xDEADBEEF;
+    msg.hdr_word6 = 0x00010000;
+    msg.hdr_word7 = 0xA5A5A5A5;
+    mdm_msg_t back{};
+    EXPECT_EQ(deserialize(back, serialize(msg)), 0);
+    EXPECT_EQ(back.hdr_byte, 0xFF);
+    EXPECT_EQ(back.hdr_word1, 0xFFFFFFFFU);
+    EXPECT_EQ(back.hdr_word2, 0x80000000U);
+    EXPECT_EQ(back.hdr_word3, 0x01020304U);
+    EXPECT_EQ(back.hdr_word4, 0x7FFFFFFFU);
+    EXPECT_EQ(back.hdr_word5, 0xDEADBEEFU);
+    EXPECT_EQ(back.hdr_word6, 0x00010000U);
+    EXPECT_EQ(back.hdr_word7, 0xA5A5A5A5U);
+}
+
+TEST(Envelope, SerialisingLeavesTheSendersMessageAlone)
+{
+    char payload[] = "ok";
+    mdm_msg_t msg = res_example(payload);
+    mdm_msg_t before;
+    std::memcpy(&before, &msg, sizeof msg);
+    serialize(msg);
+    EXPECT_EQ(std::memcmp(&before, &msg, sizeof msg), 0);
+}
+
+TEST(Envelope, ReservedBytesAreIgnoredOnReading)
+{
+    Bytes bytes = res_message;
+    bytes[6] = 0xFF;
+    bytes[7] = 0xFF;
+    mdm_msg_t msg{};
+    EXPECT_EQ(deserialize(msg, bytes), 0);
+    EXPECT_EQ(msg.type, type_res);
+    EXPECT_EQ(msg.hdr_byte, 0);
+    ipc_free(&msg);
+}
+
+TEST(Envelope, BufferMayLieAtAnyAlignment)
+{
+    for (size_t offset = 0; offset < 8; ++offset) {
+        Bytes bytes(offset);
+        bytes = bytes + res_message;
+        mdm_msg_t msg{};
+        EXPECT_EQ(ipc_deserialize(&msg, bytes.data() + offset, 54), 0);
+        expect_header_words(msg);
+        EXPECT_STREQ(static_cast<char *>(msg.body.res.data), "ok");
+        ipc_free(&msg);
+    }
+}
+
+TEST(Envelope, OldHeaderTextIsReleasedBeforeTheNewOneIsRead)
+{
+    mdm_msg_t msg{};
+    msg.hdr_text = heap_text("old");
+    const void *old = msg.hdr_text;
+    const Bytes bytes = header_only(type_without_category);
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_deserialize(&msg, bytes.data(), 40), 0);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(old));
+    EXPECT_EQ(msg.hdr_text, nullptr);
+}
+
+// Which types have a category, and that both types of a pair share their handlers.
+
+bool same_handlers(uint8_t left, uint8_t right)
+{
+    const ipc_handler_row &a = handler_row(left);
+    const ipc_handler_row &b = handler_row(right);
+    return a.set == b.set && a.get == b.get && a.size == b.size && a.free == b.free;
+}
+
+bool is_empty(uint8_t type)
+{
+    const ipc_handler_row &row = handler_row(type);
+    return row.set == nullptr && row.get == nullptr && row.size == nullptr && row.free == nullptr;
+}
+
+void expect_row(uint8_t type, SetHandler *set, GetHandler *get, SizeHandler *size,
+                FreeHandler *free)
+{
+    const ipc_handler_row &row = handler_row(type);
+    EXPECT_EQ(row.set, set) << int{type};
+    EXPECT_EQ(row.get, get) << int{type};
+    EXPECT_EQ(row.size, size) << int{type};
+    EXPECT_EQ(row.free, free) << int{type};
+}
+
+TEST(Dispatch, EachTypeSelectsItsCategory)
+{
+    expect_row(1, _set_admin, _get_admin, _size_of_admin, _free_admin);
+    expect_row(3, _set_pwd, _get_pwd, _size_of_pwd, _free_pwd);
+    expect_row(23, _set_browser, _get_browser, _size_of_browser, _free_browser);
+    expect_row(25, _set_date_time, _get_date_time, _size_of_date_time, _free_date_time);
+    expect_row(27, _set_remote, _get_remote, _size_of_remote, _free_remote);
+    expect_row(29, _set_vpn, _get_vpn, _size_of_vpn, _free_vpn);
+    expect_row(31, _set_firewall, _get_firewall, _size_of_firewall, _free_firewall);
+    expect_row(33, _set_res, _get_res, _size_of_res, _free_res);
+    expect_row(37, _set_enterprise, _get_enterprise, _size_of_enterprise, _free_enterprise);
+    for (const uint8_t first : std::to_array<uint8_t>({1, 3, 23, 25, 27, 29, 31, 33, 37})) {
+        EXPECT_TRUE(same_handlers(first, static_cast<uint8_t>(first + 1))) << int{first};
+    }
+}
+
+TEST(Dispatch, RowsWithoutCategoryAreEmpty)
+{
+    std::vector<uint8_t> empty = {0, 19, 20, 41, 42, 43, 44, 62, 75};
+    for (uint8_t type = 55; type <= 60; ++type) {
+        empty.push_back(type);
+    }
+    for (uint8_t type = 64; type <= 80; ++type) {
+        empty.push_back(type);
+    }
+    for (const uint8_t type : empty) {
+        EXPECT_TRUE(is_empty(type)) << int{type};
+    }
+}
+
+// Serialising: every way it fails.
+
+TEST(Serialise, NullMessageFailsAnAssert)
+{
+    LogRecorder log;
+    uint32_t length = 77;
+    EXPECT_EQ(::ipc_serialize(nullptr, &length), nullptr);
+    EXPECT_EQ(length, 77U);
+    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize"), assert_fails("ipc_serialize")));
+}
+
+TEST(Serialise, TypeOutside1To80FailsAnAssert)
+{
+    for (const uint8_t type : std::to_array<uint8_t>({0, 81, 128, 255})) {
+        mdm_msg_t msg = message(type);
+        LogRecorder log;
+        uint32_t length = 77;
+        EXPECT_EQ(::ipc_serialize(&msg, &length), nullptr);
+        EXPECT_EQ(length, 77U);
+        EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize"), assert_fails("ipc_serialize")));
+    }
+}
+
+TEST(Serialise, TypeWithoutCategoryReturnsNullInSilence)
+{
+    for (const uint8_t type :
+         std::to_array<uint8_t>({19, 20, 41, 44, 55, 60, 62, 64, 74, 75, 76, 80})) {
+        mdm_msg_t msg = message(type);
+        uint32_t length = 77;
+        LogRecorder log;
+        EXPECT_EQ(::ipc_serialize(&msg, &length), nullptr);
+        EXPECT_EQ(length, 77U);
+        EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize")));
+    }
+}
+
+TEST(Serialise, LogsEnterAndExitAroundTheCategorysLines)
+{
+    mdm_msg_t msg = message(type_res);
+    LogRecorder log;
+    serialize(msg);
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter("ipc_serialize"), enter("_size_of_res"), leave("_size_of_res"),
+                            enter("_set_res"), leave("_set_res"), leave("ipc_serialize")));
+}
+
+// Handlers of a made-up category, for what no real one does.
+int32_t made_up_size = 0;
+uint32_t size_made_up(mdm_body_t *)
+{
+    return static_cast<uint32_t>(made_up_size);
+}
+uint8_t *set_three_bytes(uint8_t *position, mdm_body_t *)
+{
+    std::memset(position, 0x11, 3);
+    return position + 3;
+}
+uint8_t *set_nothing_and_fail(uint8_t *, mdm_body_t *)
+{
+    return nullptr;
+}
+uint8_t *set_over_the_guard_and_fail(uint8_t *position, mdm_body_t *)
+{
+    std::memset(position, 0x11, 5);
+    return nullptr;
+}
+const uint8_t *get_and_fail(mdm_body_t *, const uint8_t *)
+{
+    return nullptr;
+}
+
+struct Serialised {
+    Bytes bytes;
+    Bytes trailer;
+    std::vector<LogLine> lines;
+};
+
+Serialised serialize_made_up(const ipc_handler_row &row, int32_t body_size)
+{
+    made_up_size = body_size;
+    mdm_msg_t msg = message(type_res);
+    uint32_t length = 0;
+    LogRecorder log;
+    uint8_t *buffer = ipc_serialize(row, &msg, &length);
+    EXPECT_NE(buffer, nullptr);
+    Serialised result = {{buffer, buffer + length}, {buffer + length, buffer + length + 5}, {}};
+    result.lines = log.take();
+    g_free(buffer);
+    return result;
+}
+
+TEST(Serialise, TotalBelow8FailsAnAssertTwice)
+{
+    // The total is 40 bytes of header plus the body's size, as a signed number.
+    for (const int32_t body_size :
+         {-33, -39, -40, -41, -999, INT32_MIN, INT32_MAX, INT32_MAX - 39}) {
+        made_up_size = body_size;
+        mdm_msg_t msg = message(type_res);
+        uint32_t length = 77;
+        LogRecorder log;
+        const ipc_handler_row row = {set_three_bytes, nullptr, size_made_up, nullptr};
+        EXPECT_EQ(ipc_serialize(row, &msg, &length), nullptr) << body_size;
+        EXPECT_EQ(length, 77U);
+        EXPECT_THAT(log.take(),
+                    ElementsAre(assert_fails("_alloc_msg"), assert_fails("ipc_serialize")));
+    }
+}
+
+TEST(Serialise, RowWithoutSetHandlerLeavesTheBodyZeroAndIsNotChecked)
+{
+    const auto result = serialize_made_up({nullptr, nullptr, size_made_up, nullptr}, 3);
+    EXPECT_EQ(result.bytes.size(), 43U);
+    EXPECT_EQ(Bytes(result.bytes.end() - 3, result.bytes.end()), hex("00 00 00"));
+    EXPECT_EQ(result.trailer, hex("00 F4 F4 F4 F4"));
+    EXPECT_THAT(result.lines, ElementsAre(leave("ipc_serialize")));
+}
+
+TEST(Serialise, FailedSetHandlerIsOnlyLogged)
+{
+    const auto result =
+        serialize_made_up({set_nothing_and_fail, nullptr, size_made_up, nullptr}, 3);
+    EXPECT_EQ(result.bytes.size(), 43U);
+    EXPECT_THAT(result.lines,
+                ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
+}
+
+TEST(Serialise, FailedSetHandlerSkipsTheGuardCheck)
+{
+    const auto result =
+        serialize_made_up({set_over_the_guard_and_fail, nullptr, size_made_up, nullptr}, 3);
+    EXPECT_EQ(result.trailer, hex("11 11 F4 F4 F4"));
+    EXPECT_THAT(result.lines,
+                ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
+}
+
+TEST(Serialise, TheUncheckedByteBehindTheMessageMayBeOverwritten)
+{
+    const auto result = serialize_made_up({set_three_bytes, nullptr, size_made_up, nullptr}, 2);
+    EXPECT_EQ(result.bytes.size(), 42U);
+    EXPECT_EQ(result.trailer, hex("11 F4 F4 F4 F4"));
+    EXPECT_THAT(result.lines, ElementsAre(leave("ipc_serialize")));
+}
+
+size_t overwritten_guard_byte = 0;
+uint8_t *set_one_guard_byte(uint8_t *position, mdm_body_t *)
+{
+    position[3 + 1 + overwritten_guard_byte] = 0xF5;
+    return position + 3;
+}
+
+TEST(Serialise, EachOverwrittenGuardByteIsLoggedOnceWithTypeAndLengthField)
+{
+    for (overwritten_guard_byte = 0; overwritten_guard_byte < 4; ++overwritten_guard_byte) {
+        const auto result =
+            serialize_made_up({set_one_guard_byte, nullptr, size_made_up, nullptr}, 3);
+        EXPECT_EQ(result.bytes.size(), 43U);
+        EXPECT_THAT(result.lines,
+                    ElementsAre(critical("check_footer", "Serialization has corrupted "
+                                                         "memory!!!!! (msg type=33, len=35)"),
+                                leave("ipc_serialize")));
+    }
+}
+
+TEST(Serialise, AllFourOverwrittenGuardBytesAreLoggedOnce)
+{
+    const auto set_all = [](uint8_t *position, mdm_body_t *) {
+        std::memset(position, 0x11, 8);
+        return position + 8;
+    };
+    const auto result = serialize_made_up({set_all, nullptr, size_made_up, nullptr}, 3);
+    EXPECT_EQ(result.bytes.size(), 43U);
+    EXPECT_THAT(result.lines,
+                ElementsAre(critical("check_footer", "Serialization has corrupted memory!!!!! (msg "
+                                                     "type=33, len=35)"),
+                            leave("ipc_serialize")));
+}
+
+// Deserialising: every way it fails.
+
+void expect_rejected(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
+{
+    LogRecorder log;
+    EXPECT_EQ(::ipc_deserialize(msg, buffer, length), -999);
+    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), assert_fails("ipc_deserialize")));
+}
+
+// A rejected buffer changes nothing in the record.
+void expect_rejected(const Bytes &bytes, uint32_t length)
+{
+    mdm_msg_t msg = prefilled();
+    mdm_msg_t before;
+    std::memcpy(&before, &msg, sizeof msg);
+    expect_rejected(&msg, bytes.data(), length);
+    EXPECT_EQ(std::memcmp(&before, &msg, sizeof msg), 0);
+}
+
+TEST(Deserialise, NullMessageOrBufferIsRejected)
+{
+    mdm_msg_t msg{};
+    expect_rejected(nullptr, res_message.data(), 54);
+    expect_rejected(&msg, nullptr, 54);
+    expect_rejected(&msg, nullptr, 0);
+    expect_rejected(nullptr, nullptr, 0);
+}
+
+TEST(Deserialise, LengthFieldMustBeExactlyLengthMinus8)
+{
+    const Bytes longer = res_message + hex("00");
+    expect_rejected(longer, 55);
+    expect_rejected(res_message, 53);
+    expect_rejected(res_message, 46);
+    expect_rejected(res_message, 0xFFFFFFFF);
+}
+
+TEST(Deserialise, ALyingLengthFieldIsRejected)
+{
+    for (const uint32_t field : {0U, 31U, 45U, 47U, 54U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        Bytes bytes = res_message;
+        store_u32(bytes.data(), field);
+        expect_rejected(bytes, 54);
+    }
+}
+
+TEST(Deserialise, FewerBytesThanALengthFieldAreRejectedUnread)
+{
+    const auto nothing = std::make_unique<uint8_t[]>(0);
+    mdm_msg_t msg{};
+    expect_rejected(&msg, nothing.get(), 0);
+    for (uint32_t length = 1; length < 4; ++length) {
+        const auto few = std::make_unique<uint8_t[]>(length);
+        expect_rejected(&msg, few.get(), length);
+    }
+}
+
+TEST(Deserialise, LengthsFrom4To39AreRejected)
+{
+    for (uint32_t length = 4; length < 40; ++length) {
+        Bytes bytes(length);
+        store_u32(bytes.data(), length >= 8 ? length - 8 : 0);
+        if (length > 4) {
+            bytes[4] = type_res;
+        }
+        expect_rejected(bytes, length);
+    }
+}
+
+// The comparison is made in unsigned 32-bit arithmetic, so a length below 8 wraps.
+TEST(Deserialise, LengthMinus8Wraps)
+{
+    Bytes bytes = header_only(type_without_category);
+    store_u32(bytes.data(), 0xFFFFFFFF);
+    mdm_msg_t msg{};
+    EXPECT_EQ(ipc_deserialize(&msg, bytes.data(), 7), 0);
+    EXPECT_EQ(msg.type, type_without_category);
+}
+
+TEST(Deserialise, TypeOutside1To80IsRejected)
+{
+    for (const uint8_t type : std::to_array<uint8_t>({0, 81, 128, 255})) {
+        expect_rejected(header_only(type), 40);
+    }
+}
+
+TEST(Deserialise, EveryTypeWithoutCategoryFillsTheHeaderOnly)
+{
+    for (uint8_t type = 1; type <= 80; ++type) {
+        if (!is_empty(type)) {
+            continue;
+        }
+        mdm_msg_t msg = prefilled();
+        const mdm_body_t body = msg.body;
+        const Bytes bytes = header_only(type);
+        LogRecorder log;
+        EXPECT_EQ(deserialize(msg, bytes), 0) << int{type};
+        EXPECT_EQ(msg.type, type);
+        EXPECT_EQ(msg.hdr_word1, 0U);
+        EXPECT_EQ(msg.hdr_word5, 0U);
+        EXPECT_EQ(msg.hdr_aux, 0x5A5A5A5AU);
+        EXPECT_EQ(std::memcmp(&msg.body, &body, sizeof body), 0);
+        EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), leave("ipc_deserialize")));
+    }
+}
+
+TEST(Deserialise, FailedGetHandlerIsOnlyLogged)
+{
+    const ipc_handler_row row = {nullptr, get_and_fail, nullptr, nullptr};
+    mdm_msg_t msg{};
+    LogRecorder log;
+    EXPECT_EQ(ipc_deserialize(row, &msg, res_message.data()), 0);
+    expect_header_words(msg);
+    EXPECT_THAT(log.take(), ElementsAre(critical("ipc_deserialize", "lp_body is NULL"),
+                                        leave("ipc_deserialize")));
+}
+
+TEST(Deserialise, LogsEnterAndExitAroundTheCategorysLines)
+{
+    mdm_msg_t msg{};
+    LogRecorder log;
+    EXPECT_EQ(deserialize(msg, res_message), 0);
+    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), enter("_get_res"),
+                                        leave("_get_res"), leave("ipc_deserialize")));
+    ipc_free(&msg);
+}
+
+// Releasing.
+
+TEST(Free, NullMessageIsAnInvalidArgument)
+{
+    LogRecorder log;
+    EXPECT_EQ(ipc_free(nullptr), -195);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(Free, TypeAbove80IsRefusedAndNothingIsReleased)
+{
+    for (const uint8_t type : std::to_array<uint8_t>({81, 128, 255})) {
+        mdm_msg_t msg = message(type);
+        msg.hdr_text = heap_text("text");
+        char *text = msg.hdr_text;
+        LogRecorder log;
+        AllocationTrace trace;
+        EXPECT_EQ(ipc_free(&msg), -999);
+        trace.stop();
+        EXPECT_THAT(trace.released(), IsEmpty());
+        EXPECT_EQ(msg.hdr_text, text);
+        EXPECT_THAT(log.take(), IsEmpty());
+        g_free(text);
+    }
+}
+
+TEST(Free, TypesWithoutCategoryReleaseTheTextOnly)
+{
+    for (const uint8_t type : std::to_array<uint8_t>({0, 19, 75, 80})) {
+        mdm_msg_t msg = prefilled();
+        msg.type = type;
+        msg.hdr_text = heap_text("text");
+        const void *text = msg.hdr_text;
+        LogRecorder log;
+        AllocationTrace trace;
+        EXPECT_EQ(ipc_free(&msg), 0);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAre(text));
+        EXPECT_EQ(msg.hdr_text, nullptr);
+        EXPECT_EQ(msg.type, type);
+        EXPECT_THAT(log.take(), IsEmpty());
+    }
+}
+
+TEST(Free, LogsNothingOfItsOwn)
+{
+    mdm_msg_t msg = message(1);
+    LogRecorder log;
+    EXPECT_EQ(ipc_free(&msg), 0);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+}
+
+TEST(Free, ASecondCallCallsTheCategoryAgain)
+{
+    mdm_msg_t msg = message(1);
+    EXPECT_EQ(ipc_free(&msg), 0);
+    LogRecorder log;
+    EXPECT_EQ(ipc_free(&msg), 0);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+}
+
+TEST(Envelope, ThreadsWorkOnDifferentMessagesAtOnce)
+{
+    std::vector<std::thread> threads;
+    for (int worker = 0; worker < 8; ++worker) {
+        threads.emplace_back([worker] {
+            for (int round = 0; round < 200; ++round) {
+                const std::string text = "worker " + std::to_string(worker);
+                mdm_msg_t msg = message(type_res);
+                msg.hdr_word1 = static_cast<uint32_t>(round);
+                msg.body.res.data_size = static_cast<int32_t>(text.size());
+                msg.body.res.data = const_cast<char *>(text.data());
+                mdm_msg_t back{};
+                EXPECT_EQ(deserialize(back, serialize(msg)), 0);
+                EXPECT_EQ(back.hdr_word1, static_cast<uint32_t>(round));
+                EXPECT_EQ(static_cast<char *>(back.body.res.data), text);
+                ipc_free(&back);
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,290 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint8_t type_pwd = 3;
+constexpr uint32_t policy_type = 40;
+
+char digits[] = "1234";
+char abc[] = "abc";
+char hi[] = "hi";
+
+mdm_body_t body(uint32_t type, int32_t data_size, void *data)
+{
+    mdm_body_t body{};
+    body.pwd.type = type;
+    body.pwd.aux = 0xAAAAAAAA;
+    body.pwd.param = 0x01020304;
+    body.pwd.data_size = data_size;
+    body.pwd.data = data;
+    return body;
+}
+
+mdm_pwd_policy_t policy(char *str9, char *str10)
+{
+    return {0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0xFFFFFF18, str9, str10};
+}
+
+const Bytes policy_numbers = hex("10 00 00 00 11 00 00 00 12 00 00 00 13 00 00 00 14 00 00 00 "
+                                 "15 00 00 00 16 00 00 00 17 00 00 00 18 FF FF FF");
+const Bytes policy_head = hex("28 00 00 00 04 03 02 01 01 00 00 00");
+
+void expect_numbers_of_policy(const mdm_pwd_policy_t &record)
+{
+    EXPECT_EQ(record.num0, 0x10U);
+    EXPECT_EQ(record.num1, 0x11U);
+    EXPECT_EQ(record.num2, 0x12U);
+    EXPECT_EQ(record.num3, 0x13U);
+    EXPECT_EQ(record.num4, 0x14U);
+    EXPECT_EQ(record.num5, 0x15U);
+    EXPECT_EQ(record.num6, 0x16U);
+    EXPECT_EQ(record.num7, 0x17U);
+    EXPECT_EQ(record.num8, 0xFFFFFF18U);
+}
+
+const mdm_pwd_policy_t &received_policy(const mdm_body_t &body)
+{
+    return *static_cast<mdm_pwd_policy_t *>(body.pwd.data);
+}
+
+TEST(Pwd, PolicyCarriesNineNumbersAndTwoStrings)
+{
+    mdm_pwd_policy_t record = policy(abc, hi);
+    mdm_body_t sent = body(policy_type, 1, &record);
+    EXPECT_EQ(_size_of_pwd(&sent), 56U + 3 + 2);
+    EXPECT_EQ(sent.pwd.data_size, 1);
+    EXPECT_EQ(write_body(type_pwd, sent),
+              policy_head + policy_numbers + hex("03 00 00 00 61 62 63 02 00 00 00 68 69"));
+}
+
+TEST(Pwd, PolicyWithNullStringsIs56Bytes)
+{
+    mdm_pwd_policy_t record = policy(nullptr, nullptr);
+    mdm_body_t sent = body(policy_type, 1, &record);
+    EXPECT_EQ(_size_of_pwd(&sent), 56U);
+    const Bytes bytes = write_body(type_pwd, sent);
+    EXPECT_EQ(bytes, policy_head + policy_numbers + Bytes(8));
+
+    mdm_body_t received = body(0, 0, sentinel());
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_pwd, received, bytes), 56U);
+    trace.stop();
+    EXPECT_EQ(received.pwd.type, policy_type);
+    EXPECT_EQ(received.pwd.aux, 0xAAAAAAAAU);
+    EXPECT_EQ(received.pwd.param, 0x01020304U);
+    EXPECT_EQ(received.pwd.data_size, 1);
+    expect_numbers_of_policy(received_policy(received));
+    EXPECT_EQ(received_policy(received).str9, nullptr);
+    EXPECT_EQ(received_policy(received).str10, nullptr);
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.pwd.data, sizeof record}));
+    g_free(received.pwd.data);
+}
+
+TEST(Pwd, PolicyComesBackFieldByField)
+{
+    mdm_pwd_policy_t record = policy(abc, hi);
+    mdm_body_t sent = body(policy_type, 0x7FFFFFFF, &record);
+    mdm_body_t received{};
+    read_body(type_pwd, received, write_body(type_pwd, sent));
+    EXPECT_EQ(received.pwd.data_size, 0x7FFFFFFF);
+    const mdm_pwd_policy_t &back = received_policy(received);
+    expect_numbers_of_policy(back);
+    EXPECT_STREQ(back.str9, "abc");
+    EXPECT_STREQ(back.str10, "hi");
+    _free_pwd(&received);
+}
+
+TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
+{
+    mdm_pwd_policy_t record = policy(abc, hi);
+    for (const uint32_t type : {policy_type, 7U}) {
+        for (const int32_t data_size : {0, -1, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, &record);
+            EXPECT_EQ(_size_of_pwd(&sent), 12U);
+            const Bytes bytes = write_body(type_pwd, sent);
+            EXPECT_EQ(bytes.size(), 12U);
+
+            mdm_body_t received = body(0, 0, sentinel());
+            EXPECT_EQ(read_body(type_pwd, received, bytes), 12U);
+            EXPECT_EQ(received.pwd.type, type);
+            EXPECT_EQ(received.pwd.data_size, data_size);
+            EXPECT_EQ(received.pwd.data, sentinel());
+        }
+    }
+}
+
+TEST(Pwd, NullDataSendsTheHeadAloneWithItsDataSize)
+{
+    for (const uint32_t type : {policy_type, 7U}) {
+        mdm_body_t sent = body(type, 4, nullptr);
+        EXPECT_EQ(_size_of_pwd(&sent), 12U);
+        const Bytes bytes = write_body(type_pwd, sent);
+        EXPECT_EQ(bytes.size(), 12U);
+        EXPECT_EQ(bytes[8], 4);
+    }
+}
+
+TEST(Pwd, EveryOtherTypeIsRaw)
+{
+    for (const uint32_t type : {0U, 7U, 39U, 41U, 0xFFFFFFFFU}) {
+        mdm_body_t sent = body(type, 4, digits);
+        EXPECT_EQ(_size_of_pwd(&sent), 16U);
+        const Bytes bytes = write_body(type_pwd, sent);
+        EXPECT_EQ(Bytes(bytes.begin() + 8, bytes.end()), hex("04 00 00 00 31 32 33 34"));
+
+        mdm_body_t received = body(0, 0, sentinel());
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_pwd, received, bytes), 16U);
+        trace.stop();
+        EXPECT_STREQ(static_cast<char *>(received.pwd.data), "1234");
+        EXPECT_EQ(received.pwd.aux, 0xAAAAAAAAU);
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{received.pwd.data, 5}));
+        g_free(received.pwd.data);
+    }
+}
+
+TEST(Pwd, RawPayloadEndsAtItsFirstZeroByte)
+{
+    char payload[] = "a\0b";
+    mdm_body_t sent = body(7, 3, payload);
+    mdm_body_t received{};
+    EXPECT_EQ(read_body(type_pwd, received, write_body(type_pwd, sent)), 15U);
+    EXPECT_EQ(std::string(static_cast<char *>(received.pwd.data), 4), std::string("a\0\0\0", 4));
+    EXPECT_EQ(received.pwd.data_size, 3);
+    _free_pwd(&received);
+}
+
+TEST(Pwd, SizeNeverStoresDataSize)
+{
+    mdm_pwd_policy_t record = policy(abc, hi);
+    mdm_body_t sent = body(policy_type, 5, &record);
+    EXPECT_EQ(_size_of_pwd(&sent), 61U);
+    EXPECT_EQ(_size_of_pwd(&sent), 61U);
+    EXPECT_EQ(sent.pwd.data_size, 5);
+}
+
+TEST(Pwd, FreeReleasesAPolicysStringsThenItsRecordAndKeepsThePointer)
+{
+    auto *record = static_cast<mdm_pwd_policy_t *>(g_malloc0(sizeof(mdm_pwd_policy_t)));
+    *record = policy(heap_text("9"), heap_text("10"));
+    const void *str9 = record->str9;
+    const void *str10 = record->str10;
+    mdm_body_t received = body(policy_type, 1, record);
+    LogRecorder log;
+    AllocationTrace trace;
+    _free_pwd(&received);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(str9, str10, record));
+    EXPECT_EQ(received.pwd.data, record);
+    EXPECT_EQ(received.pwd.data_size, 1);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_free_pwd"), leave("_free_pwd")));
+}
+
+TEST(Pwd, FreeLooksAtDataAndNotAtDataSize)
+{
+    mdm_body_t received = body(7, 0, heap_text("raw"));
+    const void *data = received.pwd.data;
+    AllocationTrace trace;
+    _free_pwd(&received);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(data));
+    EXPECT_EQ(received.pwd.data, nullptr);
+}
+
+TEST(Pwd, FreeReleasesARawPayloadAndResetsThePointer)
+{
+    for (const uint32_t type : {39U, 41U}) {
+        mdm_body_t received = body(type, 3, heap_text("raw"));
+        const void *data = received.pwd.data;
+        AllocationTrace trace;
+        _free_pwd(&received);
+        _free_pwd(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAre(data));
+        EXPECT_EQ(received.pwd.data, nullptr);
+        EXPECT_EQ(received.pwd.data_size, 3);
+    }
+}
+
+TEST(Pwd, FreeOfNullDataDoesNothing)
+{
+    for (const uint32_t type : {policy_type, 7U}) {
+        mdm_body_t received = body(type, 1, nullptr);
+        LogRecorder log;
+        AllocationTrace trace;
+        _free_pwd(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), IsEmpty());
+        EXPECT_EQ(received.pwd.data_size, 1);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_free_pwd"), leave("_free_pwd")));
+    }
+}
+
+TEST(Pwd, WholeMessageLeaksNothing)
+{
+    mdm_pwd_policy_t record = policy(abc, hi);
+    mdm_msg_t msg = message(4);
+    msg.body = body(policy_type, 1, &record);
+    const Bytes bytes = serialize(msg);
+    mdm_msg_t received{};
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
+    EXPECT_EQ(ipc_free(&received), 0);
+    trace.stop();
+    EXPECT_THAT(trace.allocated_sizes(), ElementsAre(sizeof record, 4, 3));
+    EXPECT_THAT(trace.kept(), IsEmpty());
+}
+
+TEST(Pwd, NullArgumentsFailAnAssert)
+{
+    mdm_body_t some = body(7, 0, nullptr);
+    Bytes buffer(12);
+    LogRecorder log;
+    EXPECT_EQ(_size_of_pwd(nullptr), 0U);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_pwd"), assert_fails("_size_of_pwd")));
+
+    EXPECT_EQ(_set_pwd(nullptr, &some), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_pwd"), assert_fails("_set_pwd")));
+    EXPECT_EQ(_set_pwd(buffer.data(), nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_pwd"), assert_fails("_set_pwd")));
+
+    EXPECT_EQ(_get_pwd(nullptr, buffer.data()), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_pwd"), assert_fails("_get_pwd")));
+    EXPECT_EQ(_get_pwd(&some, nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_pwd"), assert_fails("_get_pwd")));
+}
+
+TEST(Pwd, LogsEnterAndExitOnly)
+{
+    mdm_pwd_policy_t record = policy(nullptr, nullptr);
+    for (const uint32_t type : {policy_type, 7U}) {
+        for (const int32_t data_size : {0, 2}) {
+            mdm_body_t sent = body(type, data_size, &record);
+            LogRecorder log;
+            _size_of_pwd(&sent);
+            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_pwd"), leave("_size_of_pwd")));
+            const Bytes bytes = write_body(type_pwd, sent);
+            EXPECT_THAT(log.take(), ElementsAre(enter("_set_pwd"), leave("_set_pwd")));
+            mdm_body_t received{};
+            read_body(type_pwd, received, bytes);
+            EXPECT_THAT(log.take(), ElementsAre(enter("_get_pwd"), leave("_get_pwd")));
+            _free_pwd(&received);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "mdm_wire.hpp"
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm/message.h"
+#include "support/allocation_trace.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+Bytes written_str(const char *text)
+{
+    Bytes buffer(64, 0xEE);
+    const uint8_t *end = write_str(buffer.data(), text);
+    buffer.resize(static_cast<size_t>(end - buffer.data()));
+    return buffer;
+}
+
+TEST(WireWords, AreLittleEndianAtAnyAlignment)
+{
+    alignas(8) std::array<uint8_t, 16> buffer{};
+    for (size_t offset = 0; offset < 8; ++offset) {
+        EXPECT_EQ(store_u32(buffer.data() + offset, 0x12345678), buffer.data() + offset + 4);
+        EXPECT_EQ(buffer[offset], 0x78);
+        EXPECT_EQ(buffer[offset + 1], 0x56);
+        EXPECT_EQ(buffer[offset + 2], 0x34);
+        EXPECT_EQ(buffer[offset + 3], 0x12);
+        EXPECT_EQ(load_u32(buffer.data() + offset), 0x12345678U);
+    }
+}
+
+TEST(WireWords, KeepEveryPowerOfTwoAndItsNeighbours)
+{
+    std::array<uint8_t, 4> buffer{};
+    for (unsigned shift = 0; shift < 32; ++shift) {
+        for (const uint32_t value : {(1U << shift) - 1, 1U << shift, (1U << shift) + 1}) {
+            store_u32(buffer.data(), value);
+            EXPECT_EQ(load_u32(buffer.data()), value);
+        }
+    }
+}
+
+TEST(WireStr, NullAndEmptyAreBothCountZeroAndComeBackAsNull)
+{
+    EXPECT_EQ(written_str(nullptr), hex("00 00 00 00"));
+    EXPECT_EQ(written_str(""), hex("00 00 00 00"));
+
+    const Bytes bytes = hex("00 00 00 00");
+    char *text = static_cast<char *>(sentinel());
+    EXPECT_EQ(read_str(bytes.data(), &text), bytes.data() + 4);
+    EXPECT_EQ(text, nullptr);
+}
+
+TEST(WireStr, CarriesTextWithoutTerminator)
+{
+    EXPECT_EQ(written_str("abc"), hex("03 00 00 00 61 62 63"));
+}
+
+TEST(WireStr, ComesBackAsANewBufferWithTerminator)
+{
+    const Bytes bytes = hex("03 00 00 00 61 62 63");
+    char *text = static_cast<char *>(sentinel());
+    AllocationTrace trace;
+    const uint8_t *end = read_str(bytes.data(), &text);
+    trace.stop();
+    EXPECT_EQ(end, bytes.data() + 7);
+    EXPECT_STREQ(text, "abc");
+    EXPECT_THAT(trace.allocated(), ElementsAre(Block{text, 4}));
+    EXPECT_THAT(trace.released(), IsEmpty());
+    g_free(text);
+}
+
+TEST(WireStr, ZeroByteEndsTheTextButNotTheBuffer)
+{
+    const Bytes bytes = hex("05 00 00 00 61 62 00 63 64");
+    char *text = nullptr;
+    AllocationTrace trace;
+    const uint8_t *end = read_str(bytes.data(), &text);
+    trace.stop();
+    EXPECT_EQ(end, bytes.data() + 9);
+    EXPECT_THAT(trace.allocated(), ElementsAre(Block{text, 6}));
+    EXPECT_EQ(std::string(text, 6), std::string("ab\0\0\0\0", 6));
+    g_free(text);
+}
+
+TEST(WireStr, OneByteAndNonAsciiTextSurvive)
+{
+    for (const char *text : {"x", "\xC3\xA4\xF0\x9F\x99\x82", "\x01\xFF"}) {
+        const Bytes bytes = written_str(text);
+        char *back = nullptr;
+        read_str(bytes.data(), &back);
+        EXPECT_STREQ(back, text);
+        g_free(back);
+    }
+}
+
+TEST(WireStr, WritingAllocatesNothing)
+{
+    std::array<uint8_t, 16> buffer{};
+    AllocationTrace trace;
+    write_str(buffer.data(), "abc");
+    trace.stop();
+    EXPECT_THAT(trace.allocated(), IsEmpty());
+}
+
+TEST(WireBodyHead, CarriesTypeParamAndDataSize)
+{
+    mdm_pwd_info_t body{};
+    body.type = 0x01020304;
+    body.aux = 0xAAAAAAAA;
+    body.param = 0x11121314;
+    body.data_size = -2;
+    body.data = sentinel();
+    Bytes buffer(12);
+    EXPECT_EQ(write_body_head(buffer.data(), &body), buffer.data() + 12);
+    EXPECT_EQ(buffer, hex("04 03 02 01 14 13 12 11 FE FF FF FF"));
+}
+
+TEST(WireBodyHead, LeavesAuxAndDataAlone)
+{
+    mdm_pwd_info_t body{};
+    body.aux = 0xAAAAAAAA;
+    body.data = sentinel();
+    const Bytes buffer = hex("04 03 02 01 14 13 12 11 FE FF FF FF");
+    EXPECT_EQ(read_body_head(buffer.data(), &body), buffer.data() + 12);
+    EXPECT_EQ(body.type, 0x01020304U);
+    EXPECT_EQ(body.aux, 0xAAAAAAAAU);
+    EXPECT_EQ(body.param, 0x11121314U);
+    EXPECT_EQ(body.data_size, -2);
+    EXPECT_EQ(body.data, sentinel());
+}
+
+// A misc body's type is signed, and its `param` shares its place with a list.
+TEST(WireBodyHead, ServesEveryBodyWithTheseFields)
+{
+    mdm_misc_info_t body{};
+    body.aux = 0xAAAAAAAA;
+    body.data = sentinel();
+    const Bytes buffer = hex("FF FF FF FF 14 13 12 11 02 00 00 00");
+    read_body_head(buffer.data(), &body);
+    EXPECT_EQ(body.type, -1);
+    EXPECT_EQ(body.aux, 0xAAAAAAAAU);
+    EXPECT_EQ(body.param, 0x11121314U);
+    EXPECT_EQ(body.data_size, 2);
+    EXPECT_EQ(body.data, sentinel());
+    Bytes back(12);
+    write_body_head(back.data(), &body);
+    EXPECT_EQ(back, buffer);
+}
+
+// A record of each kind of field.
+struct Sample {
+    char *last;
+    uint32_t unlisted;
+    uint32_t number;
+    uint8_t byte;
+    int32_t amount;
+    char *first;
+};
+constexpr auto sample_fields = MDM_FIELDS(Sample, first, number, byte, amount, last);
+
+Sample sample(char *first, char *last)
+{
+    return {last, 0xDEADBEEF, 5, 0x7F, -1, first};
+}
+
+const Bytes sample_bytes = hex("02 00 00 00 68 69 05 00 00 00 7F FF FF FF FF 00 00 00 00");
+
+TEST(WireFields, SizeCountsEachFieldInItsWireForm)
+{
+    char text[] = "hi";
+    EXPECT_EQ(size_of_fields(sample(nullptr, nullptr), sample_fields), 4U + 4 + 1 + 4 + 4);
+    EXPECT_EQ(size_of_fields(sample(text, nullptr), sample_fields), sample_bytes.size());
+}
+
+TEST(WireFields, AreWrittenInListOrder)
+{
+    char text[] = "hi";
+    Bytes buffer(sample_bytes.size());
+    Writer out(buffer.data());
+    out.record(sample(text, nullptr), sample_fields);
+    EXPECT_EQ(out.position(), buffer.data() + buffer.size());
+    EXPECT_EQ(buffer, sample_bytes);
+}
+
+TEST(WireFields, AreReadIntoANewZeroedRecord)
+{
+    Reader in(sample_bytes.data());
+    AllocationTrace trace;
+    auto *record = in.record(sample_fields);
+    trace.stop();
+    EXPECT_EQ(in.position(), sample_bytes.data() + sample_bytes.size());
+    EXPECT_STREQ(record->first, "hi");
+    EXPECT_EQ(record->number, 5U);
+    EXPECT_EQ(record->byte, 0x7F);
+    EXPECT_EQ(record->amount, -1);
+    EXPECT_EQ(record->last, nullptr);
+    EXPECT_EQ(record->unlisted, 0U);
+    EXPECT_THAT(trace.allocated(),
+                ElementsAre(Block{record, sizeof(Sample)}, Block{record->first, 3}));
+    g_free(record->first);
+    g_free(record);
+}
+
+TEST(WireFields, StringsAreReleasedInListOrderAndSetToNull)
+{
+    char *first = heap_text("1");
+    char *last = heap_text("2");
+    Sample record = sample(first, last);
+    AllocationTrace trace;
+    release_strings(record, sample_fields);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(first, last));
+    EXPECT_EQ(record.first, nullptr);
+    EXPECT_EQ(record.last, nullptr);
+    EXPECT_EQ(record.number, 5U);
+}
+
+TEST(WireFields, CarryTheirNames)
+{
+    std::vector<std::string> names;
+    for_each_field(sample_fields, [&](const auto &field) { names.emplace_back(field.name); });
+    EXPECT_THAT(names, ElementsAre("first", "number", "byte", "amount", "last"));
+}
+
+TEST(WireFields, AListMayBeAsLongAsTheLongestRecord)
+{
+    constexpr auto account_fields =
+        MDM_FIELDS(mdm_security_account_t, num0, num1, num2, num3, str4, str5, str6, str7, str8,
+                   str9, str10, str11, str12, str13, str14, str15, str16, str17, str18, str19,
+                   str20, str21, str22, str23, str24, str25);
+    EXPECT_EQ(size_of_fields(mdm_security_account_t{}, account_fields), 4U * 26);
+}
+
+TEST(WireReader, RawBytesComeBackAsAString)
+{
+    const Bytes bytes = hex("61 62 00 63 64");
+    Reader in(bytes.data());
+    AllocationTrace trace;
+    char *text = in.bytes(5);
+    trace.stop();
+    EXPECT_EQ(in.position(), bytes.data() + 5);
+    EXPECT_THAT(trace.allocated(), ElementsAre(Block{text, 6}));
+    EXPECT_EQ(std::string(text, 6), std::string("ab\0\0\0\0", 6));
+    g_free(text);
+}
+
+TEST(WireReader, RecordsStartZeroed)
+{
+    Reader in(nullptr);
+    auto *record = in.make<mdm_pwd_policy_t>();
+    EXPECT_EQ(record->num8, 0U);
+    EXPECT_EQ(record->str10, nullptr);
+    g_free(record);
+}
+
+TEST(WireReader, ListKeepsWireOrderAndNullElements)
+{
+    const Bytes bytes = hex("01 00 00 00 61 00 00 00 00 01 00 00 00 62");
+    Reader in(bytes.data());
+    GList *list = in.list(3, [&] { return in.str(); });
+    EXPECT_EQ(in.position(), bytes.data() + bytes.size());
+    ASSERT_EQ(g_list_length(list), 3U);
+    EXPECT_STREQ(static_cast<char *>(list->data), "a");
+    EXPECT_EQ(list->next->data, nullptr);
+    EXPECT_STREQ(static_cast<char *>(list->next->next->data), "b");
+    EXPECT_EQ(list->next->prev, list);
+    EXPECT_EQ(list->next->next->prev, list->next);
+    g_list_free_full(list, g_free);
+}
+
+TEST(WireReader, ListOfCountBelow1IsNull)
+{
+    for (const int32_t count : {0, -1, INT32_MIN}) {
+        Reader in(nullptr);
+        EXPECT_EQ(in.list(count, [&] { return in.str(); }), nullptr);
+    }
+}
+
+TEST(WireCursors, TellWhetherTheyHaveAPosition)
+{
+    uint8_t byte = 0;
+    EXPECT_FALSE(Writer(nullptr));
+    EXPECT_TRUE(Writer(&byte));
+    EXPECT_FALSE(Reader(nullptr));
+    EXPECT_TRUE(Reader(&byte));
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,350 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "mdm_log.hpp"
+#include "support/log_recorder.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+std::string contents(const std::string &path)
+{
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<int> priorities(const LogRecorder &log)
+{
+    std::vector<int> seen;
+    for (const PlatformLine &line : log.platform_lines()) {
+        seen.push_back(line.priority);
+    }
+    return seen;
+}
+
+// Every named level, and one above them.
+void print_one_line_a_level()
+{
+    for (const uint32_t level : {0U, 1U, 2U, 3U, 4U, 7U}) {
+        __mdm_log_print(level, "TAG", "line");
+    }
+}
+
+class Log : public ::testing::Test {
+protected:
+    void SetUp() override { std::filesystem::create_directory(directory_); }
+    void TearDown() override
+    {
+        mdm_log_set_path(nullptr);
+        mdm_log_set_level(MDM_LOG_INFO);
+        std::filesystem::remove_all(directory_);
+    }
+
+    std::string path(const char *name) const { return directory_ + "/" + name; }
+
+private:
+    std::string directory_ = ::testing::TempDir() + "mdm-log-test-" + std::to_string(getpid());
+};
+
+TEST_F(Log, StartsAtInfoWithoutFile)
+{
+    EXPECT_EQ(mdm_log_get_level(), MDM_LOG_INFO);
+}
+
+TEST_F(Log, AcceptsAnyThreshold)
+{
+    for (const uint32_t level : {0U, 1U, 2U, 3U, 4U, 5U, 0xFFFFFFFFU}) {
+        mdm_log_set_level(level);
+        EXPECT_EQ(mdm_log_get_level(), level);
+    }
+}
+
+TEST_F(Log, EnablingRestoresInfoAndDisablingSilences)
+{
+    mdm_log_set_level(MDM_LOG_DEBUG);
+    mdm_log_set_enabled(1);
+    EXPECT_EQ(mdm_log_get_level(), MDM_LOG_INFO);
+    mdm_log_set_enabled(0);
+    EXPECT_EQ(mdm_log_get_level(), MDM_LOG_NONE);
+    mdm_log_set_enabled(-1);
+    EXPECT_EQ(mdm_log_get_level(), MDM_LOG_INFO);
+}
+
+TEST_F(Log, Threshold0EmitsEveryLevelWithItsPriority)
+{
+    const LogRecorder log(MDM_LOG_DEBUG);
+    print_one_line_a_level();
+    EXPECT_THAT(priorities(log), ElementsAre(3, 4, 5, 6, 8, 1));
+}
+
+TEST_F(Log, Threshold1DropsLevel0Only)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    print_one_line_a_level();
+    EXPECT_THAT(priorities(log), ElementsAre(4, 5, 6, 8, 1));
+}
+
+TEST_F(Log, Threshold2And3DropWhatIsBelow)
+{
+    {
+        const LogRecorder log(MDM_LOG_WARN);
+        print_one_line_a_level();
+        EXPECT_THAT(priorities(log), ElementsAre(5, 6, 8, 1));
+    }
+    const LogRecorder log(MDM_LOG_CRITICAL);
+    print_one_line_a_level();
+    EXPECT_THAT(priorities(log), ElementsAre(6, 8, 1));
+}
+
+TEST_F(Log, Threshold4EmitsNothing)
+{
+    const LogRecorder log(MDM_LOG_NONE);
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    print_one_line_a_level();
+    EXPECT_THAT(priorities(log), IsEmpty());
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST_F(Log, ThresholdAbove4ComparesAsANumber)
+{
+    const LogRecorder log(7);
+    print_one_line_a_level();
+    __mdm_log_print(6, "TAG", "dropped");
+    __mdm_log_print(0xFFFFFFFF, "TAG", "emitted");
+    EXPECT_THAT(priorities(log), ElementsAre(1, 1));
+}
+
+TEST_F(Log, PassesBufferTagAndFormatThroughAndReturnsThePlatformsResult)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    EXPECT_EQ(__mdm_log_print(MDM_LOG_INFO, "TAG", "%s is %d", "answer", 42), recorder_result);
+    ASSERT_EQ(log.platform_lines().size(), 1U);
+    const PlatformLine &line = log.platform_lines().front();
+    EXPECT_EQ(line.buffer_id, 2);
+    EXPECT_EQ(line.tag, "TAG");
+    EXPECT_EQ(line.format, "%s is %d");
+    EXPECT_EQ(line.text, "answer is 42");
+}
+
+TEST_F(Log, FilteredLineReturnsZero)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    EXPECT_EQ(__mdm_log_print(MDM_LOG_DEBUG, "TAG", "dropped"), 0);
+}
+
+TEST_F(Log, NullTagAndFormatReachThePlatformAsTheyStand)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const char *volatile nothing = nullptr;
+    EXPECT_EQ(__mdm_log_print(MDM_LOG_INFO, nothing, nothing, 0), recorder_result);
+    ASSERT_EQ(log.platform_lines().size(), 1U);
+    EXPECT_EQ(log.platform_lines().front().tag, std::nullopt);
+    EXPECT_EQ(log.platform_lines().front().format, std::nullopt);
+}
+
+TEST_F(Log, NullTagReachesTheFileAsTheCLibraryPrintsIt)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    const char *volatile nothing = nullptr;
+    __mdm_log_print(MDM_LOG_INFO, nothing, "text");
+    EXPECT_EQ(contents(file), "1 (null) text\n");
+}
+
+TEST_F(Log, FileReceivesLevelTagAndTextOfEveryEmittedLine)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    EXPECT_EQ(mdm_log_set_path(file.c_str()), 0);
+    __mdm_log_print(MDM_LOG_DEBUG, "TAG", "dropped");
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "%s %d", "one", 1);
+    __mdm_log_print(MDM_LOG_NONE, "OTHER", "\033[0;31mred\033[0;m");
+    __mdm_log_print(0xFFFFFFFF, "TAG", "%c%s", 'x', "");
+    EXPECT_EQ(contents(file), "1 TAG one 1\n4 OTHER \033[0;31mred\033[0;m\n-1 TAG x\n");
+
+    EXPECT_EQ(mdm_log_set_path(nullptr), 0);
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "after");
+    EXPECT_EQ(contents(file), "1 TAG one 1\n4 OTHER \033[0;31mred\033[0;m\n-1 TAG x\n");
+}
+
+TEST_F(Log, ALineIsOnDiskWhenTheCallReturnsAndTheFileMayBeDeleted)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "first");
+    EXPECT_EQ(contents(file), "1 TAG first\n");
+    std::filesystem::remove(file);
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "second");
+    EXPECT_EQ(contents(file), "1 TAG second\n");
+}
+
+TEST_F(Log, AppendsToWhatTheFileHolds)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    std::ofstream(file) << "old\n";
+    mdm_log_set_path(file.c_str());
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "new");
+    EXPECT_EQ(contents(file), "old\n1 TAG new\n");
+}
+
+TEST_F(Log, KeepsThePointerAndNotTheText)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    std::string file = path("a");
+    mdm_log_set_path(file.c_str());
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "first");
+    file.back() = 'b';
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "second");
+    EXPECT_EQ(contents(path("a")), "1 TAG first\n");
+    EXPECT_EQ(contents(path("b")), "1 TAG second\n");
+}
+
+TEST_F(Log, UnopenableFileIsSkippedInSilence)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("missing/log");
+    mdm_log_set_path(file.c_str());
+    EXPECT_EQ(__mdm_log_print(MDM_LOG_INFO, "TAG", "text"), recorder_result);
+    EXPECT_EQ(log.platform_lines().size(), 1U);
+    EXPECT_FALSE(std::filesystem::exists(path("missing")));
+}
+
+TEST_F(Log, UnopenableFileLeaksNoDescriptor)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    const int before = dup(STDOUT_FILENO);
+    close(before);
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "text");
+    const int after = dup(STDOUT_FILENO);
+    close(after);
+    EXPECT_EQ(after, before);
+}
+
+int logs_every_kind_of_line(bool holds)
+{
+    MDM_ENTER();
+    MDM_INFO("Size = %d", 7);
+    MDM_CRITICAL("p_msg is NULL");
+    MDM_ASSERT(holds, -195);
+    return MDM_EXIT(5);
+}
+
+TEST_F(Log, MacrosUseTheLibrarysTagPrefixAndColours)
+{
+    LogRecorder log(MDM_LOG_DEBUG);
+    EXPECT_EQ(logs_every_kind_of_line(true), 5);
+    ASSERT_EQ(log.platform_lines().size(), 4U);
+    EXPECT_EQ(log.platform_lines()[0].tag, "MDM_COMMON");
+    EXPECT_EQ(log.platform_lines()[0].format, "%s: %s(%d) > \033[0;32mENTER >>>>\033[0;m");
+    EXPECT_EQ(log.platform_lines()[1].format, "%s: %s(%d) > Size = %d");
+    EXPECT_EQ(log.platform_lines()[2].format,
+              "%s: %s(%d) > \033[0;31m* Critical * p_msg is NULL\033[0;m");
+    EXPECT_EQ(log.platform_lines()[3].format, "%s: %s(%d) > \033[0;32mEXIT  <<<<\033[0;m");
+    EXPECT_THAT(priorities(log), ElementsAre(3, 4, 6, 3));
+}
+
+TEST_F(Log, FailedAssertReturnsWithoutExitLine)
+{
+    LogRecorder log(MDM_LOG_DEBUG);
+    EXPECT_EQ(logs_every_kind_of_line(false), -195);
+    ASSERT_EQ(log.platform_lines().size(), 4U);
+    EXPECT_EQ(log.platform_lines()[3].format,
+              "%s: %s(%d) > \033[0;31m* Critical * _ASSERT fails\033[0;m");
+}
+
+TEST_F(Log, FileLineOfTheLibraryReadsAsDocumented)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    const int line = __LINE__ + 1;
+    MDM_CRITICAL("p_msg is NULL");
+    EXPECT_EQ(contents(file), "3 MDM_COMMON log_test.cpp: TestBody(" + std::to_string(line) +
+                                  ") > \033[0;31m* Critical * p_msg is NULL\033[0;m\n");
+}
+
+TEST_F(Log, FilteredMacroEvaluatesNoArgument)
+{
+    const LogRecorder log(MDM_LOG_CRITICAL);
+    int evaluated = 0;
+    MDM_DEBUG("%d", ++evaluated);
+    MDM_INFO("%d", ++evaluated);
+    EXPECT_EQ(evaluated, 0);
+    MDM_CRITICAL("%d", ++evaluated);
+    EXPECT_EQ(evaluated, 1);
+}
+
+// 8 threads write while another one changes path and threshold: each line is whole, and is in one
+// file or the other.
+TEST_F(Log, ThreadsNeitherInterleaveNorLoseLines)
+{
+    constexpr int writers = 8;
+    constexpr int lines = 100;
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::array files = {path("a"), path("b")};
+    mdm_log_set_path(files[0].c_str());
+
+    std::atomic<bool> done = false;
+    std::thread changer([&] {
+        for (size_t i = 0; !done; ++i) {
+            mdm_log_set_path(files[i % 2].c_str());
+            mdm_log_set_level(i % 2 == 0 ? MDM_LOG_DEBUG : MDM_LOG_INFO);
+            std::this_thread::yield();
+        }
+    });
+    std::vector<std::thread> threads;
+    for (int writer = 0; writer < writers; ++writer) {
+        threads.emplace_back([writer] {
+            for (int line = 0; line < lines; ++line) {
+                __mdm_log_print(MDM_LOG_INFO, "TAG", "writer %d line %d", writer, line);
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    done = true;
+    changer.join();
+
+    std::multiset<std::string> seen;
+    for (const std::string &name : files) {
+        std::ifstream file(name);
+        for (std::string line; std::getline(file, line);) {
+            seen.insert(line);
+        }
+    }
+    std::multiset<std::string> expected;
+    for (int writer = 0; writer < writers; ++writer) {
+        for (int line = 0; line < lines; ++line) {
+            expected.insert("1 TAG writer " + std::to_string(writer) + " line " +
+                            std::to_string(line));
+        }
+    }
+    EXPECT_EQ(seen, expected);
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/log_recorder.hpp"
+
+#include <array>
+#include <cstdio>
+#include <mutex>
+#include <regex>
+#include <stdexcept>
+
+#include "support/allocation_trace.hpp"
+
+namespace mdm::test {
+namespace {
+
+std::mutex mutex;
+bool recording = false;
+std::vector<PlatformLine> recorded;
+
+std::optional<std::string> optional_text(const char *text)
+{
+    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
+}
+
+std::string formatted(const char *format, va_list args)
+{
+    if (format == nullptr) {
+        return "";
+    }
+    std::array<char, 4096> text{};
+    std::vsnprintf(text.data(), text.size(), format, args);
+    return text.data();
+}
+
+uint32_t level_of(int priority)
+{
+    switch (priority) {
+    case MDM_PLATFORM_LOG_DEBUG:
+        return MDM_LOG_DEBUG;
+    case MDM_PLATFORM_LOG_INFO:
+        return MDM_LOG_INFO;
+    case MDM_PLATFORM_LOG_WARN:
+        return MDM_LOG_WARN;
+    case MDM_PLATFORM_LOG_ERROR:
+        return MDM_LOG_CRITICAL;
+    default:
+        throw std::invalid_argument("the library never logs with this priority");
+    }
+}
+
+// "file: function(line) > text", as every line of the library reads.
+LogLine parsed(const PlatformLine &line)
+{
+    static const std::regex prefix("^[^ :/]+: ([^ (]+)\\([0-9]+\\) > ");
+    std::smatch match;
+    if (!std::regex_search(line.text, match, prefix)) {
+        throw std::invalid_argument("no prefix: " + line.text);
+    }
+    return {level_of(line.priority), match[1], match.suffix()};
+}
+
+}  // namespace
+
+std::ostream &operator<<(std::ostream &out, const LogLine &line)
+{
+    return out << line.level << ' ' << line.function << ' ' << line.text;
+}
+
+LogLine enter(const char *function)
+{
+    return {MDM_LOG_DEBUG, function, "\033[0;32mENTER >>>>\033[0;m"};
+}
+
+LogLine leave(const char *function)
+{
+    return {MDM_LOG_DEBUG, function, "\033[0;32mEXIT  <<<<\033[0;m"};
+}
+
+LogLine debug(const char *function, const char *text)
+{
+    return {MDM_LOG_DEBUG, function, text};
+}
+
+LogLine critical(const char *function, const std::string &text)
+{
+    return {MDM_LOG_CRITICAL, function, "\033[0;31m* Critical * " + text + "\033[0;m"};
+}
+
+LogLine assert_fails(const char *function)
+{
+    return critical(function, "_ASSERT fails");
+}
+
+LogRecorder::LogRecorder(mdm_log_level_t threshold) : previous_threshold_(mdm_log_get_level())
+{
+    const std::lock_guard lock(mutex);
+    recorded.clear();
+    recording = true;
+    mdm_log_set_level(threshold);
+}
+
+LogRecorder::~LogRecorder()
+{
+    const std::lock_guard lock(mutex);
+    recording = false;
+    mdm_log_set_level(previous_threshold_);
+}
+
+const std::vector<PlatformLine> &LogRecorder::platform_lines() const
+{
+    return recorded;
+}
+
+std::vector<LogLine> LogRecorder::take()
+{
+    const std::lock_guard lock(mutex);
+    std::vector<LogLine> lines;
+    for (const PlatformLine &line : recorded) {
+        lines.push_back(parsed(line));
+    }
+    recorded.clear();
+    return lines;
+}
+
+}  // namespace mdm::test
+
+extern "C" int platform_log_vprint(int buffer_id, int priority, const char *tag, const char *format,
+                                   va_list args)
+{
+    using namespace mdm::test;
+    const AllocationTrace::Pause pause;  // the recorder's own blocks are nobody's business
+    const std::lock_guard lock(mutex);
+    if (recording) {
+        recorded.push_back({buffer_id, priority, optional_text(tag), optional_text(format),
+                            formatted(format, args)});
+    }
+    return recorder_result;
+}

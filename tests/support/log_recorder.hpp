@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Takes the place of the platform's log and keeps what the logger hands to it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "mdm/log.h"
+
+namespace mdm::test {
+
+// A call of platform_log_vprint().
+struct PlatformLine {
+    int buffer_id;
+    int priority;
+    std::optional<std::string> tag;     // empty for a null pointer
+    std::optional<std::string> format;  // empty for a null pointer
+    std::string text;
+};
+
+// A line of the library: its level, the function that logged it, and what follows the prefix.
+struct LogLine {
+    uint32_t level;
+    std::string function;
+    std::string text;
+
+    friend bool operator==(const LogLine &, const LogLine &) = default;
+};
+
+std::ostream &operator<<(std::ostream &out, const LogLine &line);
+
+LogLine enter(const char *function);
+LogLine leave(const char *function);
+LogLine debug(const char *function, const char *text);
+LogLine critical(const char *function, const std::string &text);
+LogLine assert_fails(const char *function);
+
+// Records from its construction to its destruction, one at a time, under a threshold of its own.
+// Any number of threads may log meanwhile.
+class LogRecorder {
+public:
+    explicit LogRecorder(mdm_log_level_t threshold = MDM_LOG_DEBUG);
+    ~LogRecorder();
+    LogRecorder(const LogRecorder &) = delete;
+    LogRecorder &operator=(const LogRecorder &) = delete;
+
+    const std::vector<PlatformLine> &platform_lines() const;
+
+    // The recorded lines of the library, which are then forgotten.
+    std::vector<LogLine> take();
+
+private:
+    mdm_log_level_t previous_threshold_;
+};
+
+// What platform_log_vprint() returns to the logger while a recorder exists.
+inline constexpr int recorder_result = 1234;
+
+}  // namespace mdm::test

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/wire.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+namespace mdm::test {
+namespace {
+
+std::unique_ptr<uint8_t[]> exact_copy(const Bytes &bytes)
+{
+    auto copy = std::make_unique<uint8_t[]>(bytes.size());
+    std::ranges::copy(bytes, copy.get());
+    return copy;
+}
+
+}  // namespace
+
+Bytes hex(std::string_view text)
+{
+    Bytes bytes;
+    const char *position = text.data();
+    const char *end = position + text.size();
+    while (position < end) {
+        uint8_t byte = 0;
+        const auto [next, error] = std::from_chars(position, end, byte, 16);
+        EXPECT_EQ(error, std::errc{}) << text;
+        EXPECT_EQ(next - position, 2) << text;
+        bytes.push_back(byte);
+        position = next + 1;
+    }
+    return bytes;
+}
+
+Bytes operator+(const Bytes &left, const Bytes &right)
+{
+    Bytes both = left;
+    both.insert(both.end(), right.begin(), right.end());
+    return both;
+}
+
+void *sentinel()
+{
+    static int place = 0;
+    return &place;
+}
+
+char *heap_text(const char *text)
+{
+    return g_strdup(text);
+}
+
+mdm_msg_t message(uint8_t type)
+{
+    mdm_msg_t msg{};
+    msg.type = type;
+    return msg;
+}
+
+Bytes serialize(mdm_msg_t &msg)
+{
+    uint32_t length = 0;
+    uint8_t *buffer = ipc_serialize(&msg, &length);
+    EXPECT_NE(buffer, nullptr);
+    Bytes bytes(buffer, buffer + length);
+    g_free(buffer);
+    return bytes;
+}
+
+int32_t deserialize(mdm_msg_t &msg, const Bytes &bytes)
+{
+    const auto copy = exact_copy(bytes);
+    return ipc_deserialize(&msg, copy.get(), static_cast<uint32_t>(bytes.size()));
+}
+
+Bytes write_body(uint8_t type, mdm_body_t &body)
+{
+    Bytes buffer(4096);
+    const uint8_t *end = handler_row(type).set(buffer.data(), &body);
+    EXPECT_NE(end, nullptr);
+    buffer.resize(static_cast<size_t>(end - buffer.data()));
+    return buffer;
+}
+
+size_t read_body(uint8_t type, mdm_body_t &body, const Bytes &bytes)
+{
+    const auto copy = exact_copy(bytes);
+    const uint8_t *end = handler_row(type).get(&body, copy.get());
+    EXPECT_NE(end, nullptr);
+    return static_cast<size_t>(end - copy.get());
+}
+
+}  // namespace mdm::test
