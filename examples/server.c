@@ -207,7 +207,7 @@ static sigset_t handle_stop_signals(void)
     sigemptyset(&stop_signals);
     sigaddset(&stop_signals, SIGTERM);
     sigaddset(&stop_signals, SIGINT);
-    sigprocmask(SIG_BLOCK, &stop_signals, &signals_before);
+    pthread_sigmask(SIG_BLOCK, &stop_signals, &signals_before);
     sigaction(SIGTERM, &action, NULL);
     sigaction(SIGINT, &action, NULL);
     return signals_before;

@@ -53,7 +53,9 @@ int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_
         const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));  \
         return done ? in.position() : nullptr;                                   \
     }
-#define MDM_BODY_MEMBER(body, category) ((body) == nullptr ? nullptr : &(body)->category)
+// Every member of the union has the union's own address; null stays null.
+#define MDM_BODY_MEMBER(body, category) \
+    (static_cast<mdm_##category##_info_t *>(static_cast<void *>(body)))
 
 #define MDM_DECLARE_HANDLERS(category) \
     SetHandler _set_##category;        \

@@ -126,10 +126,11 @@ NEXT(mdm_platform_info_t, number, flag, uint8_t);
 LAST(mdm_platform_info_t, flag, text_t);
 
 /* Records: numbers before strings, so that a count of each tells the size. */
-#define RECORD(record, words, strings, last, last_type)                                   \
-    SAME(sizeof(record), ALIGNED(ALIGNED((words)*4, (strings) > 0 ? sizeof(text_t) : 4) + \
-                                     (strings) * sizeof(text_t),                          \
-                                 (strings) > 0 ? sizeof(text_t) : 4));                    \
+#define RECORD(record, words, strings, last, last_type)                                    \
+    SAME(sizeof(record),                                                                   \
+         ALIGNED(ALIGNED((words) * sizeof(uint32_t), (strings) > 0 ? sizeof(text_t) : 4) + \
+                     (strings) * sizeof(text_t),                                           \
+                 (strings) > 0 ? sizeof(text_t) : 4));                                     \
     SAME(offsetof(record, last), sizeof(record) - sizeof(last_type))
 
 RECORD(mdm_pwd_policy_t, 9, 2, str10, text_t);

@@ -167,6 +167,13 @@ TEST(Admin, SizeOfNullBodyFailsAnAssert)
     EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_admin"), assert_fails("_size_of_admin")));
 }
 
+TEST(Admin, FailureIsTheSameWithTheLoggerOff)
+{
+    LogRecorder log(MDM_LOG_NONE);
+    EXPECT_EQ(_size_of_admin(nullptr), 0U);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
 TEST(Admin, FreeOfNullBodyDoesNothing)
 {
     LogRecorder log;

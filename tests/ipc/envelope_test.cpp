@@ -335,25 +335,25 @@ TEST(Serialise, LogsEnterAndExitAroundTheCategorysLines)
 
 // Handlers of a made-up category, for what no real one does.
 int32_t made_up_size = 0;
-uint32_t size_made_up(mdm_body_t *)
+uint32_t size_made_up(mdm_body_t * /*body*/)
 {
     return static_cast<uint32_t>(made_up_size);
 }
-uint8_t *set_three_bytes(uint8_t *position, mdm_body_t *)
+uint8_t *set_three_bytes(uint8_t *position, mdm_body_t * /*body*/)
 {
     std::memset(position, 0x11, 3);
     return position + 3;
 }
-uint8_t *set_nothing_and_fail(uint8_t *, mdm_body_t *)
+uint8_t *set_nothing_and_fail(uint8_t * /*position*/, mdm_body_t * /*body*/)
 {
     return nullptr;
 }
-uint8_t *set_over_the_guard_and_fail(uint8_t *position, mdm_body_t *)
+uint8_t *set_over_the_guard_and_fail(uint8_t *position, mdm_body_t * /*body*/)
 {
     std::memset(position, 0x11, 5);
     return nullptr;
 }
-const uint8_t *get_and_fail(mdm_body_t *, const uint8_t *)
+const uint8_t *get_and_fail(mdm_body_t * /*body*/, const uint8_t * /*position*/)
 {
     return nullptr;
 }
@@ -361,7 +361,6 @@ const uint8_t *get_and_fail(mdm_body_t *, const uint8_t *)
 struct Serialised {
     Bytes bytes;
     Bytes trailer;
-    std::vector<LogLine> lines;
 };
 
 Serialised serialize_made_up(const ipc_handler_row &row, int32_t body_size)
@@ -369,11 +368,9 @@ Serialised serialize_made_up(const ipc_handler_row &row, int32_t body_size)
     made_up_size = body_size;
     mdm_msg_t msg = message(type_res);
     uint32_t length = 0;
-    LogRecorder log;
     uint8_t *buffer = ipc_serialize(row, &msg, &length);
     EXPECT_NE(buffer, nullptr);
-    Serialised result = {{buffer, buffer + length}, {buffer + length, buffer + length + 5}, {}};
-    result.lines = log.take();
+    Serialised result = {{buffer, buffer + length}, {buffer + length, buffer + length + 5}};
     g_free(buffer);
     return result;
 }
@@ -397,41 +394,45 @@ TEST(Serialise, TotalBelow8FailsAnAssertTwice)
 
 TEST(Serialise, RowWithoutSetHandlerLeavesTheBodyZeroAndIsNotChecked)
 {
+    LogRecorder log;
     const auto result = serialize_made_up({nullptr, nullptr, size_made_up, nullptr}, 3);
     EXPECT_EQ(result.bytes.size(), 43U);
     EXPECT_EQ(Bytes(result.bytes.end() - 3, result.bytes.end()), hex("00 00 00"));
     EXPECT_EQ(result.trailer, hex("00 F4 F4 F4 F4"));
-    EXPECT_THAT(result.lines, ElementsAre(leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(leave("ipc_serialize")));
 }
 
 TEST(Serialise, FailedSetHandlerIsOnlyLogged)
 {
+    LogRecorder log;
     const auto result =
         serialize_made_up({set_nothing_and_fail, nullptr, size_made_up, nullptr}, 3);
     EXPECT_EQ(result.bytes.size(), 43U);
-    EXPECT_THAT(result.lines,
+    EXPECT_THAT(log.take(),
                 ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
 }
 
 TEST(Serialise, FailedSetHandlerSkipsTheGuardCheck)
 {
+    LogRecorder log;
     const auto result =
         serialize_made_up({set_over_the_guard_and_fail, nullptr, size_made_up, nullptr}, 3);
     EXPECT_EQ(result.trailer, hex("11 11 F4 F4 F4"));
-    EXPECT_THAT(result.lines,
+    EXPECT_THAT(log.take(),
                 ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
 }
 
 TEST(Serialise, TheUncheckedByteBehindTheMessageMayBeOverwritten)
 {
+    LogRecorder log;
     const auto result = serialize_made_up({set_three_bytes, nullptr, size_made_up, nullptr}, 2);
     EXPECT_EQ(result.bytes.size(), 42U);
     EXPECT_EQ(result.trailer, hex("11 F4 F4 F4 F4"));
-    EXPECT_THAT(result.lines, ElementsAre(leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(leave("ipc_serialize")));
 }
 
 size_t overwritten_guard_byte = 0;
-uint8_t *set_one_guard_byte(uint8_t *position, mdm_body_t *)
+uint8_t *set_one_guard_byte(uint8_t *position, mdm_body_t * /*body*/)
 {
     position[3 + 1 + overwritten_guard_byte] = 0xF5;
     return position + 3;
@@ -439,11 +440,12 @@ uint8_t *set_one_guard_byte(uint8_t *position, mdm_body_t *)
 
 TEST(Serialise, EachOverwrittenGuardByteIsLoggedOnceWithTypeAndLengthField)
 {
+    LogRecorder log;
     for (overwritten_guard_byte = 0; overwritten_guard_byte < 4; ++overwritten_guard_byte) {
         const auto result =
             serialize_made_up({set_one_guard_byte, nullptr, size_made_up, nullptr}, 3);
         EXPECT_EQ(result.bytes.size(), 43U);
-        EXPECT_THAT(result.lines,
+        EXPECT_THAT(log.take(),
                     ElementsAre(critical("check_footer", "Serialization has corrupted "
                                                          "memory!!!!! (msg type=33, len=35)"),
                                 leave("ipc_serialize")));
@@ -452,13 +454,14 @@ TEST(Serialise, EachOverwrittenGuardByteIsLoggedOnceWithTypeAndLengthField)
 
 TEST(Serialise, AllFourOverwrittenGuardBytesAreLoggedOnce)
 {
-    const auto set_all = [](uint8_t *position, mdm_body_t *) {
+    LogRecorder log;
+    const auto set_all = [](uint8_t *position, mdm_body_t * /*body*/) {
         std::memset(position, 0x11, 8);
         return position + 8;
     };
     const auto result = serialize_made_up({set_all, nullptr, size_made_up, nullptr}, 3);
     EXPECT_EQ(result.bytes.size(), 43U);
-    EXPECT_THAT(result.lines,
+    EXPECT_THAT(log.take(),
                 ElementsAre(critical("check_footer", "Serialization has corrupted memory!!!!! (msg "
                                                      "type=33, len=35)"),
                             leave("ipc_serialize")));
@@ -589,6 +592,34 @@ TEST(Deserialise, LogsEnterAndExitAroundTheCategorysLines)
     EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), enter("_get_res"),
                                         leave("_get_res"), leave("ipc_deserialize")));
     ipc_free(&msg);
+}
+
+TEST(Envelope, FailuresAreTheSameWithTheLoggerOff)
+{
+    LogRecorder log(MDM_LOG_NONE);
+    uint32_t length = 77;
+    mdm_msg_t untyped = message(0);
+    EXPECT_EQ(::ipc_serialize(nullptr, &length), nullptr);
+    EXPECT_EQ(::ipc_serialize(&untyped, &length), nullptr);
+    EXPECT_EQ(length, 77U);
+
+    mdm_msg_t msg = message(type_res);
+    made_up_size = -999;
+    EXPECT_EQ(ipc_serialize({nullptr, nullptr, size_made_up, nullptr}, &msg, &length), nullptr);
+    EXPECT_EQ(length, 77U);
+    serialize_made_up({set_nothing_and_fail, nullptr, size_made_up, nullptr}, 3);
+    overwritten_guard_byte = 0;
+    serialize_made_up({set_one_guard_byte, nullptr, size_made_up, nullptr}, 3);
+
+    EXPECT_EQ(::ipc_deserialize(nullptr, res_message.data(), 54), -999);
+    EXPECT_EQ(::ipc_deserialize(&msg, nullptr, 54), -999);
+    EXPECT_EQ(deserialize(msg, {}), -999);
+    EXPECT_EQ(deserialize(msg, hex("00 00 00 00")), -999);
+    EXPECT_EQ(deserialize(msg, Bytes(8)), -999);
+    EXPECT_EQ(deserialize(msg, header_only(0)), -999);
+    EXPECT_EQ(ipc_deserialize({nullptr, get_and_fail, nullptr, nullptr}, &msg, res_message.data()),
+              0);
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 // Releasing.

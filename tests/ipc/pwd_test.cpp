@@ -267,6 +267,16 @@ TEST(Pwd, NullArgumentsFailAnAssert)
     EXPECT_THAT(log.take(), ElementsAre(enter("_get_pwd"), assert_fails("_get_pwd")));
 }
 
+TEST(Pwd, FailuresAreTheSameWithTheLoggerOff)
+{
+    mdm_body_t some = body(7, 0, nullptr);
+    LogRecorder log(MDM_LOG_NONE);
+    EXPECT_EQ(_size_of_pwd(nullptr), 0U);
+    EXPECT_EQ(_set_pwd(nullptr, &some), nullptr);
+    EXPECT_EQ(_get_pwd(&some, nullptr), nullptr);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
 TEST(Pwd, LogsEnterAndExitOnly)
 {
     mdm_pwd_policy_t record = policy(nullptr, nullptr);

@@ -244,6 +244,17 @@ TEST_P(SingleList, NullArgumentsFailAnAssert)
     EXPECT_THAT(log.take(), only_asserts(handler("get")));
 }
 
+TEST_P(SingleList, FailuresAreTheSameWithTheLoggerOff)
+{
+    mdm_body_t some = body(0, nullptr);
+    LogRecorder log(MDM_LOG_NONE);
+    EXPECT_EQ(row().size(nullptr), 0U);
+    EXPECT_EQ(row().set(nullptr, &some), nullptr);
+    EXPECT_EQ(row().get(&some, nullptr), nullptr);
+    row().free(nullptr);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
 TEST_P(SingleList, LogsUnderItsOwnName)
 {
     char payload[] = "abc";

@@ -281,8 +281,9 @@ TEST(WireReader, ListKeepsWireOrderAndNullElements)
 
 TEST(WireReader, ListOfCountBelow1IsNull)
 {
+    const Bytes bytes = hex("01 00 00 00 61");
     for (const int32_t count : {0, -1, INT32_MIN}) {
-        Reader in(nullptr);
+        Reader in(bytes.data());
         EXPECT_EQ(in.list(count, [&] { return in.str(); }), nullptr);
     }
 }

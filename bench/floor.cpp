@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "floor.hpp"
+
+#include <cstring>
+
+#include <benchmark/benchmark.h>
+
+namespace mdm::bench {
+namespace {
+
+void put(uint8_t *&out, uint32_t value)
+{
+    std::memcpy(out, &value, 4);
+    out += 4;
+}
+
+void put(uint8_t *&out, const char *text, uint32_t length)
+{
+    put(out, length);
+    if (length != 0) {
+        std::memcpy(out, text, length);
+        out += length;
+    }
+}
+
+uint32_t take(const uint8_t *&in)
+{
+    uint32_t value = 0;
+    std::memcpy(&value, in, 4);
+    in += 4;
+    return value;
+}
+
+// The contract names this copy: its text ends at the first zero byte, and the rest is zero.
+char *take_bytes(const uint8_t *&in, uint32_t length)
+{
+    char *text = g_strndup(reinterpret_cast<const char *>(in), length);
+    in += length;
+    return text;
+}
+
+char *take_text(const uint8_t *&in)
+{
+    const uint32_t length = take(in);
+    return length == 0 ? nullptr : take_bytes(in, length);
+}
+
+uint8_t *begin(const mdm_msg_t &msg, uint32_t body_size, uint32_t &length, uint8_t *&out)
+{
+    const uint32_t text_length =
+        msg.hdr_text == nullptr ? 0 : static_cast<uint32_t>(std::strlen(msg.hdr_text));
+    length = 40 + text_length + body_size;
+    auto *buffer = static_cast<uint8_t *>(g_malloc0(length + 5));
+    std::memset(buffer + length + 1, 0xF4, 4);
+    out = buffer;
+    put(out, length - 8);
+    *out++ = msg.type;
+    *out++ = msg.hdr_byte;
+    out += 2;
+    put(out, msg.hdr_word1);
+    put(out, msg.hdr_word2);
+    put(out, msg.hdr_text, text_length);
+    put(out, msg.hdr_word3);
+    put(out, msg.hdr_word6);
+    put(out, msg.hdr_word7);
+    put(out, msg.hdr_word4);
+    put(out, msg.hdr_word5);
+    return buffer;
+}
+
+void take_header(const uint8_t *&in, mdm_msg_t &msg)
+{
+    in += 4;
+    msg.type = *in++;
+    msg.hdr_byte = *in++;
+    in += 2;
+    msg.hdr_word1 = take(in);
+    msg.hdr_word2 = take(in);
+    msg.hdr_text = take_text(in);
+    msg.hdr_word3 = take(in);
+    msg.hdr_word6 = take(in);
+    msg.hdr_word7 = take(in);
+    msg.hdr_word4 = take(in);
+    msg.hdr_word5 = take(in);
+}
+
+template <class Body>
+void put_head(uint8_t *&out, const Body &body)
+{
+    put(out, body.type);
+    put(out, body.param);
+    put(out, static_cast<uint32_t>(body.data_size));
+}
+
+template <class Body>
+void take_head(const uint8_t *&in, Body &body)
+{
+    body.type = take(in);
+    body.param = take(in);
+    body.data_size = static_cast<int32_t>(take(in));
+}
+
+}  // namespace
+
+uint8_t *floor_encode_res(const mdm_msg_t &msg, uint32_t &length)
+{
+    const mdm_res_info_t &body = msg.body.res;
+    const auto size = static_cast<uint32_t>(body.data_size);
+    uint8_t *out = nullptr;
+    uint8_t *buffer = begin(msg, 12 + size, length, out);
+    put_head(out, body);
+    std::memcpy(out, body.data, size);
+    return buffer;
+}
+
+void floor_decode_res(const uint8_t *bytes, mdm_msg_t &msg)
+{
+    take_header(bytes, msg);
+    mdm_res_info_t &body = msg.body.res;
+    take_head(bytes, body);
+    body.data = take_bytes(bytes, static_cast<uint32_t>(body.data_size));
+    benchmark::DoNotOptimize(msg);
+    g_free(msg.hdr_text);
+    g_free(body.data);
+}
+
+uint8_t *floor_encode_admin(const mdm_msg_t &msg, uint32_t &length)
+{
+    const mdm_admin_info_t &body = msg.body.admin;
+    const auto pkg_length = static_cast<uint32_t>(std::strlen(body.pkg));
+    const auto text_length = static_cast<uint32_t>(std::strlen(body.text));
+    uint8_t *out = nullptr;
+    uint8_t *buffer = begin(msg, 16 + pkg_length + text_length, length, out);
+    put(out, body.type);
+    put(out, body.value);
+    put(out, body.pkg, pkg_length);
+    put(out, body.text, text_length);
+    return buffer;
+}
+
+void floor_decode_admin(const uint8_t *bytes, mdm_msg_t &msg)
+{
+    take_header(bytes, msg);
+    mdm_admin_info_t &body = msg.body.admin;
+    body.type = take(bytes);
+    body.value = take(bytes);
+    body.pkg = take_text(bytes);
+    body.text = take_text(bytes);
+    benchmark::DoNotOptimize(msg);
+    g_free(msg.hdr_text);
+    g_free(body.pkg);
+    g_free(body.text);
+}
+
+uint8_t *floor_encode_pwd(const mdm_msg_t &msg, uint32_t &length)
+{
+    const mdm_pwd_info_t &body = msg.body.pwd;
+    const auto &policy = *static_cast<mdm_pwd_policy_t *>(body.data);
+    const auto length9 = static_cast<uint32_t>(std::strlen(policy.str9));
+    const auto length10 = static_cast<uint32_t>(std::strlen(policy.str10));
+    uint8_t *out = nullptr;
+    uint8_t *buffer = begin(msg, 56 + length9 + length10, length, out);
+    put_head(out, body);
+    std::memcpy(out, &policy.num0, 36);
+    out += 36;
+    put(out, policy.str9, length9);
+    put(out, policy.str10, length10);
+    return buffer;
+}
+
+void floor_decode_pwd(const uint8_t *bytes, mdm_msg_t &msg)
+{
+    take_header(bytes, msg);
+    mdm_pwd_info_t &body = msg.body.pwd;
+    take_head(bytes, body);
+    auto *policy = static_cast<mdm_pwd_policy_t *>(g_malloc0(sizeof(mdm_pwd_policy_t)));
+    std::memcpy(&policy->num0, bytes, 36);
+    bytes += 36;
+    policy->str9 = take_text(bytes);
+    policy->str10 = take_text(bytes);
+    body.data = policy;
+    benchmark::DoNotOptimize(msg);
+    g_free(msg.hdr_text);
+    g_free(policy->str9);
+    g_free(policy->str10);
+    g_free(policy);
+}
+
+}  // namespace mdm::bench

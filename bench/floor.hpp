@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The floor under the codec: for each message of the benchmark the allocations and copies that
+// its contract asks for, written by hand for that one message. No log, no table, no check; each
+// length is measured once.
+#pragma once
+
+#include <cstdint>
+
+#include "mdm/message.h"
+
+namespace mdm::bench {
+
+// The bytes that ipc_serialize() returns; released with g_free().
+using FloorEncode = uint8_t *(const mdm_msg_t &msg, uint32_t &length);
+FloorEncode floor_encode_res;
+FloorEncode floor_encode_admin;
+FloorEncode floor_encode_pwd;
+
+// Rebuilds the message as ipc_deserialize() does, then releases it as ipc_free() does.
+using FloorDecode = void(const uint8_t *bytes, mdm_msg_t &msg);
+FloorDecode floor_decode_res;
+FloorDecode floor_decode_admin;
+FloorDecode floor_decode_pwd;
+
+}  // namespace mdm::bench

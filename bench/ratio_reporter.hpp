@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Prints one row a message: the floor's time, and every other variant's as a ratio to it.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace mdm::bench {
+
+// A benchmark is named "<message>/<variant>"; the variant "floor" is what the others are divided
+// by. Of several repetitions the median counts.
+class RatioReporter : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context &context) override;
+    void ReportRuns(const std::vector<Run> &runs) override;
+    void Finalize() override;
+
+private:
+    std::vector<std::string> messages_;  // in the order in which they were registered
+    std::map<std::string, std::vector<double>> times_;
+};
+
+}  // namespace mdm::bench
