@@ -26,8 +26,8 @@ pkg-config)
     build_and_run_c "$source_dir/tests/abi/api_test.c"
     ;;
 cmake)
-    cmake -S "$source_dir/tests/abi/consumer" -B "$work" -DCMAKE_PREFIX_PATH="$installed" \
-        -DCMAKE_CXX_COMPILER="$CXX"
+    cmake -G Ninja -S "$source_dir/tests/abi/consumer" -B "$work" \
+        -DCMAKE_PREFIX_PATH="$installed" -DCMAKE_CXX_COMPILER="$CXX"
     cmake --build "$work"
     "$work/consumer"
     ;;
