@@ -230,7 +230,17 @@ TEST_F(Log, UnopenableFileIsSkippedInSilence)
     EXPECT_FALSE(std::filesystem::exists(path("missing")));
 }
 
-TEST_F(Log, UnopenableFileLeaksNoDescriptor)
+TEST_F(Log, ADirectoryInTheFilesPlaceIsSkippedInSilence)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string directory = path("directory");
+    std::filesystem::create_directory(directory);
+    mdm_log_set_path(directory.c_str());
+    EXPECT_EQ(__mdm_log_print(MDM_LOG_INFO, "TAG", "text"), recorder_result);
+    EXPECT_TRUE(std::filesystem::is_empty(directory));
+}
+
+TEST_F(Log, ALineLeavesNoDescriptorOpen)
 {
     const LogRecorder log(MDM_LOG_INFO);
     const std::string file = path("log");
