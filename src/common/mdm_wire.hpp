@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The wire format's building blocks, bottom up: words, strings, the body head, the trusting
-// cursors, field lists.
+// The wire format's building blocks, bottom up: words, strings, the body head, field lists, the
+// trusting cursors.
 //
 //   u8, u32, i32   little-endian, at any alignment
 //   str            u32 byte count, then the bytes; no terminator; null and empty are count 0
