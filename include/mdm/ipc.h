@@ -7,9 +7,9 @@
  * The codec keeps no state: any number of threads may work on different messages at once. It is
  * not a transport: sending and receiving the bytes, whole and in order, is the caller's job.
  *
- * Trust: the envelope of a received buffer is checked (length, minimum length, message type);
- * the counts and lengths inside a body are believed. Bytes whose sender could lie about them
- * must not reach ipc_deserialize().
+ * Trust: of a received buffer the length, the minimum length and the message type are checked;
+ * the count of the header's text and every count and length inside a body are believed. Bytes
+ * whose sender could lie about them must not reach ipc_deserialize().
  */
 #ifndef MDM_IPC_H
 #define MDM_IPC_H
@@ -28,8 +28,11 @@ MDM_BEGIN_DECLS
  * The body's size is computed first, then one zero-filled buffer is allocated and written. Some
  * categories store the computed `data_size` in the body; nothing else in @p msg changes.
  *
- * A body handler that fails is only reported in the log: the buffer is still returned, with
- * whatever was written before the failure.
+ * A body that cannot be written is only reported in the log: the buffer is still returned, with
+ * whatever was written before the failure. A body that cannot be sized, or that a category counts
+ * shorter than it writes it, has no room in the buffer: the bodies' documentation says what a
+ * sender must not pass. The guard behind the message reports a short overrun in the log; it does
+ * not prevent one.
  *
  * @param msg         the message; `type` and the matching member of `body` must be filled.
  * @param out_length  receives the message's length in bytes; untouched on failure. Must not be
@@ -44,15 +47,16 @@ MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length);
 /**
  * Checks a received buffer and rebuilds the message from it.
  *
- * The record must be zeroed, or one that was passed to ipc_free(): an old `hdr_text` is released
- * with g_free(), and a body field that the category does not assign keeps what it held. `hdr_aux`
- * is never touched. A message type without a category fills the header only.
+ * Pass a zeroed record: an old `hdr_text` is released with g_free(), and a body field that the
+ * category does not assign keeps what it held, be it a pointer that a release left dangling.
+ * `hdr_aux` is never touched. A message type without a category fills the header only.
  *
  * The strings, records and lists of the message are copies: the buffer may be released at once.
  *
  * @param msg     the record to fill; untouched when the buffer is rejected.
  * @param buffer  the received bytes, at any alignment; not changed and not kept.
- * @param length  their exact number.
+ * @param length  their exact number. Fewer than 4, the size of the length field, are rejected
+ *                unread.
  *
  * @return #MDM_RESULT_SUCCESS, whatever became of the body (a body handler that fails is reported
  *         in the log). #MDM_RESULT_FAILED if @p msg or @p buffer is null, the length field is not
@@ -61,8 +65,8 @@ MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length);
 MDM_API int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length);
 
 /**
- * Releases what a received message owns: `hdr_text` and the heap parts of the body. The record
- * itself is the caller's, and its `type` is kept.
+ * Releases what a received message owns: `hdr_text`, always, and then the heap parts of the body
+ * that its category releases. The record itself is the caller's, and its `type` is kept.
  *
  * Call it once for each received message. What some categories leave allocated or dangling is
  * documented with their bodies. Do not call it on a message that was filled for sending, unless

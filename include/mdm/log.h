@@ -87,7 +87,7 @@ MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *
  * host program opened it; it is a weak symbol, so a program that defines this function puts its
  * own log in its place.
  *
- * It is called without any lock held, possibly from several threads at once.
+ * It is called without the logger's lock held, possibly from several threads at once.
  *
  * The definition in the library keeps the order debug, info, warning, error; prints nothing for
  * #MDM_PLATFORM_LOG_SILENT; takes every other priority as a notice; and ignores @p buffer_id.

@@ -59,19 +59,6 @@ bool is_message_type(uint8_t type)
     return type != 0 && type <= last_message_type;
 }
 
-uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
-{
-    MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
-
-    const auto size = static_cast<size_t>(total);
-    auto *buffer = static_cast<uint8_t *>(g_malloc0(size + trailer_size));
-    store_u32(buffer + ipc_head::length, static_cast<uint32_t>(total) - uncounted_size);
-    buffer[ipc_head::type] = msg.type;
-    buffer[ipc_head::hdr_byte] = msg.hdr_byte;
-    std::memcpy(buffer + size + guard_offset, guard.data(), guard.size());
-    return buffer;
-}
-
 uint8_t *_set_ipc_head(uint8_t *buffer, const mdm_msg_t &msg)
 {
     Writer out(buffer + ipc_head::fields);
@@ -102,6 +89,20 @@ void check_footer(const uint8_t *buffer, uint8_t type)
 const ipc_handler_row &handler_row(uint8_t type)
 {
     return handler_rows[type];
+}
+
+uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
+{
+    MDM_ASSERT(total >= 1, nullptr);
+    MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
+
+    const auto size = static_cast<size_t>(total);
+    auto *buffer = static_cast<uint8_t *>(g_malloc0(size + trailer_size));
+    store_u32(buffer + ipc_head::length, static_cast<uint32_t>(total) - uncounted_size);
+    buffer[ipc_head::type] = msg.type;
+    buffer[ipc_head::hdr_byte] = msg.hdr_byte;
+    std::memcpy(buffer + size + guard_offset, guard.data(), guard.size());
+    return buffer;
 }
 
 uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length)
@@ -157,7 +158,7 @@ int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, MDM_RESULT_FAILED);
     MDM_ASSERT(buffer != nullptr, MDM_RESULT_FAILED);
-    // Fewer bytes than the length field itself hold none that could match.
+    // Fewer bytes hold no length field to compare; they are not read.
     MDM_ASSERT(length >= mdm::word_size, MDM_RESULT_FAILED);
 
     const uint32_t length_field = mdm::load_u32(buffer + mdm::ipc_head::length);

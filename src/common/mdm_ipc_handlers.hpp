@@ -32,6 +32,10 @@ struct ipc_handler_row {
 // The row of a message type from 0 to 80.
 const ipc_handler_row &handler_row(uint8_t type);
 
+// A new buffer for a message of `total` bytes, with its length field, type byte, header byte and
+// guard bytes set; null for a total that has no length field.
+uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total);
+
 // What the exported functions of the same names do once the row is known.
 uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length);
 int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_t *buffer);
@@ -53,6 +57,7 @@ int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_
         const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));  \
         return done ? in.position() : nullptr;                                   \
     }
+
 // Every member of the union has the union's own address; null stays null.
 #define MDM_BODY_MEMBER(body, category) \
     (static_cast<mdm_##category##_info_t *>(static_cast<void *>(body)))

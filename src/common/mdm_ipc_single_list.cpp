@@ -45,6 +45,7 @@ void release_payload(Body &info)
 
 }  // namespace
 
+// A line of these handlers carries the category's line below; the function name tells them apart.
 // The size handler trusts the sign of `data_size`: a negative one counts fewer bytes than the
 // head that is written. The free handler logs its exit line for a null body only.
 #define SINGLE_LIST_HANDLERS(category, receive)                                 \

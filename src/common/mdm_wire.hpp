@@ -102,7 +102,7 @@ const uint8_t *read_body_head(const uint8_t *position, Body *body)
 }
 
 // Field lists: the members of a record that travel, in wire order, each with its name. Sizing,
-// writing, reading and releasing a record run over the same list, so they cannot drift apart.
+// writing, reading and releasing a record run over such lists, so they cannot drift apart.
 
 template <class Record, class Member>
 struct Field {
@@ -131,7 +131,7 @@ constexpr FieldList<Record, Members...> fields(Field<Record, Members>... list)
                  &record::first} __VA_OPT__(, MDM_FIELD_NEXT MDM_PARENS(record, __VA_ARGS__))
 #define MDM_FIELD_NEXT() MDM_FIELD_STEP
 #define MDM_PARENS ()
-// Each level rescans four times as often: 64 fields at the most.
+// Each level rescans four times as often: enough for 64 fields and more.
 #define MDM_EXPAND(...) MDM_EXPAND_16(MDM_EXPAND_16(MDM_EXPAND_16(MDM_EXPAND_16(__VA_ARGS__))))
 #define MDM_EXPAND_16(...) MDM_EXPAND_4(MDM_EXPAND_4(MDM_EXPAND_4(MDM_EXPAND_4(__VA_ARGS__))))
 #define MDM_EXPAND_4(...) MDM_EXPAND_1(MDM_EXPAND_1(MDM_EXPAND_1(MDM_EXPAND_1(__VA_ARGS__))))

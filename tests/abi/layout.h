@@ -14,25 +14,39 @@
 
 #define SAME(left, right) static_assert((left) == (right), #left " == " #right)
 
+#ifdef __cplusplus
+#include <type_traits>
+#define HAS_TYPE(record, field, type)                                                              \
+    static_assert(std::is_same_v<std::remove_reference_t<decltype((((record *)0)->field))>, type>, \
+                  #field " is " #type)
+#else
+#define HAS_TYPE(record, field, type) \
+    static_assert(_Generic(((record *)0)->field, type : 1, default : 0), #field " is " #type)
+#endif
+
 /* A field and the end of the one before it, rounded up to the field's own size. */
 #define END_OF(record, field) (offsetof(record, field) + sizeof(((record *)0)->field))
 #define ALIGNED(size, to) (((size) + (to)-1) / (to) * (to))
 #define FIRST(record, field, type)    \
     SAME(offsetof(record, field), 0); \
-    SAME(sizeof(((record *)0)->field), sizeof(type))
+    HAS_TYPE(record, field, type)
 #define NEXT(record, previous, field, type)                                         \
     SAME(offsetof(record, field), ALIGNED(END_OF(record, previous), sizeof(type))); \
-    SAME(sizeof(((record *)0)->field), sizeof(type))
-/* The widest field of every record is a word or a pointer. */
+    HAS_TYPE(record, field, type)
+/* A record ends where its widest field would begin again. */
 #define LAST(record, field, widest) \
     SAME(sizeof(record), ALIGNED(END_OF(record, field), sizeof(widest)))
 
 typedef char *text_t;
 typedef void *pointer_t;
+typedef GList *list_t;
+typedef mdm_wifi_detail_t *wifi_detail_pointer_t;
+typedef mdm_phone_res_detail_t *phone_res_detail_pointer_t;
 
 /* The body head, and bodies that consist of it. */
-#define BODY_HEAD(record)                     \
-    FIRST(record, type, uint32_t);            \
+#define BODY_HEAD(record) BODY_HEAD_WITH(record, uint32_t)
+#define BODY_HEAD_WITH(record, type_t)        \
+    FIRST(record, type, type_t);              \
     NEXT(record, type, aux, uint32_t);        \
     NEXT(record, aux, param, uint32_t);       \
     NEXT(record, param, data_size, int32_t);  \
@@ -53,17 +67,18 @@ BODY_HEAD(mdm_remote_info_t);
 BODY_HEAD(mdm_vpn_info_t);
 BODY_HEAD(mdm_firewall_info_t);
 BODY_HEAD(mdm_res_info_t);
-BODY_HEAD(mdm_phone_res_info_t);
 BODY_HEAD(mdm_enterprise_info_t);
 BODY_HEAD(mdm_email_info_t);
 BODY_HEAD(mdm_kiosk_info_t);
 BODY_HEAD(mdm_container_info_t);
 BODY_HEAD(mdm_location_info_t);
+BODY_HEAD_WITH(mdm_phone_res_info_t, int32_t);
 
 FIRST(mdm_misc_info_t, type, int32_t);
 NEXT(mdm_misc_info_t, type, aux, uint32_t);
-SAME(offsetof(mdm_misc_info_t, param), ALIGNED(8, sizeof(pointer_t)));
-SAME(offsetof(mdm_misc_info_t, param_list), ALIGNED(8, sizeof(pointer_t)));
+SAME(offsetof(mdm_misc_info_t, param), ALIGNED(8, sizeof(list_t)));
+HAS_TYPE(mdm_misc_info_t, param, uint32_t);
+NEXT(mdm_misc_info_t, aux, param_list, list_t);
 NEXT(mdm_misc_info_t, param_list, data_size, int32_t);
 NEXT(mdm_misc_info_t, data_size, data, pointer_t);
 LAST(mdm_misc_info_t, data, pointer_t);
@@ -111,11 +126,11 @@ LAST(mdm_admin_info_t, status, text_t);
 
 FIRST(mdm_log_manager_info_t, type, uint32_t);
 NEXT(mdm_log_manager_info_t, type, aux, uint32_t);
-NEXT(mdm_log_manager_info_t, aux, value, uintptr_t);
-LAST(mdm_log_manager_info_t, value, uintptr_t);
-SAME(offsetof(mdm_log_manager_info_t, value.text), 8);
+NEXT(mdm_log_manager_info_t, aux, value.text, text_t);
+NEXT(mdm_log_manager_info_t, aux, value.word, uintptr_t);
 SAME(offsetof(mdm_log_manager_info_t, value.byte), 8);
-SAME(offsetof(mdm_log_manager_info_t, value.word), 8);
+HAS_TYPE(mdm_log_manager_info_t, value.byte, uint8_t);
+LAST(mdm_log_manager_info_t, value, uintptr_t);
 
 FIRST(mdm_platform_info_t, type, uint32_t);
 NEXT(mdm_platform_info_t, type, aux, uint32_t);
@@ -125,35 +140,182 @@ NEXT(mdm_platform_info_t, aux2, number, uint32_t);
 NEXT(mdm_platform_info_t, number, flag, uint8_t);
 LAST(mdm_platform_info_t, flag, text_t);
 
-/* Records: numbers before strings, so that a count of each tells the size. */
-#define RECORD(record, words, strings, last, last_type)                                    \
-    SAME(sizeof(record),                                                                   \
-         ALIGNED(ALIGNED((words) * sizeof(uint32_t), (strings) > 0 ? sizeof(text_t) : 4) + \
-                     (strings) * sizeof(text_t),                                           \
-                 (strings) > 0 ? sizeof(text_t) : 4));                                     \
-    SAME(offsetof(record, last), sizeof(record) - sizeof(last_type))
+/* Records. */
+FIRST(mdm_pwd_policy_t, num0, uint32_t);
+NEXT(mdm_pwd_policy_t, num0, num1, uint32_t);
+NEXT(mdm_pwd_policy_t, num1, num2, uint32_t);
+NEXT(mdm_pwd_policy_t, num2, num3, uint32_t);
+NEXT(mdm_pwd_policy_t, num3, num4, uint32_t);
+NEXT(mdm_pwd_policy_t, num4, num5, uint32_t);
+NEXT(mdm_pwd_policy_t, num5, num6, uint32_t);
+NEXT(mdm_pwd_policy_t, num6, num7, uint32_t);
+NEXT(mdm_pwd_policy_t, num7, num8, uint32_t);
+NEXT(mdm_pwd_policy_t, num8, str9, text_t);
+NEXT(mdm_pwd_policy_t, str9, str10, text_t);
+LAST(mdm_pwd_policy_t, str10, text_t);
 
-RECORD(mdm_pwd_policy_t, 9, 2, str10, text_t);
-RECORD(mdm_security_account_t, 4, 22, str25, text_t);
-RECORD(mdm_wifi_pair_t, 0, 2, value, text_t);
-RECORD(mdm_wifi_dhcp_t, 0, 5, str4, text_t);
-RECORD(mdm_wifi_triple_t, 0, 3, str2, text_t);
-RECORD(mdm_wifi_detail_t, 0, 7, w6, mdm_wifi_word_t);
-RECORD(mdm_eas_account_t, 6, 9, str14, text_t);
-RECORD(mdm_eas_value_t, 1, 1, str1, text_t);
-RECORD(mdm_email_account_t, 9, 13, str21, text_t);
-RECORD(mdm_email_value_t, 1, 1, str1, text_t);
-RECORD(mdm_apn_account_t, 2, 13, str14, text_t);
-RECORD(mdm_app_pair_t, 0, 2, second, text_t);
-RECORD(mdm_app_num_pair_t, 2, 0, num2, uint32_t);
-RECORD(mdm_misc_str_t, 0, 1, value, text_t);
-RECORD(mdm_book_info_t, 0, 2, title, text_t);
-RECORD(mdm_misc_str_pair_t, 0, 2, second, text_t);
-RECORD(mdm_phone_res_detail_t, 2, 1, str2, text_t);
-RECORD(mdm_kiosk_key_pair_t, 2, 0, value, uint32_t);
-RECORD(mdm_container_item_t, 1, 2, str2, text_t);
-RECORD(mdm_roaming_data_t, 0, 1, name, text_t);
-RECORD(mdm_app_control_info_t, 1, 1, pkg_list, GList *);
+FIRST(mdm_security_account_t, num0, uint32_t);
+NEXT(mdm_security_account_t, num0, num1, uint32_t);
+NEXT(mdm_security_account_t, num1, num2, uint32_t);
+NEXT(mdm_security_account_t, num2, num3, uint32_t);
+NEXT(mdm_security_account_t, num3, str4, text_t);
+NEXT(mdm_security_account_t, str4, str5, text_t);
+NEXT(mdm_security_account_t, str5, str6, text_t);
+NEXT(mdm_security_account_t, str6, str7, text_t);
+NEXT(mdm_security_account_t, str7, str8, text_t);
+NEXT(mdm_security_account_t, str8, str9, text_t);
+NEXT(mdm_security_account_t, str9, str10, text_t);
+NEXT(mdm_security_account_t, str10, str11, text_t);
+NEXT(mdm_security_account_t, str11, str12, text_t);
+NEXT(mdm_security_account_t, str12, str13, text_t);
+NEXT(mdm_security_account_t, str13, str14, text_t);
+NEXT(mdm_security_account_t, str14, str15, text_t);
+NEXT(mdm_security_account_t, str15, str16, text_t);
+NEXT(mdm_security_account_t, str16, str17, text_t);
+NEXT(mdm_security_account_t, str17, str18, text_t);
+NEXT(mdm_security_account_t, str18, str19, text_t);
+NEXT(mdm_security_account_t, str19, str20, text_t);
+NEXT(mdm_security_account_t, str20, str21, text_t);
+NEXT(mdm_security_account_t, str21, str22, text_t);
+NEXT(mdm_security_account_t, str22, str23, text_t);
+NEXT(mdm_security_account_t, str23, str24, text_t);
+NEXT(mdm_security_account_t, str24, str25, text_t);
+LAST(mdm_security_account_t, str25, text_t);
+
+FIRST(mdm_wifi_pair_t, ssid, text_t);
+NEXT(mdm_wifi_pair_t, ssid, value, text_t);
+LAST(mdm_wifi_pair_t, value, text_t);
+
+FIRST(mdm_wifi_dhcp_t, str0, text_t);
+NEXT(mdm_wifi_dhcp_t, str0, str1, text_t);
+NEXT(mdm_wifi_dhcp_t, str1, str2, text_t);
+NEXT(mdm_wifi_dhcp_t, str2, str3, text_t);
+NEXT(mdm_wifi_dhcp_t, str3, str4, text_t);
+LAST(mdm_wifi_dhcp_t, str4, text_t);
+
+FIRST(mdm_wifi_triple_t, str0, text_t);
+NEXT(mdm_wifi_triple_t, str0, str1, text_t);
+NEXT(mdm_wifi_triple_t, str1, str2, text_t);
+LAST(mdm_wifi_triple_t, str2, text_t);
+
+FIRST(mdm_wifi_word_t, text, text_t);
+FIRST(mdm_wifi_word_t, number, uint32_t);
+LAST(mdm_wifi_word_t, text, text_t);
+
+FIRST(mdm_wifi_detail_t, w0, mdm_wifi_word_t);
+NEXT(mdm_wifi_detail_t, w0, w1, mdm_wifi_word_t);
+NEXT(mdm_wifi_detail_t, w1, w2, mdm_wifi_word_t);
+NEXT(mdm_wifi_detail_t, w2, w3, mdm_wifi_word_t);
+NEXT(mdm_wifi_detail_t, w3, w4, mdm_wifi_word_t);
+NEXT(mdm_wifi_detail_t, w4, w5, mdm_wifi_word_t);
+NEXT(mdm_wifi_detail_t, w5, w6, mdm_wifi_word_t);
+LAST(mdm_wifi_detail_t, w6, text_t);
+
+FIRST(mdm_eas_account_t, num0, uint32_t);
+NEXT(mdm_eas_account_t, num0, num1, uint32_t);
+NEXT(mdm_eas_account_t, num1, num2, uint32_t);
+NEXT(mdm_eas_account_t, num2, num3, uint32_t);
+NEXT(mdm_eas_account_t, num3, num4, uint32_t);
+NEXT(mdm_eas_account_t, num4, num5, uint32_t);
+NEXT(mdm_eas_account_t, num5, str6, text_t);
+NEXT(mdm_eas_account_t, str6, str7, text_t);
+NEXT(mdm_eas_account_t, str7, str8, text_t);
+NEXT(mdm_eas_account_t, str8, str9, text_t);
+NEXT(mdm_eas_account_t, str9, str10, text_t);
+NEXT(mdm_eas_account_t, str10, str11, text_t);
+NEXT(mdm_eas_account_t, str11, str12, text_t);
+NEXT(mdm_eas_account_t, str12, str13, text_t);
+NEXT(mdm_eas_account_t, str13, str14, text_t);
+LAST(mdm_eas_account_t, str14, text_t);
+
+FIRST(mdm_eas_value_t, num0, uint32_t);
+NEXT(mdm_eas_value_t, num0, str1, text_t);
+LAST(mdm_eas_value_t, str1, text_t);
+
+FIRST(mdm_email_account_t, num0, uint32_t);
+NEXT(mdm_email_account_t, num0, num1, uint32_t);
+NEXT(mdm_email_account_t, num1, num2, uint32_t);
+NEXT(mdm_email_account_t, num2, num3, uint32_t);
+NEXT(mdm_email_account_t, num3, num4, uint32_t);
+NEXT(mdm_email_account_t, num4, num5, uint32_t);
+NEXT(mdm_email_account_t, num5, num6, uint32_t);
+NEXT(mdm_email_account_t, num6, num7, uint32_t);
+NEXT(mdm_email_account_t, num7, num8, uint32_t);
+NEXT(mdm_email_account_t, num8, str9, text_t);
+NEXT(mdm_email_account_t, str9, str10, text_t);
+NEXT(mdm_email_account_t, str10, str11, text_t);
+NEXT(mdm_email_account_t, str11, str12, text_t);
+NEXT(mdm_email_account_t, str12, str13, text_t);
+NEXT(mdm_email_account_t, str13, str14, text_t);
+NEXT(mdm_email_account_t, str14, str15, text_t);
+NEXT(mdm_email_account_t, str15, str16, text_t);
+NEXT(mdm_email_account_t, str16, str17, text_t);
+NEXT(mdm_email_account_t, str17, str18, text_t);
+NEXT(mdm_email_account_t, str18, str19, text_t);
+NEXT(mdm_email_account_t, str19, str20, text_t);
+NEXT(mdm_email_account_t, str20, str21, text_t);
+LAST(mdm_email_account_t, str21, text_t);
+
+FIRST(mdm_email_value_t, num0, uint32_t);
+NEXT(mdm_email_value_t, num0, str1, text_t);
+LAST(mdm_email_value_t, str1, text_t);
+
+FIRST(mdm_apn_account_t, num0, uint32_t);
+NEXT(mdm_apn_account_t, num0, num1, uint32_t);
+NEXT(mdm_apn_account_t, num1, profile_name, text_t);
+NEXT(mdm_apn_account_t, profile_name, str3, text_t);
+NEXT(mdm_apn_account_t, str3, str4, text_t);
+NEXT(mdm_apn_account_t, str4, str5, text_t);
+NEXT(mdm_apn_account_t, str5, str6, text_t);
+NEXT(mdm_apn_account_t, str6, str7, text_t);
+NEXT(mdm_apn_account_t, str7, str8, text_t);
+NEXT(mdm_apn_account_t, str8, str9, text_t);
+NEXT(mdm_apn_account_t, str9, str10, text_t);
+NEXT(mdm_apn_account_t, str10, str11, text_t);
+NEXT(mdm_apn_account_t, str11, str12, text_t);
+NEXT(mdm_apn_account_t, str12, str13, text_t);
+NEXT(mdm_apn_account_t, str13, str14, text_t);
+LAST(mdm_apn_account_t, str14, text_t);
+
+FIRST(mdm_app_pair_t, first, text_t);
+NEXT(mdm_app_pair_t, first, second, text_t);
+LAST(mdm_app_pair_t, second, text_t);
+
+FIRST(mdm_app_num_pair_t, num1, uint32_t);
+NEXT(mdm_app_num_pair_t, num1, num2, uint32_t);
+LAST(mdm_app_num_pair_t, num2, uint32_t);
+
+FIRST(mdm_misc_str_t, value, text_t);
+LAST(mdm_misc_str_t, value, text_t);
+
+FIRST(mdm_book_info_t, url, text_t);
+NEXT(mdm_book_info_t, url, title, text_t);
+LAST(mdm_book_info_t, title, text_t);
+
+FIRST(mdm_misc_str_pair_t, first, text_t);
+NEXT(mdm_misc_str_pair_t, first, second, text_t);
+LAST(mdm_misc_str_pair_t, second, text_t);
+
+FIRST(mdm_phone_res_detail_t, num0, uint32_t);
+NEXT(mdm_phone_res_detail_t, num0, num1, uint32_t);
+NEXT(mdm_phone_res_detail_t, num1, str2, text_t);
+LAST(mdm_phone_res_detail_t, str2, text_t);
+
+FIRST(mdm_kiosk_key_pair_t, key, uint32_t);
+NEXT(mdm_kiosk_key_pair_t, key, value, uint32_t);
+LAST(mdm_kiosk_key_pair_t, value, uint32_t);
+
+FIRST(mdm_container_item_t, num0, uint32_t);
+NEXT(mdm_container_item_t, num0, str1, text_t);
+NEXT(mdm_container_item_t, str1, str2, text_t);
+LAST(mdm_container_item_t, str2, text_t);
+
+FIRST(mdm_roaming_data_t, name, text_t);
+LAST(mdm_roaming_data_t, name, text_t);
+
+FIRST(mdm_app_control_info_t, client_id, int32_t);
+NEXT(mdm_app_control_info_t, client_id, pkg_list, list_t);
+LAST(mdm_app_control_info_t, pkg_list, text_t);
 
 FIRST(mdm_security_item_t, num0, uint32_t);
 NEXT(mdm_security_item_t, num0, str1, text_t);
@@ -164,7 +326,7 @@ LAST(mdm_security_item_t, str4, text_t);
 
 FIRST(mdm_wifi_network_t, ssid, text_t);
 NEXT(mdm_wifi_network_t, ssid, detail_kind, int32_t);
-NEXT(mdm_wifi_network_t, detail_kind, detail, pointer_t);
+NEXT(mdm_wifi_network_t, detail_kind, detail, wifi_detail_pointer_t);
 LAST(mdm_wifi_network_t, detail, pointer_t);
 
 FIRST(mdm_phone_res_item_t, str0, text_t);
@@ -174,7 +336,7 @@ LAST(mdm_phone_res_item_t, str2, text_t);
 
 FIRST(mdm_phone_res_ext_t, str0, text_t);
 NEXT(mdm_phone_res_ext_t, str0, word1, uint32_t);
-NEXT(mdm_phone_res_ext_t, word1, detail, pointer_t);
+NEXT(mdm_phone_res_ext_t, word1, detail, phone_res_detail_pointer_t);
 LAST(mdm_phone_res_ext_t, detail, pointer_t);
 
 FIRST(mdm_app_res_item_t, name, text_t);
@@ -196,9 +358,7 @@ NEXT(mdm_msg_t, hdr_word6, hdr_word7, uint32_t);
 SAME(offsetof(mdm_msg_t, body), ALIGNED(END_OF(mdm_msg_t, hdr_word7), sizeof(pointer_t)));
 
 /* Every category has its member of the union. */
-#define MEMBER(category)                                                        \
-    SAME(sizeof(((mdm_body_t *)0)->category), sizeof(mdm_##category##_info_t)); \
-    SAME(offsetof(mdm_body_t, category), 0)
+#define MEMBER(category) FIRST(mdm_body_t, category, mdm_##category##_info_t)
 
 MEMBER(admin);
 MEMBER(pwd);

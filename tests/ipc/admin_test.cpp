@@ -210,16 +210,16 @@ TEST(Admin, NullPackageIsLoggedAsTheCLibraryPrintsIt)
     EXPECT_EQ(log.take()[2].text, "Processing IS_CLIENT_REGISTERED, pkg: '(null)', status: -2");
 }
 
-TEST(Admin, GeneralFormLogsItsTypeOnly)
+TEST(Admin, GeneralFormLogsItsTypeOnlyAsASignedNumber)
 {
-    mdm_body_t sent = body(5, pkg, nullptr);
+    mdm_body_t sent = body(0xFFFFFFFE, pkg, nullptr);
     LogRecorder log;
     const Bytes bytes = write_body(type_admin, sent);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_admin"), debug("_set_admin", "info->type: 5"),
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_admin"), debug("_set_admin", "info->type: -2"),
                                         leave("_set_admin")));
     mdm_body_t received{};
     read_body(type_admin, received, bytes);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_admin"), debug("_get_admin", "info->type: 5"),
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_admin"), debug("_get_admin", "info->type: -2"),
                                         leave("_get_admin")));
     _free_admin(&received);
 }

@@ -2,6 +2,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -221,6 +222,26 @@ TEST(Envelope, BufferMayLieAtAnyAlignment)
 
 TEST(Envelope, OldHeaderTextIsReleasedBeforeTheNewOneIsRead)
 {
+    using Kind = AllocationTrace::Kind;
+    using Event = AllocationTrace::Event;
+    char text[] = "new text";
+    mdm_msg_t sent = message(type_res);
+    sent.hdr_text = text;
+    const Bytes bytes = serialize(sent);
+    mdm_msg_t msg{};
+    msg.hdr_text = heap_text("old");
+    const void *old = msg.hdr_text;
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_deserialize(&msg, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
+    trace.stop();
+    EXPECT_TRUE(
+        (trace.events() == std::vector<Event>{{Kind::released, {old, 0}},
+                                              {Kind::allocated, {msg.hdr_text, sizeof text}}}));
+    ipc_free(&msg);
+}
+
+TEST(Envelope, OldHeaderTextIsReleasedWhenThereIsNoNewOne)
+{
     mdm_msg_t msg{};
     msg.hdr_text = heap_text("old");
     const void *old = msg.hdr_text;
@@ -392,6 +413,42 @@ TEST(Serialise, TotalBelow8FailsAnAssertTwice)
     }
 }
 
+TEST(Serialise, TotalFrom8UpGetsABufferWithItsTrailer)
+{
+    for (const int32_t total : {8, 9, 39, 40}) {
+        mdm_msg_t msg = message(type_res);
+        msg.hdr_byte = 0x99;
+        LogRecorder log;
+        AllocationTrace trace;
+        uint8_t *buffer = _alloc_msg(msg, total);
+        trace.stop();
+        const auto size = static_cast<size_t>(total);
+        EXPECT_THAT(trace.allocated(), ElementsAre(Block{buffer, size + 5}));
+        EXPECT_EQ(load_u32(buffer), size - 8);
+        EXPECT_EQ(buffer[4], type_res);
+        EXPECT_EQ(buffer[5], 0x99);
+        EXPECT_EQ(Bytes(buffer + 6, buffer + size + 1), Bytes(size - 5));
+        EXPECT_EQ(Bytes(buffer + size + 1, buffer + size + 5), hex("F4 F4 F4 F4"));
+        EXPECT_THAT(log.take(), IsEmpty());
+        g_free(buffer);
+    }
+}
+
+TEST(Serialise, TotalsBelow1AndBelow8FailDifferentChecks)
+{
+    const mdm_msg_t msg = message(type_res);
+    LogRecorder log;
+    EXPECT_EQ(_alloc_msg(msg, 0), nullptr);
+    EXPECT_EQ(_alloc_msg(msg, INT32_MIN), nullptr);
+    EXPECT_EQ(_alloc_msg(msg, 1), nullptr);
+    EXPECT_EQ(_alloc_msg(msg, 7), nullptr);
+    const auto lines = log.take();
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0].source_line, lines[1].source_line);
+    EXPECT_LT(lines[1].source_line, lines[2].source_line);
+    EXPECT_EQ(lines[2].source_line, lines[3].source_line);
+}
+
 TEST(Serialise, RowWithoutSetHandlerLeavesTheBodyZeroAndIsNotChecked)
 {
     LogRecorder log;
@@ -467,7 +524,52 @@ TEST(Serialise, AllFourOverwrittenGuardBytesAreLoggedOnce)
                             leave("ipc_serialize")));
 }
 
+uint8_t *set_another_length_field(uint8_t *position, mdm_body_t * /*body*/)
+{
+    store_u32(position - 40, 30);
+    return position + 3;
+}
+
+TEST(Serialise, TheGuardIsLookedForBehindTheLengthThatTheBufferHolds)
+{
+    LogRecorder log;
+    serialize_made_up({set_another_length_field, nullptr, size_made_up, nullptr}, 3);
+    EXPECT_THAT(log.take(),
+                ElementsAre(critical("check_footer", "Serialization has corrupted memory!!!!! "
+                                                     "(msg type=33, len=30)"),
+                            leave("ipc_serialize")));
+}
+
 // Deserialising: every way it fails.
+
+// Where the failed check of a rejected buffer stands.
+int failed_check(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
+{
+    LogRecorder log(MDM_LOG_CRITICAL);
+    EXPECT_EQ(::ipc_deserialize(msg, buffer, length), -999);
+    const auto lines = log.take();
+    return lines.size() == 1 ? lines.front().source_line : 0;
+}
+
+TEST(Deserialise, ChecksStandInTheirOrderAndEachLogsItsOwnLine)
+{
+    mdm_msg_t msg{};
+    Bytes lies = header_only(0);  // and its type is wrong, too
+    lies[0] = 31;
+    Bytes short_one = header_only(0);  // likewise
+    short_one[0] = 31;
+    const Bytes untyped = header_only(0);
+    const std::vector<int> checks = {
+        failed_check(nullptr, untyped.data(), 40), failed_check(&msg, nullptr, 40),
+        failed_check(&msg, lies.data(), 40),       failed_check(&msg, short_one.data(), 39),
+        failed_check(&msg, untyped.data(), 40),
+    };
+    EXPECT_GT(checks[0], 0);
+    EXPECT_THAT(checks, ::testing::WhenSorted(::testing::ElementsAreArray(checks)));
+    EXPECT_EQ(std::set(checks.begin(), checks.end()).size(), checks.size());
+    EXPECT_EQ(failed_check(nullptr, nullptr, 0), checks[0]);
+    EXPECT_EQ(failed_check(&msg, nullptr, 0), checks[1]);
+}
 
 void expect_rejected(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
 {
@@ -521,6 +623,11 @@ TEST(Deserialise, FewerBytesThanALengthFieldAreRejectedUnread)
     for (uint32_t length = 1; length < 4; ++length) {
         const auto few = std::make_unique<uint8_t[]>(length);
         expect_rejected(&msg, few.get(), length);
+    }
+    for (uint32_t length = 0; length < 4; ++length) {
+        Bytes matching = header_only(type_res);
+        store_u32(matching.data(), length - 8);
+        expect_rejected(matching, length);
     }
 }
 
@@ -664,6 +771,19 @@ TEST(Free, TypesWithoutCategoryReleaseTheTextOnly)
         EXPECT_EQ(msg.type, type);
         EXPECT_THAT(log.take(), IsEmpty());
     }
+}
+
+TEST(Free, ReleasesTheTextBeforeTheBody)
+{
+    mdm_msg_t msg = message(type_res);
+    msg.hdr_text = heap_text("text");
+    msg.body.res.data = heap_text("payload");
+    const void *text = msg.hdr_text;
+    const void *payload = msg.body.res.data;
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_free(&msg), 0);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(text, payload));
 }
 
 TEST(Free, LogsNothingOfItsOwn)

@@ -51,12 +51,17 @@ void AllocationTrace::record(Kind kind, Block block)
     ++count_;
 }
 
+std::vector<AllocationTrace::Event> AllocationTrace::events() const
+{
+    return {events_.begin(), events_.begin() + static_cast<std::ptrdiff_t>(count_)};
+}
+
 std::vector<Block> AllocationTrace::allocated() const
 {
     std::vector<Block> blocks;
-    for (size_t i = 0; i < count_; ++i) {
-        if (events_[i].kind == Kind::allocated) {
-            blocks.push_back(events_[i].block);
+    for (const Event &event : events()) {
+        if (event.kind == Kind::allocated) {
+            blocks.push_back(event.block);
         }
     }
     return blocks;
@@ -74,9 +79,9 @@ std::vector<size_t> AllocationTrace::allocated_sizes() const
 std::vector<const void *> AllocationTrace::released() const
 {
     std::vector<const void *> addresses;
-    for (size_t i = 0; i < count_; ++i) {
-        if (events_[i].kind == Kind::released) {
-            addresses.push_back(events_[i].block.address);
+    for (const Event &event : events()) {
+        if (event.kind == Kind::released) {
+            addresses.push_back(event.block.address);
         }
     }
     return addresses;
@@ -85,8 +90,7 @@ std::vector<const void *> AllocationTrace::released() const
 std::vector<Block> AllocationTrace::kept() const
 {
     std::vector<Block> blocks;
-    for (size_t i = 0; i < count_; ++i) {
-        const Event &event = events_[i];
+    for (const Event &event : events()) {
         if (event.kind == Kind::allocated) {
             blocks.push_back(event.block);
         } else {

@@ -30,6 +30,16 @@ public:
 
     void stop();
 
+    enum class Kind { allocated, released };
+    struct Event {
+        Kind kind;
+        Block block;  // of size 0 when released
+
+        friend bool operator==(const Event &, const Event &) = default;
+    };
+
+    // Everything that happened, in order.
+    std::vector<Event> events() const;
     // The blocks that were allocated, in order.
     std::vector<Block> allocated() const;
     // The sizes of the blocks that were allocated, in order.
@@ -56,12 +66,6 @@ public:
     static void on_released(const volatile void *address);
 
 private:
-    enum class Kind { allocated, released };
-    struct Event {
-        Kind kind;
-        Block block;
-    };
-
     void record(Kind kind, Block block);
 
     // Fixed, because recording must not allocate.

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <regex>
 #include <stdexcept>
+#include <utility>
 
 #include "support/allocation_trace.hpp"
 
@@ -15,6 +16,7 @@ namespace {
 std::mutex mutex;
 bool recording = false;
 std::vector<PlatformLine> recorded;
+std::function<void()> action_during_print;
 
 std::optional<std::string> optional_text(const char *text)
 {
@@ -50,12 +52,12 @@ uint32_t level_of(int priority)
 // "file: function(line) > text", as every line of the library reads.
 LogLine parsed(const PlatformLine &line)
 {
-    static const std::regex prefix("^[^ :/]+: ([^ (]+)\\([0-9]+\\) > ");
+    static const std::regex prefix("^[^ :/]+: ([^ (]+)\\(([0-9]+)\\) > ");
     std::smatch match;
     if (!std::regex_search(line.text, match, prefix)) {
         throw std::invalid_argument("no prefix: " + line.text);
     }
-    return {level_of(line.priority), match[1], match.suffix()};
+    return {level_of(line.priority), match[1], match.suffix(), std::stoi(match[2])};
 }
 
 }  // namespace
@@ -102,12 +104,18 @@ LogRecorder::~LogRecorder()
 {
     const std::lock_guard lock(mutex);
     recording = false;
+    action_during_print = nullptr;
     mdm_log_set_level(previous_threshold_);
 }
 
 const std::vector<PlatformLine> &LogRecorder::platform_lines() const
 {
     return recorded;
+}
+
+void LogRecorder::during_print(std::function<void()> action)
+{
+    action_during_print = std::move(action);
 }
 
 std::vector<LogLine> LogRecorder::take()
@@ -128,6 +136,9 @@ extern "C" int platform_log_vprint(int buffer_id, int priority, const char *tag,
 {
     using namespace mdm::test;
     const AllocationTrace::Pause pause;  // the recorder's own blocks are nobody's business
+    if (action_during_print) {
+        action_during_print();
+    }
     const std::lock_guard lock(mutex);
     if (recording) {
         recorded.push_back({buffer_id, priority, optional_text(tag), optional_text(format),

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -22,13 +23,19 @@ struct PlatformLine {
     std::string text;
 };
 
-// A line of the library: its level, the function that logged it, and what follows the prefix.
+// A line of the library: its level, the function that logged it, what follows the prefix, and
+// where in its file it was logged. Expected lines leave the last to the code.
 struct LogLine {
     uint32_t level;
     std::string function;
     std::string text;
+    int source_line = 0;
 
-    friend bool operator==(const LogLine &, const LogLine &) = default;
+    friend bool operator==(const LogLine &left, const LogLine &right)
+    {
+        return left.level == right.level && left.function == right.function &&
+               left.text == right.text;
+    }
 };
 
 std::ostream &operator<<(std::ostream &out, const LogLine &line);
@@ -49,6 +56,9 @@ public:
     LogRecorder &operator=(const LogRecorder &) = delete;
 
     const std::vector<PlatformLine> &platform_lines() const;
+
+    // Called, with nothing locked, each time the logger hands a line to the platform.
+    void during_print(std::function<void()> action);
 
     // The recorded lines of the library, which are then forgotten.
     std::vector<LogLine> take();

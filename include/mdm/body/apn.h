@@ -34,11 +34,11 @@ typedef struct mdm_apn_account {
  * - `data`: for `type` 387 and 393 one ::mdm_apn_account_t; for 389 to 391 a GList of them, none
  *   null; for every other `type` `data_size` raw bytes, which arrive as a new string with a
  *   terminator.
- * - `data_size`: 0, or a null `data`, sends the head alone and the receiver's `data` becomes
- *   null. The sender sets it to a non-zero value; for a list, sending replaces it with the size
- *   of the whole body, head and count included. For a single profile the profile's size is added
- *   to the value already there, so that many zero bytes travel at the end, and each further
- *   serialisation of the same body grows it.
+ * - `data_size`: 0, or a null `data`, sends the head alone; a received 0 makes `data` null. The
+ *   sender sets it to a non-zero value, which must not be negative for raw bytes. For a list,
+ *   sending replaces it with the size of the whole body, head and count included. For a single
+ *   profile, sending adds the profile's size to the value already there: as many zero bytes as it
+ *   held before travel at the end, and each further serialisation of the same body grows it.
  *
  * ipc_free() releases the payload; for a profile or a list `data` keeps its old value, so a
  * message is freed once.

@@ -32,7 +32,8 @@ typedef struct mdm_app_num_pair {
  *
  * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone
  * and the receiver's `data` becomes null. A null element ends a package list on the wire although
- * the count still counts it: do not send one.
+ * the count still counts it: do not send one. A pair must not be missing while `data_size` is 1
+ * or more.
  *
  * ipc_free() releases `pkg` always and the payload except a package list (4, 15), whose cells
  * and strings stay with the owner of the message. For 184 and 185 `data` keeps its old value.

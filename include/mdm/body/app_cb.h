@@ -12,6 +12,9 @@
  * Body of the application callbacks: the callback head (see mdm/body/callback_head.h) and, for
  * `type` 0 and 1, one number and two strings. ipc_free() releases both strings and sets them to
  * null.
+ *
+ * Receiving: an unknown `type`, or a `data_size` of 0, leaves the number and the strings as the
+ * record held them. For an unknown `type` ipc_free() releases nothing.
  */
 typedef struct mdm_app_cb_info {
     MDM_CALLBACK_HEAD;

@@ -31,11 +31,13 @@ typedef struct mdm_app_control_info {
  * | any other                                         | `data_size` raw bytes                  |
  *
  * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone
- * and the receiver's `data` becomes null.
+ * and the receiver's `data` becomes null. A null element ends a list on the wire although the
+ * count still counts it: do not send one. Raw bytes arrive as a new string with a terminator.
  *
  * ipc_free() releases `pkg` and the payload, with these exceptions: the
- * ::mdm_app_control_info_t records stay allocated; an item list's `data` keeps its old value;
- * and when `data_size` is 1 or more while `data` is null, nothing is released, `pkg` included.
+ * ::mdm_app_control_info_t records stay allocated, with their `pkg_list` released and nothing that
+ * points at them; an item list's `data` keeps its old value; and when `data_size` is 1 or more
+ * while `data` is null, nothing is released, `pkg` included.
  */
 typedef struct mdm_app_res_info {
     MDM_APP_HEAD;

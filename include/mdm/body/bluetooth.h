@@ -14,7 +14,7 @@
  * - `data`: for `type` 91, 220 to 225, 227, 230, 231, 233, 234, 235 and 237 a GList of strings,
  *   each a device name, none null; for every other `type` `data_size` raw bytes, which arrive as
  *   a new string with a terminator.
- * - `data_size`: set by the sender, never stored by the codec. Below 1 the head travels alone and
+ * - `data_size`: set by the sender; sending never stores it. Below 1 the head travels alone and
  *   the receiver's `data` stays as its record held it.
  *
  * ipc_free() releases the lists of `type` 91, 223, 227, 233 and 237 only. For every other value

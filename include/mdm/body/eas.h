@@ -44,12 +44,11 @@ typedef struct mdm_eas_value {
  * | 106       | GList of ::mdm_eas_account_t, none null                                         |
  * | any other | one ::mdm_eas_value_t                                                           |
  *
- * `data_size` is tested against zero: 0, or a null `data`, sends the head alone and the
- * receiver's `data` becomes null; any other value, negative ones included, means that a payload
- * follows. The sender sets it to a non-zero value; sending stores the computed size, which for a
+ * `data_size` is tested against zero: 0, or a null `data`, sends the head alone; a received 0
+ * makes `data` null; any other value, negative ones included, means that a payload follows. The sender sets it to a non-zero value; sending stores the computed size, which for a
  * list counts the whole body, head and count included. For `type` 104 the three string sizes are
  * added to the value already there, so each further serialisation of the same body grows it, and
- * that many zero bytes travel at the end.
+ * as many zero bytes as it held before travel at the end.
  *
  * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
  */

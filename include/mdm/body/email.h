@@ -54,11 +54,10 @@ typedef struct mdm_email_value {
  * | 363       | GList of ::mdm_email_account_t                                                  |
  * | any other | one ::mdm_email_value_t                                                         |
  *
- * `data_size` is tested against zero: 0, or a null `data`, sends the head alone and the
- * receiver's `data` becomes null; any other value, negative ones included, means that a payload
- * follows. The sender sets it to a non-zero value; sending stores the computed size, which for a
- * list counts the whole body, head and count included. A list must not hold a null element that
- * others follow.
+ * `data_size` is tested against zero: 0, or a null `data`, sends the head alone; a received 0
+ * makes `data` null; any other value, negative ones included, means that a payload follows. The sender sets it to a non-zero value; sending stores the computed size, which for a
+ * list counts the whole body, head and count included. A list must not hold a null
+ * element.
  *
  * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
  * Of a `type` 362 payload it releases the three strings and leaves the record allocated.

@@ -7,7 +7,7 @@
  * little-endian. `aux` and `data` do not travel; the payload that `data` points to follows the
  * head in the category's own form.
  *
- * Two rules hold for every body, and the category headers do not repeat them:
+ * Some rules hold for every body, and the category headers do not repeat them:
  *
  * - `aux` is never written, never read and never cleared by the codec. It keeps whatever each
  *   side put there.
@@ -15,6 +15,12 @@
  *   allocator and belongs to the message until ipc_free(). A sender's body belongs to the sender
  *   and is released the way the sender allocated it; the codec only reads it, except where a
  *   category says that a computed `data_size` is stored.
+ * - The receiver knows of the payload only what `data_size` says. A sender without a payload sets
+ *   `data_size` to 0 as well: a null `data` with another `data_size` travels as a head that
+ *   announces a payload, and the receiver reads beyond the message.
+ * - An empty string in a list arrives as a null element, unless a category says otherwise.
+ * - Where these headers say what ipc_free() leaves alone, they speak of the body: the header's
+ *   text is always released.
  */
 #ifndef MDM_BODY_HEAD_H
 #define MDM_BODY_HEAD_H

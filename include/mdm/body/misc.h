@@ -37,12 +37,14 @@ typedef struct mdm_misc_str_pair {
  * | 124, 125, 126 | `data`: one ::mdm_misc_str_t                                                |
  * | 127, 128      | `param_list`: GList of strings, sent even when `data_size` is 0             |
  * | 281, 283      | `data`: one ::mdm_book_info_t                                               |
- * | 288, 289      | `data`: one ::mdm_misc_str_pair_t, or null                                  |
+ * | 288, 289      | `data`: one ::mdm_misc_str_pair_t                                           |
  * | any other     | `data`: `data_size` raw bytes, which arrive as a string with a terminator   |
  *
  * A `data_size` of 0 sends the head alone (127 and 128 aside) and the receiver's `data` becomes
  * null. For the record discriminators the sender sets it to a non-zero value and sending stores
- * the payload's byte count in it. Their records must not be missing, 288 and 289 aside.
+ * the payload's byte count in it; their records must then not be missing. It must not be negative
+ * for raw bytes. For 123 with another `data_size` the receiver's `data` stays as its record held
+ * it.
  *
  * For 127 and 128 the low 32 bits of the list pointer travel in `param`'s place, as they stand;
  * the receiver discards them and `data` stays as its record held it.

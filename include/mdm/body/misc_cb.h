@@ -12,6 +12,9 @@
  * Body of the miscellaneous callbacks: the callback head (see mdm/body/callback_head.h) and, for
  * `type` 0 and 1, a byte, a number and a string, sent in field order. ipc_free() releases the
  * string and sets it to null.
+ *
+ * Receiving: an unknown `type`, or a `data_size` of 0, leaves these fields as the record held
+ * them. For an unknown `type` ipc_free() releases nothing.
  */
 typedef struct mdm_misc_cb_info {
     MDM_CALLBACK_HEAD;

@@ -43,9 +43,9 @@ typedef struct mdm_phone_res_ext {
  * |                                                 | ::mdm_phone_res_item_t                    |
  * | any other                                       | `data_size` raw bytes                     |
  *
- * `data_size` is the sender's: any value of 1 or more sends a record. Received records have 12
- * there; 0 or less arrives with a null `data`. Raw bytes arrive as a new string with a
- * terminator.
+ * `data_size` is the sender's: any value of 1 or more sends a record, which must then not be
+ * missing; it must not be negative. Received records have 12 there; 0 or less arrives with a null
+ * `data`. Raw bytes arrive as a new string with a terminator.
  *
  * ipc_free() releases the payload; for the records `data` keeps its old value, so a message is
  * freed once. A received 439 or 440 must not be handed to ipc_free(): its bytes would be followed

@@ -36,8 +36,8 @@ typedef struct mdm_pwd_policy {
  *   its fields, not from `data_size`.
  *
  * Receiving: a `data_size` below 1 leaves `data` as the record held it, so hand
- * ipc_deserialize() a zeroed record or one that was freed. ipc_free() releases the payload; for
- * `type` 40 `data` keeps pointing at the released record, so such a message is freed once.
+ * ipc_deserialize() a zeroed record. ipc_free() releases the payload; for `type` 40 `data` keeps
+ * pointing at the released record, so such a message is freed once.
  */
 typedef struct mdm_pwd_info {
     MDM_BODY_HEAD;

@@ -61,13 +61,16 @@ typedef struct mdm_security_account {
  * | any other      | `data_size` raw bytes                   | set by the sender               |
  *
  * A list's stored `data_size` counts the 12 bytes of the head and the 4 of the count as well; an
- * item's counts the payload alone. An empty list is a null `data`; its `data_size` is not
- * touched. A `data_size` of 0 or less sends the head alone, and the receiver's `data` then stays
- * as its record held it. Empty strings of a string list are not appended on reception. An
- * account list must not hold a null element.
+ * item's counts the payload alone, and a null item's is 0. An empty list is a null `data`; its
+ * `data_size` is not touched and must be 0. Raw bytes with a `data_size` of 0 or less send the
+ * head alone. A list must not hold a null element.
+ *
+ * Receiving: a `data_size` of 0 or less leaves `data` as the record held it. Empty strings of a
+ * string list are not appended. Raw bytes arrive as a new string with a terminator.
  *
  * ipc_free() releases the payload; `data` keeps pointing at a released list, so a message of a
- * list discriminator is freed once.
+ * list discriminator is freed once. For every string of a received string list one more copy
+ * stays allocated, which nothing points at.
  */
 typedef struct mdm_security_info {
     MDM_BODY_HEAD;

@@ -66,24 +66,25 @@ typedef struct mdm_wifi_network {
 /**
  * Body of the Wi-Fi category.
  *
- * | `type`                                                             | `data` points to |
- * |--------------------------------------------------------------------|----------------------------|
- * | 305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339    | one ::mdm_wifi_pair_t | |
- * 290, 344, 346, 348, 349, 350, 352                                  | GList of strings (SSIDs)   |
- * | 88                                                                 | one ::mdm_wifi_dhcp_t | |
- * 319                                                                | one ::mdm_wifi_triple_t    |
- * | 345                                                                | one ::mdm_wifi_network_t |
- * | any other                                                          | `data_size` raw bytes |
+ * | `type`                                                           | `data` points to         |
+ * |------------------------------------------------------------------|--------------------------|
+ * | 305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339  | one ::mdm_wifi_pair_t    |
+ * | 290, 344, 346, 348, 349, 350, 352                                | GList of strings (SSIDs) |
+ * | 88                                                               | one ::mdm_wifi_dhcp_t    |
+ * | 319                                                              | one ::mdm_wifi_triple_t  |
+ * | 345                                                              | one ::mdm_wifi_network_t |
+ * | any other                                                        | `data_size` raw bytes    |
  *
- * `data_size` is the sender's: below 1 the head travels alone and the receiver's `data` becomes
- * null. The codec never stores it. For the pair, DHCP and triple records `data_size` zero bytes
- * follow the record's strings on the wire. Records must not be missing, and an SSID list must
- * not hold a null element, while `data_size` is 1 or more.
+ * `data_size` is the sender's, and sending never stores it: below 1 the head travels alone and
+ * the receiver's `data` becomes null. For the pair, DHCP and triple records `data_size` zero
+ * bytes follow the record's strings on the wire. Records must not be missing, and an SSID list
+ * must not hold a null element, while `data_size` is 1 or more. Raw bytes arrive as a new string
+ * with a terminator.
  *
  * ipc_free() releases the payload and resets `data`, with one exception: of a network profile
- * only the strings and the detail records of kinds 2 to 7 are released; the
- * ::mdm_wifi_network_t itself and the detail of kinds 1, 8 and 9 stay allocated, and `data`
- * keeps pointing at the profile.
+ * only `ssid`, the strings of `detail` and the detail records of kinds 2 to 7 are released, and
+ * their pointers keep their old values. The ::mdm_wifi_network_t itself and the detail of kinds 1,
+ * 8 and 9 stay allocated, `data` keeps pointing at the profile, and such a message is freed once.
  */
 typedef struct mdm_wifi_info {
     MDM_BODY_HEAD;
