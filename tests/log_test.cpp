@@ -334,8 +334,9 @@ TEST_F(Log, FilteredMacroEvaluatesNoArgument)
 TEST_F(Log, ThreadsNeitherInterleaveNorLoseLines)
 {
     constexpr int writers = 8;
-    constexpr int lines = 25;
-    const std::string padding(20000, '.');
+    constexpr int lines = 40;
+    const std::string part(4000, '.');  // as long as a buffer, so that a line takes many writes
+    const std::string padding = part + part + part + part + part + part;
     const LogRecorder log(MDM_LOG_INFO);
     const std::array files = {path("a"), path("b")};
     mdm_log_set_path(files[0].c_str());
@@ -350,10 +351,11 @@ TEST_F(Log, ThreadsNeitherInterleaveNorLoseLines)
     });
     std::vector<std::thread> threads;
     for (int writer = 0; writer < writers; ++writer) {
-        threads.emplace_back([writer, &padding] {
+        threads.emplace_back([writer, &part] {
             for (int line = 0; line < lines; ++line) {
-                __mdm_log_print(MDM_LOG_INFO, "TAG", "writer %d line %d %s", writer, line,
-                                padding.c_str());
+                const char *text = part.c_str();
+                __mdm_log_print(MDM_LOG_INFO, "TAG", "writer %d line %d %s%s%s%s%s%s", writer, line,
+                                text, text, text, text, text, text);
             }
         });
     }
