@@ -47,6 +47,9 @@ void RatioReporter::Finalize()
     std::printf("%-20s %12s %10s %10s\n", "", "floor, ns", "silenced", "null sink");
     for (const std::string &message : messages_) {
         const double floor = median(times_[message + "/floor"]);
+        if (floor == 0) {
+            continue;  // a filter on the command line left it out
+        }
         std::printf("%-20s %12.1f %10.2f %10.2f\n", message.c_str(), floor,
                     median(times_[message + "/silenced"]) / floor,
                     median(times_[message + "/null sink"]) / floor);

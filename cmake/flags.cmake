@@ -4,7 +4,7 @@
 
 add_library(mdm-flags INTERFACE)
 target_compile_options(mdm-flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-target_compile_options(mdm-flags INTERFACE -fstack-protector-strong)
+target_compile_options(mdm-flags INTERFACE -fstack-protector-strong -fno-plt)
 target_link_options(mdm-flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 
 add_library(mdm-shared-flags INTERFACE)

@@ -140,7 +140,9 @@ int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_
 
 }  // namespace mdm
 
-uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
+// The exported functions take their steps in line: of a small message's time, calls would be a good
+// part.
+[[gnu::flatten]] uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
 {
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, nullptr);
@@ -153,7 +155,7 @@ uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
     return mdm::ipc_serialize(row, msg, out_length);
 }
 
-int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
+[[gnu::flatten]] int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
 {
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, MDM_RESULT_FAILED);
