@@ -31,10 +31,12 @@ uint32_t take(const uint8_t *&in)
     return value;
 }
 
-// The contract names this copy: its text ends at the first zero byte, and the rest is zero.
+// What g_strndup() returns: its text ends at the first zero byte, and the rest is zero.
 char *take_bytes(const uint8_t *&in, uint32_t length)
 {
-    char *text = g_strndup(reinterpret_cast<const char *>(in), length);
+    char *text = static_cast<char *>(g_malloc(length + 1));
+    std::strncpy(text, reinterpret_cast<const char *>(in), length);
+    text[length] = '\0';
     in += length;
     return text;
 }

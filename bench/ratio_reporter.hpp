@@ -20,7 +20,7 @@ public:
     void Finalize() override;
 
 private:
-    std::vector<std::string> messages_;  // in the order in which they were registered
+    std::vector<std::string> messages_;
     std::map<std::string, std::vector<double>> times_;
 };
 

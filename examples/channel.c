@@ -36,6 +36,7 @@ int channel_listen(const char *path)
     char *hidden = g_strconcat(path, ".new", NULL);
     struct sockaddr_un address;
     int fd = open_socket(hidden, &address);
+    unlink(hidden); /* what a crash may have left */
     if (fd >= 0 && (bind(fd, (const struct sockaddr *)&address, sizeof address) != 0 ||
                     listen(fd, 8) != 0 || rename(hidden, path) != 0)) {
         fd = close_after_error(fd, path);
@@ -59,8 +60,8 @@ int channel_connect(const char *path)
 
 bool channel_send(int fd, const uint8_t *bytes, uint32_t length)
 {
-    /* A packet is sent whole or not at all. */
-    if (send(fd, bytes, length, MSG_NOSIGNAL) < 0) {
+    /* A packet is sent whole or not at all. A peer that does not read is not waited for. */
+    if (send(fd, bytes, length, MSG_NOSIGNAL | MSG_DONTWAIT) < 0) {
         perror("send");
         return false;
     }

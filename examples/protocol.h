@@ -5,7 +5,8 @@
  *
  * A request's header: hdr_word1 is its number, hdr_text the client's package name.
  * A reply's header: hdr_word1 is the request's number, hdr_word2 the result (0 or negative). Its
- * message type is the request's plus one, its body says what is now in force.
+ * message type is the request's plus one, its body says what is now in force. What cannot be
+ * served is refused by an admin reply without a number.
  */
 #ifndef PROTOCOL_H
 #define PROTOCOL_H
@@ -16,6 +17,9 @@ enum message_type {
     TYPE_VPN = 29,
     TYPE_FIREWALL = 31,
 };
+
+/* The smallest message: a header without text and an empty body. */
+enum { SMALLEST_MESSAGE = 40 };
 
 /* Discriminators of the admin category besides IS_CLIENT_REGISTERED. */
 enum { ADMIN_REGISTER = 1, ADMIN_REFUSED = 2 };

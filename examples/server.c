@@ -1,7 +1,10 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * An MDM server in small: receives requests over a Unix socket, keeps what they set, and answers
- * with what is now in force. Runs until SIGTERM or SIGINT.
+ * with what is now in force, one client at a time. Runs until SIGTERM or SIGINT.
+ *
+ * It trusts its clients as far as ipc_deserialize() does: what is no message is refused, but a
+ * message whose counts lie is not safe to receive.
  *
  * usage: mdm-server SOCKET [LOG_FILE]
  */
@@ -151,7 +154,8 @@ static bool send_refusal(int fd, const char *reason)
 static bool serve_packet(struct server *server, int fd, const GByteArray *packet)
 {
     mdm_msg_t request = {0}; /* zeroed: fields that a category does not assign stay as they are */
-    if (ipc_deserialize(&request, packet->data, packet->len) != MDM_RESULT_SUCCESS) {
+    if (packet->len < SMALLEST_MESSAGE ||
+        ipc_deserialize(&request, packet->data, packet->len) != MDM_RESULT_SUCCESS) {
         printf("server  refused a packet of %u bytes: not a message\n", packet->len);
         return send_refusal(fd, "not a message");
     }
@@ -208,6 +212,8 @@ static sigset_t handle_stop_signals(void)
     sigaddset(&stop_signals, SIGTERM);
     sigaddset(&stop_signals, SIGINT);
     pthread_sigmask(SIG_BLOCK, &stop_signals, &signals_before);
+    sigdelset(&signals_before, SIGTERM);
+    sigdelset(&signals_before, SIGINT);
     sigaction(SIGTERM, &action, NULL);
     sigaction(SIGINT, &action, NULL);
     return signals_before;

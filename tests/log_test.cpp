@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -136,6 +137,23 @@ TEST_F(Log, ThresholdAbove4ComparesAsANumber)
     __mdm_log_print(6, "TAG", "dropped");
     __mdm_log_print(0xFFFFFFFF, "TAG", "emitted");
     EXPECT_THAT(priorities(log), ElementsAre(1, 1));
+}
+
+TEST_F(Log, Level5IsTheFirstWithTheDefaultPriority)
+{
+    const LogRecorder log(MDM_LOG_DEBUG);
+    __mdm_log_print(5, "TAG", "line");
+    EXPECT_THAT(priorities(log), ElementsAre(1));
+}
+
+TEST_F(Log, ALineLeavesErrnoAlone)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("missing/log");
+    mdm_log_set_path(file.c_str());
+    errno = E2BIG;
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "line");
+    EXPECT_EQ(errno, E2BIG);
 }
 
 TEST_F(Log, PassesBufferTagAndFormatThroughAndReturnsThePlatformsResult)

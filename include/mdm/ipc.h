@@ -56,7 +56,9 @@ MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length);
  * @param msg     the record to fill; untouched when the buffer is rejected.
  * @param buffer  the received bytes, at any alignment; not changed and not kept.
  * @param length  their exact number. Fewer than 4, the size of the length field, are rejected
- *                unread.
+ *                unread. The length is compared in unsigned 32-bit arithmetic, in which 4 to 7 may
+ *                match a lying length field: reject packets of fewer than 40 bytes, the smallest
+ *                message, before they come here.
  *
  * @return #MDM_RESULT_SUCCESS, whatever became of the body (a body handler that fails is reported
  *         in the log). #MDM_RESULT_FAILED if @p msg or @p buffer is null, the length field is not

@@ -33,7 +33,7 @@ struct ipc_handler_row {
 const ipc_handler_row &handler_row(uint8_t type);
 
 // A new buffer for a message of `total` bytes, with its length field, type byte, header byte and
-// guard bytes set; null for a total that has no length field.
+// guard bytes set; null for a total below 8.
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total);
 
 // What the exported functions of the same names do once the row is known.

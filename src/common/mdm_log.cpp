@@ -2,6 +2,7 @@
 #include "mdm_log.hpp"
 
 #include <array>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 
@@ -73,6 +74,7 @@ int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *format, 
         return 0;
     }
 
+    const int errno_before = errno;  // a caller's failure is often logged before it is handled
     va_list platform_args;
     va_list file_args;
     va_start(platform_args, format);
@@ -89,5 +91,6 @@ int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *format, 
 
     va_end(file_args);
     va_end(platform_args);
+    errno = errno_before;
     return result;
 }

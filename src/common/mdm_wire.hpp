@@ -152,6 +152,10 @@ uint32_t size_of_fields(const Record &record, const FieldList<Record, Members...
         if constexpr (std::is_convertible_v<decltype(value), const char *>) {
             size += word_size + text_length(value);
         } else {
+            using Value = std::remove_cvref_t<decltype(value)>;
+            static_assert(std::is_same_v<Value, uint8_t> || std::is_same_v<Value, uint32_t> ||
+                              std::is_same_v<Value, int32_t>,
+                          "no wire type for this member");
             size += static_cast<uint32_t>(sizeof value);
         }
     });

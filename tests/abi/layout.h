@@ -357,6 +357,8 @@ NEXT(mdm_msg_t, hdr_word5, hdr_word6, uint32_t);
 NEXT(mdm_msg_t, hdr_word6, hdr_word7, uint32_t);
 SAME(offsetof(mdm_msg_t, body), ALIGNED(END_OF(mdm_msg_t, hdr_word7), sizeof(pointer_t)));
 
+SAME(sizeof(mdm_msg_t), offsetof(mdm_msg_t, body) + sizeof(mdm_body_t));
+
 /* Every category has its member of the union. */
 #define MEMBER(category) FIRST(mdm_body_t, category, mdm_##category##_info_t)
 

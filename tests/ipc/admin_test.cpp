@@ -109,7 +109,7 @@ TEST(Admin, RegistrationQueryLeavesTheFieldsOfTheOtherForm)
 
 TEST(Admin, GeneralFormLeavesStatus)
 {
-    for (const uint32_t type : {1U, 0xFFFFFFFFU}) {
+    for (const uint32_t type : {1U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
         mdm_body_t sent = body(type, pkg, non_ascii);
         sent.admin.value = 9;
         mdm_body_t received = body(0, nullptr, nullptr);

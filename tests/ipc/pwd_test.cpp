@@ -139,7 +139,7 @@ TEST(Pwd, NullDataSendsTheHeadAloneWithItsDataSize)
 
 TEST(Pwd, EveryOtherTypeIsRaw)
 {
-    for (const uint32_t type : {0U, 7U, 39U, 41U, 0xFFFFFFFFU}) {
+    for (const uint32_t type : {0U, 7U, 39U, 41U, 296U, 0x80000028U, 0xFFFFFFFFU}) {
         mdm_body_t sent = body(type, 4, digits);
         EXPECT_EQ(_size_of_pwd(&sent), 16U);
         const Bytes bytes = write_body(type_pwd, sent);

@@ -104,6 +104,18 @@ TEST(WireStr, OneByteAndNonAsciiTextSurvive)
     }
 }
 
+TEST(WireStr, LongTextSurvives)
+{
+    const std::string text(70000, 'x');
+    Bytes buffer(4 + text.size());
+    EXPECT_EQ(write_str(buffer.data(), text.c_str()), buffer.data() + buffer.size());
+    EXPECT_EQ(load_u32(buffer.data()), 70000U);
+    char *back = nullptr;
+    EXPECT_EQ(read_str(buffer.data(), &back), buffer.data() + buffer.size());
+    EXPECT_EQ(back, text);
+    g_free(back);
+}
+
 TEST(WireStr, WritingAllocatesNothing)
 {
     std::array<uint8_t, 16> buffer{};

@@ -45,7 +45,8 @@ typedef struct mdm_eas_value {
  * | any other | one ::mdm_eas_value_t                                                           |
  *
  * `data_size` is tested against zero: 0, or a null `data`, sends the head alone; a received 0
- * makes `data` null; any other value, negative ones included, means that a payload follows. The sender sets it to a non-zero value; sending stores the computed size, which for a
+ * makes `data` null; any other value, negative ones included, means that a payload follows.
+ * The sender sets it to a non-zero value; sending stores the computed size, which for a
  * list counts the whole body, head and count included. For `type` 104 the three string sizes are
  * added to the value already there, so each further serialisation of the same body grows it, and
  * as many zero bytes as it held before travel at the end.

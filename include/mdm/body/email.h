@@ -55,7 +55,8 @@ typedef struct mdm_email_value {
  * | any other | one ::mdm_email_value_t                                                         |
  *
  * `data_size` is tested against zero: 0, or a null `data`, sends the head alone; a received 0
- * makes `data` null; any other value, negative ones included, means that a payload follows. The sender sets it to a non-zero value; sending stores the computed size, which for a
+ * makes `data` null; any other value, negative ones included, means that a payload follows.
+ * The sender sets it to a non-zero value; sending stores the computed size, which for a
  * list counts the whole body, head and count included. A list must not hold a null
  * element.
  *
