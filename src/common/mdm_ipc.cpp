@@ -93,6 +93,7 @@ const ipc_handler_row &handler_row(uint8_t type)
 
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
 {
+    // Two checks, so that the log tells a nonsensical size from one that is merely too small.
     MDM_ASSERT(total >= 1, nullptr);
     MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
 

@@ -37,7 +37,7 @@ inline bool log_passes(uint32_t level)
 
 #define MDM_ENTER() MDM_DEBUG("\033[0;32mENTER >>>>\033[0;m")
 
-// Logs the exit line and yields the result, if one is given: return MDM_EXIT(result);
+// Logs the exit line, then yields the result, if one is given: return MDM_EXIT(result);
 #define MDM_EXIT(...) (MDM_DEBUG("\033[0;32mEXIT  <<<<\033[0;m") __VA_OPT__(, ) __VA_ARGS__)
 
 // An argument check: the function that fails it returns `result` without an exit line.

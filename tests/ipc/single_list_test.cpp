@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -158,6 +159,22 @@ TEST_P(SingleList, OneByteAndLongPayloadsTravel)
         }
         row().free(&received);
     }
+}
+
+TEST_P(SingleList, PayloadsBeyond64KiBTravel)
+{
+    std::string payload(70000, 'x');
+    mdm_msg_t msg = message(type());
+    msg.body = body(70000, payload.data());
+    const Bytes bytes = serialize(msg);
+    ASSERT_EQ(bytes.size(), 40U + 12 + 70000);
+    EXPECT_TRUE(std::equal(payload.begin(), payload.end(), bytes.begin() + 52));
+    mdm_msg_t received{};
+    EXPECT_EQ(deserialize(received, bytes), 0);
+    if (GetParam().takes_payload_back) {
+        EXPECT_TRUE(static_cast<char *>(received.body.res.data) == payload);  // too long to print
+    }
+    ipc_free(&received);
 }
 
 TEST_P(SingleList, NegativeDataSizeCountsFewerBytesThanAreWritten)
