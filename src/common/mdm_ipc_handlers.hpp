@@ -70,12 +70,33 @@ int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_
 
 MDM_DECLARE_HANDLERS(admin);
 MDM_DECLARE_HANDLERS(pwd);
+MDM_DECLARE_HANDLERS(security);
+MDM_DECLARE_HANDLERS(wifi);
+MDM_DECLARE_HANDLERS(bluetooth);
+MDM_DECLARE_HANDLERS(eas);
+MDM_DECLARE_HANDLERS(app);
+MDM_DECLARE_HANDLERS(app_res);
+MDM_DECLARE_HANDLERS(roaming);
+SetHandler _set_roaming_res;
+GetHandler _get_roaming_res;
+SizeHandler _size_of_roaming_res;  // released by _free_roaming()
+MDM_DECLARE_HANDLERS(misc);
+MDM_DECLARE_HANDLERS(apn);
 MDM_DECLARE_HANDLERS(browser);
 MDM_DECLARE_HANDLERS(date_time);
 MDM_DECLARE_HANDLERS(remote);
 MDM_DECLARE_HANDLERS(vpn);
 MDM_DECLARE_HANDLERS(firewall);
 MDM_DECLARE_HANDLERS(res);
+MDM_DECLARE_HANDLERS(phone_res);
 MDM_DECLARE_HANDLERS(enterprise);
+MDM_DECLARE_HANDLERS(email);
+MDM_DECLARE_HANDLERS(kiosk);
+MDM_DECLARE_HANDLERS(container);
+MDM_DECLARE_HANDLERS(location);
+MDM_DECLARE_HANDLERS(log_manager);
+MDM_DECLARE_HANDLERS(platform);
+MDM_DECLARE_HANDLERS(app_cb);
+MDM_DECLARE_HANDLERS(misc_cb);
 
 }  // namespace mdm

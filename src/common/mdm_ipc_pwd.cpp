@@ -38,9 +38,8 @@ uint32_t _size_of_pwd(mdm_body_t *body)
     const mdm_pwd_info_t &info = body->pwd;
     uint32_t size = body_head_size;
     if (sends_payload(info)) {
-        size += shape_of(info.type) == Shape::policy
-                    ? size_of_fields(payload<mdm_pwd_policy_t>(info), policy_fields)
-                    : static_cast<uint32_t>(info.data_size);
+        size += shape_of(info.type) == Shape::policy ? size_of_fields(info.data, policy_fields)
+                                                     : static_cast<uint32_t>(info.data_size);
     }
     return MDM_EXIT(size);
 }
@@ -56,7 +55,7 @@ static bool _set_pwd(Out &out, const mdm_pwd_info_t *info)
         return MDM_EXIT(true);
     }
     if (shape_of(info->type) == Shape::policy) {
-        out.record(payload<mdm_pwd_policy_t>(*info), policy_fields);
+        out.record(info->data, policy_fields);
     } else {
         out.bytes(info->data, info->data_size);
     }
@@ -91,11 +90,9 @@ void _free_pwd(mdm_body_t *body)
         return MDM_EXIT();
     }
     if (shape_of(info.type) == Shape::policy) {
-        release_strings(payload<mdm_pwd_policy_t>(info), policy_fields);
-        g_free(info.data);  // `data` keeps its old value
+        release_record(info.data, policy_fields);  // `data` keeps its old value
     } else {
-        g_free(info.data);
-        info.data = nullptr;
+        release_data(info);
     }
     return MDM_EXIT();
 }

@@ -39,8 +39,7 @@ template <class Body>
 void release_payload(Body &info)
 {
     info.data_size = 0;
-    g_free(info.data);
-    info.data = nullptr;
+    release_data(info);
 }
 
 }  // namespace

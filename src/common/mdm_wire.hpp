@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The wire format's building blocks, bottom up: words, strings, the body head, field lists, the
-// trusting cursors.
+// The wire format's building blocks, bottom up: words, strings, the body head, field lists, lists,
+// the trusting cursors.
 //
 //   u8, u32, i32   little-endian, at any alignment
 //   str            u32 byte count, then the bytes; no terminator; null and empty are count 0
@@ -11,8 +11,10 @@
 // a buffer ends; only reading allocates.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <tuple>
 #include <type_traits>
 
@@ -43,6 +45,11 @@ inline uint32_t load_u32(const uint8_t *position)
 inline uint32_t text_length(const char *text)
 {
     return text == nullptr ? 0 : static_cast<uint32_t>(std::strlen(text));
+}
+
+inline uint32_t size_of_str(const char *text)
+{
+    return word_size + text_length(text);
 }
 
 inline uint8_t *write_str(uint8_t *position, const char *text)
@@ -82,6 +89,8 @@ inline const uint8_t *read_str(const uint8_t *position, char **text)
 // The body head.
 
 inline constexpr uint32_t body_head_size = 12;
+// A body whose list is empty: the head and the list's count.
+inline constexpr uint32_t empty_list_size = body_head_size + word_size;
 
 // `aux` stands between `type` and `param` in memory and is not sent.
 template <class Body>
@@ -106,22 +115,43 @@ const uint8_t *read_body_head(const uint8_t *position, Body *body)
 
 template <class Record, class Member>
 struct Field {
+    using Owner = Record;
+
     const char *name;
     Member Record::*member;
+
+    constexpr Member &of(Record &record) const { return record.*member; }
+    constexpr const Member &of(const Record &record) const { return record.*member; }
 };
 
 template <class Record, class Member>
 Field(const char *, Member Record::*) -> Field<Record, Member>;
 
-template <class Record, class... Members>
-struct FieldList {
-    std::tuple<Field<Record, Members>...> fields;
+// A member that is a union: the list says which of its arms travels.
+template <class Record, class Union, class Arm>
+struct UnionField {
+    using Owner = Record;
+
+    const char *name;
+    Union Record::*member;
+    Arm Union::*arm;
+
+    constexpr Arm &of(Record &record) const { return record.*member.*arm; }
+    constexpr const Arm &of(const Record &record) const { return record.*member.*arm; }
 };
 
-template <class Record, class... Members>
-constexpr FieldList<Record, Members...> fields(Field<Record, Members>... list)
+template <class Record, class Union, class Arm>
+UnionField(const char *, Union Record::*, Arm Union::*) -> UnionField<Record, Union, Arm>;
+
+template <class Record, class... Fields>
+struct FieldList {
+    std::tuple<Fields...> fields;
+};
+
+template <class First, class... Rest>
+constexpr FieldList<typename First::Owner, First, Rest...> fields(First first, Rest... rest)
 {
-    return {std::tuple(list...)};
+    return {std::tuple(first, rest...)};
 }
 
 // MDM_FIELDS(record, a, b) is fields(Field{"a", &record::a}, Field{"b", &record::b}).
@@ -137,20 +167,20 @@ constexpr FieldList<Record, Members...> fields(Field<Record, Members>... list)
 #define MDM_EXPAND_4(...) MDM_EXPAND_1(MDM_EXPAND_1(MDM_EXPAND_1(MDM_EXPAND_1(__VA_ARGS__))))
 #define MDM_EXPAND_1(...) __VA_ARGS__
 
-template <class Record, class... Members, class Visit>
-constexpr void for_each_field(const FieldList<Record, Members...> &list, Visit visit)
+template <class Record, class... Fields, class Visit>
+constexpr void for_each_field(const FieldList<Record, Fields...> &list, Visit visit)
 {
     std::apply([&visit](const auto &...field) { (visit(field), ...); }, list.fields);
 }
 
-template <class Record, class... Members>
-uint32_t size_of_fields(const Record &record, const FieldList<Record, Members...> &list)
+template <class Record, class... Fields>
+uint32_t size_of_fields(const Record &record, const FieldList<Record, Fields...> &list)
 {
     uint32_t size = 0;
     for_each_field(list, [&](const auto &field) {
-        const auto &value = record.*field.member;
+        const auto &value = field.of(record);
         if constexpr (std::is_convertible_v<decltype(value), const char *>) {
-            size += word_size + text_length(value);
+            size += size_of_str(value);
         } else {
             using Value = std::remove_cvref_t<decltype(value)>;
             static_assert(std::is_same_v<Value, uint8_t> || std::is_same_v<Value, uint32_t> ||
@@ -162,16 +192,31 @@ uint32_t size_of_fields(const Record &record, const FieldList<Record, Members...
     return size;
 }
 
-template <class Out, class Record, class... Members>
-void write_fields(Out &out, const Record &record, const FieldList<Record, Members...> &list)
+// The same for the record that a body's `data` points to.
+template <class Record, class... Fields>
+uint32_t size_of_fields(const void *record, const FieldList<Record, Fields...> &list)
 {
-    for_each_field(list, [&](const auto &field) { out.value(record.*field.member); });
+    return size_of_fields(*static_cast<const Record *>(record), list);
 }
 
-template <class In, class Record, class... Members>
-void read_fields(In &in, Record &record, const FieldList<Record, Members...> &list)
+template <class Out, class Record, class... Fields>
+void write_fields(Out &out, const Record &record, const FieldList<Record, Fields...> &list)
 {
-    for_each_field(list, [&](const auto &field) { in.value(record.*field.member); });
+    for_each_field(list, [&](const auto &field) { out.value(field.of(record)); });
+}
+
+template <class In, class Record, class... Fields>
+void read_fields(In &in, Record &record, const FieldList<Record, Fields...> &list)
+{
+    for_each_field(list, [&](const auto &field) { in.value(field.of(record)); });
+}
+
+// Releases what a body's `data` points at, if that owns nothing further.
+template <class Body>
+void release_data(Body &body)
+{
+    g_free(body.data);
+    body.data = nullptr;
 }
 
 inline void release_string(char *&text)
@@ -183,15 +228,116 @@ inline void release_string(char *&text)
 }
 
 // Releases the strings of a record, in wire order, and sets each to null.
-template <class Record, class... Members>
-void release_strings(Record &record, const FieldList<Record, Members...> &list)
+template <class Record, class... Fields>
+void release_strings(Record &record, const FieldList<Record, Fields...> &list)
 {
     for_each_field(list, [&](const auto &field) {
-        auto &value = record.*field.member;
+        auto &value = field.of(record);
         if constexpr (std::is_same_v<decltype(value), char *&>) {
             release_string(value);
         }
     });
+}
+
+// Releases a record's strings, then the record.
+template <class Record, class... Fields>
+void release_record(void *record, const FieldList<Record, Fields...> &list)
+{
+    release_strings(*static_cast<Record *>(record), list);
+    g_free(record);
+}
+
+// Lists. The count on the wire is that of g_list_length(), null elements included; a walk begins
+// at the list's first element.
+
+template <class Element, bool ends_at_null>
+class ListWalk {
+public:
+    struct End {};
+
+    class Iterator {
+    public:
+        explicit Iterator(GList *cell) : cell_(cell) {}
+        Element *operator*() const { return static_cast<Element *>(cell_->data); }
+        Iterator &operator++()
+        {
+            cell_ = cell_->next;
+            return *this;
+        }
+        bool operator!=(End /*end*/) const
+        {
+            return cell_ != nullptr && !(ends_at_null && cell_->data == nullptr);
+        }
+
+    private:
+        GList *cell_;
+    };
+
+    explicit ListWalk(GList *list) : list_(list) {}
+    Iterator begin() const { return Iterator(g_list_first(list_)); }
+    End end() const { return {}; }
+
+private:
+    GList *list_;
+};
+
+// A body keeps its list in a pointer to void; both kinds will do.
+template <class Element>
+ListWalk<Element, false> elements(void *list)
+{
+    return ListWalk<Element, false>(static_cast<GList *>(list));
+}
+
+template <class Element>
+ListWalk<Element, true> elements_before_null(void *list)
+{
+    return ListWalk<Element, true>(static_cast<GList *>(list));
+}
+
+inline uint32_t length_of(void *list)
+{
+    return g_list_length(static_cast<GList *>(list));
+}
+
+inline uint32_t size_of_strings_before_null(void *strings)
+{
+    uint32_t size = 0;
+    for (const char *text : elements_before_null<char>(strings)) {
+        size += size_of_str(text);
+    }
+    return size;
+}
+
+// Nothing if an element is null.
+template <class Record, class... Fields>
+std::optional<uint32_t> size_of_records(void *records, const FieldList<Record, Fields...> &list)
+{
+    uint32_t size = 0;
+    for (const Record *record : elements<Record>(records)) {
+        if (record == nullptr) {
+            return std::nullopt;
+        }
+        size += size_of_fields(*record, list);
+    }
+    return size;
+}
+
+// Releases each record with its strings, then the cells.
+template <class Record, class... Fields>
+void release_records(void *records, const FieldList<Record, Fields...> &list)
+{
+    for (Record *record : elements<Record>(records)) {
+        if (record != nullptr) {
+            release_record(record, list);
+        }
+    }
+    g_list_free(static_cast<GList *>(records));
+}
+
+// Releases the elements, which own nothing further, then the cells.
+inline void release_elements(void *list)
+{
+    g_list_free_full(static_cast<GList *>(list), g_free);
 }
 
 // The trusting cursors: they believe their pointers and the counts that they read.
@@ -214,16 +360,59 @@ public:
         position_ += count;
     }
 
+    // Leaves bytes as they are: zero, in the envelope's buffer.
+    void skip(int32_t count) { position_ += count; }
+
     template <class Body>
     void body_head(const Body &body)
     {
         position_ = write_body_head(position_, &body);
     }
 
-    template <class Record, class... Members>
-    void record(const Record &record, const FieldList<Record, Members...> &list)
+    template <class Record, class... Fields>
+    void record(const Record &record, const FieldList<Record, Fields...> &list)
     {
         write_fields(*this, record, list);
+    }
+
+    // The record that a body's `data` points to.
+    template <class Record, class... Fields>
+    void record(const void *record, const FieldList<Record, Fields...> &list)
+    {
+        write_fields(*this, *static_cast<const Record *>(record), list);
+    }
+
+    // The list's count, then its records; a null one is counted, but not written.
+    template <class Record, class... Fields>
+    void records(void *records, const FieldList<Record, Fields...> &list)
+    {
+        u32(length_of(records));
+        for (const Record *record : elements<Record>(records)) {
+            if (record != nullptr) {
+                write_fields(*this, *record, list);
+            }
+        }
+    }
+
+    // The list's strings, without a count, up to the first null one.
+    void strings_before_null(void *strings)
+    {
+        for (const char *text : elements_before_null<char>(strings)) {
+            str(text);
+        }
+    }
+
+    // The list's count, then its strings; in a null one's place `gap` bytes are skipped.
+    void strings_or_gaps(void *strings, int32_t gap)
+    {
+        u32(length_of(strings));
+        for (const char *text : elements<char>(strings)) {
+            if (text != nullptr) {
+                str(text);
+            } else {
+                skip(gap);
+            }
+        }
     }
 
     void value(uint8_t number) { u8(number); }
@@ -275,6 +464,9 @@ public:
         position_ = read_body_head(position_, &body);
     }
 
+    // A second copy of a string that str() returned.
+    char *copy(const char *text) { return g_strdup(text); }
+
     // A new zero-filled record.
     template <class Record>
     Record *make()
@@ -282,25 +474,59 @@ public:
         return static_cast<Record *>(g_malloc0(sizeof(Record)));
     }
 
+    // The same where a category says what happens without memory: null.
+    template <class Record>
+    Record *try_make()
+    {
+        return static_cast<Record *>(g_try_malloc0(sizeof(Record)));
+    }
+
+    // A new zero-filled array; null for a count below 1.
+    template <class Element>
+    Element *make_array(int32_t count)
+    {
+        return count < 1 ? nullptr : g_new0(Element, static_cast<size_t>(count));
+    }
+
     // A new record with the listed fields read and every other byte zero.
-    template <class Record, class... Members>
-    Record *record(const FieldList<Record, Members...> &list)
+    template <class Record, class... Fields>
+    Record *record(const FieldList<Record, Fields...> &list)
     {
         auto *record = make<Record>();
         read_fields(*this, *record, list);
         return record;
     }
 
-    // A new list of `count` elements, each made by read_element(); null for a count below 1. The
-    // queue keeps the tail, so n elements cost n steps.
-    template <class ReadElement>
-    GList *list(int32_t count, ReadElement read_element)
+    // A new list, null until something is appended. It keeps its tail, so n elements cost n steps.
+    class List {
+    public:
+        void append(void *element) { g_queue_push_tail(&queue_, element); }
+        GList *head() const { return queue_.head; }
+
+    private:
+        GQueue queue_ = G_QUEUE_INIT;
+    };
+    List new_list() { return {}; }
+
+    // A new list of records; null for a count below 1.
+    template <class Record, class... Fields>
+    GList *records(int32_t count, const FieldList<Record, Fields...> &list)
     {
-        GQueue elements = G_QUEUE_INIT;
+        List records = new_list();
         for (int32_t i = 0; i < count; ++i) {
-            g_queue_push_tail(&elements, read_element());
+            records.append(record(list));
         }
-        return elements.head;
+        return records.head();
+    }
+
+    // A new list of strings, an empty one a null element; null for a count below 1.
+    GList *strings(int64_t count)
+    {
+        List strings = new_list();
+        for (int64_t i = 0; i < count; ++i) {
+            strings.append(str());
+        }
+        return strings.head();
     }
 
     void value(uint8_t &number) { number = u8(); }
@@ -311,6 +537,14 @@ public:
 private:
     const uint8_t *position_;
 };
+
+// For the categories that test `data_size` against zero, so that a negative one announces a payload
+// too.
+template <class Body>
+bool has_payload(const Body &body)
+{
+    return body.data != nullptr && body.data_size != 0;
+}
 
 // The record that a body's `data` points to.
 template <class Record, class Body>

@@ -276,11 +276,11 @@ TEST(WireReader, RecordsStartZeroed)
     g_free(record);
 }
 
-TEST(WireReader, ListKeepsWireOrderAndNullElements)
+TEST(WireReader, StringsKeepWireOrderAndNullElements)
 {
     const Bytes bytes = hex("01 00 00 00 61 00 00 00 00 01 00 00 00 62");
     Reader in(bytes.data());
-    GList *list = in.list(3, [&] { return in.str(); });
+    GList *list = in.strings(3);
     EXPECT_EQ(in.position(), bytes.data() + bytes.size());
     ASSERT_EQ(g_list_length(list), 3U);
     EXPECT_STREQ(static_cast<char *>(list->data), "a");
@@ -291,13 +291,121 @@ TEST(WireReader, ListKeepsWireOrderAndNullElements)
     g_list_free_full(list, g_free);
 }
 
-TEST(WireReader, ListOfCountBelow1IsNull)
+TEST(WireReader, RecordsComeBackInWireOrder)
+{
+    const Bytes bytes = sample_bytes + hex("00 00 00 00 06 00 00 00 00 00 00 00 00 00 00 00 00");
+    Reader in(bytes.data());
+    GList *list = in.records(2, sample_fields);
+    EXPECT_EQ(in.position(), bytes.data() + bytes.size());
+    ASSERT_EQ(g_list_length(list), 2U);
+    EXPECT_STREQ(static_cast<Sample *>(list->data)->first, "hi");
+    EXPECT_EQ(static_cast<Sample *>(list->next->data)->number, 6U);
+    release_records(list, sample_fields);
+}
+
+TEST(WireReader, ListsAndArraysOfCountBelow1AreNull)
 {
     const Bytes bytes = hex("01 00 00 00 61");
     for (const int32_t count : {0, -1, INT32_MIN}) {
         Reader in(bytes.data());
-        EXPECT_EQ(in.list(count, [&] { return in.str(); }), nullptr);
+        EXPECT_EQ(in.strings(count), nullptr);
+        EXPECT_EQ(in.records(count, sample_fields), nullptr);
+        EXPECT_EQ(in.make_array<char *>(count), nullptr);
+        EXPECT_EQ(in.position(), bytes.data());
     }
+}
+
+TEST(WireReader, ArraysStartZeroed)
+{
+    Reader in(nullptr);
+    AllocationTrace trace;
+    char **array = in.make_array<char *>(3);
+    trace.stop();
+    EXPECT_THAT(trace.allocated(), ElementsAre(Block{array, 3 * sizeof(char *)}));
+    EXPECT_EQ(array[0], nullptr);
+    EXPECT_EQ(array[2], nullptr);
+    g_free(array);
+}
+
+// A list whose strings are "a", null, "b".
+class WireLists : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        list_ = g_list_append(list_, heap_text("a"));
+        list_ = g_list_append(list_, nullptr);
+        list_ = g_list_append(list_, heap_text("b"));
+    }
+    void TearDown() override { g_list_free_full(list_, g_free); }
+
+    GList *list_ = nullptr;
+};
+
+TEST_F(WireLists, AreWalkedFromTheirFirstElement)
+{
+    std::vector<const char *> walked;
+    for (const char *text : elements<char>(list_->next)) {
+        walked.push_back(text);
+    }
+    EXPECT_THAT(walked, ElementsAre(::testing::StrEq("a"), nullptr, ::testing::StrEq("b")));
+    EXPECT_EQ(length_of(list_), 3U);
+}
+
+TEST_F(WireLists, MayEndAtTheFirstNullElement)
+{
+    EXPECT_EQ(size_of_strings_before_null(list_), 5U);
+    Bytes buffer(5);
+    Writer out(buffer.data());
+    out.strings_before_null(list_);
+    EXPECT_EQ(buffer, hex("01 00 00 00 61"));
+    EXPECT_EQ(out.position(), buffer.data() + 5);
+}
+
+TEST_F(WireLists, MayLeaveAGapForANullElement)
+{
+    Bytes buffer(16, 0xEE);
+    Writer out(buffer.data());
+    out.strings_or_gaps(list_, 2);
+    EXPECT_EQ(buffer, hex("03 00 00 00 01 00 00 00 61 EE EE 01 00 00 00 62"));
+    EXPECT_EQ(out.position(), buffer.data() + 16);
+}
+
+TEST(WireListsOfRecords, SkipNullElementsButCountThem)
+{
+    char text[] = "hi";
+    Sample record = sample(text, nullptr);
+    GList *list = g_list_append(g_list_append(nullptr, nullptr), &record);
+    Bytes buffer(4 + sample_bytes.size());
+    Writer out(buffer.data());
+    out.records(list, sample_fields);
+    EXPECT_EQ(buffer, hex("02 00 00 00") + sample_bytes);
+    EXPECT_EQ(size_of_records(list, sample_fields), std::nullopt);
+    EXPECT_EQ(size_of_records(list->next, sample_fields), std::nullopt);
+    g_list_free(list);
+}
+
+TEST(WireListsOfRecords, AreReleasedRecordByRecord)
+{
+    auto *record = static_cast<Sample *>(g_malloc0(sizeof(Sample)));
+    record->first = heap_text("1");
+    record->last = heap_text("2");
+    const void *first = record->first;
+    const void *last = record->last;
+    GList *list = g_list_append(g_list_append(nullptr, nullptr), record);
+    const void *cells[] = {list, list->next};
+    AllocationTrace trace;
+    release_records(list, sample_fields);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(first, last, record, cells[0], cells[1]));
+}
+
+TEST(WireEmptyLists, EmptyOnesAreNull)
+{
+    EXPECT_EQ(length_of(nullptr), 0U);
+    EXPECT_EQ(size_of_strings_before_null(nullptr), 0U);
+    EXPECT_EQ(size_of_records(nullptr, sample_fields), 0U);
+    release_records(nullptr, sample_fields);
+    release_elements(nullptr);
 }
 
 TEST(WireCursors, TellWhetherTheyHaveAPosition)

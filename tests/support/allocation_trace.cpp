@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define MDM_UNDER_SANITIZER 1
@@ -41,6 +42,12 @@ void AllocationTrace::stop()
     if (count_ > events_.size()) {
         throw std::length_error("more blocks than a trace can hold");
     }
+}
+
+void AllocationTrace::during_release(std::function<void(const void *)> action)
+{
+    const Pause pause;
+    action_during_release_ = std::move(action);
 }
 
 void AllocationTrace::record(Kind kind, Block block)
@@ -120,8 +127,15 @@ void AllocationTrace::on_allocated(const volatile void *address, size_t size)
 
 void AllocationTrace::on_released(const volatile void *address)
 {
-    if (active != nullptr && address != nullptr) {
-        active->record(Kind::released, {const_cast<const void *>(address), 0});
+    if (active == nullptr || address == nullptr) {
+        return;
+    }
+    const void *block = const_cast<const void *>(address);
+    active->record(Kind::released, {block, 0});
+    if (active->action_during_release_) {
+        const auto &action = active->action_during_release_;
+        const Pause pause;
+        action(block);
     }
 }
 

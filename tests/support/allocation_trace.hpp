@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <ostream>
 #include <vector>
 
@@ -29,6 +30,9 @@ public:
     AllocationTrace &operator=(const AllocationTrace &) = delete;
 
     void stop();
+
+    // Called with each block that is about to be released: what it still holds can be looked at.
+    void during_release(std::function<void(const void *)> action);
 
     enum class Kind { allocated, released };
     struct Event {
@@ -71,6 +75,7 @@ private:
     // Fixed, because recording must not allocate.
     std::array<Event, 4096> events_;
     size_t count_ = 0;
+    std::function<void(const void *)> action_during_release_;
 };
 
 }  // namespace mdm::test

@@ -82,6 +82,11 @@ LogLine debug(const char *function, const char *text)
     return {MDM_LOG_DEBUG, function, text};
 }
 
+LogLine info(const char *function, const std::string &text)
+{
+    return {MDM_LOG_INFO, function, text};
+}
+
 LogLine critical(const char *function, const std::string &text)
 {
     return {MDM_LOG_CRITICAL, function, "\033[0;31m* Critical * " + text + "\033[0;m"};

@@ -43,6 +43,7 @@ std::ostream &operator<<(std::ostream &out, const LogLine &line);
 LogLine enter(const char *function);
 LogLine leave(const char *function);
 LogLine debug(const char *function, const char *text);
+LogLine info(const char *function, const std::string &text);
 LogLine critical(const char *function, const std::string &text);
 LogLine assert_fails(const char *function);
 

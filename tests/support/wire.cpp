@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocation_trace.hpp"
+
 namespace mdm::test {
 namespace {
 
@@ -53,6 +55,58 @@ char *heap_text(const char *text)
     return g_strdup(text);
 }
 
+char *borrowed(const char *text)
+{
+    return const_cast<char *>(text);
+}
+
+GList *heap_list(std::initializer_list<const char *> texts)
+{
+    GList *list = nullptr;
+    for (const char *text : texts) {
+        list = g_list_append(list, g_strdup(text));
+    }
+    return list;
+}
+
+GList *list_of(std::initializer_list<void *> elements)
+{
+    GList *list = nullptr;
+    for (void *element : elements) {
+        list = g_list_append(list, element);
+    }
+    return list;
+}
+
+std::vector<std::optional<std::string>> texts_of(const void *list)
+{
+    std::vector<std::optional<std::string>> texts;
+    for (const void *element : elements_of(list)) {
+        texts.push_back(element == nullptr
+                            ? std::nullopt
+                            : std::optional<std::string>(static_cast<const char *>(element)));
+    }
+    return texts;
+}
+
+std::vector<const void *> elements_of(const void *list)
+{
+    std::vector<const void *> elements;
+    for (const void *cell : cells_of(list)) {
+        elements.push_back(static_cast<const GList *>(cell)->data);
+    }
+    return elements;
+}
+
+std::vector<const void *> cells_of(const void *list)
+{
+    std::vector<const void *> cells;
+    for (auto *cell = static_cast<const GList *>(list); cell != nullptr; cell = cell->next) {
+        cells.push_back(cell);
+    }
+    return cells;
+}
+
 mdm_msg_t message(uint8_t type)
 {
     mdm_msg_t msg{};
@@ -76,6 +130,11 @@ int32_t deserialize(mdm_msg_t &msg, const Bytes &bytes)
     return ipc_deserialize(&msg, copy.get(), static_cast<uint32_t>(bytes.size()));
 }
 
+uint32_t size_body(uint8_t type, mdm_body_t &body)
+{
+    return handler_row(type).size(&body);
+}
+
 Bytes write_body(uint8_t type, mdm_body_t &body)
 {
     Bytes buffer(4096);
@@ -91,6 +150,14 @@ size_t read_body(uint8_t type, mdm_body_t &body, const Bytes &bytes)
     const uint8_t *end = handler_row(type).get(&body, copy.get());
     EXPECT_NE(end, nullptr);
     return static_cast<size_t>(end - copy.get());
+}
+
+std::vector<const void *> free_body(uint8_t type, mdm_body_t &body)
+{
+    AllocationTrace trace;
+    handler_row(type).free(&body);
+    trace.stop();
+    return trace.released();
 }
 
 }  // namespace mdm::test

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message type 61: application callbacks. The callback head, then for type 0 and 1 num6,
+// str8, str7.
+#include "mdm_ipc_callback.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr auto payload_fields = MDM_FIELDS(mdm_app_cb_info_t, num6, str8, str7);
+
+}  // namespace
+
+MDM_CALLBACK_HANDLERS(app_cb, "APP", payload_fields)
+
+}  // namespace mdm

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 49 and 50: location. The body head and nothing else, whatever `data_size`
+// says.
+#include "mdm_ipc_handlers.hpp"
+#include "mdm_log.hpp"
+
+namespace mdm {
+
+// Each handler checks the pointer that it checks, and no other.
+uint32_t _size_of_location(mdm_body_t * /*body*/)
+{
+    return body_head_size;
+}
+
+template <class Out>
+static bool _set_location(Out &out, const mdm_location_info_t *info)
+{
+    MDM_ENTER();
+    MDM_ASSERT(out, false);
+    out.body_head(*info);
+    return MDM_EXIT(true);
+}
+
+template <class In>
+static bool _get_location(In &in, mdm_location_info_t *info)
+{
+    MDM_ENTER();
+    MDM_ASSERT(info != nullptr, false);
+    in.body_head(*info);
+    return MDM_EXIT(true);
+}
+
+MDM_TRUSTING_HANDLERS(location)
+
+void _free_location(mdm_body_t * /*body*/)
+{
+}
+
+}  // namespace mdm

@@ -1,0 +1,270 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 17 and 18: policies that belong to no other category. The body head, then
+//
+//   type 122             data_size strings
+//   type 123             nothing
+//   type 124, 125, 126   value
+//   type 127, 128        a count and strings, from the list in `param`
+//   type 281, 283        url, title
+//   type 288, 289        first, second
+//   any other            data_size raw bytes
+#include <algorithm>
+#include <span>
+
+#include "mdm_ipc_handlers.hpp"
+#include "mdm_log.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Shape { array, nothing, text, param_list, book, pair, raw };
+
+constexpr Shape shape_of(int32_t type)
+{
+    switch (type) {
+    case 122:
+        return Shape::array;
+    case 123:
+        return Shape::nothing;
+    case 124:
+    case 125:
+    case 126:
+        return Shape::text;
+    case 127:
+    case 128:
+        return Shape::param_list;
+    case 281:
+    case 283:
+        return Shape::book;
+    case 288:
+    case 289:
+        return Shape::pair;
+    default:
+        return Shape::raw;
+    }
+}
+
+constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, value);
+constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, url, title);
+constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, first, second);
+
+// Tells the envelope that a book record is missing.
+constexpr auto no_book_size = static_cast<uint32_t>(-999);
+
+// The strings of an array, which `data_size` counts; none for a negative one.
+std::span<char *> texts_of(const mdm_misc_info_t &info)
+{
+    return {static_cast<char **>(info.data), static_cast<size_t>(std::max(info.data_size, 0))};
+}
+
+// The list in `param` travels whatever `data_size` says.
+bool announces_payload(const mdm_misc_info_t &info)
+{
+    return info.data_size != 0 || shape_of(info.type) == Shape::param_list;
+}
+
+// Stores the size of a record in `data_size`, and returns it.
+template <class Record, class... Fields>
+uint32_t store_size(mdm_misc_info_t &info, const FieldList<Record, Fields...> &list)
+{
+    const uint32_t size = size_of_fields(info.data, list);
+    info.data_size = static_cast<int32_t>(size);
+    return size;
+}
+
+}  // namespace
+
+// A null element of a list counts 4 bytes, although nothing is written for it.
+uint32_t _size_of_misc(mdm_body_t *body)
+{
+    MDM_ENTER();
+    MDM_ASSERT(body != nullptr, 0);
+
+    mdm_misc_info_t &info = body->misc;
+    uint32_t size = body_head_size;
+    if (!announces_payload(info)) {
+        return MDM_EXIT(size);
+    }
+    switch (shape_of(info.type)) {
+    case Shape::array:
+        for (const char *text : texts_of(info)) {
+            size += size_of_str(text);
+        }
+        break;
+    case Shape::nothing:
+        break;
+    case Shape::text:
+        size += store_size(info, text_fields);
+        break;
+    case Shape::param_list:
+        size += word_size;
+        for (const char *text : elements<char>(info.param_list)) {
+            size += size_of_str(text);
+        }
+        break;
+    case Shape::book:
+        if (info.data == nullptr) {
+            MDM_CRITICAL("p_book_info is NULL");
+            return MDM_EXIT(no_book_size);
+        }
+        size += store_size(info, book_fields);
+        break;
+    case Shape::pair:
+        if (info.data != nullptr) {
+            size += store_size(info, pair_fields);
+        }
+        break;
+    case Shape::raw:
+        size += static_cast<uint32_t>(info.data_size);
+        break;
+    }
+    return MDM_EXIT(size);
+}
+
+template <class Out>
+static bool _set_misc(Out &out, const mdm_misc_info_t *info)
+{
+    MDM_ENTER();
+    MDM_ASSERT(out && info != nullptr, false);
+
+    out.body_head(*info);
+    MDM_INFO("data: %p, data_size: %d", info->data, info->data_size);
+    if (!announces_payload(*info)) {
+        return MDM_EXIT(true);
+    }
+    MDM_INFO("serializing...");
+    switch (shape_of(info->type)) {
+    case Shape::array:
+        for (const char *text : texts_of(*info)) {
+            out.str(text);
+        }
+        break;
+    case Shape::nothing:
+        break;
+    case Shape::text:
+        if (info->data == nullptr) {
+            return MDM_EXIT(false);
+        }
+        out.record(info->data, text_fields);
+        break;
+    case Shape::param_list:
+        out.u32(length_of(info->param_list));
+        for (const char *text : elements<char>(info->param_list)) {
+            if (text != nullptr) {
+                out.str(text);
+            }
+        }
+        break;
+    case Shape::book: {
+        MDM_ASSERT(info->data != nullptr, false);
+        const auto &book = payload<mdm_book_info_t>(*info);
+        MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);
+        out.record(book, book_fields);
+        break;
+    }
+    case Shape::pair:
+        if (info->data != nullptr) {
+            out.record(info->data, pair_fields);
+        }
+        break;
+    case Shape::raw:
+        out.bytes(info->data, info->data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+template <class In>
+static bool _get_misc(In &in, mdm_misc_info_t *info)
+{
+    MDM_ENTER();
+    MDM_ASSERT(in && info != nullptr, false);
+
+    in.body_head(*info);
+    MDM_INFO("data: %p, data_size: %d", info->data, info->data_size);
+    if (!announces_payload(*info)) {
+        info->data = nullptr;
+        return MDM_EXIT(true);
+    }
+    switch (shape_of(info->type)) {
+    case Shape::array:
+        info->data = in.template make_array<char *>(info->data_size);
+        for (char *&text : texts_of(*info)) {
+            text = in.str();
+        }
+        break;
+    case Shape::nothing:
+        break;  // `data` stays as it was
+    case Shape::text: {
+        auto *text = in.template try_make<mdm_misc_str_t>();
+        if (text == nullptr) {
+            return MDM_EXIT(false);
+        }
+        read_fields(in, *text, text_fields);
+        info->data = text;
+        break;
+    }
+    case Shape::param_list:
+        // The number in `param` was the sender's pointer; `data` stays as it was.
+        info->param_list = in.strings(in.u32());
+        break;
+    case Shape::book:
+        info->data = in.record(book_fields);
+        break;
+    case Shape::pair: {
+        auto *pair = in.template try_make<mdm_misc_str_pair_t>();
+        if (pair != nullptr) {
+            read_fields(in, *pair, pair_fields);
+            info->data = pair;
+        }
+        break;
+    }
+    case Shape::raw:
+        info->data = in.bytes(info->data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+MDM_TRUSTING_HANDLERS(misc)
+
+// Looks at `data` first: where it is null, as in a received list, nothing is released.
+void _free_misc(mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr || body->misc.data == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_misc_info_t &info = body->misc;
+    switch (shape_of(info.type)) {
+    case Shape::array:
+        for (char *text : texts_of(info)) {
+            g_free(text);
+        }
+        g_free(info.data);  // `data` keeps its old value
+        break;
+    case Shape::nothing:
+        break;
+    case Shape::text:
+        release_record(info.data, text_fields);
+        info.data = nullptr;
+        break;
+    case Shape::param_list:
+        release_elements(info.param_list);  // and so does `param`
+        break;
+    case Shape::book:
+        release_record(info.data, book_fields);
+        info.data = nullptr;
+        break;
+    case Shape::pair:
+        release_record(info.data, pair_fields);  // `data` keeps its old value
+        break;
+    case Shape::raw:
+        release_data(info);
+        break;
+    }
+    return MDM_EXIT();
+}
+
+}  // namespace mdm
