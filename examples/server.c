@@ -21,9 +21,10 @@
 
 #include "channel.h"
 #include "protocol.h"
+#include "release.h"
 #include "show.h"
 
-/* What the server keeps. Everything here is its own: copies of what requests carried. */
+/* What the server keeps between requests. Everything here is its own: copies of what requests carried. */
 struct server {
     GHashTable *clients; /* the package names that have registered */
     mdm_pwd_policy_t policy;
@@ -104,29 +105,117 @@ static void apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_
     reply->data = server->vpn_profile->str;
 }
 
+/* The packages of an application request, each with the number of its letters for a status. The
+ * callback that tells the client of it goes out first. */
+static bool apply_app(const mdm_app_info_t *request, mdm_app_res_info_t *reply)
+{
+    if (request->type != APP_PACKAGES) {
+        return false;
+    }
+    reply->type = APP_RES_ITEMS;
+    reply->pkg = request->pkg;
+    for (GList *cell = request->data; cell != NULL; cell = cell->next) {
+        mdm_app_res_item_t *item = g_new0(mdm_app_res_item_t, 1);
+        item->name = cell->data;
+        item->value = item->name != NULL ? (uint32_t)strlen(item->name) : 0;
+        reply->data = g_list_append(reply->data, item);
+    }
+    reply->data_size = 1;
+    return true;
+}
+
+/* A request whose body is in force as it stands: the reply borrows all of it. Most bodies begin
+ * with the same five fields, so that one category's stand for all. */
+static bool apply_as_it_is(const mdm_body_t *request, uint32_t discriminator, mdm_body_t *reply)
+{
+    *reply = *request;
+    return request->res.type == discriminator && request->res.data != NULL;
+}
+
+/* These two categories' payload is not received, so there is none to send back. */
+static bool apply_unread(const mdm_body_t *request, mdm_body_t *reply)
+{
+    reply->res.type = request->res.type;
+    reply->res.param = (uint32_t)request->res.data_size;
+    return true;
+}
+
+static bool apply_roaming(const mdm_roaming_info_t *request, mdm_roaming_res_info_t *reply)
+{
+    reply->type = request->type;
+    reply->data_size = request->data_size;
+    return true;
+}
+
 static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *reply)
 {
+    const mdm_body_t *asked = &request->body;
+    mdm_body_t *in_force = &reply->body;
     reply->type = (uint8_t)(request->type + 1);
     reply->hdr_word1 = request->hdr_word1;
     switch (request->type) {
     case TYPE_ADMIN:
-        apply_admin(server, &request->body.admin, &reply->body.admin);
+        apply_admin(server, &asked->admin, &in_force->admin);
         return true;
     case TYPE_PWD:
-        apply_pwd(server, &request->body.pwd, &reply->body.pwd);
+        apply_pwd(server, &asked->pwd, &in_force->pwd);
         return true;
     case TYPE_FIREWALL:
-        apply_firewall(server, &request->body.firewall, &reply->body.firewall);
+        apply_firewall(server, &asked->firewall, &in_force->firewall);
         return true;
     case TYPE_VPN:
-        apply_vpn(server, &request->body.vpn, &reply->body.vpn);
+        apply_vpn(server, &asked->vpn, &in_force->vpn);
+        return true;
+    case TYPE_APP:
+        return apply_app(&asked->app, &in_force->app_res);
+    case TYPE_ROAMING:
+        return apply_roaming(&asked->roaming, &in_force->roaming_res);
+    case TYPE_BROWSER:
+    case TYPE_ENTERPRISE:
+        return apply_unread(asked, in_force);
+    case TYPE_SECURITY:
+        return apply_as_it_is(asked, SECURITY_ITEM, in_force);
+    case TYPE_WIFI:
+        return apply_as_it_is(asked, WIFI_NETWORK, in_force);
+    case TYPE_BLUETOOTH:
+        return apply_as_it_is(asked, BLUETOOTH_NAMES, in_force);
+    case TYPE_EAS:
+        return apply_as_it_is(asked, EAS_ACCOUNT, in_force);
+    case TYPE_MISC:
+        return apply_as_it_is(asked, MISC_BOOK, in_force);
+    case TYPE_APN:
+        return apply_as_it_is(asked, APN_PROFILE, in_force);
+    case TYPE_DATE_TIME:
+    case TYPE_REMOTE:
+    case TYPE_RES:
+        return apply_as_it_is(asked, SET_POLICY, in_force);
+    case TYPE_PHONE_RES:
+        return apply_as_it_is(asked, PHONE_RES_EXT, in_force);
+    case TYPE_EMAIL:
+        return apply_as_it_is(asked, EMAIL_ACCOUNT, in_force);
+    case TYPE_KIOSK:
+        return apply_as_it_is(asked, KIOSK_KEY_PAIRS, in_force);
+    case TYPE_CONTAINER:
+        return apply_as_it_is(asked, CONTAINER_ITEM, in_force);
+    case TYPE_LOCATION:
+    case TYPE_LOG_MANAGER:
+    case TYPE_PLATFORM:
+        *in_force = *asked;
         return true;
     default:
         return false;
     }
 }
 
-static bool send_reply(int fd, mdm_msg_t *reply)
+/* What apply() has allocated for a reply. */
+static void release_reply(mdm_msg_t *reply)
+{
+    if (reply->type == TYPE_APP_RES) {
+        g_list_free_full(reply->body.app_res.data, g_free);
+    }
+}
+
+static bool send_message(int fd, mdm_msg_t *reply)
 {
     uint32_t length = 0;
     uint8_t *bytes = ipc_serialize(reply, &length);
@@ -145,9 +234,32 @@ static bool send_refusal(int fd, const char *reason)
     mdm_msg_t reply = {.type = TYPE_ADMIN + 1, .hdr_word2 = (uint32_t)MDM_RESULT_FAILED};
     reply.body.admin.type = ADMIN_REFUSED;
     reply.body.admin.text = text;
-    const bool sent = send_reply(fd, &reply);
+    const bool sent = send_message(fd, &reply);
     g_free(text);
     return sent;
+}
+
+/* Some requests are announced to the client as done before they are answered. */
+static bool send_callback(int fd, const mdm_msg_t *request)
+{
+    char done[] = "done";
+    mdm_msg_t callback = {.hdr_word1 = request->hdr_word1};
+    if (request->type == TYPE_APP) {
+        callback.type = TYPE_APP_CB;
+        callback.body.app_cb.type = CALLBACK_DONE;
+        callback.body.app_cb.num6 = g_list_length(request->body.app.data);
+        callback.body.app_cb.str7 = done;
+        callback.body.app_cb.str8 = request->body.app.pkg;
+    } else if (request->type == TYPE_MISC) {
+        callback.type = TYPE_MISC_CB;
+        callback.body.misc_cb.type = CALLBACK_DONE;
+        callback.body.misc_cb.flag6 = 1;
+        callback.body.misc_cb.num7 = (uint32_t)request->body.misc.type;
+        callback.body.misc_cb.str8 = done;
+    } else {
+        return true;
+    }
+    return send_message(fd, &callback);
 }
 
 /* Answers one packet. False when the client can no longer be answered. */
@@ -163,9 +275,10 @@ static bool serve_packet(struct server *server, int fd, const GByteArray *packet
 
     mdm_msg_t reply = {0};
     const bool answered = apply(server, &request, &reply)
-                              ? send_reply(fd, &reply)
+                              ? send_callback(fd, &request) && send_message(fd, &reply)
                               : send_refusal(fd, "nothing that this server serves");
-    ipc_free(&request); /* once, and only after the reply that borrows from it is sent */
+    release_reply(&reply);
+    release_message(&request); /* once, and only after the reply that borrows from it is sent */
     return answered;
 }
 
