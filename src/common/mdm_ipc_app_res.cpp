@@ -217,14 +217,14 @@ void _free_app_res(mdm_body_t *body)
             LOG_ITEM(info.type, "%u", *item);
             release_record(item, item_fields);
         }
-        g_list_free(static_cast<GList *>(info.data));  // `data` keeps its old value
+        release_cells(info.data);  // `data` keeps its old value
         break;
     case Shape::controls:
         // The records themselves stay allocated.
         for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
             release_elements(control->pkg_list);
         }
-        g_list_free(static_cast<GList *>(info.data));
+        release_cells(info.data);
         info.data = nullptr;
         break;
     case Shape::raw:

@@ -82,10 +82,9 @@ static bool _set_email(Out &out, const mdm_email_info_t *info)
     MDM_ASSERT(out && info != nullptr, false);
 
     out.body_head(*info);
-    if (!has_payload(*info)) {
-        return MDM_EXIT(true);
+    if (has_payload(*info)) {
+        write_mail(out, shape_of(info->type), info->data, forms);
     }
-    write_mail(out, shape_of(info->type), info->data, forms);
     return MDM_EXIT(true);
 }
 
@@ -96,11 +95,7 @@ static bool _get_email(In &in, mdm_email_info_t *info)
     MDM_ASSERT(in && info != nullptr, false);
 
     in.body_head(*info);
-    if (info->data_size == 0) {
-        info->data = nullptr;
-        return MDM_EXIT(true);
-    }
-    info->data = read_mail(in, shape_of(info->type), forms);
+    info->data = info->data_size == 0 ? nullptr : read_mail(in, shape_of(info->type), forms);
     return MDM_EXIT(true);
 }
 

@@ -162,8 +162,8 @@ void _free_kiosk(mdm_body_t *body)
         release_elements(info.data);
         break;
     case Shape::raw:
-        release_data(info);
         info.data_size = 0;
+        release_data(info);
         break;
     }
 }

@@ -247,8 +247,8 @@ void release_record(void *record, const FieldList<Record, Fields...> &list)
     g_free(record);
 }
 
-// Lists. The count on the wire is that of g_list_length(), null elements included; a walk begins
-// at the list's first element.
+// Lists. A walk begins at the list's first element, and so does a release. The count on the wire is
+// that of g_list_length(), null elements included.
 
 template <class Element, bool ends_at_null>
 class ListWalk {
@@ -322,6 +322,11 @@ std::optional<uint32_t> size_of_records(void *records, const FieldList<Record, F
     return size;
 }
 
+inline void release_cells(void *list)
+{
+    g_list_free(g_list_first(static_cast<GList *>(list)));
+}
+
 // Releases each record with its strings, then the cells.
 template <class Record, class... Fields>
 void release_records(void *records, const FieldList<Record, Fields...> &list)
@@ -331,13 +336,13 @@ void release_records(void *records, const FieldList<Record, Fields...> &list)
             release_record(record, list);
         }
     }
-    g_list_free(static_cast<GList *>(records));
+    release_cells(records);
 }
 
 // Releases the elements, which own nothing further, then the cells.
 inline void release_elements(void *list)
 {
-    g_list_free_full(static_cast<GList *>(list), g_free);
+    g_list_free_full(g_list_first(static_cast<GList *>(list)), g_free);
 }
 
 // The trusting cursors: they believe their pointers and the counts that they read.

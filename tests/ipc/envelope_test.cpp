@@ -282,14 +282,38 @@ TEST(Dispatch, EachTypeSelectsItsCategory)
 {
     expect_row(1, _set_admin, _get_admin, _size_of_admin, _free_admin);
     expect_row(3, _set_pwd, _get_pwd, _size_of_pwd, _free_pwd);
+    expect_row(5, _set_security, _get_security, _size_of_security, _free_security);
+    expect_row(7, _set_wifi, _get_wifi, _size_of_wifi, _free_wifi);
+    expect_row(9, _set_bluetooth, _get_bluetooth, _size_of_bluetooth, _free_bluetooth);
+    expect_row(11, _set_eas, _get_eas, _size_of_eas, _free_eas);
+    expect_row(13, _set_app, _get_app, _size_of_app, _free_app);
+    expect_row(14, _set_app_res, _get_app_res, _size_of_app_res, _free_app_res);
+    expect_row(15, _set_roaming, _get_roaming, _size_of_roaming, _free_roaming);
+    expect_row(16, _set_roaming_res, _get_roaming_res, _size_of_roaming_res, _free_roaming);
+    expect_row(17, _set_misc, _get_misc, _size_of_misc, _free_misc);
+    expect_row(21, _set_apn, _get_apn, _size_of_apn, _free_apn);
     expect_row(23, _set_browser, _get_browser, _size_of_browser, _free_browser);
     expect_row(25, _set_date_time, _get_date_time, _size_of_date_time, _free_date_time);
     expect_row(27, _set_remote, _get_remote, _size_of_remote, _free_remote);
     expect_row(29, _set_vpn, _get_vpn, _size_of_vpn, _free_vpn);
     expect_row(31, _set_firewall, _get_firewall, _size_of_firewall, _free_firewall);
     expect_row(33, _set_res, _get_res, _size_of_res, _free_res);
+    expect_row(35, _set_phone_res, _get_phone_res, _size_of_phone_res, _free_phone_res);
     expect_row(37, _set_enterprise, _get_enterprise, _size_of_enterprise, _free_enterprise);
-    for (const uint8_t first : std::to_array<uint8_t>({1, 3, 23, 25, 27, 29, 31, 33, 37})) {
+    expect_row(39, _set_email, _get_email, _size_of_email, _free_email);
+    expect_row(45, _set_kiosk, _get_kiosk, _size_of_kiosk, _free_kiosk);
+    expect_row(47, _set_container, _get_container, _size_of_container, _free_container);
+    expect_row(49, _set_location, _get_location, _size_of_location, _free_location);
+    expect_row(51, _set_log_manager, _get_log_manager, _size_of_log_manager, _free_log_manager);
+    expect_row(53, _set_platform, _get_platform, _size_of_platform, _free_platform);
+    expect_row(61, _set_app_cb, _get_app_cb, _size_of_app_cb, _free_app_cb);
+    expect_row(63, _set_misc_cb, _get_misc_cb, _size_of_misc_cb, _free_misc_cb);
+}
+
+TEST(Dispatch, BothTypesOfAPairShareTheirHandlers)
+{
+    for (const uint8_t first : std::to_array<uint8_t>(
+             {1, 3, 5, 7, 9, 11, 17, 21, 23, 25, 27, 29, 31, 33, 35, 37, 39, 45, 47, 49, 51, 53})) {
         EXPECT_TRUE(same_handlers(first, static_cast<uint8_t>(first + 1))) << int{first};
     }
 }

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include <glib.h>
+
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define MDM_UNDER_SANITIZER 1
 #elif defined(__has_feature)
@@ -24,6 +26,22 @@ thread_local AllocationTrace *active = nullptr;
 std::ostream &operator<<(std::ostream &out, const Block &block)
 {
     return out << block.size << " bytes at " << block.address;
+}
+
+std::vector<size_t> sizes_of(const std::vector<Block> &blocks)
+{
+    std::vector<size_t> sizes;
+    for (const Block &block : blocks) {
+        sizes.push_back(block.size);
+    }
+    return sizes;
+}
+
+void release_blocks(const std::vector<Block> &blocks)
+{
+    for (const Block &block : blocks) {
+        g_free(const_cast<void *>(block.address));
+    }
 }
 
 AllocationTrace::AllocationTrace() : events_{}
@@ -76,11 +94,7 @@ std::vector<Block> AllocationTrace::allocated() const
 
 std::vector<size_t> AllocationTrace::allocated_sizes() const
 {
-    std::vector<size_t> sizes;
-    for (const Block &block : allocated()) {
-        sizes.push_back(block.size);
-    }
-    return sizes;
+    return sizes_of(allocated());
 }
 
 std::vector<const void *> AllocationTrace::released() const

@@ -21,6 +21,11 @@ struct Block {
 
 std::ostream &operator<<(std::ostream &out, const Block &block);
 
+std::vector<size_t> sizes_of(const std::vector<Block> &blocks);
+
+// Releases what a category has left allocated.
+void release_blocks(const std::vector<Block> &blocks);
+
 // Records from its construction until stop(). One trace at a time.
 class AllocationTrace {
 public:

@@ -77,6 +77,11 @@ LogLine leave(const char *function)
     return {MDM_LOG_DEBUG, function, "\033[0;32mEXIT  <<<<\033[0;m"};
 }
 
+std::vector<LogLine> enter_and_leave(const char *function)
+{
+    return {enter(function), leave(function)};
+}
+
 LogLine debug(const char *function, const char *text)
 {
     return {MDM_LOG_DEBUG, function, text};
@@ -85,6 +90,15 @@ LogLine debug(const char *function, const char *text)
 LogLine info(const char *function, const std::string &text)
 {
     return {MDM_LOG_INFO, function, text};
+}
+
+std::vector<LogLine> infos(const char *function, const std::vector<std::string> &texts)
+{
+    std::vector<LogLine> lines;
+    for (const std::string &text : texts) {
+        lines.push_back(info(function, text));
+    }
+    return lines;
 }
 
 LogLine critical(const char *function, const std::string &text)

@@ -42,8 +42,10 @@ std::ostream &operator<<(std::ostream &out, const LogLine &line);
 
 LogLine enter(const char *function);
 LogLine leave(const char *function);
+std::vector<LogLine> enter_and_leave(const char *function);
 LogLine debug(const char *function, const char *text);
 LogLine info(const char *function, const std::string &text);
+std::vector<LogLine> infos(const char *function, const std::vector<std::string> &texts);
 LogLine critical(const char *function, const std::string &text);
 LogLine assert_fails(const char *function);
 

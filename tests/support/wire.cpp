@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
+#include <numeric>
 
 #include <gtest/gtest.h>
 
@@ -42,6 +43,41 @@ Bytes operator+(const Bytes &left, const Bytes &right)
     Bytes both = left;
     both.insert(both.end(), right.begin(), right.end());
     return both;
+}
+
+Bytes word(uint32_t value)
+{
+    Bytes bytes;
+    for (int shift = 0; shift < 32; shift += 8) {
+        bytes.push_back(static_cast<uint8_t>(value >> shift));
+    }
+    return bytes;
+}
+
+Bytes str(const std::string &text)
+{
+    return word(static_cast<uint32_t>(text.size())) + Bytes(text.begin(), text.end());
+}
+
+Bytes str(const char *text)
+{
+    return str(std::string(text == nullptr ? "" : text));
+}
+
+Bytes head_bytes(uint32_t type, int32_t data_size)
+{
+    return word(type) + word(some_param) + word(static_cast<uint32_t>(data_size));
+}
+
+std::vector<uint32_t> swept_types(const std::vector<uint32_t> &listed)
+{
+    std::vector<uint32_t> types(1001);
+    std::iota(types.begin(), types.end(), 0U);
+    for (const uint32_t type : listed) {
+        types.insert(types.end(), {type + 0x10000, type | 0x01000000, type | 0x80000000, 0 - type});
+    }
+    types.insert(types.end(), {0x80000000, 0xFFFFFFFF});
+    return types;
 }
 
 void *sentinel()

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "mdm/ipc.h"
 #include "mdm_ipc_handlers.hpp"
 
@@ -21,6 +23,11 @@ using Bytes = std::vector<uint8_t>;
 Bytes hex(std::string_view text);
 
 Bytes operator+(const Bytes &left, const Bytes &right);
+
+// The bytes of a word and of a string on the wire, made without the library; a null string is empty.
+Bytes word(uint32_t value);
+Bytes str(const std::string &text);
+Bytes str(const char *text);
 
 // A pointer for a field that nobody dereferences: to be found again where it was put.
 void *sentinel();
@@ -42,6 +49,51 @@ GList *list_of(std::initializer_list<void *> elements);
 std::vector<std::optional<std::string>> texts_of(const void *list);
 std::vector<const void *> elements_of(const void *list);
 std::vector<const void *> cells_of(const void *list);
+
+// A body that begins with the body head, as sender and receiver hold it in most tests: its `aux`
+// and its `param` are told apart from anything else. `category` is a member of mdm_body_t.
+inline constexpr uint32_t some_aux = 0xAAAAAAAA;
+inline constexpr uint32_t some_param = 0x01020304;
+
+template <auto category>
+mdm_body_t headed_body(uint32_t type, int32_t data_size, void *data)
+{
+    mdm_body_t body{};
+    auto &info = body.*category;
+    info.type = static_cast<decltype(info.type)>(type);
+    info.aux = some_aux;
+    info.param = some_param;
+    info.data_size = data_size;
+    info.data = data;
+    return body;
+}
+
+// The head of such a body on the wire.
+Bytes head_bytes(uint32_t type, int32_t data_size);
+
+// Everything of such a body but its `data`.
+template <auto category>
+void expect_headed(const mdm_body_t &body, uint32_t type, int32_t data_size)
+{
+    const auto &info = body.*category;
+    EXPECT_EQ(static_cast<uint32_t>(info.type), type);
+    EXPECT_EQ(info.aux, some_aux);
+    EXPECT_EQ(info.param, some_param);
+    EXPECT_EQ(info.data_size, data_size);
+}
+
+// Every type up to 1000, and types beyond that an 8-bit, a 16-bit or a 31-bit comparison would take
+// for one of `listed`.
+std::vector<uint32_t> swept_types(const std::vector<uint32_t> &listed);
+
+// A heap copy of a record, as a receiver's body holds one.
+template <class Record>
+Record *on_heap(const Record &record)
+{
+    auto *copy = static_cast<Record *>(g_malloc0(sizeof(Record)));
+    *copy = record;
+    return copy;
+}
 
 // A zeroed message of a type.
 mdm_msg_t message(uint8_t type);

@@ -35,7 +35,7 @@ typedef struct mdm_apn_account {
  *   null; for every other `type` `data_size` raw bytes, which arrive as a new string with a
  *   terminator.
  * - `data_size`: 0, or a null `data`, sends the head alone; a received 0 makes `data` null. The
- *   sender sets it to a non-zero value, which must not be negative for raw bytes. For a list,
+ *   sender sets it to a non-zero value, positive for raw bytes and a single profile. For a list,
  *   sending replaces it with the size of the whole body, head and count included. For a single
  *   profile, sending adds the profile's size to the value already there: as many zero bytes as it
  *   held before travel at the end, and each further serialisation of the same body grows it.

@@ -32,11 +32,13 @@ typedef struct mdm_app_num_pair {
  *
  * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone
  * and the receiver's `data` becomes null. A null element ends a package list on the wire although
- * the count still counts it: do not send one. A pair must not be missing while `data_size` is 1
- * or more.
+ * the count still counts it: do not send one, nor send on a received list with an empty name. A
+ * pair must not be missing while `data_size` is 1 or more. Of 140 and 141 the receiver reads 8
+ * bytes, whatever `data_size` says.
  *
- * ipc_free() releases `pkg` always and the payload except a package list (4, 15), whose cells
- * and strings stay with the owner of the message. For 184 and 185 `data` keeps its old value.
+ * ipc_free() releases `pkg` always, and the payload whatever `data_size` says, except a package
+ * list (4, 15), whose cells and strings stay with the owner of the message. For 184 and 185 `data`
+ * keeps its old value.
  */
 typedef struct mdm_app_info {
     MDM_APP_HEAD;

@@ -10,7 +10,8 @@
 
 /** A named number: `name` is sent first. */
 typedef struct mdm_app_res_item {
-    char *name; /**< An item without a name is counted and sized, but not sent. */
+    char *name; /**< An item without a name is counted and sized, but not sent: it arrives at the
+                     list's end, as an item without name and value. */
     uint32_t value;
 } mdm_app_res_item_t;
 
@@ -30,14 +31,16 @@ typedef struct mdm_app_control_info {
  * | 172, 173, 174, 175                                | GList of ::mdm_app_control_info_t      |
  * | any other                                         | `data_size` raw bytes                  |
  *
- * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone
- * and the receiver's `data` becomes null. A null element ends a list on the wire although the
- * count still counts it: do not send one. Raw bytes arrive as a new string with a terminator.
+ * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone and
+ * the receiver's `data` becomes null. A null element ends a list on the wire although the count
+ * still counts it: do not send one, nor send on a received list with an empty name. Raw bytes
+ * arrive as a new string with a terminator.
  *
- * ipc_free() releases `pkg` and the payload, with these exceptions: the
- * ::mdm_app_control_info_t records stay allocated, with their `pkg_list` released and nothing that
- * points at them; an item list's `data` keeps its old value; and when `data_size` is 1 or more
- * while `data` is null, nothing is released, `pkg` included.
+ * ipc_free() releases `pkg` and, if `data_size` is 1 or more, the payload, with these exceptions:
+ * the ::mdm_app_control_info_t records stay allocated, with their `pkg_list` released and nothing
+ * that points at them; an item list's `data` keeps its old value; and when `data_size` is 1 or more
+ * while `data` is null, nothing is released, `pkg` included. A received empty list is such a body:
+ * its `pkg` stays with the owner of the message.
  */
 typedef struct mdm_app_res_info {
     MDM_APP_HEAD;

@@ -17,8 +17,9 @@
  * - `data_size`: set by the sender; sending never stores it. Below 1 the head travels alone and
  *   the receiver's `data` stays as its record held it.
  *
- * ipc_free() releases the lists of `type` 91, 223, 227, 233 and 237 only. For every other value
- * it sets `data_size` to 0 and leaves `data`, which the owner of the message then releases.
+ * ipc_free() releases the lists of `type` 91, 223, 227, 233 and 237 only, and sets `data` to null
+ * and `data_size` to 0 (an empty list keeps its `data_size`). For every other value it sets
+ * `data_size` to 0 and leaves `data`, which the owner of the message then releases.
  */
 typedef struct mdm_bluetooth_info {
     MDM_BODY_HEAD;

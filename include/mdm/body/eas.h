@@ -48,8 +48,9 @@ typedef struct mdm_eas_value {
  * makes `data` null; any other value, negative ones included, means that a payload follows.
  * The sender sets it to a non-zero value; sending stores the computed size, which for a
  * list counts the whole body, head and count included. For `type` 104 the three string sizes are
- * added to the value already there, so each further serialisation of the same body grows it, and
- * as many zero bytes as it held before travel at the end.
+ * added to the value already there, which must be positive: each further serialisation of the same
+ * body grows it, and as many zero bytes as it held before travel at the end. Its fields that do not
+ * travel are zero after decoding.
  *
  * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
  */

@@ -10,8 +10,8 @@
 
 /**
  * A mail account; any string may be null. A list element carries every field in order. A single
- * account carries `num0`, `num1`, `num2`, `num4`, `num6`, `num3`, `num5` and `str13` to `str21`;
- * its other fields are zero after decoding.
+ * account carries `num0`, `num1`, `num2`, `num4`, `num6`, `num3`, `num5` and `str13` to `str21`,
+ * settings carry three strings; the other fields are zero after decoding.
  */
 typedef struct mdm_email_account {
     uint32_t num0;
@@ -61,7 +61,8 @@ typedef struct mdm_email_value {
  * element.
  *
  * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
- * Of a `type` 362 payload it releases the three strings and leaves the record allocated.
+ * Of a `type` 362 payload it releases the three strings and leaves the record allocated; of a
+ * `type` 359 record it does not release `str9` to `str12`, which are null after decoding.
  */
 typedef struct mdm_email_info {
     MDM_BODY_HEAD;

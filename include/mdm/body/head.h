@@ -16,8 +16,10 @@
  *   and is released the way the sender allocated it; the codec only reads it, except where a
  *   category says that a computed `data_size` is stored.
  * - The receiver knows of the payload only what `data_size` says. A sender without a payload sets
- *   `data_size` to 0 as well: a null `data` with another `data_size` travels as a head that
- *   announces a payload, and the receiver reads beyond the message.
+ *   `data_size` to 0 as well: with a null `data` and another `data_size` a category sends a head
+ *   that announces a payload that is not there, reads through the null pointer, or cannot size the
+ *   body.
+ * - A list is handed over by its first cell, an empty one as null.
  * - An empty string in a list arrives as a null element, unless a category says otherwise.
  * - Where these headers say what ipc_free() leaves alone, they speak of the body: the header's
  *   text is always released.

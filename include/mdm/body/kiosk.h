@@ -27,7 +27,8 @@ typedef struct mdm_kiosk_key_pair {
  * `data_size`: 0, or a null `data`, sends the head alone; a received 0 makes `data` null. The
  * sender sets it to a non-zero value, and for the string and the lists sending stores the
  * payload's byte count in it (for a list without the 4 bytes of the element count). It must not
- * be negative for raw bytes. Null elements of a list are counted and sized, but not sent.
+ * be negative for raw bytes. Null elements of a list are counted and sized, but not sent: they
+ * arrive as zeros at the list's end.
  *
  * ipc_free() releases the payload; for the string and the lists `data` keeps its old value, so a
  * message is freed once.

@@ -42,16 +42,19 @@ typedef struct mdm_misc_str_pair {
  *
  * A `data_size` of 0 sends the head alone (127 and 128 aside) and the receiver's `data` becomes
  * null. For the record discriminators the sender sets it to a non-zero value and sending stores
- * the payload's byte count in it; their records must then not be missing. It must not be negative
- * for raw bytes. For 123 with another `data_size` the receiver's `data` stays as its record held
- * it.
+ * the payload's byte count in it; their records must then not be missing. A missing book record
+ * makes ipc_serialize() fail or, with a header text of 967 bytes or more, write beyond its buffer.
+ * For 122 the array must not be missing while `data_size` is 1 or more; a negative one sends no
+ * strings. It must not be negative for raw bytes. For 123 with another `data_size` the receiver's
+ * `data` stays as its record held it.
  *
  * For 127 and 128 the low 32 bits of the list pointer travel in `param`'s place, as they stand;
  * the receiver discards them and `data` stays as its record held it.
  *
- * ipc_free() does nothing at all when `data` is null, so the list of a received 127 or 128 stays
- * with the owner of the message. For 122, 288 and 289 `data` keeps its old value, so a message is
- * freed once.
+ * ipc_free() does nothing at all when `data` is null, so the list of a 127 or 128 that was received
+ * into a zeroed record stays with the owner of the message; with another `data` the list is
+ * released and `param_list` keeps its old value. For 122, 288 and 289 `data` keeps its old value,
+ * so a message is freed once.
  */
 typedef struct mdm_misc_info {
     int32_t type; /**< Policy discriminator; selects the payload. */

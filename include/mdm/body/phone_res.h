@@ -49,7 +49,9 @@ typedef struct mdm_phone_res_ext {
  *
  * ipc_free() releases the payload; for the records `data` keeps its old value, so a message is
  * freed once. A received 439 or 440 must not be handed to ipc_free(): its bytes would be followed
- * as the record's pointers.
+ * as the record's pointers. Sending one follows them as well, to size the body: `data` must point
+ * at a readable ::mdm_phone_res_item_t, whose own bytes then travel, and a `data_size` above 8 plus
+ * the length of both texts is written beyond the buffer.
  */
 typedef struct mdm_phone_res_info {
     int32_t type;      /**< Policy discriminator; selects the payload. */

@@ -31,7 +31,8 @@ typedef struct mdm_roaming_info {
  * Body of the roaming_res category: the head alone. `data_size` is sent as it stands.
  *
  * `data` is neither sent nor read, but ipc_free() follows it as if it pointed at a
- * ::mdm_roaming_data_t: hand ipc_deserialize() a record in which it is null.
+ * ::mdm_roaming_data_t, and releases that one's `name`: hand ipc_deserialize() a record in which it
+ * is null.
  */
 typedef struct mdm_roaming_res_info {
     MDM_BODY_HEAD;

@@ -62,8 +62,9 @@ typedef struct mdm_security_account {
  *
  * A list's stored `data_size` counts the 12 bytes of the head and the 4 of the count as well; an
  * item's counts the payload alone, and a null item's is 0. An empty list is a null `data`; its
- * `data_size` is not touched and must be 0. Raw bytes with a `data_size` of 0 or less send the
- * head alone. A list must not hold a null element.
+ * `data_size` is not touched and must be 0 (a positive one announces a list, but sends none). Raw
+ * bytes with a `data_size` of 0 send the head alone; it must not be negative. A list must not hold
+ * a null element: strings end there although all are counted, and accounts cannot be sized.
  *
  * Receiving: a `data_size` of 0 or less leaves `data` as the record held it. Empty strings of a
  * string list are not appended. Raw bytes arrive as a new string with a terminator.

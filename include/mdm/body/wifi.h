@@ -60,7 +60,9 @@ typedef struct mdm_wifi_detail {
 typedef struct mdm_wifi_network {
     char *ssid;                /**< Network name; may be null. */
     int32_t detail_kind;       /**< Layout of `detail`: 1 to 9; no detail travels otherwise. */
-    mdm_wifi_detail_t *detail; /**< Null after decoding when `detail_kind` is outside 1 to 9. */
+    mdm_wifi_detail_t *detail; /**< Must not be null on sending for kinds 2 to 7; for 1, 8 and 9 a
+                                    null one arrives as the number 0. Null after decoding when
+                                    `detail_kind` is outside 1 to 9. */
 } mdm_wifi_network_t;
 
 /**
@@ -81,10 +83,11 @@ typedef struct mdm_wifi_network {
  * must not hold a null element, while `data_size` is 1 or more. Raw bytes arrive as a new string
  * with a terminator.
  *
- * ipc_free() releases the payload and resets `data`, with one exception: of a network profile
- * only `ssid`, the strings of `detail` and the detail records of kinds 2 to 7 are released, and
- * their pointers keep their old values. The ::mdm_wifi_network_t itself and the detail of kinds 1,
- * 8 and 9 stay allocated, `data` keeps pointing at the profile, and such a message is freed once.
+ * ipc_free() releases the payload and sets `data` to null, and `data_size` to 0 unless it was raw
+ * bytes. The exception is a network profile: only `ssid`, the strings of `detail` and the detail
+ * records of kinds 2 to 7 are released; `ssid`, `detail`, `data` and `data_size` keep their old
+ * values. The ::mdm_wifi_network_t itself and the detail of kinds 1, 8 and 9 stay allocated, and
+ * such a message is freed once.
  */
 typedef struct mdm_wifi_info {
     MDM_BODY_HEAD;

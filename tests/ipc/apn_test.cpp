@@ -1,0 +1,507 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::IsNull;
+using ::testing::Optional;
+using ::testing::StrEq;
+
+constexpr uint8_t type_apn = 21;
+
+bool is_profile(uint32_t type)
+{
+    return type == 387 || type == 393;
+}
+
+bool is_list(uint32_t type)
+{
+    return type == 389 || type == 390 || type == 391;
+}
+
+// Each type of a profile or a list, and a few of the others.
+constexpr std::array<uint32_t, 9> some_types = {387, 393, 389, 390, 391, 388, 392, 0, 0x80000183};
+
+mdm_body_t body(uint32_t type, int32_t data_size, void *data)
+{
+    return headed_body<&mdm_body_t::apn>(type, data_size, data);
+}
+
+// No two of its fields are alike.
+mdm_apn_account_t full_profile()
+{
+    return {0x20,           0xFFFFFF21,     borrowed("home"), borrowed("3"), borrowed("4"),
+            borrowed("5"),  borrowed("6"),  borrowed("7"),    borrowed("8"), borrowed("9"),
+            borrowed("10"), borrowed("11"), borrowed("12"),   borrowed("N"), borrowed("14")};
+}
+
+const Bytes profile_bytes =
+    hex("20 00 00 00 21 FF FF FF 04 00 00 00 68 6F 6D 65 01 00 00 00 33 01 00 00 00 34 "
+        "01 00 00 00 35 01 00 00 00 36 01 00 00 00 37 01 00 00 00 38 01 00 00 00 39 "
+        "02 00 00 00 31 30 02 00 00 00 31 31 02 00 00 00 31 32 01 00 00 00 4E 02 00 00 00 31 34");
+constexpr int32_t profile_size = 8 + 13 * 4 + 20;
+const Bytes list_bytes = hex("02 00 00 00") + profile_bytes + hex("30 00 00 00") + Bytes(56);
+
+// A payload of the type, as it travels; a raw one for a data_size of 4.
+Bytes payload_bytes(uint32_t type)
+{
+    if (is_profile(type)) {
+        return profile_bytes;
+    }
+    return is_list(type) ? list_bytes : hex("01 02 FE 34");
+}
+
+// The body that arrives with a payload of the type.
+mdm_body_t received(uint32_t type, int32_t data_size)
+{
+    mdm_body_t received = body(0, 0, sentinel());
+    const Bytes payload = data_size == 0 ? Bytes{} : payload_bytes(type);
+    EXPECT_EQ(read_body(type_apn, received, head_bytes(type, data_size) + payload),
+              12 + payload.size());
+    return received;
+}
+
+const mdm_apn_account_t &profile_at(const void *record)
+{
+    return *static_cast<const mdm_apn_account_t *>(record);
+}
+
+std::array<char *, 13> strings_of(const mdm_apn_account_t &profile)
+{
+    return {profile.profile_name, profile.str3,  profile.str4, profile.str5,  profile.str6,
+            profile.str7,         profile.str8,  profile.str9, profile.str10, profile.str11,
+            profile.str12,        profile.str13, profile.str14};
+}
+
+void expect_full(const mdm_apn_account_t &profile)
+{
+    EXPECT_EQ(profile.num0, 0x20U);
+    EXPECT_EQ(profile.num1, 0xFFFFFF21U);
+    EXPECT_THAT(strings_of(profile),
+                ElementsAre(StrEq("home"), StrEq("3"), StrEq("4"), StrEq("5"), StrEq("6"),
+                            StrEq("7"), StrEq("8"), StrEq("9"), StrEq("10"), StrEq("11"),
+                            StrEq("12"), StrEq("N"), StrEq("14")));
+}
+
+// One call of the size handler: what it returns, stores and logs.
+void expect_sizes(mdm_body_t &sent, uint32_t size, int32_t data_size)
+{
+    const std::string text = "size [" + std::to_string(static_cast<int32_t>(size)) + "]";
+    LogRecorder log;
+    EXPECT_EQ(size_body(type_apn, sent), size);
+    EXPECT_EQ(sent.apn.data_size, data_size);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_apn"), info("_size_of_apn", text),
+                                        leave("_size_of_apn")));
+}
+
+TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
+{
+    for (const uint32_t type : {387U, 393U}) {
+        mdm_apn_account_t record = full_profile();
+        mdm_body_t sent = body(type, 3, &record);
+        expect_sizes(sent, 12 + 3 + profile_size, 3 + profile_size);
+        const Bytes bytes = write_body(type_apn, sent);
+        EXPECT_EQ(bytes, head_bytes(type, 3 + profile_size) + profile_bytes);
+        EXPECT_EQ(sent.apn.data, &record);
+
+        AllocationTrace trace;
+        mdm_body_t back = received(type, profile_size);
+        trace.stop();
+        EXPECT_EQ(back.apn.type, type);
+        EXPECT_EQ(back.apn.aux, some_aux);
+        EXPECT_EQ(back.apn.param, some_param);
+        EXPECT_EQ(back.apn.data_size, profile_size);
+        const mdm_apn_account_t &profile = profile_at(back.apn.data);
+        expect_full(profile);
+        const auto kept = trace.kept();
+        ASSERT_EQ(kept.size(), 1U + 13);
+        EXPECT_EQ(kept.front(), (Block{&profile, sizeof profile}));
+        EXPECT_EQ(kept.back(), (Block{profile.str14, 3}));
+        _free_apn(&back);
+    }
+}
+
+TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
+{
+    mdm_apn_account_t record{};
+    record.num0 = 1;
+    record.num1 = 2;
+    const Bytes payload = hex("01 00 00 00 02 00 00 00") + Bytes(52);
+    for (const uint32_t type : {387U, 393U}) {
+        mdm_body_t sent = body(type, 1, &record);
+        expect_sizes(sent, 73, 61);
+        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 61) + payload);
+        expect_sizes(sent, 133, 121);
+        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 121) + payload);
+
+        sent.apn.data_size = -1;
+        expect_sizes(sent, 71, 59);
+        sent.apn.data_size = INT32_MIN;
+        expect_sizes(sent, 0x80000000U + 72, INT32_MIN + 60);
+        sent.apn.data_size = -60;
+        expect_sizes(sent, 12, 0);
+        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 0));
+    }
+}
+
+TEST(Apn, ProfileMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
+{
+    mdm_apn_account_t record{};
+    record.num0 = 1;
+    record.num1 = 2;
+    mdm_msg_t msg = message(type_apn);
+    msg.body = body(387, 1, &record);
+    const Bytes bytes = serialize(msg);
+    EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
+              hex("83 01 00 00 04 03 02 01 3D 00 00 00 01 00 00 00 02 00 00 00") + Bytes(53));
+    serialize(msg);
+    EXPECT_EQ(msg.body.apn.data_size, 121);
+
+    mdm_msg_t arrived{};
+    EXPECT_EQ(deserialize(arrived, bytes), 0);
+    EXPECT_EQ(arrived.body.apn.data_size, 61);
+    const mdm_apn_account_t &profile = profile_at(arrived.body.apn.data);
+    EXPECT_EQ(profile.num0, 1U);
+    EXPECT_EQ(profile.num1, 2U);
+    EXPECT_THAT(strings_of(profile), Each(IsNull()));
+    ipc_free(&arrived);
+}
+
+TEST(Apn, ListCarriesACountAndProfilesAndCountsTheWholeBody)
+{
+    constexpr int32_t size = 16 + profile_size + 60;
+    mdm_apn_account_t first = full_profile();
+    mdm_apn_account_t second{};
+    second.num0 = 0x30;
+    GList *list = list_of({&first, &second});
+    for (const uint32_t type : {389U, 390U, 391U}) {
+        mdm_body_t sent = body(type, -5, list);
+        expect_sizes(sent, size, size);
+        expect_sizes(sent, size, size);
+        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, size) + list_bytes);
+
+        AllocationTrace trace;
+        mdm_body_t back = received(type, size);
+        trace.stop();
+        const auto profiles = elements_of(back.apn.data);
+        ASSERT_EQ(profiles.size(), 2U);
+        expect_full(profile_at(profiles[0]));
+        EXPECT_EQ(profile_at(profiles[1]).num0, 0x30U);
+        EXPECT_EQ(profile_at(profiles[1]).num1, 0U);
+        EXPECT_THAT(strings_of(profile_at(profiles[1])), Each(IsNull()));
+        EXPECT_EQ(trace.kept().size(), 2U + 13 + 2);
+        _free_apn(&back);
+    }
+    g_list_free(list);
+}
+
+TEST(Apn, ListOfTwoProfilesWithNullStringsIs136Bytes)
+{
+    mdm_apn_account_t record{};
+    GList *list = list_of({&record, &record});
+    mdm_body_t sent = body(390, 1, list);
+    expect_sizes(sent, 136, 136);
+    EXPECT_EQ(write_body(type_apn, sent), head_bytes(390, 136) + hex("02 00 00 00") + Bytes(120));
+    g_list_free(list);
+}
+
+TEST(Apn, ListsOfManyProfilesTravel)
+{
+    std::vector<mdm_apn_account_t> profiles(200);
+    GList *list = nullptr;
+    for (mdm_apn_account_t &profile : profiles) {
+        profile.num1 = static_cast<uint32_t>(&profile - profiles.data());
+        list = g_list_append(list, &profile);
+    }
+    mdm_msg_t msg = message(type_apn);
+    msg.body = body(391, 1, list);
+    mdm_msg_t arrived{};
+    EXPECT_EQ(deserialize(arrived, serialize(msg)), 0);
+    EXPECT_EQ(arrived.body.apn.data_size, 16 + 200 * 60);
+    uint32_t number = 0;
+    for (const void *profile : elements_of(arrived.body.apn.data)) {
+        EXPECT_EQ(profile_at(profile).num1, number++);
+    }
+    EXPECT_EQ(number, 200U);
+    ipc_free(&arrived);
+    g_list_free(list);
+}
+
+TEST(Apn, ListCountBelow1IsReceivedAsNull)
+{
+    for (const uint32_t type : {389U, 390U, 391U}) {
+        for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
+            mdm_body_t empty = body(0, 0, sentinel());
+            EXPECT_EQ(read_body(type_apn, empty, head_bytes(type, 1) + hex(count)), 16U);
+            EXPECT_EQ(empty.apn.data, nullptr);
+            EXPECT_EQ(empty.apn.data_size, 1);
+        }
+    }
+}
+
+TEST(Apn, ListWithANullElementHasNoSize)
+{
+    mdm_apn_account_t record{};
+    for (GList *list : {list_of({nullptr}), list_of({nullptr, &record}),
+                        list_of({&record, nullptr}), list_of({&record, nullptr, &record})}) {
+        mdm_body_t sent = body(390, 9, list);
+        LogRecorder log;
+        EXPECT_EQ(size_body(type_apn, sent), 0U);
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter("_size_of_apn"), critical("_size_of_apn", "acconts is NULL"),
+                                leave("_size_of_apn")));
+        EXPECT_EQ(sent.apn.data_size, 9);
+        g_list_free(list);
+    }
+}
+
+TEST(Apn, NullElementIsCountedButNeitherWrittenNorLogged)
+{
+    mdm_apn_account_t unnamed{};
+    mdm_apn_account_t named = full_profile();
+    GList *list = list_of({nullptr, &unnamed, nullptr, &named});
+    mdm_body_t sent = body(389, 9, list);
+    LogRecorder log;
+    const Bytes bytes = write_body(type_apn, sent);
+    EXPECT_THAT(log.platform_lines()[1].format, Optional(HasSubstr("> ProfileName [%s]")));
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_apn"), info("_set_apn", "ProfileName [(null)]"),
+                                        info("_set_apn", "ProfileName [home]"), leave("_set_apn")));
+    EXPECT_EQ(bytes,
+              hex("85 01 00 00 04 03 02 01 09 00 00 00 04 00 00 00") + Bytes(60) + profile_bytes);
+    g_list_free(list);
+}
+
+TEST(Apn, EveryOtherTypeIsRaw)
+{
+    char payload[] = "\x01\x02\xFE"
+                     "4";
+    for (const uint32_t type : {388U, 392U, 386U, 394U, 131U, 643U, 0U, 0xFFFFFFFFU}) {
+        mdm_body_t sent = body(type, 4, payload);
+        expect_sizes(sent, 16, 4);
+        expect_sizes(sent, 16, 4);
+        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 4) + hex("01 02 FE 34"));
+
+        AllocationTrace trace;
+        mdm_body_t back = received(type, 4);
+        trace.stop();
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{back.apn.data, 5}));
+        EXPECT_STREQ(static_cast<char *>(back.apn.data), payload);
+        EXPECT_EQ(back.apn.data_size, 4);
+        _free_apn(&back);
+    }
+}
+
+TEST(Apn, RawPayloadEndsAtItsFirstZeroByte)
+{
+    char payload[] = "a\0b";
+    mdm_body_t sent = body(388, 3, payload);
+    const Bytes bytes = write_body(type_apn, sent);
+    EXPECT_EQ(bytes, head_bytes(388, 3) + hex("61 00 62"));
+    mdm_body_t back{};
+    EXPECT_EQ(read_body(type_apn, back, bytes), 15U);
+    EXPECT_EQ(std::string(static_cast<char *>(back.apn.data), 4), std::string("a\0\0\0", 4));
+    _free_apn(&back);
+}
+
+TEST(Apn, RawSizeTrustsTheSignOfDataSize)
+{
+    mdm_body_t sent = body(388, -4, sentinel());
+    expect_sizes(sent, 8, -4);
+    sent.apn.data_size = -13;
+    expect_sizes(sent, 0xFFFFFFFF, -13);
+    sent.apn.data_size = INT32_MAX;
+    expect_sizes(sent, 0x8000000B, INT32_MAX);
+}
+
+TEST(Apn, TextsOfEveryKindTravel)
+{
+    std::string text(500, 'y');
+    mdm_apn_account_t record{};
+    record.profile_name = borrowed("\xC3\xA4\xFF\x01");
+    record.str3 = borrowed("");
+    record.str5 = text.data();
+    record.str14 = borrowed("x");
+    mdm_body_t sent = body(387, 1, &record);
+    expect_sizes(sent, 73 + 505, 61 + 505);
+    mdm_body_t back{};
+    EXPECT_EQ(read_body(type_apn, back, write_body(type_apn, sent)), 72U + 505);
+    EXPECT_THAT(strings_of(profile_at(back.apn.data)),
+                ElementsAre(StrEq("\xC3\xA4\xFF\x01"), IsNull(), IsNull(), StrEq(text), IsNull(),
+                            IsNull(), IsNull(), IsNull(), IsNull(), IsNull(), IsNull(), IsNull(),
+                            StrEq("x")));
+    _free_apn(&back);
+}
+
+TEST(Apn, NoPayloadIsTheHeadAlone)
+{
+    for (const uint32_t type : some_types) {
+        for (mdm_body_t sent : {body(type, 0, sentinel()), body(type, 1, nullptr),
+                                body(type, -1, nullptr), body(type, INT32_MIN, nullptr)}) {
+            const int32_t data_size = sent.apn.data_size;
+            LogRecorder log;
+            EXPECT_EQ(size_body(type_apn, sent), 12U);
+            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_apn"), leave("_size_of_apn")));
+            EXPECT_EQ(sent.apn.data_size, data_size);
+            EXPECT_EQ(write_body(type_apn, sent).size(), 12U);
+            EXPECT_THAT(log.take(), ElementsAre(enter("_set_apn"), leave("_set_apn")));
+        }
+        EXPECT_EQ(received(type, 0).apn.data, nullptr);
+    }
+}
+
+TEST(Apn, NegativeDataSizeIsAPayloadOfAProfileOrAList)
+{
+    for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
+        for (const int32_t data_size : {-1, INT32_MIN}) {
+            mdm_body_t back = received(type, data_size);
+            EXPECT_EQ(back.apn.data_size, data_size);
+            EXPECT_EQ(write_body(type_apn, back),
+                      head_bytes(type, data_size) + payload_bytes(type));
+            _free_apn(&back);
+        }
+    }
+}
+
+TEST(Apn, TypesOfEachShape)
+{
+    std::vector<uint32_t> types = {0x80000000, 0x80000183, 0x00010185, 0x01000189, 0xFFFFFFFF};
+    for (uint32_t type = 0; type <= 1000; ++type) {
+        types.push_back(type);
+    }
+    const Bytes payload = hex("01 00 00 00") + Bytes(60);
+    for (const uint32_t type : types) {
+        const size_t consumed = is_profile(type) ? 72 : is_list(type) ? 76 : 13;
+        mdm_body_t back{};
+        EXPECT_EQ(read_body(type_apn, back, head_bytes(type, 1) + payload), consumed) << type;
+        EXPECT_EQ(size_body(type_apn, back), is_profile(type) ? 73 : consumed) << type;
+        EXPECT_EQ(write_body(type_apn, back).size(), consumed) << type;
+        const bool keeps_data = is_profile(type) || is_list(type);
+        EXPECT_EQ(free_body(type_apn, back).size(), is_list(type) ? 2U : 1U) << type;
+        EXPECT_EQ(back.apn.data != nullptr, keeps_data) << type;
+        EXPECT_EQ(back.apn.data_size != 0, keeps_data) << type;
+    }
+}
+
+TEST(Apn, FreeReleasesAProfileOrAListAndLeavesTheBody)
+{
+    for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
+        mdm_body_t back = received(type, -1);
+        auto *list = static_cast<GList *>(back.apn.data);
+        std::vector<const void *> profiles = {back.apn.data};
+        std::vector<const void *> cells;
+        if (is_list(type)) {
+            back.apn.data = list = g_list_insert(list, nullptr, 1);
+            profiles = {list->data, list->next->next->data};
+            cells = cells_of(list);
+        }
+        const void *data = back.apn.data;
+        std::vector<const void *> expected;
+        std::ranges::copy(strings_of(profile_at(profiles[0])), std::back_inserter(expected));
+        std::ranges::copy(profiles, std::back_inserter(expected));
+        std::ranges::copy(cells, std::back_inserter(expected));
+        LogRecorder log;
+        AllocationTrace trace;
+        trace.during_release([&](const void *block) {
+            if (std::ranges::find(profiles, block) != profiles.end()) {
+                EXPECT_THAT(strings_of(profile_at(block)), Each(IsNull()));
+            }
+        });
+        _free_apn(&back);
+        trace.stop();
+        EXPECT_EQ(trace.released(), expected);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_free_apn"), leave("_free_apn")));
+        EXPECT_EQ(back.apn.data, data);
+        EXPECT_EQ(back.apn.data_size, -1);
+    }
+}
+
+TEST(Apn, FreeReleasesARawPayloadAndResetsTheBody)
+{
+    for (const uint32_t type : {388U, 392U}) {
+        mdm_body_t back = received(type, 4);
+        const void *data = back.apn.data;
+        LogRecorder log;
+        EXPECT_THAT(free_body(type_apn, back), ElementsAre(data));
+        EXPECT_THAT(log.take(), ElementsAre(enter("_free_apn"), leave("_free_apn")));
+        EXPECT_EQ(back.apn.data, nullptr);
+        EXPECT_EQ(back.apn.data_size, 0);
+        EXPECT_EQ(back.apn.type, type);
+        EXPECT_THAT(free_body(type_apn, back), IsEmpty());
+    }
+}
+
+TEST(Apn, FreeWithoutAPayloadReleasesNothing)
+{
+    for (const uint32_t type : some_types) {
+        mdm_body_t without_data = body(type, 3, nullptr);
+        mdm_body_t without_size = body(type, 0, sentinel());
+        LogRecorder log;
+        EXPECT_THAT(free_body(type_apn, without_data), IsEmpty());
+        EXPECT_THAT(free_body(type_apn, without_size), IsEmpty());
+        EXPECT_THAT(log.take(), ElementsAre(enter("_free_apn"), leave("_free_apn"),
+                                            enter("_free_apn"), leave("_free_apn")));
+        EXPECT_EQ(without_data.apn.data_size, 3);
+        EXPECT_EQ(without_size.apn.data, sentinel());
+    }
+}
+
+TEST(Apn, BothMessageTypesCarryEveryShapeAndLeakNothing)
+{
+    for (const uint8_t message_type : {type_apn, uint8_t{22}}) {
+        for (const uint32_t type : some_types) {
+            mdm_msg_t msg = message(message_type);
+            msg.body = received(type, 4);
+            const Bytes bytes = serialize(msg);
+            const Bytes expected = head_bytes(type, msg.body.apn.data_size) + payload_bytes(type);
+            ipc_free(&msg);
+            AllocationTrace trace;
+            mdm_msg_t arrived{};
+            EXPECT_EQ(deserialize(arrived, bytes), 0);
+            EXPECT_EQ(write_body(message_type, arrived.body), expected);
+            EXPECT_EQ(ipc_free(&arrived), 0);
+            trace.stop();
+            EXPECT_THAT(trace.kept(), IsEmpty());
+        }
+    }
+}
+
+TEST(Apn, OnlyListsLogTheirProfilesNames)
+{
+    for (const uint32_t type : some_types) {
+        const auto lines = [type](const char *function) {
+            std::vector<LogLine> expected = {enter(function), leave(function)};
+            if (is_list(type)) {
+                expected.insert(expected.begin() + 1, {info(function, "ProfileName [home]"),
+                                                       info(function, "ProfileName [(null)]")});
+            }
+            return expected;
+        };
+        const Bytes bytes = head_bytes(type, 4) + payload_bytes(type);
+        mdm_body_t back{};
+        LogRecorder log;
+        read_body(type_apn, back, bytes);
+        EXPECT_EQ(log.take(), lines("_get_apn"));
+        write_body(type_apn, back);
+        EXPECT_EQ(log.take(), lines("_set_apn"));
+        _free_apn(&back);
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,413 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+constexpr uint8_t type_bluetooth = 9;
+constexpr uint32_t list_type = 223;
+constexpr uint32_t raw_type = 232;
+
+const std::vector<uint32_t> released_types{91, 223, 227, 233, 237};
+const std::vector<uint32_t> kept_types{220, 221, 222, 224, 225, 230, 231, 234, 235};
+
+bool is_released(uint32_t type)
+{
+    return std::ranges::count(released_types, type) != 0;
+}
+
+std::vector<uint32_t> list_types()
+{
+    std::vector<uint32_t> types = released_types;
+    types.insert(types.end(), kept_types.begin(), kept_types.end());
+    return types;
+}
+
+// Small values, and what a narrower or a masked word would take for the listed ones among them.
+std::vector<uint32_t> raw_types()
+{
+    const std::vector<uint32_t> lists = list_types();
+    std::vector<uint32_t> types{0x80000000, 0xFFFFFFFF};
+    for (uint32_t type = 0; type <= 1000; ++type) {
+        if (std::ranges::count(lists, type) == 0) {
+            types.push_back(type);
+        } else {
+            types.insert(types.end(), {type + 0x10000, type | 0x80000000, 0 - type});
+        }
+    }
+    return types;
+}
+
+char digits[] = "1234";
+
+mdm_body_t body(uint32_t type, int32_t data_size, void *data)
+{
+    return headed_body<&mdm_body_t::bluetooth>(type, data_size, data);
+}
+
+// A sender's list, which ends with its scope.
+struct Names {
+    Names(std::initializer_list<const char *> names) : list(heap_list(names)) {}
+    ~Names() { g_list_free_full(list, g_free); }
+    Names(const Names &) = delete;
+    Names &operator=(const Names &) = delete;
+
+    GList *list;
+};
+
+// What a receiver makes of the bytes, which it consumes to the last.
+mdm_body_t received_from(const Bytes &bytes)
+{
+    mdm_body_t received = body(0, 0, sentinel());
+    received.bluetooth.aux = 0xBBBBBBBB;
+    EXPECT_EQ(read_body(type_bluetooth, received, bytes), bytes.size());
+    EXPECT_EQ(received.bluetooth.aux, 0xBBBBBBBBU);
+    EXPECT_EQ(received.bluetooth.param, 0x01020304U);
+    return received;
+}
+
+void release_list(const mdm_body_t &received)
+{
+    g_list_free_full(static_cast<GList *>(received.bluetooth.data), g_free);
+}
+
+// A body's bytes behind its type.
+Bytes written(mdm_body_t &sent)
+{
+    const Bytes bytes = write_body(type_bluetooth, sent);
+    return {bytes.begin() + 4, bytes.end()};
+}
+
+// The lines that a handler logs: information between entry and exit.
+auto lines(const char *function, const std::vector<std::string> &texts = {})
+{
+    std::vector<LogLine> lines{enter(function)};
+    for (const std::string &text : texts) {
+        lines.push_back(info(function, text));
+    }
+    lines.push_back(leave(function));
+    return ElementsAreArray(lines);
+}
+
+TEST(Bluetooth, ListIsItsCountAndNames)
+{
+    const Names names{"abc", "hello"};
+    for (const uint32_t type : list_types()) {
+        SCOPED_TRACE(type);
+        mdm_body_t sent = body(type, 1, names.list);
+        EXPECT_EQ(_size_of_bluetooth(&sent), 32U);
+        EXPECT_EQ(_size_of_bluetooth(&sent), 32U);
+        EXPECT_EQ(sent.bluetooth.data_size, 1);
+        EXPECT_EQ(written(sent), hex("04 03 02 01 01 00 00 00 02 00 00 00 "
+                                     "03 00 00 00 61 62 63 05 00 00 00 68 65 6C 6C 6F"));
+
+        AllocationTrace trace;
+        const mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+        trace.stop();
+        EXPECT_EQ(received.bluetooth.type, type);
+        EXPECT_EQ(received.bluetooth.data_size, 1);
+        EXPECT_THAT(texts_of(received.bluetooth.data), ElementsAre("abc", "hello"));
+        const auto cells = cells_of(received.bluetooth.data);
+        const auto texts = elements_of(received.bluetooth.data);
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{texts[0], 4}, Block{cells[0], sizeof(GList)},
+                                              Block{texts[1], 6}, Block{cells[1], sizeof(GList)}));
+        release_list(received);
+    }
+}
+
+TEST(Bluetooth, EveryOtherTypeIsRaw)
+{
+    for (const uint32_t type : raw_types()) {
+        SCOPED_TRACE(type);
+        mdm_body_t sent = body(type, 4, nullptr);
+        ASSERT_EQ(_size_of_bluetooth(&sent), 16U);
+        sent.bluetooth.data_size = 5;
+        ASSERT_EQ(_size_of_bluetooth(&sent), 17U);
+        sent = body(type, 4, digits);
+        EXPECT_EQ(written(sent), hex("04 03 02 01 04 00 00 00 31 32 33 34"));
+        EXPECT_EQ(sent.bluetooth.data_size, 4);
+
+        AllocationTrace trace;
+        const mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+        trace.stop();
+        EXPECT_EQ(received.bluetooth.type, type);
+        EXPECT_EQ(received.bluetooth.data_size, 4);
+        EXPECT_STREQ(static_cast<char *>(received.bluetooth.data), "1234");
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{received.bluetooth.data, 5}));
+        g_free(received.bluetooth.data);
+    }
+}
+
+TEST(Bluetooth, RawPayloadEndsAtItsFirstZeroByte)
+{
+    char payload[] = "a\0b";
+    mdm_body_t sent = body(raw_type, 3, payload);
+    EXPECT_EQ(_size_of_bluetooth(&sent), 15U);
+    const Bytes bytes = write_body(type_bluetooth, sent);
+    EXPECT_EQ(bytes, hex("E8 00 00 00 04 03 02 01 03 00 00 00 61 00 62"));
+    const mdm_body_t received = received_from(bytes);
+    const auto *text = static_cast<char *>(received.bluetooth.data);
+    EXPECT_EQ(std::string(text, 4), std::string("a\0\0\0", 4));
+    g_free(received.bluetooth.data);
+}
+
+TEST(Bluetooth, PayloadsOfEveryLengthTravel)
+{
+    for (const size_t length : {size_t{1}, size_t{3000}}) {
+        std::string payload(length, '\xFE');
+        mdm_body_t sent = body(raw_type, static_cast<int32_t>(length), payload.data());
+        EXPECT_EQ(_size_of_bluetooth(&sent), 12 + length);
+        mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+        EXPECT_EQ(static_cast<char *>(received.bluetooth.data), payload);
+        g_free(received.bluetooth.data);
+
+        const Names names{payload.c_str()};
+        sent = body(list_type, 1, names.list);
+        EXPECT_EQ(_size_of_bluetooth(&sent), 16 + 4 + length);
+        received = received_from(write_body(type_bluetooth, sent));
+        EXPECT_THAT(texts_of(received.bluetooth.data), ElementsAre(payload));
+        release_list(received);
+    }
+}
+
+TEST(Bluetooth, ManyNamesTravelInOrder)
+{
+    std::vector<std::optional<std::string>> texts;
+    Names names{};
+    for (int i = 0; i < 300; ++i) {
+        texts.emplace_back(std::to_string(1000 + i));
+        names.list = g_list_append(names.list, heap_text(texts.back()->c_str()));
+    }
+    mdm_body_t sent = body(list_type, 1, names.list);
+    EXPECT_EQ(_size_of_bluetooth(&sent), 16U + 300 * 8);
+    const mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+    EXPECT_EQ(texts_of(received.bluetooth.data), texts);
+    auto *list = static_cast<GList *>(received.bluetooth.data);
+    EXPECT_EQ(g_list_first(g_list_last(list)), list);
+    release_list(received);
+}
+
+TEST(Bluetooth, SizeOfARawPayloadIsUnsigned)
+{
+    mdm_body_t sent = body(raw_type, INT32_MAX, nullptr);
+    EXPECT_EQ(_size_of_bluetooth(&sent), 0x8000000BU);
+}
+
+TEST(Bluetooth, SizeOfAListDoesNotCountDataSize)
+{
+    const Names names{"a"};
+    mdm_body_t sent = body(list_type, INT32_MAX, names.list);
+    EXPECT_EQ(_size_of_bluetooth(&sent), 21U);
+    EXPECT_EQ(sent.bluetooth.data_size, INT32_MAX);
+}
+
+TEST(Bluetooth, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
+{
+    const Names names{"abc"};
+    for (const uint32_t type : {list_type, raw_type}) {
+        for (const int32_t data_size : {0, -1, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, names.list);
+            LogRecorder log;
+            EXPECT_EQ(_size_of_bluetooth(&sent), 12U);
+            EXPECT_THAT(log.take(),
+                        lines("_size_of_bluetooth", {"data_size : " + std::to_string(data_size)}));
+            const Bytes bytes = write_body(type_bluetooth, sent);
+            EXPECT_EQ(bytes.size(), 12U);
+            EXPECT_THAT(log.take(), lines("_set_bluetooth"));
+            const mdm_body_t received = received_from(bytes);
+            EXPECT_EQ(received.bluetooth.type, type);
+            EXPECT_EQ(received.bluetooth.data_size, data_size);
+            EXPECT_EQ(received.bluetooth.data, sentinel());
+            EXPECT_THAT(log.take(), lines("_get_bluetooth"));
+        }
+    }
+}
+
+TEST(Bluetooth, EmptyListIsItsCountAlone)
+{
+    mdm_body_t sent = body(list_type, 1, nullptr);
+    LogRecorder log;
+    EXPECT_EQ(_size_of_bluetooth(&sent), 16U);
+    EXPECT_THAT(log.take(), lines("_size_of_bluetooth", {"data_size : 1", "len : 0"}));
+    const Bytes bytes = write_body(type_bluetooth, sent);
+    EXPECT_EQ(bytes, hex("DF 00 00 00 04 03 02 01 01 00 00 00 00 00 00 00"));
+    EXPECT_THAT(log.take(), lines("_set_bluetooth", {"length : 0"}));
+    EXPECT_EQ(received_from(bytes).bluetooth.data, nullptr);
+    EXPECT_THAT(log.take(), lines("_get_bluetooth", {"length : 0"}));
+}
+
+TEST(Bluetooth, NegativeCountIsReceivedAsANullList)
+{
+    const Bytes bytes = hex("DF 00 00 00 04 03 02 01 01 00 00 00");
+    LogRecorder log;
+    EXPECT_EQ(received_from(bytes + hex("FF FF FF FF")).bluetooth.data, nullptr);
+    EXPECT_THAT(log.take(), lines("_get_bluetooth", {"length : -1"}));
+    EXPECT_EQ(received_from(bytes + hex("00 00 00 80")).bluetooth.data, nullptr);
+    EXPECT_THAT(log.take(), lines("_get_bluetooth", {"length : -2147483648"}));
+}
+
+TEST(Bluetooth, NamesAreLoggedAndEmptyOnesAreReceivedAsNullElements)
+{
+    const Names names{"", "\xC3\xA4\xFF", ""};
+    mdm_body_t sent = body(list_type, 7, names.list);
+    LogRecorder log;
+    EXPECT_EQ(_size_of_bluetooth(&sent), 16U + 4 + 7 + 4);
+    EXPECT_THAT(log.take(),
+                lines("_size_of_bluetooth", {"data_size : 7", "len : 3", "device_name : ",
+                                             "device_name : \xC3\xA4\xFF", "device_name : "}));
+    const Bytes bytes = write_body(type_bluetooth, sent);
+    EXPECT_EQ(bytes, hex("DF 00 00 00 04 03 02 01 07 00 00 00 03 00 00 00 "
+                         "00 00 00 00 03 00 00 00 C3 A4 FF 00 00 00 00"));
+    EXPECT_THAT(log.take(), lines("_set_bluetooth", {"length : 3"}));
+    mdm_body_t received = received_from(bytes);
+    EXPECT_THAT(texts_of(received.bluetooth.data),
+                ElementsAre(std::nullopt, "\xC3\xA4\xFF", std::nullopt));
+    EXPECT_THAT(log.take(),
+                lines("_get_bluetooth", {"length : 3", "device_name : (null)",
+                                         "device_name : \xC3\xA4\xFF", "device_name : (null)"}));
+    _free_bluetooth(&received);
+    EXPECT_EQ(received.bluetooth.data, nullptr);
+}
+
+TEST(Bluetooth, RawPayloadLogsItsSizeOnly)
+{
+    mdm_body_t sent = body(raw_type, 4, digits);
+    LogRecorder log;
+    _size_of_bluetooth(&sent);
+    EXPECT_THAT(log.take(), lines("_size_of_bluetooth", {"data_size : 4"}));
+    const Bytes bytes = write_body(type_bluetooth, sent);
+    EXPECT_THAT(log.take(), lines("_set_bluetooth"));
+    const mdm_body_t received = received_from(bytes);
+    EXPECT_THAT(log.take(), lines("_get_bluetooth"));
+    g_free(received.bluetooth.data);
+}
+
+TEST(Bluetooth, NullNameCannotBeSized)
+{
+    for (const bool is_first : {true, false}) {
+        GList *list = is_first ? list_of({nullptr, borrowed("b")})
+                               : list_of({borrowed("a"), borrowed("b"), nullptr, borrowed("c")});
+        mdm_body_t sent = body(list_type, 1, list);
+        LogRecorder log;
+        EXPECT_EQ(_size_of_bluetooth(&sent), 0U);
+        const char *function = "_size_of_bluetooth";
+        std::vector<LogLine> expected{enter(function), info(function, "data_size : 1"),
+                                      info(function, is_first ? "len : 2" : "len : 4")};
+        if (!is_first) {
+            expected.push_back(info(function, "device_name : a"));
+            expected.push_back(info(function, "device_name : b"));
+        }
+        expected.push_back(critical(function, "device_name is NULL"));
+        expected.push_back(leave(function));
+        EXPECT_THAT(log.take(), ElementsAreArray(expected));
+        g_list_free(list);
+    }
+}
+
+TEST(Bluetooth, NullNameLeavesDataSizeBytesUnwritten)
+{
+    GList *list = list_of({nullptr, borrowed("a"), nullptr, borrowed("b"), nullptr});
+    mdm_body_t sent = body(list_type, 2, list);
+    Bytes buffer(33, 0xEE);
+    const uint8_t *end = _set_bluetooth(buffer.data(), &sent);
+    EXPECT_EQ(end - buffer.data(), 32);
+    EXPECT_EQ(buffer, hex("DF 00 00 00 04 03 02 01 02 00 00 00 05 00 00 00 "
+                          "EE EE 01 00 00 00 61 EE EE 01 00 00 00 62 EE EE EE"));
+    g_list_free(list);
+}
+
+TEST(Bluetooth, FreeReleasesTheListsOfFiveTypes)
+{
+    for (const uint32_t type : released_types) {
+        for (const int32_t data_size : {3, 0, -1}) {
+            mdm_body_t received = body(type, data_size, heap_list({"abc", nullptr, "hi"}));
+            const auto texts = elements_of(received.bluetooth.data);
+            const auto cells = cells_of(received.bluetooth.data);
+            LogRecorder log;
+            EXPECT_THAT(free_body(type_bluetooth, received),
+                        ElementsAre(texts[0], texts[2], cells[0], cells[1], cells[2]));
+            EXPECT_THAT(log.take(), lines("_free_bluetooth"));
+            EXPECT_EQ(received.bluetooth.data, nullptr);
+            EXPECT_EQ(received.bluetooth.data_size, 0);
+            EXPECT_EQ(received.bluetooth.type, type);
+            EXPECT_THAT(free_body(type_bluetooth, received), IsEmpty());
+        }
+    }
+}
+
+TEST(Bluetooth, FreeOfANullListLeavesDataSize)
+{
+    for (const uint32_t type : released_types) {
+        mdm_body_t received = body(type, 3, nullptr);
+        LogRecorder log;
+        EXPECT_THAT(free_body(type_bluetooth, received), IsEmpty());
+        EXPECT_THAT(log.take(), lines("_free_bluetooth"));
+        EXPECT_EQ(received.bluetooth.data, nullptr);
+        EXPECT_EQ(received.bluetooth.data_size, 3);
+    }
+}
+
+TEST(Bluetooth, FreeOfEveryOtherTypeResetsDataSizeAndReleasesNothing)
+{
+    std::vector<uint32_t> types = raw_types();
+    types.insert(types.end(), kept_types.begin(), kept_types.end());
+    for (const uint32_t type : types) {
+        for (void *data : {sentinel(), static_cast<void *>(nullptr)}) {
+            SCOPED_TRACE(type);
+            mdm_body_t received = body(type, 3, data);
+            LogRecorder log;
+            EXPECT_THAT(free_body(type_bluetooth, received), IsEmpty());
+            EXPECT_THAT(log.take(), lines("_free_bluetooth"));
+            EXPECT_EQ(received.bluetooth.data, data);
+            EXPECT_EQ(received.bluetooth.data_size, 0);
+        }
+    }
+}
+
+TEST(Bluetooth, BothTypesOfTheMessageTravelAndKeepWhatIsNotReleased)
+{
+    const Names names{"abc", "hello"};
+    std::vector<uint32_t> types = list_types();
+    types.push_back(raw_type);
+    for (const uint8_t msg_type : {uint8_t{9}, uint8_t{10}}) {
+        for (const uint32_t type : types) {
+            SCOPED_TRACE(type);
+            const bool is_raw = type == raw_type;
+            mdm_msg_t msg = message(msg_type);
+            msg.body = is_raw ? body(type, 4, digits) : body(type, 1, names.list);
+            const Bytes bytes = serialize(msg);
+            EXPECT_EQ(bytes.size(), 40U + (is_raw ? 16 : 32));
+
+            mdm_msg_t received{};
+            AllocationTrace trace;
+            EXPECT_EQ(deserialize(received, bytes), 0);
+            EXPECT_EQ(ipc_free(&received), 0);
+            trace.stop();
+            if (is_raw) {
+                EXPECT_THAT(trace.kept(), ElementsAre(Block{received.body.bluetooth.data, 5}));
+                g_free(received.body.bluetooth.data);
+            } else {
+                EXPECT_EQ(trace.kept().size(), is_released(type) ? 0U : 4U);
+                release_list(received.body);  // null if it was released
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,486 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The two callback categories: what they have in common, then what is particular to each.
+#include <cstring>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const Bytes null_str(4);
+
+Bytes words(std::initializer_list<uint32_t> values)
+{
+    Bytes bytes;
+    for (const uint32_t value : values) {
+        bytes = bytes + word(value);
+    }
+    return bytes;
+}
+
+// The numbers and the strings of a payload, in wire order.
+using Numbers = std::vector<uint32_t>;
+using Strings = std::vector<char **>;
+
+struct Category {
+    const char *name;
+    uint8_t type;
+    const char *log_name;
+    Numbers numbers;     // of fill()
+    Bytes number_bytes;  // the same on the wire
+    void (*fill)(mdm_body_t &body);
+    Numbers (*numbers_of)(const mdm_body_t &body);
+    Strings (*strings_of)(mdm_body_t &body);
+};
+
+std::ostream &operator<<(std::ostream &out, const Category &category)
+{
+    return out << category.name;
+}
+
+const Category app_cb{
+    "app_cb",
+    61,
+    "APP",
+    {0x81121314},
+    hex("14 13 12 81"),
+    [](mdm_body_t &body) { body.app_cb.num6 = 0x81121314; },
+    [](const mdm_body_t &body) { return Numbers{body.app_cb.num6}; },
+    [](mdm_body_t &body) {
+        return Strings{&body.app_cb.str8, &body.app_cb.str7};
+    },
+};
+
+const Category misc_cb{
+    "misc_cb",
+    63,
+    "MISC",
+    {0xF6, 0x81222324},
+    hex("F6 24 23 22 81"),
+    [](mdm_body_t &body) {
+        body.misc_cb.flag6 = 0xF6;
+        body.misc_cb.num7 = 0x81222324;
+    },
+    [](const mdm_body_t &body) {
+        return Numbers{body.misc_cb.flag6, body.misc_cb.num7};
+    },
+    [](mdm_body_t &body) { return Strings{&body.misc_cb.str8}; },
+};
+
+constexpr uint32_t some_param = 0x01020304;
+constexpr uint32_t some_param2 = 0x05060708;
+
+Bytes head(uint32_t type, uint32_t data_size)
+{
+    return words({type, data_size, some_param, some_param2});
+}
+
+// The fields of the head stand at the same places in both bodies, so either serves for both.
+class Callback : public ::testing::TestWithParam<Category> {
+protected:
+    static uint8_t type() { return GetParam().type; }
+    static const ipc_handler_row &row() { return handler_row(type()); }
+    static Strings strings_of(mdm_body_t &body) { return GetParam().strings_of(body); }
+
+    static mdm_body_t body(uint32_t type, const std::vector<const char *> &texts = {})
+    {
+        mdm_body_t body{};
+        body.app_cb.type = type;
+        body.app_cb.aux = 0xAAAAAAAA;
+        body.app_cb.param = some_param;
+        body.app_cb.param2 = some_param2;
+        body.app_cb.data_size = 99;
+        body.app_cb.aux2 = 0xBBBBBBBB;
+        GetParam().fill(body);
+        for (size_t i = 0; i < texts.size() && i < strings_of(body).size(); ++i) {
+            *strings_of(body)[i] = borrowed(texts[i]);
+        }
+        return body;
+    }
+
+    static Bytes payload(const std::vector<const char *> &texts)
+    {
+        Bytes bytes = GetParam().number_bytes;
+        mdm_body_t any = body(0);
+        for (size_t i = 0; i < strings_of(any).size(); ++i) {
+            bytes = bytes + (texts[i] == nullptr ? null_str : str(texts[i]));
+        }
+        return bytes;
+    }
+
+    // A receiver's record as it was before: nothing that may be released.
+    static mdm_body_t used_body()
+    {
+        mdm_body_t used;
+        std::memset(&used, 0xEE, sizeof used);
+        used.app_cb.aux = 0xCCCCCCCC;
+        used.app_cb.aux2 = 0xDDDDDDDD;
+        for (char **text : strings_of(used)) {
+            *text = static_cast<char *>(sentinel());
+        }
+        return used;
+    }
+
+    static void expect_head(const mdm_body_t &body, uint32_t type, uint32_t data_size)
+    {
+        EXPECT_EQ(body.app_cb.type, type);
+        EXPECT_EQ(body.app_cb.aux, 0xCCCCCCCCU);
+        EXPECT_EQ(body.app_cb.param, some_param);
+        EXPECT_EQ(body.app_cb.param2, some_param2);
+        EXPECT_EQ(body.app_cb.data_size, data_size);
+        EXPECT_EQ(body.app_cb.aux2, 0xDDDDDDDDU);
+    }
+
+    static void expect_untouched_payload(mdm_body_t &body)
+    {
+        mdm_body_t used = used_body();
+        EXPECT_EQ(GetParam().numbers_of(body), GetParam().numbers_of(used));
+        for (char **text : strings_of(body)) {
+            EXPECT_EQ(*text, sentinel());
+        }
+    }
+
+    // The name of a handler, as its log lines give it.
+    static std::string handler(const char *kind)
+    {
+        return std::string("_") + kind + "_" + GetParam().name;
+    }
+
+    // The lines of a handler that comes to look at `type`, which a line shows as a signed number.
+    using Lines = std::vector<LogLine>;
+    static Lines lines(const char *kind, int32_t type, const Lines &more = {})
+    {
+        const std::string function = handler(kind);
+        const std::string number = "[" + std::to_string(type) + "]";
+        Lines lines{enter(function.c_str()),
+                    info(function.c_str(), "Callback detail request " + number)};
+        if (type != 0 && type != 1) {
+            lines.push_back(critical(function.c_str(), std::string("Unknown ") +
+                                                           GetParam().log_name + " callback type " +
+                                                           number));
+        }
+        lines.insert(lines.end(), more.begin(), more.end());
+        lines.push_back(leave(function.c_str()));
+        return lines;
+    }
+
+    static Lines size_lines(int32_t type, uint32_t size)
+    {
+        return lines("size_of", type,
+                     {info(handler("size_of").c_str(), "Size = " + std::to_string(size))});
+    }
+
+    static Lines null_lines(const char *kind, const char *text)
+    {
+        const std::string function = handler(kind);
+        return {enter(function.c_str()), critical(function.c_str(), text), leave(function.c_str())};
+    }
+};
+
+const std::string long_text(350, '\xC3');
+const std::vector<std::vector<const char *>> pairs_of_texts{
+    {"abc", "de"},    {nullptr, nullptr},   {nullptr, "de"},
+    {"abc", nullptr}, {"", "\xFF\xC3\xA9"}, {long_text.c_str(), "a"}};
+
+TEST_P(Callback, Types0And1CarryThePayload)
+{
+    for (const int32_t callback_type : {0, 1}) {
+        for (const auto &texts : pairs_of_texts) {
+            mdm_body_t sent = body(static_cast<uint32_t>(callback_type), texts);
+            const Bytes expected = payload(texts);
+            const auto size = static_cast<uint32_t>(16 + expected.size());
+            LogRecorder log;
+            EXPECT_EQ(row().size(&sent), size);
+            EXPECT_EQ(sent.app_cb.data_size, size);
+            EXPECT_EQ(log.take(), size_lines(callback_type, size));
+            const Bytes bytes = write_body(type(), sent);
+            EXPECT_EQ(bytes, head(sent.app_cb.type, size) + expected);
+            EXPECT_EQ(log.take(), lines("set", callback_type));
+
+            mdm_body_t received = used_body();
+            EXPECT_EQ(read_body(type(), received, bytes), size);
+            EXPECT_EQ(log.take(), lines("get", callback_type));
+            expect_head(received, sent.app_cb.type, size);
+            EXPECT_EQ(GetParam().numbers_of(received), GetParam().numbers);
+            for (size_t i = 0; i < strings_of(received).size(); ++i) {
+                const bool empty = texts[i] == nullptr || *texts[i] == '\0';
+                EXPECT_STREQ(*strings_of(received)[i], empty ? nullptr : texts[i]);
+            }
+            row().free(&received);
+        }
+    }
+}
+
+TEST_P(Callback, EveryOtherTypeIsTheHeadAlone)
+{
+    std::vector<uint32_t> types{0x80000000, 0x80000001, 0xFFFFFFFE, 0xFFFFFFFF, 0x10000, 0x10001};
+    for (uint32_t callback_type = 2; callback_type <= 1000; ++callback_type) {
+        types.push_back(callback_type);
+    }
+    for (const uint32_t callback_type : types) {
+        SCOPED_TRACE(callback_type);
+        const auto shown = static_cast<int32_t>(callback_type);
+        mdm_body_t sent = body(callback_type, {"abc", "de"});
+        LogRecorder log;
+        EXPECT_EQ(row().size(&sent), 16U);
+        EXPECT_EQ(sent.app_cb.data_size, 16U);
+        EXPECT_EQ(log.take(), size_lines(shown, 16));
+        const Bytes bytes = write_body(type(), sent);
+        EXPECT_EQ(bytes, head(callback_type, 16));
+        EXPECT_EQ(log.take(), lines("set", shown));
+
+        mdm_body_t received = used_body();
+        EXPECT_EQ(read_body(type(), received, bytes), 16U);
+        EXPECT_EQ(log.take(), lines("get", shown));
+        expect_head(received, callback_type, 16);
+        expect_untouched_payload(received);
+
+        EXPECT_THAT(free_body(type(), received), IsEmpty());
+        EXPECT_EQ(log.take(), lines("free", shown));
+        expect_untouched_payload(received);
+    }
+}
+
+TEST_P(Callback, ReaderStopsBehindTheHeadAtADataSizeOf0)
+{
+    for (const uint32_t callback_type : {0U, 1U, 2U, 0xFFFFFFFFU}) {
+        mdm_body_t received = used_body();
+        LogRecorder log;
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type(), received, head(callback_type, 0)), 16U);
+        trace.stop();
+        expect_head(received, callback_type, 0);
+        expect_untouched_payload(received);
+        EXPECT_THAT(trace.kept(), IsEmpty());
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter(handler("get").c_str()), leave(handler("get").c_str())));
+    }
+}
+
+TEST_P(Callback, ReaderTakesThePayloadUnderAnyOtherDataSize)
+{
+    for (const uint32_t data_size : {1U, 15U, 16U, 1000U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        const Bytes bytes = head(1, data_size) + payload({"abc", "de"});
+        mdm_body_t received = used_body();
+        EXPECT_EQ(read_body(type(), received, bytes), bytes.size());
+        expect_head(received, 1, data_size);
+        EXPECT_EQ(GetParam().numbers_of(received), GetParam().numbers);
+        EXPECT_STREQ(*strings_of(received)[0], "abc");
+        row().free(&received);
+        EXPECT_EQ(received.app_cb.data_size, data_size);
+    }
+}
+
+TEST_P(Callback, WriterSendsWhateverDataSizeHolds)
+{
+    for (const uint32_t data_size : {0U, 99U, 0xFFFFFFFFU}) {
+        mdm_body_t sent = body(0, {"abc", "de"});
+        sent.app_cb.data_size = data_size;
+        EXPECT_EQ(write_body(type(), sent), head(0, data_size) + payload({"abc", "de"}));
+        EXPECT_EQ(sent.app_cb.data_size, data_size);
+    }
+}
+
+TEST_P(Callback, SizeIsComputedAnewEachTime)
+{
+    mdm_body_t sent = body(1, {"abc", "de"});
+    const uint32_t size = row().size(&sent);
+    EXPECT_EQ(row().size(&sent), size);
+    *strings_of(sent)[0] = borrowed("ab");
+    EXPECT_EQ(row().size(&sent), size - 1);
+    EXPECT_EQ(sent.app_cb.data_size, size - 1);
+    sent.app_cb.type = 2;
+    EXPECT_EQ(row().size(&sent), 16U);
+    EXPECT_EQ(sent.app_cb.data_size, 16U);
+}
+
+TEST_P(Callback, NumbersAreLoggedAsSignedOnes)
+{
+    mdm_body_t sent = body(0xFFFFFFFF);
+    LogRecorder log(MDM_LOG_INFO);
+    row().size(&sent);
+    ASSERT_EQ(log.platform_lines().size(), 3U);
+    EXPECT_EQ(log.platform_lines()[0].format, "%s: %s(%d) > Callback detail request [%d]");
+    EXPECT_EQ(log.platform_lines()[1].format,
+              std::string("%s: %s(%d) > \033[0;31m* Critical * Unknown ") + GetParam().log_name +
+                  " callback type [%d]\033[0;m");
+    EXPECT_EQ(log.platform_lines()[2].format, "%s: %s(%d) > Size = %d");
+}
+
+TEST_P(Callback, FreeReleasesAndNullsOneStringAfterTheOther)
+{
+    for (const int32_t callback_type : {0, 1}) {
+        mdm_body_t received = body(static_cast<uint32_t>(callback_type));
+        std::vector<const void *> texts;
+        for (char **text : strings_of(received)) {
+            *text = heap_text("text");
+            texts.push_back(*text);
+        }
+        LogRecorder log;
+        AllocationTrace trace;
+        trace.during_release([&](const void *block) {
+            bool is_null = true;  // the strings before this one
+            for (size_t i = 0; i < texts.size(); ++i) {
+                is_null = is_null && texts[i] != block;
+                EXPECT_EQ(*strings_of(received)[i] == nullptr, is_null);
+            }
+        });
+        row().free(&received);
+        trace.stop();
+        EXPECT_EQ(trace.released(), texts);
+        EXPECT_EQ(log.take(), lines("free", callback_type));
+        for (char **text : strings_of(received)) {
+            EXPECT_EQ(*text, nullptr);
+        }
+        EXPECT_EQ(received.app_cb.data_size, 99U);
+        EXPECT_EQ(GetParam().numbers_of(received), GetParam().numbers);
+
+        EXPECT_THAT(free_body(type(), received), IsEmpty());
+        EXPECT_EQ(log.take(), lines("free", callback_type));
+    }
+}
+
+TEST_P(Callback, NullArgumentsAreNamedInTheLog)
+{
+    mdm_body_t some = body(0);
+    Bytes buffer(64);
+    LogRecorder log;
+    EXPECT_EQ(row().size(nullptr), 0U);
+    EXPECT_EQ(log.take(), null_lines("size_of", "info is NULL"));
+    EXPECT_EQ(row().set(nullptr, &some), nullptr);
+    EXPECT_EQ(log.take(), null_lines("set", "p_msg is NULL"));
+    EXPECT_EQ(row().set(buffer.data(), nullptr), nullptr);
+    EXPECT_EQ(log.take(), null_lines("set", "p_data is NULL"));
+    EXPECT_EQ(row().set(nullptr, nullptr), nullptr);
+    EXPECT_EQ(log.take(), null_lines("set", "p_msg is NULL"));
+    EXPECT_EQ(row().get(&some, nullptr), nullptr);
+    EXPECT_EQ(log.take(), null_lines("get", "p_msg is NULL"));
+    EXPECT_EQ(row().get(nullptr, buffer.data()), nullptr);
+    EXPECT_EQ(log.take(), null_lines("get", "p_data is NULL"));
+    EXPECT_EQ(row().get(nullptr, nullptr), nullptr);
+    EXPECT_EQ(log.take(), null_lines("get", "p_msg is NULL"));
+    row().free(nullptr);
+    EXPECT_EQ(log.take(), null_lines("free", "info is NULL"));
+    EXPECT_EQ(buffer, Bytes(64));
+    EXPECT_EQ(some.app_cb.param, some_param);
+}
+
+TEST_P(Callback, NullArgumentsFailAlikeWithTheLoggerOff)
+{
+    mdm_body_t some = body(0);
+    Bytes buffer(64);
+    LogRecorder log(MDM_LOG_NONE);
+    EXPECT_EQ(row().size(nullptr), 0U);
+    EXPECT_EQ(row().set(nullptr, &some), nullptr);
+    EXPECT_EQ(row().set(buffer.data(), nullptr), nullptr);
+    EXPECT_EQ(row().get(&some, nullptr), nullptr);
+    EXPECT_EQ(row().get(nullptr, buffer.data()), nullptr);
+    row().free(nullptr);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST_P(Callback, WholeMessagesLeakNothing)
+{
+    for (const uint32_t callback_type : {0U, 1U, 2U}) {
+        const Bytes expected = callback_type < 2 ? payload({"abc", "de"}) : Bytes{};
+        const auto size = static_cast<uint32_t>(16 + expected.size());
+        mdm_msg_t msg = message(type());
+        msg.body = body(callback_type, {"abc", "de"});
+        const Bytes bytes = serialize(msg);
+        EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head(callback_type, size) + expected);
+
+        mdm_msg_t received{};
+        AllocationTrace trace;
+        EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
+        EXPECT_EQ(received.body.app_cb.data_size, size);
+        EXPECT_EQ(ipc_free(&received), 0);
+        trace.stop();
+        EXPECT_EQ(trace.allocated().size(), callback_type < 2 ? strings_of(msg.body).size() : 0);
+        EXPECT_THAT(trace.kept(), IsEmpty());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, Callback, ::testing::Values(app_cb, misc_cb),
+                         [](const auto &test) { return std::string(test.param.name); });
+
+TEST(AppCb, CarriesTheNumberThenTheLastStringThenTheOther)
+{
+    mdm_body_t sent{};
+    sent.app_cb = {1,          0xAAAAAAAA, 0x11121314,     0x21222324,     0,
+                   0xBBBBBBBB, 0x31323334, borrowed("7!"), borrowed("8th")};
+    EXPECT_EQ(_size_of_app_cb(&sent), 33U);
+    const Bytes bytes =
+        hex("01 00 00 00 21 00 00 00 14 13 12 11 24 23 22 21 34 33 32 31 03 00 00 00 38 74 68 "
+            "02 00 00 00 37 21");
+    EXPECT_EQ(write_body(61, sent), bytes);
+
+    mdm_body_t received{};
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(61, received, bytes), 33U);
+    trace.stop();
+    EXPECT_STREQ(received.app_cb.str7, "7!");
+    EXPECT_STREQ(received.app_cb.str8, "8th");
+    EXPECT_THAT(trace.kept(),
+                ElementsAre(Block{received.app_cb.str8, 4}, Block{received.app_cb.str7, 3}));
+    EXPECT_THAT(free_body(61, received),
+                ElementsAre(trace.kept()[0].address, trace.kept()[1].address));
+}
+
+TEST(AppCb, WithoutStringsIs28Bytes)
+{
+    mdm_body_t sent{};
+    EXPECT_EQ(_size_of_app_cb(&sent), 28U);
+    EXPECT_EQ(write_body(61, sent), words({0, 28, 0, 0, 0, 0, 0}));
+}
+
+TEST(MiscCb, CarriesOneByteAndAnUnalignedNumberThenTheString)
+{
+    mdm_body_t sent{};
+    sent.misc_cb = {1,          0xAAAAAAAA, 0x11121314, 0x21222324,     0,
+                    0xBBBBBBBB, 0x41,       0x51525354, borrowed("8th")};
+    EXPECT_EQ(_size_of_misc_cb(&sent), 28U);
+    const Bytes bytes =
+        hex("01 00 00 00 1C 00 00 00 14 13 12 11 24 23 22 21 41 54 53 52 51 03 00 00 00 38 74 68");
+    EXPECT_EQ(write_body(63, sent), bytes);
+
+    mdm_body_t received{};
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(63, received, bytes), 28U);
+    trace.stop();
+    EXPECT_EQ(received.misc_cb.flag6, 0x41);
+    EXPECT_EQ(received.misc_cb.num7, 0x51525354U);
+    EXPECT_STREQ(received.misc_cb.str8, "8th");
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.misc_cb.str8, 4}));
+    EXPECT_THAT(free_body(63, received), ElementsAre(trace.kept()[0].address));
+}
+
+TEST(MiscCb, WithoutAStringIs25Bytes)
+{
+    mdm_body_t sent{};
+    sent.misc_cb.type = 1;
+    sent.misc_cb.num7 = 0xFFFFFFFE;
+    EXPECT_EQ(_size_of_misc_cb(&sent), 25U);
+    const Bytes bytes = write_body(63, sent);
+    EXPECT_EQ(bytes, hex("01 00 00 00 19 00 00 00 00 00 00 00 00 00 00 00 "
+                         "00 FE FF FF FF 00 00 00 00"));
+    mdm_body_t received{};
+    EXPECT_EQ(read_body(63, received, bytes), 25U);
+    EXPECT_EQ(received.misc_cb.num7, 0xFFFFFFFEU);
+    EXPECT_EQ(received.misc_cb.str8, nullptr);
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,482 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstddef>
+#include <numeric>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+using Item = mdm_container_item_t;
+
+// What there is of the record of type 629.
+struct ShortItem {
+    uint32_t num0;
+    char *str1;
+};
+static_assert(sizeof(ShortItem) == offsetof(Item, str2));
+
+constexpr uint8_t type_container = 47;
+constexpr uint32_t item_type = 628;
+constexpr uint32_t short_item_type = 629;
+constexpr uint32_t raw_types[] = {630, 631, 632};
+constexpr uint32_t one_type_of_each_shape[] = {628, 629, 631, 640};
+constexpr int32_t any_payload[] = {1, 9, INT32_MAX, -1, INT32_MIN};
+
+mdm_body_t body(uint32_t type, int32_t data_size, void *data)
+{
+    return headed_body<&mdm_body_t::container>(type, data_size, data);
+}
+
+// A received body whose `data` shows whether it is assigned.
+mdm_body_t untouched()
+{
+    return body(0, 0, sentinel());
+}
+
+// The same size and the same stored data_size, however often the body is sized.
+void expect_size(mdm_body_t &sent, uint32_t size, int32_t stored)
+{
+    for (int call = 0; call < 3; ++call) {
+        EXPECT_EQ(size_body(type_container, sent), size);
+        EXPECT_EQ(sent.container.data_size, stored);
+    }
+}
+
+template <class Record>
+const Record &received_record(const mdm_body_t &received)
+{
+    return *static_cast<const Record *>(received.container.data);
+}
+
+// What the handlers make of a body with a data_size of 4 whose payload is zero.
+struct Form {
+    const char *name;
+    size_t block;  // of `data`
+    uint32_t size;
+    int32_t stored;
+    size_t payload;
+};
+
+constexpr Form item_form{"item", sizeof(Item), 24, 12, 12};
+constexpr Form short_item_form{"short item", sizeof(ShortItem), 20, 8, 8};
+constexpr Form raw_form{"raw", 4, 16, 4, 4};
+constexpr Form nothing_form{"nothing", 1, 12, 4, 0};
+
+const Form &form_of(uint32_t type)
+{
+    switch (type) {
+    case 628:
+        return item_form;
+    case 629:
+        return short_item_form;
+    case 630:
+    case 631:
+    case 632:
+        return raw_form;
+    default:
+        return nothing_form;
+    }
+}
+
+TEST(Container, TypeDecidesTheShapeInEveryHandler)
+{
+    for (const uint32_t type : swept_types({628, 629, 630, 631, 632})) {
+        const Form &form = form_of(type);
+        SCOPED_TRACE(std::to_string(type) + " as " + form.name);
+        const bool is_raw = &form == &raw_form;
+        const bool is_nothing = &form == &nothing_form;
+        void *data = g_malloc0(form.block);
+        mdm_body_t some = body(type, 4, data);
+        EXPECT_EQ(size_body(type_container, some), form.size);
+        EXPECT_EQ(some.container.data_size, form.stored);
+        some.container.data_size = 4;
+        EXPECT_EQ(write_body(type_container, some), head_bytes(type, 4) + Bytes(form.payload));
+        EXPECT_THAT(free_body(type_container, some), SizeIs(is_nothing ? 0 : 1));
+        EXPECT_EQ(some.container.data, is_raw ? nullptr : data);
+        expect_headed<&mdm_body_t::container>(some, type, 4);
+        if (is_nothing) {
+            g_free(data);
+        }
+
+        mdm_body_t received = untouched();
+        EXPECT_EQ(read_body(type_container, received, head_bytes(type, 4) + Bytes(12)),
+                  12 + form.payload);
+        expect_headed<&mdm_body_t::container>(received, type, 4);
+        EXPECT_EQ(received.container.data == sentinel(), is_nothing);
+        _free_container(&received);
+    }
+}
+
+TEST(Container, NullDataIsTheHeadAloneWithItsDataSize)
+{
+    for (const uint32_t type : one_type_of_each_shape) {
+        for (const int32_t data_size : {0, 1, 9, -1, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, nullptr);
+            expect_size(sent, 12, data_size);
+            EXPECT_EQ(write_body(type_container, sent), head_bytes(type, data_size));
+        }
+    }
+}
+
+TEST(Container, DataSize0IsTheHeadAloneAndMakesTheReceiversDataNull)
+{
+    for (const uint32_t type : one_type_of_each_shape) {
+        mdm_body_t sent = body(type, 0, sentinel());
+        expect_size(sent, 12, 0);
+        const Bytes bytes = write_body(type_container, sent);
+        EXPECT_EQ(bytes, head_bytes(type, 0));
+
+        mdm_body_t received = untouched();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_container, received, bytes), 12U);
+        trace.stop();
+        expect_headed<&mdm_body_t::container>(received, type, 0);
+        EXPECT_EQ(received.container.data, nullptr);
+        EXPECT_THAT(trace.kept(), IsEmpty());
+    }
+}
+
+TEST(Container, RecordsAreWrittenForAnyDataSizeOtherThan0)
+{
+    Item record{1, nullptr, borrowed("c")};
+    ShortItem short_record{2, borrowed("de")};
+    for (const int32_t data_size : any_payload) {
+        mdm_body_t sent = body(item_type, data_size, &record);
+        EXPECT_EQ(write_body(type_container, sent),
+                  head_bytes(item_type, data_size) + hex("01 00 00 00 00 00 00 00 01 00 00 00 63"));
+        sent = body(short_item_type, data_size, &short_record);
+        EXPECT_EQ(write_body(type_container, sent),
+                  head_bytes(short_item_type, data_size) + hex("02 00 00 00 02 00 00 00 64 65"));
+    }
+}
+
+TEST(Container, FreeDoesNothingWithoutDataOrDataSize)
+{
+    for (const uint32_t type : one_type_of_each_shape) {
+        for (const auto &[data_size, data] :
+             {std::pair{0, sentinel()}, {9, nullptr}, {0, nullptr}}) {
+            mdm_body_t received = body(type, data_size, data);
+            EXPECT_THAT(free_body(type_container, received), IsEmpty());
+            expect_headed<&mdm_body_t::container>(received, type, data_size);
+            EXPECT_EQ(received.container.data, data);
+        }
+    }
+}
+
+TEST(Container, HandlersLogEnterAndExitOnly)
+{
+    for (const uint32_t type : one_type_of_each_shape) {
+        for (const int32_t data_size : {0, 4}) {
+            for (const bool has_data : {false, true}) {
+                mdm_body_t some =
+                    body(type, data_size, has_data ? g_malloc0(form_of(type).block) : nullptr);
+                void *data = some.container.data;
+                LogRecorder log;
+                size_body(type_container, some);
+                EXPECT_EQ(log.take(), enter_and_leave("_size_of_container"));
+                write_body(type_container, some);
+                EXPECT_EQ(log.take(), enter_and_leave("_set_container"));
+                const bool released = free_body(type_container, some).size() == 1;
+                EXPECT_EQ(log.take(), enter_and_leave("_free_container"));
+                if (!released) {
+                    g_free(data);
+                }
+                mdm_body_t received{};
+                read_body(type_container, received, head_bytes(type, data_size) + Bytes(12));
+                EXPECT_EQ(log.take(), enter_and_leave("_get_container"));
+                _free_container(&received);
+            }
+        }
+    }
+}
+
+TEST(ContainerItem, SendsANumberAndTwoStringsAndStoresTheirSize)
+{
+    Item record{0x01020304, borrowed("ab"), borrowed("\xC3\xA9!")};
+    for (const int32_t data_size : any_payload) {
+        mdm_body_t sent = body(item_type, data_size, &record);
+        expect_size(sent, 29, 12 + 2 + 3);
+        EXPECT_EQ(write_body(type_container, sent),
+                  hex("74 02 00 00 04 03 02 01 11 00 00 00 "
+                      "04 03 02 01 02 00 00 00 61 62 03 00 00 00 C3 A9 21"));
+    }
+}
+
+TEST(ContainerItem, WithoutASecondStringComesBackWithANullOne)
+{
+    for (char *str2 : {static_cast<char *>(nullptr), borrowed("")}) {
+        Item record{1, borrowed("ab"), str2};
+        mdm_body_t sent = body(item_type, 1, &record);
+        expect_size(sent, 26, 14);
+        const Bytes bytes = write_body(type_container, sent);
+        EXPECT_EQ(bytes,
+                  head_bytes(item_type, 14) + hex("01 00 00 00 02 00 00 00 61 62 00 00 00 00"));
+
+        mdm_body_t received = untouched();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_container, received, bytes), 26U);
+        trace.stop();
+        expect_headed<&mdm_body_t::container>(received, item_type, 14);
+        const auto &back = received_record<Item>(received);
+        EXPECT_EQ(back.num0, 1U);
+        EXPECT_STREQ(back.str1, "ab");
+        EXPECT_EQ(back.str2, nullptr);
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{&back, sizeof(Item)}, Block{back.str1, 3}));
+        _free_container(&received);
+    }
+}
+
+TEST(ContainerItem, IsReadForAnyDataSizeOtherThan0)
+{
+    for (const int32_t data_size : any_payload) {
+        mdm_body_t received = untouched();
+        EXPECT_EQ(read_body(type_container, received,
+                            head_bytes(item_type, data_size) +
+                                hex("F1 FF FF FF 00 00 00 00 01 00 00 00 62")),
+                  25U);
+        expect_headed<&mdm_body_t::container>(received, item_type, data_size);
+        const auto &record = received_record<Item>(received);
+        EXPECT_EQ(record.num0, 0xFFFFFFF1U);
+        EXPECT_EQ(record.str1, nullptr);
+        EXPECT_STREQ(record.str2, "b");
+        _free_container(&received);
+    }
+}
+
+TEST(ContainerItem, LongStringsTravel)
+{
+    std::string first(300, 'x');
+    std::string second(3000, '\xFE');
+    Item record{1, first.data(), second.data()};
+    mdm_body_t sent = body(item_type, 1, &record);
+    expect_size(sent, 3324, 3312);
+    mdm_body_t received{};
+    EXPECT_EQ(read_body(type_container, received, write_body(type_container, sent)), 3324U);
+    EXPECT_EQ(received_record<Item>(received).str1, first);
+    EXPECT_EQ(received_record<Item>(received).str2, second);
+    _free_container(&received);
+}
+
+TEST(ContainerItem, FreeReleasesBothStringsThenTheRecordAndKeepsThePointer)
+{
+    for (const int32_t data_size : any_payload) {
+        Item *record = on_heap(Item{7, heap_text("1"), heap_text("2")});
+        const Item before = *record;
+        mdm_body_t received = body(item_type, data_size, record);
+        AllocationTrace trace;
+        trace.during_release([&](const void *block) {
+            if (block == record) {
+                EXPECT_EQ(record->num0, 7U);
+                EXPECT_EQ(record->str1, nullptr);
+                EXPECT_EQ(record->str2, nullptr);
+            }
+        });
+        _free_container(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAre(before.str1, before.str2, record));
+        expect_headed<&mdm_body_t::container>(received, item_type, data_size);
+        EXPECT_EQ(received.container.data, record);
+    }
+}
+
+TEST(ContainerShortItem, SendsANumberAndOneStringAndStoresTheirSize)
+{
+    ShortItem record{0x01020304, borrowed("ab")};
+    for (const int32_t data_size : any_payload) {
+        mdm_body_t sent = body(short_item_type, data_size, &record);
+        expect_size(sent, 22, 8 + 2);
+        EXPECT_EQ(write_body(type_container, sent),
+                  hex("75 02 00 00 04 03 02 01 0A 00 00 00 04 03 02 01 02 00 00 00 61 62"));
+    }
+}
+
+TEST(ContainerShortItem, OfANullOrEmptyStringIs20Bytes)
+{
+    for (char *str1 : {static_cast<char *>(nullptr), borrowed("")}) {
+        ShortItem record{1, str1};
+        mdm_body_t sent = body(short_item_type, 1, &record);
+        expect_size(sent, 20, 8);
+        const Bytes bytes = write_body(type_container, sent);
+        EXPECT_EQ(bytes, head_bytes(short_item_type, 8) + hex("01 00 00 00 00 00 00 00"));
+        mdm_body_t received = untouched();
+        EXPECT_EQ(read_body(type_container, received, bytes), 20U);
+        EXPECT_EQ(received_record<ShortItem>(received).str1, nullptr);
+        _free_container(&received);
+    }
+}
+
+TEST(ContainerShortItem, ComesBackInARecordThatEndsBeforeStr2)
+{
+    for (const int32_t data_size : any_payload) {
+        mdm_body_t received = untouched();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_container, received,
+                            head_bytes(short_item_type, data_size) +
+                                hex("F1 FF FF FF 02 00 00 00 61 62 01 00 00 00 63")),
+                  22U);
+        trace.stop();
+        expect_headed<&mdm_body_t::container>(received, short_item_type, data_size);
+        const auto &record = received_record<ShortItem>(received);
+        EXPECT_EQ(record.num0, 0xFFFFFFF1U);
+        EXPECT_STREQ(record.str1, "ab");
+        EXPECT_THAT(trace.kept(),
+                    ElementsAre(Block{&record, offsetof(Item, str2)}, Block{record.str1, 3}));
+        _free_container(&received);
+    }
+}
+
+TEST(ContainerShortItem, FreeReleasesItsStringThenTheRecordAndKeepsThePointer)
+{
+    for (const int32_t data_size : any_payload) {
+        ShortItem *record = on_heap(ShortItem{7, heap_text("1")});
+        const ShortItem before = *record;
+        mdm_body_t received = body(short_item_type, data_size, record);
+        AllocationTrace trace;
+        trace.during_release([&](const void *block) {
+            if (block == record) {
+                EXPECT_EQ(record->num0, 7U);
+                EXPECT_EQ(record->str1, nullptr);
+            }
+        });
+        _free_container(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAre(before.str1, record));
+        expect_headed<&mdm_body_t::container>(received, short_item_type, data_size);
+        EXPECT_EQ(received.container.data, record);
+    }
+}
+
+TEST(ContainerRaw, TravelsAsItIsAndArrivesTerminatedAtItsFirstZeroByte)
+{
+    for (const uint32_t type : raw_types) {
+        char payload[] = {'a', 0, '\xFF', 'b'};
+        mdm_body_t sent = body(type, 3, payload);
+        expect_size(sent, 15, 3);
+        const Bytes bytes = write_body(type_container, sent);
+        EXPECT_EQ(bytes, head_bytes(type, 3) + hex("61 00 FF"));
+
+        mdm_body_t received = untouched();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_container, received, bytes), 15U);
+        trace.stop();
+        expect_headed<&mdm_body_t::container>(received, type, 3);
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{received.container.data, 4}));
+        EXPECT_EQ(std::string(static_cast<const char *>(received.container.data), 4),
+                  std::string("a\0\0\0", 4));
+        _free_container(&received);
+    }
+}
+
+TEST(ContainerRaw, OneByteAndManyBytesTravel)
+{
+    for (const size_t length : {size_t{1}, size_t{3000}}) {
+        std::string payload(length, '\xFE');
+        mdm_body_t sent = body(631, static_cast<int32_t>(length), payload.data());
+        mdm_body_t received = untouched();
+        EXPECT_EQ(read_body(type_container, received, write_body(type_container, sent)),
+                  12 + length);
+        EXPECT_EQ(static_cast<const char *>(received.container.data), payload);
+        _free_container(&received);
+    }
+}
+
+TEST(ContainerRaw, CountsANegativeDataSizeToo)
+{
+    char payload[] = "raw";
+    for (const auto &[data_size, size] : {std::pair{-4, 8U},
+                                          {-12, 0U},
+                                          {-13, 0xFFFFFFFFU},
+                                          {INT32_MIN, 0x8000000CU},
+                                          {INT32_MAX, 0x8000000BU}}) {
+        mdm_body_t sent = body(632, data_size, payload);
+        expect_size(sent, size, data_size);
+    }
+}
+
+TEST(ContainerRaw, FreeReleasesItAndResetsThePointerOnly)
+{
+    for (const uint32_t type : raw_types) {
+        for (const int32_t data_size : any_payload) {
+            mdm_body_t received = body(type, data_size, heap_text("raw"));
+            const void *data = received.container.data;
+            AllocationTrace trace;
+            _free_container(&received);
+            _free_container(&received);
+            trace.stop();
+            EXPECT_THAT(trace.released(), ElementsAre(data));
+            expect_headed<&mdm_body_t::container>(received, type, data_size);
+            EXPECT_EQ(received.container.data, nullptr);
+        }
+    }
+}
+
+TEST(ContainerNothing, SendsTheHeadAloneAndLeavesTheReceiversData)
+{
+    for (const uint32_t type : {0U, 627U, 633U, 640U}) {
+        for (const int32_t data_size : any_payload) {
+            mdm_body_t sent = body(type, data_size, sentinel());
+            expect_size(sent, 12, data_size);
+            const Bytes bytes = write_body(type_container, sent);
+            EXPECT_EQ(bytes, head_bytes(type, data_size));
+            mdm_body_t received = untouched();
+            EXPECT_EQ(read_body(type_container, received, bytes), 12U);
+            expect_headed<&mdm_body_t::container>(received, type, data_size);
+            EXPECT_EQ(received.container.data, sentinel());
+            EXPECT_THAT(free_body(type_container, received), IsEmpty());
+            EXPECT_EQ(received.container.data, sentinel());
+        }
+    }
+}
+
+TEST(ContainerMessage, CarriesEveryShapeAndLeaksNothing)
+{
+    Item record{1, borrowed("ab"), borrowed("c")};
+    ShortItem short_record{2, borrowed("de")};
+    struct Case {
+        mdm_body_t sent;
+        size_t size;                   // of the body
+        std::vector<size_t> received;  // the blocks
+    };
+    const std::vector<Case> cases = {
+        {body(item_type, 1, &record), 27, {sizeof record, 3, 2}},
+        {body(short_item_type, -1, &short_record), 22, {sizeof short_record, 3}},
+        {body(short_item_type, 0, nullptr), 12, {}},
+        {body(630, 3, borrowed("raw")), 15, {4}},
+        {body(632, 2, borrowed("raw")), 14, {3}},
+        {body(640, 9, borrowed("nothing")), 12, {}}};
+    for (const uint8_t message_type : {type_container, uint8_t{48}}) {
+        for (const auto &[sent, size, blocks] : cases) {
+            mdm_msg_t msg = message(message_type);
+            msg.body = sent;
+            LogRecorder log(MDM_LOG_INFO);
+            const Bytes bytes = serialize(msg);
+            EXPECT_THAT(bytes, SizeIs(40 + size));
+            mdm_msg_t received{};
+            AllocationTrace trace;
+            EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())),
+                      0);
+            EXPECT_EQ(ipc_free(&received), 0);
+            trace.stop();
+            EXPECT_EQ(trace.allocated_sizes(), blocks);
+            EXPECT_THAT(trace.kept(), IsEmpty());
+            EXPECT_THAT(log.take(), IsEmpty());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,508 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <memory>
+#include <new>
+#include <numeric>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+using Pairs = std::vector<std::pair<uint32_t, uint32_t>>;
+
+constexpr uint8_t type_kiosk = 45;
+constexpr uint32_t text_types[] = {612, 614};
+constexpr uint32_t key_types[] = {618, 621};
+constexpr uint32_t pair_type = 619;
+constexpr uint32_t raw_type = 613;
+
+const LogLine keys_line = info("_set_kiosk", "MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
+const LogLine pairs_line = info("_set_kiosk", "MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
+
+mdm_body_t body(uint32_t type, int32_t data_size, void *data)
+{
+    return headed_body<&mdm_body_t::kiosk>(type, data_size, data);
+}
+
+Bytes wire(uint32_t type, int32_t data_size, const Bytes &payload)
+{
+    return head_bytes(type, data_size) + payload;
+}
+
+struct FreeCells {
+    void operator()(GList *list) const { g_list_free(list); }
+};
+
+// A sender's list: its cells go with the test, its elements stay where they are.
+using List = std::unique_ptr<GList, FreeCells>;
+
+template <class Element>
+void *heap(const Element &element)
+{
+    return new (g_malloc(sizeof element)) Element(element);
+}
+
+std::vector<uint32_t> keys_of(const mdm_body_t &body)
+{
+    std::vector<uint32_t> keys;
+    for (const void *key : elements_of(body.kiosk.data)) {
+        keys.push_back(*static_cast<const uint32_t *>(key));
+    }
+    return keys;
+}
+
+Pairs pairs_of(const mdm_body_t &body)
+{
+    Pairs pairs;
+    for (const void *element : elements_of(body.kiosk.data)) {
+        const auto *pair = static_cast<const mdm_kiosk_key_pair_t *>(element);
+        pairs.emplace_back(pair->key, pair->value);
+    }
+    return pairs;
+}
+
+// What a receiver of the list keeps: each element, and its cell, of these sizes.
+auto elements_and_cells(const mdm_body_t &body, size_t element_size)
+{
+    std::vector<Block> blocks;
+    for (const void *cell : cells_of(body.kiosk.data)) {
+        blocks.push_back({static_cast<const GList *>(cell)->data, element_size});
+        blocks.push_back({cell, sizeof(GList)});
+    }
+    return ElementsAreArray(blocks);
+}
+
+// The size handler gives the size and stores the data_size, however often and whatever is there.
+void expect_size(mdm_body_t &sent, uint32_t size, int32_t data_size)
+{
+    for (const int32_t before : {data_size, 1, -1}) {
+        sent.kiosk.data_size = before;
+        EXPECT_EQ(size_body(type_kiosk, sent), size);
+        EXPECT_EQ(size_body(type_kiosk, sent), size);
+        expect_headed<&mdm_body_t::kiosk>(sent, sent.kiosk.type, data_size);
+    }
+}
+
+TEST(Kiosk, TextIsSizedSentAndReceived)
+{
+    for (const uint32_t type : text_types) {
+        mdm_body_t sent = body(type, 1, borrowed("launcher"));
+        expect_size(sent, 24, 12);
+        const Bytes bytes = write_body(type_kiosk, sent);
+        EXPECT_EQ(bytes, wire(type, 12, hex("08 00 00 00 6C 61 75 6E 63 68 65 72")));
+
+        mdm_body_t back = body(0, 0, sentinel());
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_kiosk, back, bytes), 24U);
+        trace.stop();
+        expect_headed<&mdm_body_t::kiosk>(back, type, 12);
+        EXPECT_STREQ(static_cast<char *>(back.kiosk.data), "launcher");
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{back.kiosk.data, 9}));
+        _free_kiosk(&back);
+    }
+}
+
+TEST(Kiosk, EmptyTextArrivesAsNull)
+{
+    for (const uint32_t type : text_types) {
+        mdm_body_t sent = body(type, 1, borrowed(""));
+        expect_size(sent, 16, 4);
+        const Bytes bytes = write_body(type_kiosk, sent);
+        EXPECT_EQ(bytes, wire(type, 4, Bytes(4)));
+        mdm_body_t back = body(0, 0, sentinel());
+        EXPECT_EQ(read_body(type_kiosk, back, bytes), 16U);
+        expect_headed<&mdm_body_t::kiosk>(back, type, 4);
+        EXPECT_EQ(back.kiosk.data, nullptr);
+    }
+}
+
+TEST(Kiosk, LongAndNonAsciiTextsTravel)
+{
+    for (const std::string &text : {std::string(1, 'x'), std::string(400, '\xE9')}) {
+        mdm_body_t sent = body(612, 1, borrowed(text.c_str()));
+        const auto length = static_cast<uint32_t>(text.size());
+        expect_size(sent, 16 + length, static_cast<int32_t>(4 + length));
+        mdm_body_t back{};
+        EXPECT_EQ(read_body(type_kiosk, back, write_body(type_kiosk, sent)), 16 + length);
+        EXPECT_EQ(static_cast<char *>(back.kiosk.data), text);
+        _free_kiosk(&back);
+    }
+}
+
+TEST(Kiosk, KeysTravelAsACountAndNumbers)
+{
+    uint32_t keys[] = {0x01020304, 0, 0xFFFFFFFE};
+    const List list(list_of({&keys[0], &keys[1], &keys[2]}));
+    for (const uint32_t type : key_types) {
+        mdm_body_t sent = body(type, 1, list.get());
+        expect_size(sent, 28, 12);
+        const Bytes bytes = write_body(type_kiosk, sent);
+        EXPECT_EQ(bytes, wire(type, 12, hex("03 00 00 00 04 03 02 01 00 00 00 00 FE FF FF FF")));
+
+        mdm_body_t back = body(0, 0, sentinel());
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_kiosk, back, bytes + hex("FF")), 28U);
+        trace.stop();
+        expect_headed<&mdm_body_t::kiosk>(back, type, 12);
+        EXPECT_THAT(keys_of(back), ElementsAreArray(keys));
+        EXPECT_THAT(trace.kept(), elements_and_cells(back, 4));
+        _free_kiosk(&back);
+    }
+}
+
+TEST(Kiosk, KeyPairsTravelAsACountAndPairs)
+{
+    mdm_kiosk_key_pair_t pairs[] = {{0x01020304, 0}, {5, 0xFFFFFFFE}};
+    const List list(list_of({&pairs[0], &pairs[1]}));
+    mdm_body_t sent = body(pair_type, 1, list.get());
+    expect_size(sent, 32, 16);
+    const Bytes bytes = write_body(type_kiosk, sent);
+    EXPECT_EQ(bytes, hex("6B 02 00 00 04 03 02 01 10 00 00 00 02 00 00 00 "
+                         "04 03 02 01 00 00 00 00 05 00 00 00 FE FF FF FF"));
+
+    mdm_body_t back = body(0, 0, sentinel());
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_kiosk, back, bytes + hex("FF")), 32U);
+    trace.stop();
+    expect_headed<&mdm_body_t::kiosk>(back, pair_type, 16);
+    EXPECT_EQ(pairs_of(back), (Pairs{{0x01020304, 0}, {5, 0xFFFFFFFE}}));
+    EXPECT_THAT(trace.kept(), elements_and_cells(back, sizeof(mdm_kiosk_key_pair_t)));
+    _free_kiosk(&back);
+}
+
+TEST(Kiosk, ManyKeysKeepTheirOrder)
+{
+    std::vector<uint32_t> keys(500);
+    std::iota(keys.begin(), keys.end(), 7);
+    List list;
+    for (uint32_t &key : keys) {
+        list.reset(g_list_append(list.release(), &key));
+    }
+    mdm_body_t sent = body(618, 1, list.get());
+    expect_size(sent, 2016, 2000);
+    mdm_body_t back{};
+    EXPECT_EQ(read_body(type_kiosk, back, write_body(type_kiosk, sent)), 2016U);
+    EXPECT_EQ(keys_of(back), keys);
+    _free_kiosk(&back);
+}
+
+TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
+{
+    uint32_t keys[] = {7, 9};
+    const List key_list(list_of({&keys[0], nullptr, &keys[1]}));
+    mdm_kiosk_key_pair_t pairs[] = {{7, 8}, {9, 10}};
+    const List pair_list(list_of({&pairs[0], nullptr, &pairs[1]}));
+    for (const uint32_t type : key_types) {
+        mdm_body_t sent = body(type, 1, key_list.get());
+        expect_size(sent, 28, 12);
+        EXPECT_EQ(write_body(type_kiosk, sent),
+                  wire(type, 12, hex("03 00 00 00 07 00 00 00 09 00 00 00")));
+    }
+    mdm_body_t sent = body(pair_type, 1, pair_list.get());
+    expect_size(sent, 40, 24);
+    EXPECT_EQ(write_body(type_kiosk, sent), wire(pair_type, 24,
+                                                 hex("03 00 00 00 07 00 00 00 08 00 00 00 "
+                                                     "09 00 00 00 0A 00 00 00")));
+    const List nothing(list_of({nullptr}));
+    sent = body(621, 1, nothing.get());
+    expect_size(sent, 20, 4);
+    EXPECT_EQ(write_body(type_kiosk, sent), wire(621, 4, hex("01 00 00 00")));
+}
+
+TEST(Kiosk, NullElementsArriveAsZerosAtTheEnd)
+{
+    uint32_t keys[] = {7, 9};
+    const List key_list(list_of({&keys[0], nullptr, &keys[1]}));
+    mdm_msg_t msg = message(type_kiosk);
+    msg.body = body(618, 1, key_list.get());
+    mdm_msg_t back{};
+    EXPECT_EQ(deserialize(back, serialize(msg)), 0);
+    EXPECT_THAT(keys_of(back.body), ElementsAre(7U, 9U, 0U));
+    ipc_free(&back);
+
+    mdm_kiosk_key_pair_t pairs[] = {{7, 8}, {9, 10}};
+    const List pair_list(list_of({nullptr, &pairs[0], &pairs[1]}));
+    msg.body = body(pair_type, 1, pair_list.get());
+    EXPECT_EQ(deserialize(back, serialize(msg)), 0);
+    EXPECT_EQ(pairs_of(back.body), (Pairs{{7, 8}, {9, 10}, {0, 0}}));
+    ipc_free(&back);
+}
+
+TEST(Kiosk, RawBytesArriveAsAStringUpToTheirFirstZeroByte)
+{
+    char payload[] = "ab\0c";
+    mdm_body_t sent = body(raw_type, 4, payload);
+    EXPECT_EQ(size_body(type_kiosk, sent), 16U);
+    expect_headed<&mdm_body_t::kiosk>(sent, raw_type, 4);
+    const Bytes bytes = write_body(type_kiosk, sent);
+    EXPECT_EQ(bytes, hex("65 02 00 00 04 03 02 01 04 00 00 00 61 62 00 63"));
+
+    mdm_body_t back = body(0, 0, sentinel());
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_kiosk, back, bytes), 16U);
+    trace.stop();
+    expect_headed<&mdm_body_t::kiosk>(back, raw_type, 4);
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{back.kiosk.data, 5}));
+    EXPECT_EQ(std::string(static_cast<char *>(back.kiosk.data), 5), std::string("ab\0\0\0", 5));
+    _free_kiosk(&back);
+}
+
+// What tells the shapes apart.
+struct Shape {
+    uint32_t size;         // of a body of one element, or of 2 raw bytes
+    int32_t data_size;     // what the size handler leaves of 2
+    size_t payload_size;   // read from bytes that suit every shape
+    size_t blocks;         // of a received body
+    bool data_is_dropped;  // by the free handler
+};
+
+Shape shape_of(uint32_t type)
+{
+    switch (type) {
+    case 612:
+    case 614:
+        return {17, 5, 5, 1, false};
+    case 618:
+    case 621:
+        return {20, 4, 8, 2, false};
+    case 619:
+        return {24, 8, 12, 2, false};
+    default:
+        return {14, 2, 2, 1, true};
+    }
+}
+
+TEST(Kiosk, EveryTypeHasItsShape)
+{
+    mdm_kiosk_key_pair_t pair = {7, 8};
+    const List list(list_of({&pair}));
+    std::vector<uint32_t> types{0xFFFFFFFF, 0x80000000, 0x80000264, 66148, 66154, 66155};
+    types.resize(types.size() + 1001);
+    std::iota(types.end() - 1001, types.end(), 0);
+    for (const uint32_t type : types) {
+        SCOPED_TRACE(type);
+        const Shape shape = shape_of(type);
+        mdm_body_t sent =
+            body(type, 2, shape.size == 17 ? borrowed("x") : static_cast<void *>(list.get()));
+        EXPECT_EQ(size_body(type_kiosk, sent), shape.size);
+        EXPECT_EQ(sent.kiosk.data_size, shape.data_size);
+        EXPECT_EQ(write_body(type_kiosk, sent).size(), shape.size);
+
+        const Bytes bytes = wire(type, 2, hex("01 00 00 00 41 00 00 00 42 00 00 00"));
+        mdm_body_t back{};
+        EXPECT_EQ(read_body(type_kiosk, back, bytes), 12 + shape.payload_size);
+        EXPECT_EQ(back.kiosk.data_size, 2);
+        EXPECT_EQ(free_body(type_kiosk, back).size(), shape.blocks);
+        EXPECT_EQ(back.kiosk.data == nullptr, shape.data_is_dropped);
+        EXPECT_EQ(back.kiosk.data_size, shape.data_is_dropped ? 0 : 2);
+    }
+}
+
+constexpr uint32_t a_type_of_each_shape[] = {612, 613, 614, 618, 619, 621};
+
+TEST(Kiosk, NullDataSendsTheHeadAloneWithItsDataSize)
+{
+    for (const uint32_t type : a_type_of_each_shape) {
+        for (const int32_t data_size : {8, 0, -1}) {
+            mdm_body_t sent = body(type, data_size, nullptr);
+            EXPECT_EQ(size_body(type_kiosk, sent), 12U);
+            EXPECT_EQ(write_body(type_kiosk, sent), wire(type, data_size, {}));
+            expect_headed<&mdm_body_t::kiosk>(sent, type, data_size);
+        }
+    }
+}
+
+TEST(Kiosk, AnnouncedListIsReadFromBeyondItsBody)
+{
+    mdm_body_t sent = body(618, 8, nullptr);
+    const Bytes beyond = hex("01 00 00 00 07 00 00 00");
+    mdm_body_t back{};
+    EXPECT_EQ(read_body(type_kiosk, back, write_body(type_kiosk, sent) + beyond), 20U);
+    EXPECT_THAT(keys_of(back), ElementsAre(7U));
+    _free_kiosk(&back);
+}
+
+TEST(Kiosk, DataSize0SendsTheHeadAloneAndIsReceivedAsNull)
+{
+    for (const uint32_t type : a_type_of_each_shape) {
+        mdm_body_t sent = body(type, 0, sentinel());
+        EXPECT_EQ(size_body(type_kiosk, sent), 12U);
+        expect_headed<&mdm_body_t::kiosk>(sent, type, 0);
+        const Bytes bytes = write_body(type_kiosk, sent);
+        EXPECT_EQ(bytes, wire(type, 0, {}));
+
+        mdm_body_t back = body(0, 0, sentinel());
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_kiosk, back, bytes), 12U);
+        trace.stop();
+        expect_headed<&mdm_body_t::kiosk>(back, type, 0);
+        EXPECT_EQ(back.kiosk.data, nullptr);
+        EXPECT_THAT(trace.kept(), IsEmpty());
+    }
+}
+
+TEST(Kiosk, NegativeDataSizeAnnouncesAPayload)
+{
+    mdm_body_t sent = body(raw_type, -4, sentinel());
+    EXPECT_EQ(size_body(type_kiosk, sent), 8U);
+    EXPECT_EQ(sent.kiosk.data_size, -4);
+
+    uint32_t key = 7;
+    const List list(list_of({&key}));
+    sent = body(618, INT32_MIN, list.get());
+    Bytes bytes = write_body(type_kiosk, sent);
+    EXPECT_EQ(bytes, wire(618, INT32_MIN, hex("01 00 00 00 07 00 00 00")));
+    mdm_body_t back{};
+    EXPECT_EQ(read_body(type_kiosk, back, bytes), 20U);
+    EXPECT_THAT(keys_of(back), ElementsAre(7U));
+    EXPECT_EQ(free_body(type_kiosk, back).size(), 2U);
+
+    bytes = wire(612, -1, hex("01 00 00 00 61"));
+    EXPECT_EQ(read_body(type_kiosk, back, bytes), 17U);
+    EXPECT_STREQ(static_cast<char *>(back.kiosk.data), "a");
+    EXPECT_EQ(back.kiosk.data_size, -1);
+    EXPECT_EQ(free_body(type_kiosk, back).size(), 1U);
+}
+
+TEST(Kiosk, CountBelow1IsReceivedAsNull)
+{
+    for (const uint32_t type : {618U, 619U, 621U}) {
+        for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
+            mdm_body_t back = body(0, 0, sentinel());
+            AllocationTrace trace;
+            EXPECT_EQ(read_body(type_kiosk, back, wire(type, 8, hex(count))), 16U);
+            trace.stop();
+            expect_headed<&mdm_body_t::kiosk>(back, type, 8);
+            EXPECT_EQ(back.kiosk.data, nullptr);
+            EXPECT_THAT(trace.kept(), IsEmpty());
+        }
+    }
+}
+
+TEST(Kiosk, FreeReleasesATextAndKeepsThePointer)
+{
+    for (const uint32_t type : text_types) {
+        for (const int32_t data_size : {7, -1}) {
+            mdm_body_t kept = body(type, data_size, heap_text("abc"));
+            const void *data = kept.kiosk.data;
+            EXPECT_THAT(free_body(type_kiosk, kept), ElementsAre(data));
+            EXPECT_EQ(kept.kiosk.data, data);
+            expect_headed<&mdm_body_t::kiosk>(kept, type, data_size);
+        }
+    }
+}
+
+TEST(Kiosk, FreeReleasesElementsThenCellsAndKeepsThePointer)
+{
+    for (const uint32_t type : {618U, 619U, 621U}) {
+        void *first = heap(mdm_kiosk_key_pair_t{7, 8});
+        void *last = heap(mdm_kiosk_key_pair_t{9, 10});
+        GList *list = list_of({first, nullptr, last});
+        const auto cells = cells_of(list);
+        mdm_body_t kept = body(type, -8, list);
+        EXPECT_THAT(free_body(type_kiosk, kept),
+                    ElementsAre(first, last, cells[0], cells[1], cells[2]));
+        EXPECT_EQ(kept.kiosk.data, list);
+        expect_headed<&mdm_body_t::kiosk>(kept, type, -8);
+    }
+}
+
+TEST(Kiosk, FreeResetsARawBodyAndMayThenRunAgain)
+{
+    for (const uint32_t type : {613U, 615U, 616U, 617U, 620U, 611U, 622U}) {
+        mdm_body_t kept = body(type, 3, heap_text("raw"));
+        const void *data = kept.kiosk.data;
+        EXPECT_THAT(free_body(type_kiosk, kept), ElementsAre(data));
+        EXPECT_EQ(kept.kiosk.data, nullptr);
+        expect_headed<&mdm_body_t::kiosk>(kept, type, 0);
+        EXPECT_THAT(free_body(type_kiosk, kept), IsEmpty());
+    }
+}
+
+TEST(Kiosk, FreeWithoutDataOrDataSizeDoesNothing)
+{
+    for (const uint32_t type : a_type_of_each_shape) {
+        for (void *data : {sentinel(), static_cast<void *>(nullptr)}) {
+            const int32_t data_size = data == nullptr ? 8 : 0;
+            mdm_body_t kept = body(type, data_size, data);
+            EXPECT_THAT(free_body(type_kiosk, kept), IsEmpty());
+            EXPECT_EQ(kept.kiosk.data, data);
+            expect_headed<&mdm_body_t::kiosk>(kept, type, data_size);
+        }
+    }
+}
+
+TEST(Kiosk, WholeMessagesOfBothTypesLeakNothing)
+{
+    mdm_kiosk_key_pair_t pair = {7, 8};
+    const List list(list_of({&pair}));
+    const struct {
+        mdm_body_t body;
+        uint32_t size;
+        std::vector<size_t> blocks;
+    } cases[] = {{body(612, 1, borrowed("launcher")), 24, {9}},
+                 {body(raw_type, 2, &pair), 14, {3}},
+                 {body(621, 1, list.get()), 20, {4, sizeof(GList)}},
+                 {body(pair_type, 1, list.get()), 24, {sizeof pair, sizeof(GList)}},
+                 {body(pair_type, 0, list.get()), 12, {}}};
+    LogRecorder log(MDM_LOG_CRITICAL);
+    for (const int offset : {0, 1}) {
+        for (const auto &[sent, size, blocks] : cases) {
+            mdm_msg_t msg = message(static_cast<uint8_t>(type_kiosk + offset));
+            msg.body = sent;
+            const Bytes bytes = serialize(msg);
+            ASSERT_EQ(bytes.size(), 40 + size);
+            mdm_msg_t back{};
+            AllocationTrace trace;
+            EXPECT_EQ(ipc_deserialize(&back, bytes.data(), 40 + size), 0);
+            EXPECT_EQ(ipc_free(&back), 0);
+            trace.stop();
+            EXPECT_EQ(trace.allocated_sizes(), blocks);
+            EXPECT_THAT(trace.kept(), IsEmpty());
+        }
+    }
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(Kiosk, OnlyTheWriterOfKeysLogsAndNamesTheirPolicy)
+{
+    mdm_kiosk_key_pair_t pair = {7, 8};
+    const List list(list_of({&pair}));
+    const struct {
+        mdm_body_t body;
+        std::vector<LogLine> written;
+    } cases[] = {{body(612, 1, borrowed("x")), {}},
+                 {body(raw_type, 1, borrowed("x")), {}},
+                 {body(618, 1, list.get()), {keys_line}},
+                 {body(621, 1, list.get()), {keys_line}},
+                 {body(619, 1, list.get()), {pairs_line}},
+                 {body(618, 0, list.get()), {}},
+                 {body(619, 8, nullptr), {}}};
+    for (auto [sent, written] : cases) {
+        LogRecorder log;
+        size_body(type_kiosk, sent);
+        EXPECT_THAT(log.take(), IsEmpty());
+        const Bytes bytes = write_body(type_kiosk, sent);
+        EXPECT_EQ(log.take(), written);
+        mdm_body_t back{};
+        read_body(type_kiosk, back, bytes + Bytes(4));
+        _free_kiosk(&back);
+        EXPECT_THAT(log.take(), IsEmpty());
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

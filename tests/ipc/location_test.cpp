@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint8_t type_location = 49;
+
+mdm_body_t body(uint32_t type, int32_t data_size)
+{
+    return {.location = {type, 0xAAAAAAAA, 0x01020304, data_size, sentinel()}};
+}
+
+void expect_body(const mdm_body_t &body, uint32_t type, int32_t data_size)
+{
+    EXPECT_EQ(body.location.type, type);
+    EXPECT_EQ(body.location.aux, 0xAAAAAAAAU);
+    EXPECT_EQ(body.location.param, 0x01020304U);
+    EXPECT_EQ(body.location.data_size, data_size);
+    EXPECT_EQ(body.location.data, sentinel());
+}
+
+TEST(Location, CarriesTheHeadAloneWhateverItSays)
+{
+    const struct {
+        uint32_t type;
+        int32_t data_size;
+        const char *bytes;
+    } cases[] = {{0, 7, "00 00 00 00 04 03 02 01 07 00 00 00"},
+                 {1, 0, "01 00 00 00 04 03 02 01 00 00 00 00"},
+                 {638, -1, "7E 02 00 00 04 03 02 01 FF FF FF FF"},
+                 {0xF1F2F3F4, INT32_MIN, "F4 F3 F2 F1 04 03 02 01 00 00 00 80"}};
+    for (const auto &[type, data_size, bytes] : cases) {
+        mdm_body_t sent = body(type, data_size);
+        EXPECT_EQ(size_body(type_location, sent), 12U);
+        EXPECT_EQ(write_body(type_location, sent), hex(bytes));
+        expect_body(sent, type, data_size);
+
+        mdm_body_t back = body(99, 99);
+        back.location.param = 99;
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_location, back, hex(bytes)), 12U);
+        trace.stop();
+        expect_body(back, type, data_size);
+        EXPECT_THAT(trace.kept(), IsEmpty());
+    }
+}
+
+TEST(Location, BothTypesOfTheMessageTravel)
+{
+    for (const int offset : {0, 1}) {
+        mdm_msg_t msg = message(static_cast<uint8_t>(type_location + offset));
+        msg.body = body(1, 7);
+        const Bytes bytes = serialize(msg);
+        EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
+                  hex("01 00 00 00 04 03 02 01 07 00 00 00"));
+        mdm_msg_t back{};
+        back.body = body(0, 0);
+        AllocationTrace trace;
+        EXPECT_EQ(deserialize(back, bytes), 0);
+        EXPECT_EQ(ipc_free(&back), 0);
+        trace.stop();
+        expect_body(back.body, 1, 7);
+        EXPECT_THAT(trace.kept(), IsEmpty());
+    }
+}
+
+TEST(Location, SizeAndFreeDoNotLookAtTheBody)
+{
+    LogRecorder log;
+    EXPECT_EQ(_size_of_location(nullptr), 12U);
+    _free_location(nullptr);
+    mdm_body_t kept = body(1, 7);
+    EXPECT_THAT(free_body(type_location, kept), IsEmpty());
+    expect_body(kept, 1, 7);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(Location, WriterChecksItsPositionAndReaderItsBody)
+{
+    mdm_body_t some = body(1, 7);
+    const Bytes bytes(12);
+    LogRecorder log;
+    EXPECT_EQ(_set_location(nullptr, &some), nullptr);
+    EXPECT_EQ(_set_location(nullptr, nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_location"), assert_fails("_set_location"),
+                                        enter("_set_location"), assert_fails("_set_location")));
+    EXPECT_EQ(_get_location(nullptr, bytes.data()), nullptr);
+    EXPECT_EQ(_get_location(nullptr, nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_location"), assert_fails("_get_location"),
+                                        enter("_get_location"), assert_fails("_get_location")));
+    expect_body(some, 1, 7);
+}
+
+TEST(Location, FailuresAreTheSameWithTheLoggerOff)
+{
+    mdm_body_t some = body(1, 7);
+    const Bytes bytes(12);
+    LogRecorder log(MDM_LOG_NONE);
+    EXPECT_EQ(_size_of_location(nullptr), 12U);
+    EXPECT_EQ(_set_location(nullptr, &some), nullptr);
+    EXPECT_EQ(_get_location(nullptr, bytes.data()), nullptr);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(Location, WriterAndReaderLogEnterAndExit)
+{
+    mdm_body_t sent = body(1, 7);
+    LogRecorder log;
+    const Bytes bytes = write_body(type_location, sent);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_location"), leave("_set_location")));
+    read_body(type_location, sent, bytes);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_location"), leave("_get_location")));
+    size_body(type_location, sent);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace mdm::test

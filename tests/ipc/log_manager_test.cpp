@@ -1,0 +1,262 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint8_t type_log_manager = 51;
+constexpr uint32_t text_type = 638;
+
+mdm_body_t text_body(const char *text)
+{
+    return {.log_manager = {text_type, 0xAAAAAAAA, {.text = borrowed(text)}}};
+}
+
+mdm_body_t word_body(uint32_t type, uintptr_t word)
+{
+    return {.log_manager = {type, 0xAAAAAAAA, {.word = word}}};
+}
+
+// A receiver's body with every bit of its value set.
+mdm_body_t used_body()
+{
+    return word_body(99, UINTPTR_MAX);
+}
+
+void expect_head(const mdm_body_t &body, uint32_t type)
+{
+    EXPECT_EQ(body.log_manager.type, type);
+    EXPECT_EQ(body.log_manager.aux, 0xAAAAAAAAU);
+}
+
+TEST(LogManager, TextIsSentAsAString)
+{
+    mdm_body_t sent = text_body("abc");
+    EXPECT_EQ(size_body(type_log_manager, sent), 11U);
+    EXPECT_EQ(write_body(type_log_manager, sent), hex("7E 02 00 00 03 00 00 00 61 62 63"));
+    expect_head(sent, text_type);
+    EXPECT_STREQ(sent.log_manager.value.text, "abc");
+}
+
+TEST(LogManager, TextArrivesAsANewString)
+{
+    mdm_body_t back = used_body();
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_log_manager, back, hex("7E 02 00 00 03 00 00 00 61 62 63 FF")), 11U);
+    trace.stop();
+    expect_head(back, text_type);
+    EXPECT_STREQ(back.log_manager.value.text, "abc");
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{back.log_manager.value.text, 4}));
+    _free_log_manager(&back);
+}
+
+TEST(LogManager, MissingAndEmptyTextsArriveAsNull)
+{
+    for (const char *text : {static_cast<const char *>(nullptr), ""}) {
+        mdm_body_t sent = text_body(text);
+        EXPECT_EQ(size_body(type_log_manager, sent), 8U);
+        const Bytes bytes = write_body(type_log_manager, sent);
+        EXPECT_EQ(bytes, hex("7E 02 00 00 00 00 00 00"));
+        mdm_body_t back = used_body();
+        EXPECT_EQ(read_body(type_log_manager, back, bytes), 8U);
+        expect_head(back, text_type);
+        EXPECT_EQ(back.log_manager.value.text, nullptr);
+    }
+}
+
+TEST(LogManager, LongAndNonAsciiTextsTravel)
+{
+    for (const std::string &text : {std::string(1, 'x'), std::string(400, '\xE9')}) {
+        mdm_body_t sent = text_body(text.c_str());
+        EXPECT_EQ(size_body(type_log_manager, sent), 8 + text.size());
+        mdm_body_t back{};
+        EXPECT_EQ(read_body(type_log_manager, back, write_body(type_log_manager, sent)),
+                  8 + text.size());
+        EXPECT_EQ(back.log_manager.value.text, text);
+        _free_log_manager(&back);
+    }
+}
+
+TEST(LogManager, LowByteOfTheValueTravelsForOtherTypes)
+{
+    mdm_body_t sent = word_body(1, 0x1234);
+    EXPECT_EQ(size_body(type_log_manager, sent), 5U);
+    EXPECT_EQ(write_body(type_log_manager, sent), hex("01 00 00 00 34"));
+    EXPECT_EQ(sent.log_manager.value.word, 0x1234U);
+
+    for (const char *byte : {"00", "34", "FF"}) {
+        mdm_body_t back = used_body();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_log_manager, back, hex("01 00 00 00") + hex(byte)), 5U);
+        trace.stop();
+        expect_head(back, 1);
+        EXPECT_EQ(back.log_manager.value.word, hex(byte)[0]);
+        EXPECT_THAT(trace.kept(), IsEmpty());
+    }
+}
+
+TEST(LogManager, EveryTypeBut638CarriesAByteThatIsNotReleased)
+{
+    std::vector<uint32_t> types{0xFFFFFFFF, 0x80000000, 0x8000027E, 0x0100027E, 66174};
+    for (uint32_t type = 0; type <= 1000; ++type) {
+        types.push_back(type);
+    }
+    for (const uint32_t type : types) {
+        SCOPED_TRACE(type);
+        char *text = heap_text("abcd");
+        mdm_body_t sent = text_body(text);
+        sent.log_manager.type = type;
+        const bool is_text = type == 638;
+        EXPECT_EQ(size_body(type_log_manager, sent), is_text ? 12U : 5U);
+        const Bytes bytes = write_body(type_log_manager, sent);
+        EXPECT_EQ(bytes.size(), is_text ? 12U : 5U);
+        mdm_body_t back = used_body();
+        EXPECT_EQ(read_body(type_log_manager, back, bytes), bytes.size());
+        expect_head(back, type);
+        EXPECT_EQ(free_body(type_log_manager, back).size(), is_text ? 1U : 0U);
+        EXPECT_EQ(free_body(type_log_manager, sent).size(), is_text ? 1U : 0U);
+        if (!is_text) {
+            g_free(text);
+        }
+    }
+}
+
+TEST(LogManager, FreeReleasesTheTextAndKeepsThePointer)
+{
+    char *text = heap_text("abc");
+    mdm_body_t kept = text_body(text);
+    EXPECT_THAT(free_body(type_log_manager, kept), ElementsAre(text));
+    EXPECT_EQ(kept.log_manager.value.text, text);
+    expect_head(kept, text_type);
+}
+
+TEST(LogManager, FreeOfAMissingTextOrBodyDoesNothing)
+{
+    mdm_body_t kept = text_body(nullptr);
+    EXPECT_THAT(free_body(type_log_manager, kept), IsEmpty());
+    AllocationTrace trace;
+    _free_log_manager(nullptr);
+    trace.stop();
+    EXPECT_THAT(trace.released(), IsEmpty());
+}
+
+TEST(LogManager, WholeMessagesOfBothTypesReleaseTheTextAlone)
+{
+    for (const int offset : {0, 1}) {
+        for (const mdm_body_t &sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
+            mdm_msg_t msg = message(static_cast<uint8_t>(type_log_manager + offset));
+            msg.body = sent;
+            LogRecorder log(MDM_LOG_CRITICAL);
+            const Bytes bytes = serialize(msg);
+            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
+                      write_body(type_log_manager, msg.body));
+            mdm_msg_t back{};
+            back.body = used_body();
+            EXPECT_EQ(deserialize(back, bytes), 0);
+            expect_head(back.body, sent.log_manager.type);
+            const uintptr_t value = back.body.log_manager.value.word;
+            const bool is_text = sent.log_manager.type == text_type && value != 0;
+            AllocationTrace trace;
+            EXPECT_EQ(ipc_free(&back), 0);
+            trace.stop();
+            EXPECT_EQ(trace.released().size(), is_text ? 1U : 0U);
+            EXPECT_EQ(back.body.log_manager.value.word, value);
+            EXPECT_THAT(log.take(), IsEmpty());
+        }
+    }
+}
+
+TEST(LogManager, SizeOfNothingIs0)
+{
+    LogRecorder log;
+    EXPECT_EQ(_size_of_log_manager(nullptr), 0U);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_log_manager"),
+                                        critical("_size_of_log_manager", "info is NULL!"),
+                                        leave("_size_of_log_manager")));
+}
+
+TEST(LogManager, WriterChecksItsPositionFirstAndWritesNothingForNoBody)
+{
+    mdm_body_t some = text_body("abc");
+    Bytes buffer(16);
+    LogRecorder log;
+    for (mdm_body_t *body : {&some, static_cast<mdm_body_t *>(nullptr)}) {
+        EXPECT_EQ(_set_log_manager(nullptr, body), nullptr);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_set_log_manager"),
+                                            critical("_set_log_manager", "buffer is NULL!"),
+                                            leave("_set_log_manager")));
+    }
+    EXPECT_EQ(_set_log_manager(buffer.data(), nullptr), buffer.data());
+    EXPECT_EQ(buffer, Bytes(16));
+    EXPECT_THAT(log.take(), ElementsAre(enter("_set_log_manager"),
+                                        critical("_set_log_manager", "info is NULL!"),
+                                        leave("_set_log_manager")));
+}
+
+TEST(LogManager, ReaderChecksItsBodyFirstAndReadsNothingWithoutOne)
+{
+    mdm_body_t some = used_body();
+    const Bytes bytes(16);
+    LogRecorder log;
+    for (const uint8_t *position : {bytes.data(), static_cast<const uint8_t *>(nullptr)}) {
+        EXPECT_EQ(_get_log_manager(nullptr, position), position);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_get_log_manager"),
+                                            critical("_get_log_manager", "info is NULL!"),
+                                            leave("_get_log_manager")));
+    }
+    EXPECT_EQ(_get_log_manager(&some, nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter("_get_log_manager"),
+                                        critical("_get_log_manager", "buffer is NULL!"),
+                                        leave("_get_log_manager")));
+    expect_head(some, 99);
+    EXPECT_EQ(some.log_manager.value.word, UINTPTR_MAX);
+}
+
+TEST(LogManager, FailuresAreTheSameWithTheLoggerOff)
+{
+    mdm_body_t some = used_body();
+    Bytes buffer(16);
+    LogRecorder log(MDM_LOG_NONE);
+    EXPECT_EQ(_size_of_log_manager(nullptr), 0U);
+    EXPECT_EQ(_set_log_manager(nullptr, &some), nullptr);
+    EXPECT_EQ(_set_log_manager(buffer.data(), nullptr), buffer.data());
+    EXPECT_EQ(_get_log_manager(nullptr, buffer.data()), buffer.data());
+    EXPECT_EQ(_get_log_manager(&some, nullptr), nullptr);
+    _free_log_manager(nullptr);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(LogManager, LogsEnterAndExit)
+{
+    for (mdm_body_t sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
+        LogRecorder log;
+        size_body(type_log_manager, sent);
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter("_size_of_log_manager"), leave("_size_of_log_manager")));
+        const Bytes bytes = write_body(type_log_manager, sent);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_set_log_manager"), leave("_set_log_manager")));
+        mdm_body_t back{};
+        read_body(type_log_manager, back, bytes);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_get_log_manager"), leave("_get_log_manager")));
+        _free_log_manager(&back);
+        _free_log_manager(nullptr);
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter("_free_log_manager"), leave("_free_log_manager"),
+                                enter("_free_log_manager"), leave("_free_log_manager")));
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

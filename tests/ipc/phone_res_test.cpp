@@ -1,0 +1,524 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
+
+constexpr uint8_t type_phone_res = 35;
+constexpr uint32_t item_type = 400;
+constexpr uint32_t ext_type = 422;
+constexpr uint32_t raw_type = 450;
+
+mdm_body_t body(uint32_t type, int32_t data_size, void *data)
+{
+    return headed_body<&mdm_body_t::phone_res>(type, data_size, data);
+}
+
+Bytes wire(uint32_t type, int32_t data_size, const Bytes &payload)
+{
+    return head_bytes(type, data_size) + payload;
+}
+
+mdm_phone_res_item_t item(const char *str0, const char *str2)
+{
+    return {borrowed(str0), 0x77777777, borrowed(str2)};
+}
+
+mdm_phone_res_detail_t detail(uint32_t num0, uint32_t num1, const char *str2)
+{
+    return {num0, num1, borrowed(str2)};
+}
+
+mdm_phone_res_ext_t ext(const char *str0, mdm_phone_res_detail_t *detail)
+{
+    return {borrowed(str0), 0x77777777, detail};
+}
+
+mdm_phone_res_item_t *heap_item()
+{
+    return on_heap<mdm_phone_res_item_t>({heap_text("abc"), 0x77777777, heap_text("hi")});
+}
+
+template <class Record>
+const Record &received(const mdm_body_t &body)
+{
+    return *static_cast<const Record *>(body.phone_res.data);
+}
+
+// The bytes of the record that a body's raw payload is taken from.
+template <class Record>
+Bytes image(const Record &record, size_t count)
+{
+    Bytes bytes(count);
+    std::memcpy(bytes.data(), &record, count);
+    return bytes;
+}
+
+bool is_in(const Ranges &ranges, uint32_t type)
+{
+    return std::ranges::any_of(
+        ranges, [type](auto range) { return range.first <= type && type <= range.second; });
+}
+
+// Every type near the listed ones but that of the extended record, and some far from them.
+std::vector<uint32_t> swept_types()
+{
+    std::vector<uint32_t> types{65936, 0x80000000, 0x80000190, 0xFFFFFE70, 0xFFFFFFFF, 0x01000190};
+    for (uint32_t type = 0; type <= 1000; ++type) {
+        if (type != ext_type) {
+            types.push_back(type);
+        }
+    }
+    return types;
+}
+
+const Ranges travels_as_item = {{394, 421}, {423, 438}, {441, 449}, {452, 455}};
+const Ranges kept_as_item = {{394, 421}, {423, 449}, {452, 455}};
+
+TEST(PhoneRes, ItemCarriesTwoStrings)
+{
+    mdm_phone_res_item_t record = item("abc", "hi");
+    mdm_body_t sent = body(item_type, 1, &record);
+    EXPECT_EQ(size_body(type_phone_res, sent), 20U + 3 + 2);
+    EXPECT_EQ(size_body(type_phone_res, sent), 20U + 3 + 2);
+    EXPECT_EQ(write_body(type_phone_res, sent), hex("90 01 00 00 04 03 02 01 01 00 00 00 "
+                                                    "03 00 00 00 61 62 63 02 00 00 00 68 69"));
+    expect_headed<&mdm_body_t::phone_res>(sent, item_type, 1);
+    EXPECT_EQ(record.word1, 0x77777777U);
+}
+
+TEST(PhoneRes, ItemArrivesAsANewRecordOfDataSize12)
+{
+    const Bytes bytes = wire(item_type, 1, hex("03 00 00 00 61 62 63 02 00 00 00 68 69"));
+    mdm_body_t back = body(0, 0, sentinel());
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_phone_res, back, bytes), bytes.size());
+    trace.stop();
+    expect_headed<&mdm_body_t::phone_res>(back, item_type, 12);
+    const auto &record = received<mdm_phone_res_item_t>(back);
+    EXPECT_STREQ(record.str0, "abc");
+    EXPECT_EQ(record.word1, 0U);
+    EXPECT_STREQ(record.str2, "hi");
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}, Block{record.str0, 4},
+                                          Block{record.str2, 3}));
+    _free_phone_res(&back);
+}
+
+TEST(PhoneRes, ItemsMissingAndEmptyStringsArriveAsNull)
+{
+    for (const char *absent : {static_cast<const char *>(nullptr), ""}) {
+        mdm_phone_res_item_t record = item("a", absent);
+        mdm_body_t sent = body(item_type, 1, &record);
+        EXPECT_EQ(size_body(type_phone_res, sent), 21U);
+        Bytes bytes = write_body(type_phone_res, sent);
+        EXPECT_EQ(bytes, wire(item_type, 1, hex("01 00 00 00 61 00 00 00 00")));
+        mdm_body_t back{};
+        EXPECT_EQ(read_body(type_phone_res, back, bytes), 21U);
+        EXPECT_EQ(back.phone_res.data_size, 12);
+        EXPECT_STREQ(received<mdm_phone_res_item_t>(back).str0, "a");
+        EXPECT_EQ(received<mdm_phone_res_item_t>(back).str2, nullptr);
+        _free_phone_res(&back);
+
+        record = item(absent, absent);
+        EXPECT_EQ(size_body(type_phone_res, sent), 20U);
+        bytes = write_body(type_phone_res, sent);
+        EXPECT_EQ(bytes, wire(item_type, 1, Bytes(8)));
+        EXPECT_EQ(read_body(type_phone_res, back, bytes), 20U);
+        EXPECT_EQ(received<mdm_phone_res_item_t>(back).str0, nullptr);
+        EXPECT_EQ(received<mdm_phone_res_item_t>(back).str2, nullptr);
+        _free_phone_res(&back);
+    }
+}
+
+TEST(PhoneRes, LongAndNonAsciiStringsTravel)
+{
+    const std::string text(400, '\xC3');
+    mdm_phone_res_item_t record = item(text.c_str(), "\xE2\x82\xAC");
+    mdm_body_t sent = body(item_type, 1, &record);
+    EXPECT_EQ(size_body(type_phone_res, sent), 20U + 400 + 3);
+    mdm_body_t back{};
+    EXPECT_EQ(read_body(type_phone_res, back, write_body(type_phone_res, sent)), 423U);
+    EXPECT_EQ(received<mdm_phone_res_item_t>(back).str0, text);
+    EXPECT_STREQ(received<mdm_phone_res_item_t>(back).str2, "\xE2\x82\xAC");
+    _free_phone_res(&back);
+}
+
+TEST(PhoneRes, ExtendedRecordCarriesAStringAndItsDetail)
+{
+    mdm_phone_res_detail_t numbers = detail(0x11121314, 0xF1F2F3F4, "hi");
+    mdm_phone_res_ext_t record = ext("abc", &numbers);
+    mdm_body_t sent = body(ext_type, 1, &record);
+    EXPECT_EQ(size_body(type_phone_res, sent), 28U + 3 + 2);
+    EXPECT_EQ(write_body(type_phone_res, sent),
+              hex("A6 01 00 00 04 03 02 01 01 00 00 00 03 00 00 00 61 62 63 "
+                  "14 13 12 11 F4 F3 F2 F1 02 00 00 00 68 69"));
+    expect_headed<&mdm_body_t::phone_res>(sent, ext_type, 1);
+    EXPECT_EQ(record.word1, 0x77777777U);
+}
+
+TEST(PhoneRes, ExtendedRecordArrivesWithItsDetail)
+{
+    const Bytes bytes =
+        wire(ext_type, 1, hex("03 00 00 00 61 62 63 14 13 12 11 F4 F3 F2 F1 02 00 00 00 68 69 FF"));
+    mdm_body_t back = body(0, 0, sentinel());
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_phone_res, back, bytes), 33U);
+    trace.stop();
+    expect_headed<&mdm_body_t::phone_res>(back, ext_type, 12);
+    const auto &record = received<mdm_phone_res_ext_t>(back);
+    EXPECT_STREQ(record.str0, "abc");
+    EXPECT_EQ(record.word1, 0U);
+    EXPECT_EQ(record.detail->num0, 0x11121314U);
+    EXPECT_EQ(record.detail->num1, 0xF1F2F3F4U);
+    EXPECT_STREQ(record.detail->str2, "hi");
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record},
+                                          Block{record.detail, sizeof(mdm_phone_res_detail_t)},
+                                          Block{record.str0, 4}, Block{record.detail->str2, 3}));
+    _free_phone_res(&back);
+}
+
+TEST(PhoneRes, ExtendedRecordWithoutStringsIs28Bytes)
+{
+    mdm_phone_res_detail_t numbers = detail(5, 7, nullptr);
+    mdm_phone_res_ext_t record = ext(nullptr, &numbers);
+    mdm_body_t sent = body(ext_type, 12, &record);
+    EXPECT_EQ(size_body(type_phone_res, sent), 28U);
+    const Bytes bytes = write_body(type_phone_res, sent);
+    EXPECT_EQ(bytes, wire(ext_type, 12, hex("00 00 00 00 05 00 00 00 07 00 00 00 00 00 00 00")));
+    mdm_body_t back{};
+    EXPECT_EQ(read_body(type_phone_res, back, bytes), 28U);
+    EXPECT_EQ(received<mdm_phone_res_ext_t>(back).str0, nullptr);
+    EXPECT_EQ(received<mdm_phone_res_ext_t>(back).detail->num0, 5U);
+    EXPECT_EQ(received<mdm_phone_res_ext_t>(back).detail->num1, 7U);
+    EXPECT_EQ(received<mdm_phone_res_ext_t>(back).detail->str2, nullptr);
+    _free_phone_res(&back);
+}
+
+TEST(PhoneRes, RawBytesArriveAsAStringUpToTheirFirstZeroByte)
+{
+    char payload[] = "a\0b";
+    mdm_body_t sent = body(raw_type, 3, payload);
+    EXPECT_EQ(size_body(type_phone_res, sent), 15U);
+    const Bytes bytes = write_body(type_phone_res, sent);
+    EXPECT_EQ(bytes, hex("C2 01 00 00 04 03 02 01 03 00 00 00 61 00 62"));
+    expect_headed<&mdm_body_t::phone_res>(sent, raw_type, 3);
+
+    mdm_body_t back = body(0, 0, sentinel());
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_phone_res, back, bytes), 15U);
+    trace.stop();
+    expect_headed<&mdm_body_t::phone_res>(back, raw_type, 3);
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{back.phone_res.data, 4}));
+    EXPECT_EQ(std::string(static_cast<char *>(back.phone_res.data), 4), std::string("a\0\0\0", 4));
+    _free_phone_res(&back);
+}
+
+TEST(PhoneRes, EveryTypeTravelsAsAnItemOrAsRawBytes)
+{
+    mdm_phone_res_item_t record = item("abcd", "hi");
+    for (const uint32_t type : swept_types()) {
+        SCOPED_TRACE(type);
+        const bool as_item = is_in(travels_as_item, type);
+        mdm_body_t sent = body(type, 3, &record);
+        EXPECT_EQ(
+            write_body(type_phone_res, sent),
+            wire(type, 3,
+                 as_item ? hex("04 00 00 00 61 62 63 64 02 00 00 00 68 69") : image(record, 3)));
+
+        mdm_body_t back{};
+        const Bytes bytes = wire(type, 3, hex("01 00 00 00 61 00 00 00 00"));
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_phone_res, back, bytes), as_item ? 21U : 15U);
+        trace.stop();
+        EXPECT_EQ(back.phone_res.data_size, as_item ? 12 : 3);
+        EXPECT_EQ(trace.kept().size(), as_item ? 2U : 1U);
+        if (as_item) {
+            _free_phone_res(&back);
+        } else {
+            g_free(back.phone_res.data);  // of some types no item, but released as one
+        }
+    }
+}
+
+TEST(PhoneRes, EveryTypeIsSizedAndReleasedAsAnItemOrAsRawBytes)
+{
+    for (const uint32_t type : swept_types()) {
+        SCOPED_TRACE(type);
+        const bool as_item = is_in(kept_as_item, type);
+        mdm_phone_res_item_t *record = heap_item();
+        char *const strings[] = {record->str0, record->str2};
+        mdm_body_t kept = body(type, 3, record);
+        EXPECT_EQ(size_body(type_phone_res, kept), as_item ? 25U : 15U);
+        const auto released = free_body(type_phone_res, kept);
+        EXPECT_EQ(kept.phone_res.data_size, as_item ? 3 : 0);
+        if (as_item) {
+            EXPECT_THAT(released, ElementsAre(strings[0], strings[1], record));
+            EXPECT_EQ(kept.phone_res.data, record);
+        } else {
+            EXPECT_THAT(released, ElementsAre(record));
+            EXPECT_EQ(kept.phone_res.data, nullptr);
+            g_free(strings[0]);
+            g_free(strings[1]);
+        }
+    }
+}
+
+TEST(PhoneRes, TwoTypesAreSizedAsAnItemAndSentAsItsMemory)
+{
+    for (const uint32_t type : {439U, 440U}) {
+        mdm_phone_res_item_t record = item("abc", "hi");
+        mdm_msg_t msg = message(type_phone_res);
+        msg.body = body(type, 12, &record);
+        EXPECT_EQ(size_body(type_phone_res, msg.body), 25U);
+        const Bytes bytes = serialize(msg);
+        ASSERT_EQ(bytes.size(), 40U + 25);
+        const Bytes sent(bytes.begin() + 40, bytes.end());
+        EXPECT_EQ(sent, wire(type, 12, image(record, 12)) + hex("00"));
+
+        mdm_msg_t back{};
+        AllocationTrace trace;
+        EXPECT_EQ(ipc_deserialize(&back, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
+        trace.stop();
+        EXPECT_EQ(back.body.phone_res.data_size, 12);
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{back.body.phone_res.data, 13}));
+        g_free(back.body.phone_res.data);  // an owner of such a message must not call ipc_free()
+    }
+}
+
+TEST(PhoneRes, DataSizeBelow1SendsTheHeadAloneAndIsReceivedAsNull)
+{
+    mdm_phone_res_detail_t numbers = detail(5, 7, "hi");
+    mdm_phone_res_ext_t extended = ext("abc", &numbers);
+    mdm_phone_res_item_t record = item("abc", "hi");
+    for (const uint32_t type : {394U, ext_type, 439U, raw_type, 455U}) {
+        void *data = type == ext_type ? static_cast<void *>(&extended) : &record;
+        for (const int32_t data_size : {0, -1, INT32_MIN}) {
+            for (void *maybe : {data, static_cast<void *>(nullptr)}) {
+                mdm_body_t sent = body(type, data_size, maybe);
+                const Bytes bytes = write_body(type_phone_res, sent);
+                EXPECT_EQ(bytes, wire(type, data_size, {}));
+                mdm_body_t back = body(0, 0, sentinel());
+                AllocationTrace trace;
+                EXPECT_EQ(read_body(type_phone_res, back, bytes), 12U);
+                trace.stop();
+                expect_headed<&mdm_body_t::phone_res>(back, type, data_size);
+                EXPECT_EQ(back.phone_res.data, nullptr);
+                EXPECT_THAT(trace.kept(), IsEmpty());
+            }
+        }
+    }
+}
+
+TEST(PhoneRes, SizeLooksForDataAndForADataSizeOf0Only)
+{
+    mdm_phone_res_detail_t numbers = detail(5, 7, "hi");
+    mdm_phone_res_ext_t extended = ext("abc", &numbers);
+    mdm_phone_res_item_t record = item("abc", "hi");
+    const struct {
+        void *data;
+        uint32_t type;
+        uint32_t size_at_minus_4;
+    } cases[] = {{&record, item_type, 25},
+                 {&record, 439, 25},
+                 {&extended, ext_type, 33},
+                 {&record, raw_type, 8}};
+    for (const auto &[data, type, size_at_minus_4] : cases) {
+        mdm_body_t sent = body(type, -4, data);
+        EXPECT_EQ(size_body(type_phone_res, sent), size_at_minus_4);
+        EXPECT_EQ(sent.phone_res.data_size, -4);
+        sent = body(type, 0, data);
+        EXPECT_EQ(size_body(type_phone_res, sent), 12U);
+        for (const int32_t data_size : {-4, 1, 9}) {
+            sent = body(type, data_size, nullptr);
+            EXPECT_EQ(size_body(type_phone_res, sent), 12U);
+            EXPECT_EQ(sent.phone_res.data_size, data_size);
+        }
+    }
+}
+
+// The handler fails once it has written the head.
+void expect_failure_after_head(mdm_body_t sent)
+{
+    Bytes buffer(64);
+    LogRecorder log;
+    EXPECT_EQ(_set_phone_res(buffer.data(), &sent), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(assert_fails("_set_phone_res")));
+    EXPECT_EQ(buffer, wire(static_cast<uint32_t>(sent.phone_res.type), 1, Bytes(52)));
+}
+
+TEST(PhoneRes, MissingRecordsCannotBeWritten)
+{
+    for (const uint32_t type : {394U, 421U, ext_type, 423U, 438U, 441U, 449U, 452U, 455U}) {
+        expect_failure_after_head(body(type, 1, nullptr));
+    }
+    mdm_phone_res_ext_t record = ext("abc", nullptr);
+    expect_failure_after_head(body(ext_type, 1, &record));
+}
+
+TEST(PhoneRes, MessageWithoutItsRecordIsAHeadAndALineInTheLog)
+{
+    mdm_msg_t msg = message(type_phone_res);
+    msg.body = body(item_type, 1, nullptr);
+    LogRecorder log(MDM_LOG_CRITICAL);
+    const Bytes bytes = serialize(msg);
+    EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), wire(item_type, 1, {}));
+    EXPECT_THAT(log.take(), ElementsAre(assert_fails("_set_phone_res"),
+                                        critical("ipc_serialize", "lp_body is NULL")));
+}
+
+TEST(PhoneRes, FreeEmptiesAnItemBeforeItReleasesIt)
+{
+    for (const uint32_t type : {item_type, 439U, 440U}) {
+        for (const int32_t data_size : {12, 1, -1}) {
+            mdm_phone_res_item_t *record = heap_item();
+            const void *strings[] = {record->str0, record->str2};
+            mdm_phone_res_item_t last{};
+            mdm_body_t kept = body(type, data_size, record);
+            LogRecorder log;
+            AllocationTrace trace;
+            trace.during_release([&](const void *) { last = *record; });
+            _free_phone_res(&kept);
+            trace.stop();
+            EXPECT_THAT(trace.released(), ElementsAre(strings[0], strings[1], record));
+            EXPECT_EQ(last.str0, nullptr);
+            EXPECT_EQ(last.word1, 0U);
+            EXPECT_EQ(last.str2, nullptr);
+            EXPECT_EQ(kept.phone_res.data, record);
+            expect_headed<&mdm_body_t::phone_res>(kept, type, data_size);
+            EXPECT_THAT(log.take(), IsEmpty());
+        }
+    }
+}
+
+TEST(PhoneRes, FreeEmptiesAnExtendedRecordAndItsDetailBeforeItReleasesThem)
+{
+    auto *numbers = on_heap<mdm_phone_res_detail_t>({5, 7, heap_text("hi")});
+    auto *record = on_heap<mdm_phone_res_ext_t>({heap_text("abc"), 0x77777777, numbers});
+    const void *strings[] = {record->str0, numbers->str2};
+    mdm_phone_res_detail_t last_numbers{};
+    mdm_phone_res_ext_t last{};
+    mdm_body_t kept = body(ext_type, 12, record);
+    LogRecorder log;
+    AllocationTrace trace;
+    trace.during_release([&](const void *block) {
+        if (block == numbers) {
+            last_numbers = *numbers;
+        }
+        last = *record;
+    });
+    _free_phone_res(&kept);
+    trace.stop();
+    EXPECT_THAT(trace.released(), ElementsAre(strings[0], strings[1], numbers, record));
+    EXPECT_EQ(last_numbers.str2, nullptr);
+    EXPECT_EQ(last.str0, nullptr);
+    EXPECT_EQ(last.word1, 0U);
+    EXPECT_EQ(last.detail, nullptr);
+    EXPECT_EQ(kept.phone_res.data, record);
+    expect_headed<&mdm_body_t::phone_res>(kept, ext_type, 12);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(PhoneRes, FreeResetsARawBodyAndMayThenRunAgain)
+{
+    for (const int32_t data_size : {3, -1}) {
+        mdm_body_t kept = body(raw_type, data_size, heap_text("raw"));
+        const void *data = kept.phone_res.data;
+        LogRecorder log;
+        EXPECT_THAT(free_body(type_phone_res, kept), ElementsAre(data));
+        EXPECT_EQ(kept.phone_res.data, nullptr);
+        expect_headed<&mdm_body_t::phone_res>(kept, raw_type, 0);
+        EXPECT_THAT(free_body(type_phone_res, kept), IsEmpty());
+        EXPECT_THAT(log.take(), IsEmpty());
+    }
+}
+
+TEST(PhoneRes, FreeWithoutDataOrDataSizeDoesNothing)
+{
+    for (const uint32_t type : {item_type, ext_type, 439U, raw_type}) {
+        mdm_body_t kept = body(type, 12, nullptr);
+        LogRecorder log;
+        EXPECT_THAT(free_body(type_phone_res, kept), IsEmpty());
+        EXPECT_EQ(kept.phone_res.data, nullptr);
+        expect_headed<&mdm_body_t::phone_res>(kept, type, 12);
+
+        kept = body(type, 0, sentinel());
+        EXPECT_THAT(free_body(type_phone_res, kept), IsEmpty());
+        EXPECT_EQ(kept.phone_res.data, sentinel());
+        expect_headed<&mdm_body_t::phone_res>(kept, type, 0);
+        EXPECT_THAT(log.take(), IsEmpty());
+    }
+}
+
+TEST(PhoneRes, WholeMessagesOfBothTypesLeakNothing)
+{
+    mdm_phone_res_detail_t numbers = detail(5, 7, "hi");
+    mdm_phone_res_ext_t extended = ext("abc", &numbers);
+    mdm_phone_res_item_t record = item("abc", "hi");
+    char raw[] = "raw";
+    const struct {
+        mdm_body_t body;
+        size_t size;
+        size_t blocks;
+    } cases[] = {{body(item_type, 1, &record), 25, 3},
+                 {body(ext_type, 1, &extended), 33, 4},
+                 {body(raw_type, 3, raw), 15, 1},
+                 {body(394, 0, &record), 12, 0}};
+    for (const int offset : {0, 1}) {
+        for (const auto &[sent, size, blocks] : cases) {
+            mdm_msg_t msg = message(static_cast<uint8_t>(type_phone_res + offset));
+            msg.body = sent;
+            const Bytes bytes = serialize(msg);
+            EXPECT_EQ(bytes.size(), 40 + size);
+            mdm_msg_t back{};
+            LogRecorder log(MDM_LOG_CRITICAL);
+            AllocationTrace trace;
+            EXPECT_EQ(deserialize(back, bytes), 0);
+            EXPECT_EQ(ipc_free(&back), 0);
+            trace.stop();
+            // One more for the helper's copy of the message.
+            EXPECT_EQ(trace.allocated().size(), 1 + blocks);
+            EXPECT_THAT(trace.kept(), IsEmpty());
+            EXPECT_THAT(log.take(), IsEmpty());
+        }
+    }
+}
+
+TEST(PhoneRes, HandlersLogNothing)
+{
+    mdm_phone_res_detail_t numbers = detail(5, 7, "hi");
+    mdm_phone_res_ext_t extended = ext("abc", &numbers);
+    mdm_phone_res_item_t record = item("abc", "hi");
+    for (const int32_t data_size : {0, 3}) {
+        for (mdm_body_t sent :
+             {body(item_type, data_size, &record), body(ext_type, data_size, &extended),
+              body(raw_type, data_size, &record)}) {
+            LogRecorder log;
+            size_body(type_phone_res, sent);
+            mdm_body_t back{};
+            read_body(type_phone_res, back, write_body(type_phone_res, sent));
+            _free_phone_res(&back);
+            EXPECT_THAT(log.take(), IsEmpty());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

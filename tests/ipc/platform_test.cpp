@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint8_t type_platform = 53;
+constexpr uint32_t number_and_flag_type = 439;
+constexpr uint32_t number_type = 440;
+constexpr uint32_t text_type = 1;
+
+mdm_body_t body(uint32_t type, const char *text)
+{
+    return {.platform = {type, 0xAAAAAAAA, borrowed(text), 0xBBBBBBBB, 0x11121314, 0xF5}};
+}
+
+// A receiver's body before it reads: what does not travel must stay as it is here.
+mdm_body_t used_body()
+{
+    mdm_body_t body{};
+    body.platform = {99, 0xAAAAAAAA, static_cast<char *>(sentinel()), 0xBBBBBBBB, 0x55555555, 0x66};
+    return body;
+}
+
+// What a body carries beside its text.
+struct Numbers {
+    uint32_t number;
+    uint8_t flag;
+};
+
+Numbers numbers_after_receiving(uint32_t type)
+{
+    switch (type) {
+    case number_and_flag_type:
+        return {0x11121314, 0xF5};
+    case number_type:
+        return {0x11121314, 0x66};
+    default:
+        return {0x55555555, 0x66};
+    }
+}
+
+Bytes numbers_on_the_wire(uint32_t type)
+{
+    switch (type) {
+    case number_and_flag_type:
+        return hex("14 13 12 11 F5");
+    case number_type:
+        return hex("14 13 12 11");
+    default:
+        return {};
+    }
+}
+
+void expect_fields(const mdm_body_t &body, uint32_t type, Numbers numbers)
+{
+    EXPECT_EQ(body.platform.type, type);
+    EXPECT_EQ(body.platform.aux, 0xAAAAAAAAU);
+    EXPECT_EQ(body.platform.aux2, 0xBBBBBBBBU);
+    EXPECT_EQ(body.platform.number, numbers.number);
+    EXPECT_EQ(body.platform.flag, numbers.flag);
+}
+
+TEST(Platform, TextThenNumberThenFlagTravel)
+{
+    mdm_body_t sent = body(number_and_flag_type, "abc");
+    sent.platform.number = 7;
+    sent.platform.flag = 1;
+    EXPECT_EQ(size_body(type_platform, sent), 16U);
+    EXPECT_EQ(write_body(type_platform, sent),
+              hex("B7 01 00 00 03 00 00 00 61 62 63 07 00 00 00 01"));
+    expect_fields(sent, number_and_flag_type, {7, 1});
+}
+
+TEST(Platform, NumberWithoutTextIs12BytesAndLeavesTheFlag)
+{
+    mdm_body_t sent = body(number_type, nullptr);
+    EXPECT_EQ(size_body(type_platform, sent), 12U);
+    const Bytes bytes = write_body(type_platform, sent);
+    EXPECT_EQ(bytes, hex("B8 01 00 00 00 00 00 00 14 13 12 11"));
+    mdm_body_t back = used_body();
+    EXPECT_EQ(read_body(type_platform, back, bytes), 12U);
+    EXPECT_EQ(back.platform.text, nullptr);
+    expect_fields(back, number_type, {0x11121314, 0x66});
+}
+
+TEST(Platform, OnlyTwoTypesCarryNumbers)
+{
+    std::vector<uint32_t> types{0xFFFFFFFF, 0x80000000, 0x800001B7, 0x010001B8, 65975, 65976};
+    for (uint32_t type = 0; type <= 1000; ++type) {
+        types.push_back(type);
+    }
+    for (const uint32_t type : types) {
+        SCOPED_TRACE(type);
+        mdm_body_t sent = body(type, "ab");
+        const Bytes text = hex("02 00 00 00 61 62");
+        const Bytes payload = text + numbers_on_the_wire(type);
+        EXPECT_EQ(size_body(type_platform, sent), 4 + payload.size());
+        const Bytes bytes = write_body(type_platform, sent);
+        EXPECT_EQ(Bytes(bytes.begin() + 4, bytes.end()), payload);
+
+        mdm_body_t back = used_body();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_platform, back, bytes), bytes.size());
+        trace.stop();
+        expect_fields(back, type, numbers_after_receiving(type));
+        EXPECT_STREQ(back.platform.text, "ab");
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{back.platform.text, 3}));
+
+        const void *released = back.platform.text;
+        EXPECT_THAT(free_body(type_platform, back), ElementsAre(released));
+        EXPECT_EQ(back.platform.text, released);
+        expect_fields(back, type, numbers_after_receiving(type));
+    }
+}
+
+TEST(Platform, MissingAndEmptyTextsArriveAsNull)
+{
+    for (const uint32_t type : {text_type, number_type, number_and_flag_type}) {
+        for (const char *text : {static_cast<const char *>(nullptr), ""}) {
+            mdm_body_t sent = body(type, text);
+            const Bytes payload = Bytes(4) + numbers_on_the_wire(type);
+            EXPECT_EQ(size_body(type_platform, sent), 4 + payload.size());
+            const Bytes bytes = write_body(type_platform, sent);
+            EXPECT_EQ(Bytes(bytes.begin() + 4, bytes.end()), payload);
+            mdm_body_t back = used_body();
+            EXPECT_EQ(read_body(type_platform, back, bytes), bytes.size());
+            EXPECT_EQ(back.platform.text, nullptr);
+            expect_fields(back, type, numbers_after_receiving(type));
+            EXPECT_THAT(free_body(type_platform, back), IsEmpty());
+        }
+    }
+}
+
+TEST(Platform, LongAndNonAsciiTextsTravel)
+{
+    for (const std::string &text : {std::string(1, 'x'), std::string(400, '\xE9')}) {
+        mdm_body_t sent = body(number_type, text.c_str());
+        EXPECT_EQ(size_body(type_platform, sent), 12 + text.size());
+        mdm_body_t back{};
+        EXPECT_EQ(read_body(type_platform, back, write_body(type_platform, sent)),
+                  12 + text.size());
+        EXPECT_EQ(back.platform.text, text);
+        _free_platform(&back);
+    }
+}
+
+TEST(Platform, WholeMessagesOfBothTypesLeakNothing)
+{
+    for (const int offset : {0, 1}) {
+        for (const uint32_t type : {text_type, number_type, number_and_flag_type}) {
+            mdm_msg_t msg = message(static_cast<uint8_t>(type_platform + offset));
+            msg.body = body(type, "abc");
+            const Bytes bytes = serialize(msg);
+            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), write_body(type_platform, msg.body));
+            mdm_msg_t back{};
+            back.body = used_body();
+            AllocationTrace trace;
+            EXPECT_EQ(deserialize(back, bytes), 0);
+            EXPECT_EQ(ipc_free(&back), 0);
+            trace.stop();
+            expect_fields(back.body, type, numbers_after_receiving(type));
+            EXPECT_THAT(trace.kept(), IsEmpty());
+        }
+    }
+}
+
+TEST(Platform, OnlyTheWriterLogs)
+{
+    for (const uint32_t type : {text_type, number_type, number_and_flag_type}) {
+        mdm_body_t sent = body(type, "abc");
+        LogRecorder log;
+        size_body(type_platform, sent);
+        EXPECT_THAT(log.take(), IsEmpty());
+        const Bytes bytes = write_body(type_platform, sent);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_set_platform"), leave("_set_platform")));
+        mdm_body_t back{};
+        read_body(type_platform, back, bytes);
+        _free_platform(&back);
+        EXPECT_THAT(log.take(), IsEmpty());
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

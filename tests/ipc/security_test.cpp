@@ -1,0 +1,914 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_ipc_handlers.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+using ::testing::IsNull;
+using ::testing::SizeIs;
+
+using Item = mdm_security_item_t;
+using Account = mdm_security_account_t;
+
+constexpr uint8_t type_security = 5;
+constexpr uint32_t item_types[] = {56, 76};
+constexpr uint32_t string_types[] = {68, 69};
+constexpr uint32_t account_types[] = {70, 71};
+constexpr uint32_t list_types[] = {68, 69, 70, 71};
+constexpr uint32_t one_type_of_each_shape[] = {56, 68, 70, 57};
+constexpr int32_t no_payload[] = {0, -1, INT32_MIN};
+
+// Bodies.
+
+mdm_body_t body(uint32_t type, int32_t data_size, void *data)
+{
+    return headed_body<&mdm_body_t::security>(type, data_size, data);
+}
+
+// What the writer adds to the head.
+Bytes written_payload(mdm_body_t &sent)
+{
+    const Bytes bytes = write_body(type_security, sent);
+    return {bytes.begin() + 12, bytes.end()};
+}
+
+struct ReleaseCells {
+    void operator()(GList *list) const { g_list_free(list); }
+};
+using List = std::unique_ptr<GList, ReleaseCells>;
+
+// A sender's list: the elements stay the test's own.
+List list(std::initializer_list<void *> elements)
+{
+    return List(list_of(elements));
+}
+
+// The three strings that the sender's lists share: the middle one is empty.
+List three_strings()
+{
+    return list({borrowed("a"), borrowed(""), borrowed("b")});
+}
+
+void *nth_cell(const List &list, guint index)
+{
+    return g_list_nth(list.get(), index);
+}
+
+// A received body whose `data` shows whether it is assigned.
+mdm_body_t untouched()
+{
+    return body(0, 0, sentinel());
+}
+
+// The same size and the same stored data_size, however often the body is sized.
+void expect_size(mdm_body_t &sent, uint32_t size, int32_t stored)
+{
+    for (int call = 0; call < 3; ++call) {
+        EXPECT_EQ(size_body(type_security, sent), size);
+        EXPECT_EQ(sent.security.data_size, stored);
+    }
+}
+
+// Items.
+
+constexpr uint32_t item_word2 = 0xEEEEEEEE;
+
+Item item(char *str1, char *str3, char *str4)
+{
+    return {0xFFFFFF10, str1, item_word2, str3, str4};
+}
+
+Item abc_item()
+{
+    return item(borrowed("one"), borrowed("\xC3\xA9!"), borrowed("4"));
+}
+
+const Bytes abc_item_bytes =
+    hex("10 FF FF FF 03 00 00 00 6F 6E 65 01 00 00 00 34 03 00 00 00 C3 A9 21");
+
+// Accounts.
+
+struct AccountString {
+    char *Account::*member;
+    const char *text;
+};
+
+constexpr AccountString account_strings[] = {
+    {&Account::str4, "4"},   {&Account::str5, "5"},   {&Account::str6, "6"},
+    {&Account::str7, "7"},   {&Account::str8, "8"},   {&Account::str9, "9"},
+    {&Account::str10, "10"}, {&Account::str11, "11"}, {&Account::str12, "12"},
+    {&Account::str13, "13"}, {&Account::str14, "14"}, {&Account::str15, "15"},
+    {&Account::str16, "16"}, {&Account::str17, "17"}, {&Account::str18, "18"},
+    {&Account::str19, "19"}, {&Account::str20, "20"}, {&Account::str21, "21"},
+    {&Account::str22, "22"}, {&Account::str23, "23"}, {&Account::str24, "24"},
+    {&Account::str25, "25"},
+};
+
+Account blank_account()
+{
+    Account account{};
+    account.num0 = 0x10;
+    account.num1 = 0x11;
+    account.num2 = 0x12;
+    account.num3 = 0xFFFFFF13;
+    return account;
+}
+
+// Each string holds its own number; `string` makes it, borrowed() or heap_text().
+Account account(char *(*string)(const char *))
+{
+    Account account = blank_account();
+    for (const auto &[member, text] : account_strings) {
+        account.*member = string(text);
+    }
+    return account;
+}
+
+Account *heap_account()
+{
+    auto *record = static_cast<Account *>(g_malloc0(sizeof(Account)));
+    *record = account(heap_text);
+    return record;
+}
+
+std::vector<const void *> strings_of(const Account &account)
+{
+    std::vector<const void *> strings;
+    for (const auto &string : account_strings) {
+        strings.push_back(account.*string.member);
+    }
+    return strings;
+}
+
+const Bytes account_numbers = hex("10 00 00 00 11 00 00 00 12 00 00 00 13 FF FF FF");
+const Bytes account_bytes =
+    account_numbers +
+    hex("01 00 00 00 34 01 00 00 00 35 01 00 00 00 36 01 00 00 00 37 01 00 00 00 38 "
+        "01 00 00 00 39 02 00 00 00 31 30 02 00 00 00 31 31 02 00 00 00 31 32 02 00 00 00 31 33 "
+        "02 00 00 00 31 34 02 00 00 00 31 35 02 00 00 00 31 36 02 00 00 00 31 37 "
+        "02 00 00 00 31 38 02 00 00 00 31 39 02 00 00 00 32 30 02 00 00 00 32 31 "
+        "02 00 00 00 32 32 02 00 00 00 32 33 02 00 00 00 32 34 02 00 00 00 32 35");
+const Bytes blank_account_bytes = account_numbers + Bytes(88);
+
+void expect_numbers_of_account(const Account &account)
+{
+    EXPECT_EQ(account.num0, 0x10U);
+    EXPECT_EQ(account.num1, 0x11U);
+    EXPECT_EQ(account.num2, 0x12U);
+    EXPECT_EQ(account.num3, 0xFFFFFF13U);
+}
+
+void expect_full_account(const Account &account)
+{
+    expect_numbers_of_account(account);
+    for (const auto &[member, text] : account_strings) {
+        EXPECT_STREQ(account.*member, text);
+    }
+}
+
+const Account &received_account(const void *element)
+{
+    return *static_cast<const Account *>(element);
+}
+
+// String lists.
+
+struct ReceivedStrings {
+    size_t consumed;
+    mdm_body_t body;
+    std::vector<std::optional<std::string>> texts;
+    std::vector<std::string> kept;  // what the free handler left allocated
+};
+
+// The texts of the blocks that a trace says are left, which are released on the way.
+std::vector<std::string> release_kept(const AllocationTrace &trace)
+{
+    std::vector<std::string> texts;
+    for (const Block &block : trace.kept()) {
+        texts.emplace_back(static_cast<const char *>(block.address));
+        g_free(const_cast<void *>(block.address));
+    }
+    return texts;
+}
+
+// Reads a string list into a record whose `data` is set, looks at it, and releases it.
+ReceivedStrings receive_strings(const Bytes &bytes)
+{
+    ReceivedStrings received{0, untouched(), {}, {}};
+    AllocationTrace trace;
+    received.consumed = read_body(type_security, received.body, bytes);
+    {
+        const AllocationTrace::Pause pause;
+        received.texts = texts_of(received.body.security.data);
+    }
+    _free_security(&received.body);
+    trace.stop();
+    received.kept = release_kept(trace);
+    return received;
+}
+
+// Which type has which shape.
+
+// What the handlers make of a body with a data_size of 4 whose payload is as good as empty: a
+// zeroed item, a list of one null element, four zero bytes.
+struct Form {
+    const char *name;
+    uint32_t size;
+    int32_t stored;
+    Bytes written;
+    size_t consumed;  // of a count of 1 and zeros
+    bool keeps_pointer;
+};
+
+const Form item_form{"item", 28, 16, Bytes(16), 16, false};
+const Form strings_form{"strings", 16, 16, hex("01 00 00 00"), 8, true};
+const Form accounts_form{"accounts", 0, 4, hex("01 00 00 00"), 4 + 16 + 22 * 4, true};
+const Form raw_form{"raw", 16, 4, Bytes(4), 4, false};
+
+const Form &form_of(uint32_t type)
+{
+    switch (type) {
+    case 56:
+    case 76:
+        return item_form;
+    case 68:
+    case 69:
+        return strings_form;
+    case 70:
+    case 71:
+        return accounts_form;
+    default:
+        return raw_form;
+    }
+}
+
+void *empty_payload(const Form &form)
+{
+    return form.keeps_pointer ? list_of({nullptr}) : g_malloc0(sizeof(Item));
+}
+
+TEST(Security, TypeDecidesTheShapeInEveryHandler)
+{
+    for (const uint32_t type : swept_types({56, 68, 69, 70, 71, 76})) {
+        const Form &form = form_of(type);
+        SCOPED_TRACE(std::to_string(type) + " as " + form.name);
+        mdm_body_t some = body(type, 4, empty_payload(form));
+        EXPECT_EQ(size_body(type_security, some), form.size);
+        EXPECT_EQ(some.security.data_size, form.stored);
+        some.security.data_size = 4;
+        EXPECT_EQ(write_body(type_security, some), head_bytes(type, 4) + form.written);
+        _free_security(&some);
+        EXPECT_EQ(some.security.data != nullptr, form.keeps_pointer);
+        EXPECT_EQ(some.security.data_size, form.keeps_pointer ? 4 : 0);
+
+        mdm_body_t received = untouched();
+        EXPECT_EQ(read_body(type_security, received,
+                            head_bytes(type, 4) + hex("01 00 00 00") + Bytes(104)),
+                  12 + form.consumed);
+        expect_headed<&mdm_body_t::security>(received, type, 4);
+        _free_security(&received);
+    }
+}
+
+TEST(Security, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
+{
+    for (const uint32_t type : one_type_of_each_shape) {
+        for (const int32_t data_size : no_payload) {
+            mdm_body_t sent = body(type, data_size, sentinel());
+            const Bytes bytes = write_body(type_security, sent);
+            EXPECT_EQ(bytes, head_bytes(type, data_size));
+
+            mdm_body_t received = untouched();
+            AllocationTrace trace;
+            EXPECT_EQ(read_body(type_security, received, bytes), 12U);
+            trace.stop();
+            expect_headed<&mdm_body_t::security>(received, type, data_size);
+            EXPECT_EQ(received.security.data, sentinel());
+            EXPECT_THAT(trace.kept(), IsEmpty());
+        }
+    }
+}
+
+TEST(Security, FreeOfNullDataChangesNothingForItemsAndLists)
+{
+    for (const uint32_t type : {56U, 68U, 69U, 70U, 71U, 76U}) {
+        mdm_body_t received = body(type, 5, nullptr);
+        EXPECT_THAT(free_body(type_security, received), IsEmpty());
+        expect_headed<&mdm_body_t::security>(received, type, 5);
+        EXPECT_EQ(received.security.data, nullptr);
+    }
+}
+
+TEST(Security, SizeAndSetLogEnterAndExitOnly)
+{
+    Item record = abc_item();
+    Account full = account(borrowed);
+    const List strings = list({borrowed("a"), nullptr, borrowed("b")});
+    const List accounts = list({&full});
+    const mdm_body_t bodies[] = {body(56, 1, &record),         body(56, 0, nullptr),
+                                 body(76, 5, nullptr),         body(68, 1, strings.get()),
+                                 body(69, 0, nullptr),         body(70, 1, accounts.get()),
+                                 body(71, 0, nullptr),         body(57, 3, borrowed("raw")),
+                                 body(75, 0, borrowed("raw")), body(0, -1, nullptr)};
+    for (mdm_body_t sent : bodies) {
+        LogRecorder log;
+        size_body(type_security, sent);
+        EXPECT_EQ(log.take(), enter_and_leave("_size_of_security"));
+        write_body(type_security, sent);
+        EXPECT_EQ(log.take(), enter_and_leave("_set_security"));
+    }
+}
+
+TEST(Security, GetAndFreeLogEnterAndExitOnly)
+{
+    for (const uint32_t type : one_type_of_each_shape) {
+        for (const int32_t data_size : {0, 1}) {
+            for (const uint32_t count : {0U, 1U}) {
+                mdm_body_t received{};
+                LogRecorder log;
+                read_body(type_security, received,
+                          head_bytes(type, data_size) + word(count) + Bytes(104));
+                EXPECT_EQ(log.take(), enter_and_leave("_get_security"));
+                _free_security(&received);
+                EXPECT_EQ(log.take(), enter_and_leave("_free_security"));
+            }
+        }
+    }
+}
+
+// Items.
+
+TEST(SecurityItem, SendsItsFifthFieldBeforeItsFourth)
+{
+    Item record = abc_item();
+    for (const uint32_t type : item_types) {
+        for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, &record);
+            expect_size(sent, 12 + 4 + (4 + 3) + (4 + 1) + (4 + 3), 23);
+            EXPECT_EQ(write_body(type_security, sent), head_bytes(type, 23) + abc_item_bytes);
+        }
+    }
+}
+
+TEST(SecurityItem, OfNullOrEmptyStringsIs28Bytes)
+{
+    for (char *string : {static_cast<char *>(nullptr), borrowed("")}) {
+        Item record = item(string, string, string);
+        mdm_body_t sent = body(56, 1, &record);
+        expect_size(sent, 28, 16);
+        EXPECT_EQ(write_body(type_security, sent),
+                  hex("38 00 00 00 04 03 02 01 10 00 00 00 10 FF FF FF "
+                      "00 00 00 00 00 00 00 00 00 00 00 00"));
+    }
+}
+
+TEST(SecurityItem, ComesBackFieldByField)
+{
+    for (const uint32_t type : item_types) {
+        mdm_body_t received = untouched();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_security, received, head_bytes(type, 23) + abc_item_bytes), 35U);
+        trace.stop();
+        expect_headed<&mdm_body_t::security>(received, type, 23);
+        const auto &record = *static_cast<const Item *>(received.security.data);
+        EXPECT_EQ(record.num0, 0xFFFFFF10U);
+        EXPECT_STREQ(record.str1, "one");
+        EXPECT_EQ(record.word2, 0U);
+        EXPECT_STREQ(record.str3, "\xC3\xA9!");
+        EXPECT_STREQ(record.str4, "4");
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}, Block{record.str1, 4},
+                                              Block{record.str4, 2}, Block{record.str3, 4}));
+        _free_security(&received);
+    }
+}
+
+TEST(SecurityItem, IsReadForAnyDataSizeAbove0)
+{
+    for (const int32_t data_size : {1, INT32_MAX}) {
+        mdm_body_t received = untouched();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_security, received, head_bytes(56, data_size) + Bytes(16)), 28U);
+        trace.stop();
+        const auto &record = *static_cast<const Item *>(received.security.data);
+        EXPECT_EQ(record.str1, nullptr);
+        EXPECT_EQ(record.str3, nullptr);
+        EXPECT_EQ(record.str4, nullptr);
+        EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}));
+        _free_security(&received);
+    }
+}
+
+TEST(SecurityItem, LongStringsTravel)
+{
+    std::string text(1000, 'x');
+    Item record = item(nullptr, nullptr, text.data());
+    mdm_body_t sent = body(76, 1, &record);
+    expect_size(sent, 1028, 1016);
+    mdm_body_t received{};
+    EXPECT_EQ(read_body(type_security, received, write_body(type_security, sent)), 1028U);
+    EXPECT_EQ(static_cast<const Item *>(received.security.data)->str4, text);
+    _free_security(&received);
+}
+
+TEST(SecurityItem, ThatIsNullIsTheHeadAlone)
+{
+    for (const uint32_t type : item_types) {
+        for (const int32_t data_size : {0, 1, 7, -1, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, nullptr);
+            expect_size(sent, 12, 0);
+            EXPECT_EQ(write_body(type_security, sent), head_bytes(type, 0));
+        }
+    }
+}
+
+TEST(SecurityItem, ThatIsNullAndNotSizedSkipsDataSizeBytes)
+{
+    for (const uint32_t type : item_types) {
+        mdm_body_t sent = body(type, 7, nullptr);
+        Bytes buffer(24, 0xCC);
+        EXPECT_EQ(_set_security(buffer.data(), &sent), buffer.data() + 19);
+        EXPECT_EQ(buffer, head_bytes(type, 7) + Bytes(12, 0xCC));
+    }
+}
+
+TEST(SecurityItem, FreeReleasesItsStringsInWireOrderThenTheRecord)
+{
+    for (const uint32_t type : item_types) {
+        auto *record = static_cast<Item *>(g_malloc0(sizeof(Item)));
+        *record = item(heap_text("1"), heap_text("3"), heap_text("4"));
+        const Item before = *record;
+        mdm_body_t received = body(type, 0, record);
+        AllocationTrace trace;
+        trace.during_release([&](const void *block) {
+            if (block == record) {
+                EXPECT_EQ(record->num0, before.num0);
+                EXPECT_EQ(record->str1, nullptr);
+                EXPECT_EQ(record->word2, item_word2);
+                EXPECT_EQ(record->str3, nullptr);
+                EXPECT_EQ(record->str4, nullptr);
+            }
+        });
+        _free_security(&received);
+        _free_security(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAre(before.str1, before.str4, before.str3, record));
+        expect_headed<&mdm_body_t::security>(received, type, 0);
+        EXPECT_EQ(received.security.data, nullptr);
+    }
+}
+
+TEST(SecurityItem, FreeResetsDataSize)
+{
+    mdm_body_t received = body(56, 23, g_malloc0(sizeof(Item)));
+    _free_security(&received);
+    EXPECT_EQ(received.security.data, nullptr);
+    EXPECT_EQ(received.security.data_size, 0);
+}
+
+// String lists.
+
+TEST(SecurityStrings, CountTheWholeBodyInDataSize)
+{
+    const List strings = three_strings();
+    for (const uint32_t type : string_types) {
+        for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, strings.get());
+            expect_size(sent, 16 + 5 + 4 + 5, 30);
+            EXPECT_EQ(write_body(type_security, sent),
+                      head_bytes(type, 30) +
+                          hex("03 00 00 00 01 00 00 00 61 00 00 00 00 01 00 00 00 62"));
+        }
+    }
+}
+
+TEST(SecurityStrings, EndAtTheFirstNullElementButCountAll)
+{
+    const List second = list({borrowed("a"), nullptr, borrowed("b")});
+    mdm_body_t sent = body(68, 0, second.get());
+    expect_size(sent, 21, 21);
+    EXPECT_EQ(write_body(type_security, sent), hex("44 00 00 00 04 03 02 01 15 00 00 00 "
+                                                   "03 00 00 00 01 00 00 00 61"));
+
+    const List first = list({nullptr, borrowed("b")});
+    sent = body(69, 0, first.get());
+    expect_size(sent, 16, 16);
+    EXPECT_EQ(written_payload(sent), hex("02 00 00 00"));
+}
+
+TEST(SecurityStrings, ComeBackWithoutTheEmptyOnes)
+{
+    for (const uint32_t type : string_types) {
+        const ReceivedStrings received = receive_strings(
+            head_bytes(type, 30) + hex("03 00 00 00 01 00 00 00 61 00 00 00 00 01 00 00 00 62"));
+        EXPECT_EQ(received.consumed, 30U);
+        expect_headed<&mdm_body_t::security>(received.body, type, 30);
+        EXPECT_THAT(received.texts, ElementsAre("a", "b"));
+        EXPECT_THAT(received.kept, ElementsAre("a", "b"));
+    }
+}
+
+TEST(SecurityStrings, AreSecondCopiesAndTheFirstOnesStayAllocated)
+{
+    mdm_body_t received = untouched();
+    const Bytes bytes = head_bytes(68, 1) + hex("01 00 00 00 05 00 00 00 61 62 00 63 64");
+    AllocationTrace trace;
+    EXPECT_EQ(_get_security(&received, bytes.data()), bytes.data() + bytes.size());
+    trace.stop();
+    const std::vector<Block> blocks = trace.allocated();
+    ASSERT_THAT(blocks, SizeIs(3));
+    EXPECT_EQ(blocks[0].size, 6U);  // the copy that is left alone
+    EXPECT_STREQ(static_cast<const char *>(blocks[0].address), "ab");
+    EXPECT_EQ(blocks[1].size, 3U);
+    EXPECT_EQ(blocks[2], (Block{received.security.data, sizeof(GList)}));
+    EXPECT_THAT(elements_of(received.security.data), ElementsAre(blocks[1].address));
+    EXPECT_THAT(texts_of(received.security.data), ElementsAre("ab"));
+    EXPECT_THAT(free_body(type_security, received),
+                ElementsAre(blocks[1].address, blocks[2].address));
+    g_free(const_cast<void *>(blocks[0].address));
+}
+
+TEST(SecurityStrings, ThatBeginWithAZeroByteAreNotEmpty)
+{
+    const ReceivedStrings received =
+        receive_strings(head_bytes(69, 1) + hex("02 00 00 00 02 00 00 00 00 61 01 00 00 00 62"));
+    EXPECT_EQ(received.consumed, 27U);
+    EXPECT_THAT(received.texts, ElementsAre("", "b"));
+    EXPECT_THAT(received.kept, ElementsAre("", "b"));
+}
+
+TEST(SecurityStrings, ManyAndLongOnesTravelInOrder)
+{
+    std::vector<std::string> texts{std::string(300, 'x'), "\xC3\xA9\xE2\x82\xAC"};
+    for (int i = 0; i < 100; ++i) {
+        texts.push_back(std::to_string(i));
+    }
+    GQueue queue = G_QUEUE_INIT;
+    for (std::string &text : texts) {
+        g_queue_push_tail(&queue, text.data());
+    }
+    const List strings(queue.head);
+    mdm_body_t sent = body(68, 0, strings.get());
+    const uint32_t size = 16 + 102 * 4 + 300 + 5 + 10 + 90 * 2;
+    expect_size(sent, size, static_cast<int32_t>(size));
+    const ReceivedStrings received = receive_strings(write_body(type_security, sent));
+    EXPECT_EQ(received.consumed, size);
+    EXPECT_THAT(received.texts, ElementsAreArray(texts));
+    EXPECT_THAT(received.kept, ElementsAreArray(texts));
+}
+
+TEST(SecurityStrings, FreeReleasesTheElementsThenTheCellsAndKeepsThePointer)
+{
+    for (const uint32_t type : string_types) {
+        GList *strings = heap_list({"a", nullptr, "b"});
+        const auto texts = elements_of(strings);
+        const auto cells = cells_of(strings);
+        mdm_body_t received = body(type, 0, strings);
+        received.security.data_size = 30;
+        EXPECT_THAT(free_body(type_security, received),
+                    ElementsAre(texts[0], texts[2], cells[0], cells[1], cells[2]));
+        expect_headed<&mdm_body_t::security>(received, type, 30);
+        EXPECT_EQ(received.security.data, strings);
+    }
+}
+
+// Account lists.
+
+TEST(SecurityAccounts, CountTheWholeBodyInDataSize)
+{
+    Account full = account(borrowed);
+    Account blank = blank_account();
+    const List accounts = list({&full, &blank});
+    for (const uint32_t type : account_types) {
+        for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, accounts.get());
+            expect_size(sent, 16 + (16 + 22 * 4 + 38) + (16 + 22 * 4), 262);
+            EXPECT_EQ(write_body(type_security, sent), head_bytes(type, 262) + hex("02 00 00 00") +
+                                                           account_bytes + blank_account_bytes);
+        }
+    }
+}
+
+TEST(SecurityAccounts, ComeBackFieldByField)
+{
+    const Bytes payload = hex("03 00 00 00") + account_bytes + blank_account_bytes + account_bytes;
+    for (const uint32_t type : account_types) {
+        mdm_body_t received = untouched();
+        AllocationTrace trace;
+        EXPECT_EQ(read_body(type_security, received, head_bytes(type, 1) + payload),
+                  12 + payload.size());
+        trace.stop();
+        expect_headed<&mdm_body_t::security>(received, type, 1);
+        const auto accounts = elements_of(received.security.data);
+        ASSERT_THAT(accounts, SizeIs(3));
+        expect_full_account(received_account(accounts[0]));
+        expect_numbers_of_account(received_account(accounts[1]));
+        EXPECT_THAT(strings_of(received_account(accounts[1])), Each(IsNull()));
+        expect_full_account(received_account(accounts[2]));
+        const std::vector<Block> kept = trace.kept();
+        ASSERT_THAT(kept, SizeIs((1 + 22 + 1) + (1 + 1) + (1 + 22 + 1)));
+        EXPECT_EQ(kept[0], (Block{accounts[0], sizeof(Account)}));
+        EXPECT_EQ(kept[1], (Block{received_account(accounts[0]).str4, 2}));
+        _free_security(&received);
+    }
+}
+
+TEST(SecurityAccounts, LongAndEmptyStringsTravel)
+{
+    std::string text(300, '\xFE');
+    Account record = blank_account();
+    record.str5 = borrowed("");
+    record.str25 = text.data();
+    const List accounts = list({&record});
+    mdm_body_t sent = body(71, 0, accounts.get());
+    expect_size(sent, 420, 420);
+    mdm_body_t received{};
+    EXPECT_EQ(read_body(type_security, received, write_body(type_security, sent)), 420U);
+    const Account &back = received_account(elements_of(received.security.data).at(0));
+    EXPECT_EQ(back.str5, nullptr);
+    EXPECT_EQ(back.str25, text);
+    _free_security(&received);
+}
+
+TEST(SecurityAccounts, WithANullElementCannotBeSized)
+{
+    Account full = account(borrowed);
+    Account blank = blank_account();
+    for (const List &accounts :
+         {list({&full, nullptr, &blank}), list({nullptr}), list({&full, nullptr})}) {
+        for (const uint32_t type : account_types) {
+            mdm_body_t sent = body(type, 77, accounts.get());
+            LogRecorder log;
+            EXPECT_EQ(_size_of_security(&sent), 0U);
+            EXPECT_EQ(sent.security.data_size, 77);
+            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_security"),
+                                                critical("_size_of_security", "acconts is NULL"),
+                                                leave("_size_of_security")));
+        }
+    }
+}
+
+TEST(SecurityAccounts, NullElementsAreCountedButNotWritten)
+{
+    Account full = account(borrowed);
+    Account blank = blank_account();
+    const List accounts = list({&full, nullptr, &blank});
+    for (const uint32_t type : account_types) {
+        mdm_body_t sent = body(type, 1, accounts.get());
+        EXPECT_EQ(write_body(type_security, sent),
+                  head_bytes(type, 1) + hex("03 00 00 00") + account_bytes + blank_account_bytes);
+    }
+}
+
+TEST(SecurityAccounts, FreeReleasesAllStringsThenTheRecordsThenTheCells)
+{
+    for (const uint32_t type : account_types) {
+        Account *first = heap_account();
+        Account *last = heap_account();
+        g_free(last->str7);
+        last->str7 = nullptr;
+        GList *accounts = list_of({first, nullptr, last});
+        std::vector<const void *> expected = strings_of(*first);
+        for (const void *string : strings_of(*last)) {
+            if (string != nullptr) {
+                expected.push_back(string);
+            }
+        }
+        expected.insert(expected.end(), {first, last});
+        for (const void *cell : cells_of(accounts)) {
+            expected.push_back(cell);
+        }
+
+        mdm_body_t received = body(type, 262, accounts);
+        AllocationTrace trace;
+        trace.during_release([&](const void *block) {
+            if (block == first || block == last) {
+                expect_numbers_of_account(received_account(block));
+                EXPECT_THAT(strings_of(received_account(block)), Each(IsNull()));
+            }
+        });
+        _free_security(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAreArray(expected));
+        expect_headed<&mdm_body_t::security>(received, type, 262);
+        EXPECT_EQ(received.security.data, accounts);
+    }
+}
+
+// Both lists.
+
+TEST(SecurityLists, ThatAreEmptyCount16BytesAndLeaveDataSize)
+{
+    for (const uint32_t type : list_types) {
+        for (const int32_t data_size : {0, 1, 5, -1, INT32_MIN}) {
+            mdm_body_t sent = body(type, data_size, nullptr);
+            expect_size(sent, 16, data_size);
+        }
+        mdm_msg_t msg = message(type_security);
+        msg.body = body(type, 0, nullptr);
+        const Bytes bytes = serialize(msg);
+        EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head_bytes(type, 0) + Bytes(4));
+    }
+}
+
+TEST(SecurityLists, ThatAreEmptyCannotBeWrittenWithADataSize)
+{
+    for (const uint32_t type : list_types) {
+        mdm_body_t sent = body(type, 1, nullptr);
+        Bytes buffer(16, 0xCC);
+        LogRecorder log;
+        EXPECT_EQ(_set_security(buffer.data(), &sent), nullptr);
+        EXPECT_THAT(log.take(), ElementsAre(enter("_set_security"), assert_fails("_set_security")));
+        EXPECT_EQ(buffer, head_bytes(type, 1) + hex("CC CC CC CC"));
+    }
+}
+
+TEST(SecurityLists, ThatCannotBeWrittenAreReportedByTheEnvelope)
+{
+    for (const uint32_t type : list_types) {
+        mdm_msg_t msg = message(type_security);
+        msg.body = body(type, 9, nullptr);
+        LogRecorder log(MDM_LOG_CRITICAL);
+        const Bytes bytes = serialize(msg);
+        EXPECT_THAT(log.take(), ElementsAre(assert_fails("_set_security"),
+                                            critical("ipc_serialize", "lp_body is NULL")));
+        EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head_bytes(type, 9) + Bytes(4));
+    }
+}
+
+TEST(SecurityLists, WithoutAPositiveCountComeBackNull)
+{
+    for (const uint32_t type : list_types) {
+        for (const uint32_t count : {0U, 0xFFFFFFFFU, 0x80000000U}) {
+            mdm_body_t received = untouched();
+            AllocationTrace trace;
+            EXPECT_EQ(read_body(type_security, received, head_bytes(type, 1) + word(count)), 16U);
+            trace.stop();
+            expect_headed<&mdm_body_t::security>(received, type, 1);
+            EXPECT_EQ(received.security.data, nullptr);
+            EXPECT_THAT(trace.kept(), IsEmpty());
+        }
+    }
+}
+
+// A body may point into the middle of its list. (The count is then that of g_list_length(), which
+// starts where it is told to.)
+TEST(SecurityLists, AreSizedAndWrittenFromTheirFirstElement)
+{
+    const List strings = list({borrowed("a"), borrowed("b"), borrowed("c")});
+    mdm_body_t sent = body(68, 0, nth_cell(strings, 2));
+    expect_size(sent, 31, 31);
+    const Bytes strings_written = written_payload(sent);
+    EXPECT_EQ(Bytes(strings_written.begin() + 4, strings_written.end()),
+              hex("01 00 00 00 61 01 00 00 00 62 01 00 00 00 63"));
+
+    Account full = account(borrowed);
+    Account blank = blank_account();
+    const List accounts = list({&full, &blank});
+    sent = body(70, 0, nth_cell(accounts, 1));
+    expect_size(sent, 262, 262);
+    const Bytes accounts_written = written_payload(sent);
+    EXPECT_EQ(Bytes(accounts_written.begin() + 4, accounts_written.end()),
+              account_bytes + blank_account_bytes);
+}
+
+TEST(SecurityLists, AreReleasedFromTheirFirstElement)
+{
+    for (const uint32_t type : list_types) {
+        GList *list = list_of({g_malloc0(sizeof(Account)), g_malloc0(sizeof(Account))});
+        auto expected = elements_of(list);
+        for (const void *cell : cells_of(list)) {
+            expected.push_back(cell);
+        }
+        mdm_body_t received = body(type, 1, list->next);
+        EXPECT_THAT(free_body(type_security, received), ElementsAreArray(expected));
+    }
+}
+
+// Raw bytes.
+
+TEST(SecurityRaw, CountsItsBytesAndLeavesDataSize)
+{
+    for (const auto &[data_size, size] : {std::pair{0, 12U},
+                                          {1, 13U},
+                                          {3, 15U},
+                                          {-4, 8U},
+                                          {-12, 0U},
+                                          {-13, 0xFFFFFFFFU},
+                                          {INT32_MAX, 0x8000000BU},
+                                          {INT32_MIN, 0x8000000CU}}) {
+        mdm_body_t sent = body(57, data_size, nullptr);
+        expect_size(sent, size, data_size);
+    }
+}
+
+TEST(SecurityRaw, TravelsAsItIsAndArrivesTerminatedAtItsFirstZeroByte)
+{
+    char payload[] = {'a', '\xFF', 0, 'b', 'c'};
+    mdm_body_t sent = body(57, 4, payload);
+    EXPECT_EQ(size_body(type_security, sent), 16U);
+    const Bytes bytes = write_body(type_security, sent);
+    EXPECT_EQ(bytes, hex("39 00 00 00 04 03 02 01 04 00 00 00 61 FF 00 62"));
+
+    mdm_body_t received = untouched();
+    AllocationTrace trace;
+    EXPECT_EQ(read_body(type_security, received, bytes), 16U);
+    trace.stop();
+    expect_headed<&mdm_body_t::security>(received, 57, 4);
+    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.security.data, 5}));
+    EXPECT_EQ(std::string(static_cast<const char *>(received.security.data), 5),
+              std::string("a\xFF\0\0\0", 5));
+    _free_security(&received);
+}
+
+TEST(SecurityRaw, OneByteAndManyBytesTravel)
+{
+    for (const size_t length : {size_t{1}, size_t{3000}}) {
+        std::string payload(length, '\xFE');
+        mdm_body_t sent = body(72, static_cast<int32_t>(length), payload.data());
+        mdm_body_t received = untouched();
+        EXPECT_EQ(read_body(type_security, received, write_body(type_security, sent)), 12 + length);
+        EXPECT_EQ(static_cast<const char *>(received.security.data), payload);
+        _free_security(&received);
+    }
+}
+
+TEST(SecurityRaw, FreeReleasesItAndResetsTheBody)
+{
+    for (const int32_t data_size : {3, 0, -1}) {
+        mdm_body_t received = body(57, data_size, heap_text("raw"));
+        const void *data = received.security.data;
+        AllocationTrace trace;
+        _free_security(&received);
+        _free_security(&received);
+        trace.stop();
+        EXPECT_THAT(trace.released(), ElementsAre(data));
+        expect_headed<&mdm_body_t::security>(received, 57, 0);
+        EXPECT_EQ(received.security.data, nullptr);
+    }
+}
+
+TEST(SecurityRaw, FreeOfNullDataResetsDataSizeToo)
+{
+    mdm_body_t received = body(57, 3, nullptr);
+    EXPECT_THAT(free_body(type_security, received), IsEmpty());
+    expect_headed<&mdm_body_t::security>(received, 57, 0);
+    EXPECT_EQ(received.security.data, nullptr);
+}
+
+// Messages.
+
+TEST(SecurityMessage, CarriesEveryShapeAndLeaksFirstCopiesOfListedStringsOnly)
+{
+    Item record = abc_item();
+    Account full = account(borrowed);
+    const List strings = three_strings();
+    const List accounts = list({&full, &full});
+    struct Case {
+        mdm_body_t sent;
+        size_t size;  // of the body
+        std::vector<std::string> leaked;
+    };
+    const std::vector<Case> cases = {{body(56, 1, &record), 35, {}},
+                                     {body(76, 1, nullptr), 12, {}},
+                                     {body(69, 1, strings.get()), 30, {"a", "b"}},
+                                     {body(70, 1, accounts.get()), 16 + 2 * 142, {}},
+                                     {body(57, 3, borrowed("raw")), 15, {}}};
+    for (const uint8_t message_type : {type_security, uint8_t{6}}) {
+        for (const auto &[sent, size, leaked] : cases) {
+            mdm_msg_t msg = message(message_type);
+            msg.body = sent;
+            LogRecorder log(MDM_LOG_INFO);
+            const Bytes bytes = serialize(msg);
+            EXPECT_THAT(bytes, SizeIs(40 + size));
+            mdm_msg_t received{};
+            AllocationTrace trace;
+            EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())),
+                      0);
+            EXPECT_EQ(received.body.security.data != nullptr, sent.security.data != nullptr);
+            EXPECT_EQ(ipc_free(&received), 0);
+            trace.stop();
+            EXPECT_EQ(release_kept(trace), leaked);
+            EXPECT_THAT(log.take(), IsEmpty());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test
