@@ -188,4 +188,172 @@ void floor_decode_pwd(const uint8_t *bytes, mdm_msg_t &msg)
     g_free(policy);
 }
 
+namespace {
+
+constexpr size_t apn_texts = 13;
+constexpr size_t account_texts = 22;
+
+GList *append(GList *&head, GList *tail, void *element)
+{
+    GList *cell = g_list_alloc();
+    cell->data = element;
+    cell->prev = tail;
+    (tail == nullptr ? head : tail->next) = cell;
+    return cell;
+}
+
+}  // namespace
+
+// The sender's `data_size` stays at the end, as so many zero bytes.
+uint8_t *floor_encode_apn(const mdm_msg_t &msg, uint32_t &length)
+{
+    const mdm_apn_info_t &body = msg.body.apn;
+    const auto &account = *static_cast<mdm_apn_account_t *>(body.data);
+    char *const *texts = &account.profile_name;
+    uint32_t lengths[apn_texts];
+    auto size = static_cast<uint32_t>(body.data_size) + 8;
+    for (size_t i = 0; i < apn_texts; ++i) {
+        lengths[i] = static_cast<uint32_t>(std::strlen(texts[i]));
+        size += 4 + lengths[i];
+    }
+    uint8_t *out = nullptr;
+    uint8_t *buffer = begin(msg, 12 + size, length, out);
+    put(out, body.type);
+    put(out, body.param);
+    put(out, size);
+    put(out, account.num0);
+    put(out, account.num1);
+    for (size_t i = 0; i < apn_texts; ++i) {
+        put(out, texts[i], lengths[i]);
+    }
+    return buffer;
+}
+
+void floor_decode_apn(const uint8_t *bytes, mdm_msg_t &msg)
+{
+    take_header(bytes, msg);
+    mdm_apn_info_t &body = msg.body.apn;
+    take_head(bytes, body);
+    auto *account = static_cast<mdm_apn_account_t *>(g_malloc0(sizeof(mdm_apn_account_t)));
+    account->num0 = take(bytes);
+    account->num1 = take(bytes);
+    char **texts = &account->profile_name;
+    for (size_t i = 0; i < apn_texts; ++i) {
+        texts[i] = take_text(bytes);
+    }
+    body.data = account;
+    benchmark::DoNotOptimize(msg);
+    g_free(msg.hdr_text);
+    for (size_t i = 0; i < apn_texts; ++i) {
+        g_free(texts[i]);
+    }
+    g_free(account);
+}
+
+uint8_t *floor_encode_accounts(const mdm_msg_t &msg, uint32_t &length)
+{
+    const mdm_security_info_t &body = msg.body.security;
+    uint32_t size = 16;
+    uint32_t count = 0;
+    for (const auto *cell = static_cast<GList *>(body.data); cell != nullptr; cell = cell->next) {
+        const auto &account = *static_cast<mdm_security_account_t *>(cell->data);
+        char *const *texts = &account.str4;
+        size += 16;
+        for (size_t i = 0; i < account_texts; ++i) {
+            size += 4 + static_cast<uint32_t>(std::strlen(texts[i]));
+        }
+        ++count;
+    }
+    uint8_t *out = nullptr;
+    uint8_t *buffer = begin(msg, size, length, out);
+    put(out, body.type);
+    put(out, body.param);
+    put(out, size);
+    put(out, count);
+    for (const auto *cell = static_cast<GList *>(body.data); cell != nullptr; cell = cell->next) {
+        const auto &account = *static_cast<mdm_security_account_t *>(cell->data);
+        char *const *texts = &account.str4;
+        std::memcpy(out, &account.num0, 16);
+        out += 16;
+        for (size_t i = 0; i < account_texts; ++i) {
+            put(out, texts[i], static_cast<uint32_t>(std::strlen(texts[i])));
+        }
+    }
+    return buffer;
+}
+
+void floor_decode_accounts(const uint8_t *bytes, mdm_msg_t &msg)
+{
+    take_header(bytes, msg);
+    mdm_security_info_t &body = msg.body.security;
+    take_head(bytes, body);
+    GList *list = nullptr;
+    GList *tail = nullptr;
+    for (uint32_t left = take(bytes); left > 0; --left) {
+        auto *account =
+            static_cast<mdm_security_account_t *>(g_malloc0(sizeof(mdm_security_account_t)));
+        std::memcpy(&account->num0, bytes, 16);
+        bytes += 16;
+        char **texts = &account->str4;
+        for (size_t i = 0; i < account_texts; ++i) {
+            texts[i] = take_text(bytes);
+        }
+        tail = append(list, tail, account);
+    }
+    body.data = list;
+    benchmark::DoNotOptimize(msg);
+    g_free(msg.hdr_text);
+    for (const GList *cell = list; cell != nullptr; cell = cell->next) {
+        char **texts = &static_cast<mdm_security_account_t *>(cell->data)->str4;
+        for (size_t i = 0; i < account_texts; ++i) {
+            g_free(texts[i]);
+        }
+    }
+    g_list_free_full(list, g_free);
+}
+
+uint8_t *floor_encode_names(const mdm_msg_t &msg, uint32_t &length)
+{
+    const mdm_app_info_t &body = msg.body.app;
+    uint32_t size = 20;
+    uint32_t count = 0;
+    for (const auto *cell = static_cast<GList *>(body.data); cell != nullptr; cell = cell->next) {
+        size += 4 + static_cast<uint32_t>(std::strlen(static_cast<char *>(cell->data)));
+        ++count;
+    }
+    uint8_t *out = nullptr;
+    uint8_t *buffer = begin(msg, size, length, out);
+    put(out, static_cast<uint32_t>(body.type));
+    put(out, body.param);
+    put(out, nullptr, 0);
+    put(out, static_cast<uint32_t>(body.data_size));
+    put(out, count);
+    for (const auto *cell = static_cast<GList *>(body.data); cell != nullptr; cell = cell->next) {
+        const auto *name = static_cast<char *>(cell->data);
+        put(out, name, static_cast<uint32_t>(std::strlen(name)));
+    }
+    return buffer;
+}
+
+// The list is not released with the message, but by its owner.
+void floor_decode_names(const uint8_t *bytes, mdm_msg_t &msg)
+{
+    take_header(bytes, msg);
+    mdm_app_info_t &body = msg.body.app;
+    body.type = static_cast<int32_t>(take(bytes));
+    body.param = take(bytes);
+    body.pkg = take_text(bytes);
+    body.data_size = static_cast<int32_t>(take(bytes));
+    GList *list = nullptr;
+    GList *tail = nullptr;
+    for (uint32_t left = take(bytes); left > 0; --left) {
+        tail = append(list, tail, take_text(bytes));
+    }
+    body.data = list;
+    benchmark::DoNotOptimize(msg);
+    g_free(msg.hdr_text);
+    g_free(body.pkg);
+    g_list_free_full(list, g_free);
+}
+
 }  // namespace mdm::bench

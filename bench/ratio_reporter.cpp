@@ -36,6 +36,8 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
         if (std::ranges::find(messages_, message) == messages_.end()) {
             messages_.push_back(message);
         }
+        const auto elements = run.counters.find("elements");
+        elements_[message] = elements == run.counters.end() ? 1 : elements->second.value;
         times_[name].push_back(run.real_accumulated_time * 1e9 /
                                static_cast<double>(run.iterations));
     }
@@ -44,15 +46,16 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
 void RatioReporter::Finalize()
 {
     std::ranges::sort(messages_);
-    std::printf("%-20s %12s %10s %10s\n", "", "floor, ns", "silenced", "null sink");
+    std::printf("%-22s %12s %10s %10s %18s\n", "", "floor, ns", "silenced", "null sink",
+                "silenced, ns/each");
     for (const std::string &message : messages_) {
         const double floor = median(times_[message + "/floor"]);
         if (floor == 0) {
             continue;  // a filter on the command line left it out
         }
-        std::printf("%-20s %12.1f %10.2f %10.2f\n", message.c_str(), floor,
-                    median(times_[message + "/silenced"]) / floor,
-                    median(times_[message + "/null sink"]) / floor);
+        const double silenced = median(times_[message + "/silenced"]);
+        std::printf("%-22s %12.1f %10.2f %10.2f %18.1f\n", message.c_str(), floor, silenced / floor,
+                    median(times_[message + "/null sink"]) / floor, silenced / elements_[message]);
     }
 }
 
