@@ -126,7 +126,7 @@ static GList *read_strings(In &in)
     for (int32_t i = 0; i < count; ++i) {
         const char *text = in.str();
         if (text != nullptr) {
-            strings.append(in.copy(text));
+            strings.append(in.copy(text));  // NOLINT(clang-analyzer-unix.Malloc): see above
         }
     }
     return strings.head();

@@ -9,6 +9,7 @@
 
 #include "mdm_ipc_handlers.hpp"
 #include "support/log_recorder.hpp"
+#include "support/no_memory.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
@@ -131,6 +132,75 @@ INSTANTIATE_TEST_SUITE_P(
         Category{"phone_res", 35, Manner::quiet}, Category{"email", 39, Manner::entering},
         Category{"kiosk", 45, Manner::quiet}, Category{"container", 47, Manner::entering}),
     [](const auto &test) { return std::string(test.param.name); });
+
+// Payloads that cannot be sized, written or read. The lines that they log are in each category's own
+// test.
+class FailingPayloads : public ::testing::Test {
+protected:
+    struct Sent {
+        uint8_t type;
+        mdm_body_t body;
+    };
+
+    void TearDown() override
+    {
+        EXPECT_THAT(silence_.take(), IsEmpty());
+        g_list_free(null_element_);
+    }
+
+    GList *null_element_ = list_of({nullptr});
+    LogRecorder silence_{MDM_LOG_NONE};
+};
+
+TEST_F(FailingPayloads, AreNotSizedWithTheLoggerOff)
+{
+    for (Sent sent : {
+             Sent{5, headed_body<&mdm_body_t::security>(70, 1, null_element_)},
+             Sent{7, headed_body<&mdm_body_t::wifi>(305, 1, nullptr)},
+             Sent{7, headed_body<&mdm_body_t::wifi>(88, 1, nullptr)},
+             Sent{7, headed_body<&mdm_body_t::wifi>(290, 1, null_element_)},
+             Sent{9, headed_body<&mdm_body_t::bluetooth>(91, 1, null_element_)},
+             Sent{11, headed_body<&mdm_body_t::eas>(106, 1, null_element_)},
+             Sent{15, headed_body<&mdm_body_t::roaming>(1, 1, nullptr)},
+             Sent{21, headed_body<&mdm_body_t::apn>(389, 1, null_element_)},
+         }) {
+        EXPECT_EQ(size_body(sent.type, sent.body), 0U) << int{sent.type};
+    }
+    mdm_body_t book = headed_body<&mdm_body_t::misc>(281, 1, nullptr);
+    EXPECT_EQ(size_body(17, book), static_cast<uint32_t>(-999));
+}
+
+TEST_F(FailingPayloads, AreNotWrittenWithTheLoggerOff)
+{
+    mdm_phone_res_ext_t no_detail{};
+    for (Sent sent : {
+             Sent{5, headed_body<&mdm_body_t::security>(68, 1, nullptr)},
+             Sent{5, headed_body<&mdm_body_t::security>(70, 1, nullptr)},
+             Sent{7, headed_body<&mdm_body_t::wifi>(305, 1, nullptr)},
+             Sent{7, headed_body<&mdm_body_t::wifi>(88, 1, nullptr)},
+             Sent{7, headed_body<&mdm_body_t::wifi>(319, 1, nullptr)},
+             Sent{7, headed_body<&mdm_body_t::wifi>(345, 1, nullptr)},
+             Sent{17, headed_body<&mdm_body_t::misc>(124, 1, nullptr)},
+             Sent{17, headed_body<&mdm_body_t::misc>(281, 1, nullptr)},
+             Sent{35, headed_body<&mdm_body_t::phone_res>(400, 1, nullptr)},
+             Sent{35, headed_body<&mdm_body_t::phone_res>(422, 1, nullptr)},
+             Sent{35, headed_body<&mdm_body_t::phone_res>(422, 1, &no_detail)},
+         }) {
+        Bytes buffer(64);
+        EXPECT_EQ(handler_row(sent.type).set(buffer.data(), &sent.body), nullptr) << int{sent.type};
+    }
+}
+
+TEST_F(FailingPayloads, AreNotReadWithoutMemoryAndWithTheLoggerOff)
+{
+    const NoMemory no_memory;
+    const Bytes pair = hex("B8 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00");
+    mdm_body_t app{};
+    EXPECT_EQ(_get_app(&app, pair.data()), pair.data() + pair.size());
+    const Bytes text = hex("7C 00 00 00 00 00 00 00 04 00 00 00 00 00 00 00");
+    mdm_body_t misc{};
+    EXPECT_EQ(_get_misc(&misc, text.data()), nullptr);
+}
 
 }  // namespace
 }  // namespace mdm::test

@@ -148,9 +148,10 @@ struct Sender {
     void head_with_sum(Info &info, uint32_t type)
     {
         const int32_t before = any_small();
-        const auto payload_size = static_cast<int32_t>(first.size());
+        const size_t first_payload_size = first.size();
+        const auto payload_size = static_cast<int32_t>(first_payload_size);
         put_zeros(first, static_cast<size_t>(before));
-        put_zeros(again, static_cast<size_t>(before + payload_size));
+        put_zeros(again, static_cast<size_t>(before) + first_payload_size);
         head(info, type, before, before + payload_size, before + 2 * payload_size);
     }
 
@@ -942,7 +943,7 @@ Bytes expect_bytes(mdm_msg_t &msg, const Bytes &body, bool sends_pointer_as_para
     uint32_t length = 0;
     uint8_t *buffer = ::ipc_serialize(&msg, &length);
     RC_ASSERT(buffer != nullptr);
-    const Bytes bytes(buffer, buffer + length);
+    Bytes bytes(buffer, buffer + length);
     const Bytes trailer(buffer + length, buffer + length + 5);
     g_free(buffer);
     RC_ASSERT(trailer == hex("00 F4 F4 F4 F4"));

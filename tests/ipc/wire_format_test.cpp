@@ -72,7 +72,7 @@ public:
     List(const List &) = delete;
     List &operator=(const List &) = delete;
 
-    operator GList *() const { return list_; }
+    GList *get() const { return list_; }
 
 private:
     GList *list_;
@@ -119,7 +119,7 @@ Bytes security_item()
 Bytes security_strings()
 {
     const List list = {borrowed("a"), borrowed(""), borrowed("b")};
-    return body_of(5, [&](mdm_msg_t &msg) { set_head(msg.body.security, 68, 0, list); });
+    return body_of(5, [&](mdm_msg_t &msg) { set_head(msg.body.security, 68, 0, list.get()); });
 }
 
 Bytes security_empty_list()
@@ -144,7 +144,7 @@ Bytes wifi_network()
 Bytes bluetooth_names()
 {
     const List list = {borrowed("key"), borrowed("mouse")};
-    return body_of(9, [&](mdm_msg_t &msg) { set_head(msg.body.bluetooth, 223, 1, list); });
+    return body_of(9, [&](mdm_msg_t &msg) { set_head(msg.body.bluetooth, 223, 1, list.get()); });
 }
 
 Bytes eas_settings()
@@ -163,7 +163,7 @@ Bytes app_packages()
 {
     const List list = {borrowed("a"), borrowed("bc")};
     return body_of(13, [&](mdm_msg_t &msg) {
-        set_head(msg.body.app, 4, 1, list);
+        set_head(msg.body.app, 4, 1, list.get());
         msg.body.app.pkg = borrowed("me");
     });
 }
@@ -180,16 +180,16 @@ Bytes app_res_items()
     mdm_app_res_item_t nameless = {nullptr, 7};
     mdm_app_res_item_t b = {borrowed("b"), 6};
     const List list = {&a, &nameless, &b};
-    return body_of(14, [&](mdm_msg_t &msg) { set_head(msg.body.app_res, 140, 1, list); });
+    return body_of(14, [&](mdm_msg_t &msg) { set_head(msg.body.app_res, 140, 1, list.get()); });
 }
 
 Bytes app_res_controls()
 {
     const List packages = {borrowed("a")};
-    mdm_app_control_info_t first = {7, packages};
+    mdm_app_control_info_t first = {7, packages.get()};
     mdm_app_control_info_t second = {8, nullptr};
     const List list = {&first, &second};
-    return body_of(14, [&](mdm_msg_t &msg) { set_head(msg.body.app_res, 172, 1, list); });
+    return body_of(14, [&](mdm_msg_t &msg) { set_head(msg.body.app_res, 172, 1, list.get()); });
 }
 
 Bytes roaming()
@@ -279,7 +279,7 @@ Bytes kiosk_pairs()
     mdm_kiosk_key_pair_t first = {1, 10};
     mdm_kiosk_key_pair_t third = {2, 11};
     const List list = {&first, nullptr, &third};
-    return body_of(45, [&](mdm_msg_t &msg) { set_head(msg.body.kiosk, 619, 1, list); });
+    return body_of(45, [&](mdm_msg_t &msg) { set_head(msg.body.kiosk, 619, 1, list.get()); });
 }
 
 Bytes container_item()

@@ -137,7 +137,7 @@ std::vector<const void *> elements_of(const void *list)
 std::vector<const void *> cells_of(const void *list)
 {
     std::vector<const void *> cells;
-    for (auto *cell = static_cast<const GList *>(list); cell != nullptr; cell = cell->next) {
+    for (const auto *cell = static_cast<const GList *>(list); cell != nullptr; cell = cell->next) {
         cells.push_back(cell);
     }
     return cells;
