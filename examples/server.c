@@ -24,7 +24,8 @@
 #include "release.h"
 #include "show.h"
 
-/* What the server keeps between requests. Everything here is its own: copies of what requests carried. */
+/* What the server keeps between requests. Everything here is its own: copies of what they
+ * carried. */
 struct server {
     GHashTable *clients; /* the package names that have registered */
     mdm_pwd_policy_t policy;

@@ -81,7 +81,7 @@ bool is_message_type(uint8_t type)
 uint8_t *_set_ipc_head(uint8_t *buffer, const mdm_msg_t &msg)
 {
     Writer out(buffer + ipc_head::fields);
-    out.record(msg, head_fields);
+    out.fields(msg, head_fields);
     return out.position();
 }
 
@@ -89,7 +89,7 @@ const uint8_t *_get_ipc_head(mdm_msg_t &msg, const uint8_t *buffer)
 {
     release_string(msg.hdr_text);
     Reader in(buffer + ipc_head::fields);
-    read_fields(in, msg, head_fields);
+    in.fields(msg, head_fields);
     return in.position();
 }
 

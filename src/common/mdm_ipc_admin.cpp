@@ -44,9 +44,9 @@ static bool _set_admin(Out &out, const mdm_admin_info_t *info)
     if (shape_of(info->type) == Shape::registration_query) {
         MDM_DEBUG("Processing IS_CLIENT_REGISTERED, pkg: '%s', status: %d", info->pkg,
                   info->status);
-        out.record(*info, query_fields);
+        out.fields(*info, query_fields);
     } else {
-        out.record(*info, general_fields);
+        out.fields(*info, general_fields);
     }
     return MDM_EXIT(true);
 }
@@ -59,10 +59,10 @@ static bool _get_admin(In &in, mdm_admin_info_t *info)
     info->type = in.u32();
     MDM_DEBUG("info->type: %d", static_cast<int>(info->type));
     if (shape_of(info->type) == Shape::registration_query) {
-        read_fields(in, *info, query_fields);
+        in.fields(*info, query_fields);
         MDM_DEBUG("Processed IS_CLIENT_REGISTERED, pkg: '%s', status: %d", info->pkg, info->status);
     } else {
-        read_fields(in, *info, general_fields);
+        in.fields(*info, general_fields);
     }
     return MDM_EXIT(true);
 }

@@ -12,24 +12,24 @@
 namespace mdm {
 namespace {
 
-enum class Shape { account, accounts, raw };
+enum class Shape { profile, profiles, raw };
 
 constexpr Shape shape_of(uint32_t type)
 {
     switch (type) {
     case 387:
     case 393:
-        return Shape::account;
+        return Shape::profile;
     case 389:
     case 390:
     case 391:
-        return Shape::accounts;
+        return Shape::profiles;
     default:
         return Shape::raw;
     }
 }
 
-constexpr auto account_fields =
+constexpr auto profile_fields =
     MDM_FIELDS(mdm_apn_account_t, num0, num1, profile_name, str3, str4, str5, str6, str7, str8,
                str9, str10, str11, str12, str13, str14);
 
@@ -49,18 +49,18 @@ uint32_t _size_of_apn(mdm_body_t *body)
         return MDM_EXIT(size);
     }
     switch (shape_of(info.type)) {
-    case Shape::account:
+    case Shape::profile:
         info.data_size = static_cast<int32_t>(static_cast<uint32_t>(info.data_size) +
-                                              size_of_fields(info.data, account_fields));
+                                              size_of_fields(info.data, profile_fields));
         size += static_cast<uint32_t>(info.data_size);
         break;
-    case Shape::accounts: {
-        const auto accounts = size_of_records(info.data, account_fields);
-        if (!accounts) {
+    case Shape::profiles: {
+        const auto profiles = size_of_records(info.data, profile_fields);
+        if (!profiles) {
             MDM_CRITICAL("acconts is NULL");
-            return MDM_EXIT(0);
+            return MDM_EXIT(no_room);
         }
-        size = empty_list_size + *accounts;
+        size = empty_list_size + *profiles;
         info.data_size = static_cast<int32_t>(size);
         break;
     }
@@ -83,15 +83,15 @@ static bool _set_apn(Out &out, const mdm_apn_info_t *info)
         return MDM_EXIT(true);
     }
     switch (shape_of(info->type)) {
-    case Shape::account:
-        out.record(info->data, account_fields);
+    case Shape::profile:
+        out.record(info->data, profile_fields);
         break;
-    case Shape::accounts:
+    case Shape::profiles:
         out.u32(length_of(info->data));
-        for (const auto *account : elements<mdm_apn_account_t>(info->data)) {
-            if (account != nullptr) {  // counted all the same
-                MDM_INFO("ProfileName [%s]", account->profile_name);
-                out.record(*account, account_fields);
+        for (const auto *profile : elements<mdm_apn_account_t>(info->data)) {
+            if (profile != nullptr) {  // counted all the same
+                MDM_INFO("ProfileName [%s]", profile->profile_name);
+                out.fields(*profile, profile_fields);
             }
         }
         break;
@@ -114,18 +114,18 @@ static bool _get_apn(In &in, mdm_apn_info_t *info)
         return MDM_EXIT(true);
     }
     switch (shape_of(info->type)) {
-    case Shape::account:
-        info->data = in.record(account_fields);
+    case Shape::profile:
+        info->data = in.record(profile_fields);
         break;
-    case Shape::accounts: {
-        const int32_t count = in.i32();
-        auto accounts = in.new_list();
+    case Shape::profiles: {
+        const int32_t count = in.count();
+        auto profiles = in.new_list();
         for (int32_t i = 0; i < count; ++i) {
-            auto *account = in.record(account_fields);
-            MDM_INFO("ProfileName [%s]", account->profile_name);
-            accounts.append(account);
+            auto *profile = in.record(profile_fields);
+            MDM_INFO("ProfileName [%s]", profile->profile_name);
+            profiles.append(profile);
         }
-        info->data = accounts.head();
+        info->data = profiles.head();
         break;
     }
     case Shape::raw:
@@ -146,11 +146,11 @@ void _free_apn(mdm_body_t *body)
     }
     mdm_apn_info_t &info = body->apn;
     switch (shape_of(info.type)) {
-    case Shape::account:
-        release_record(info.data, account_fields);
+    case Shape::profile:
+        release_record(info.data, profile_fields);
         break;
-    case Shape::accounts:
-        release_records(info.data, account_fields);
+    case Shape::profiles:
+        release_records(info.data, profile_fields);
         break;
     case Shape::raw:
         release_data(info);

@@ -79,7 +79,7 @@ static bool _set_app(Out &out, const mdm_app_info_t *info)
 {
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.record(*info, head_fields);
+    out.fields(*info, head_fields);
     if (info->data_size < 1) {
         return true;
     }
@@ -98,7 +98,7 @@ static bool _set_app(Out &out, const mdm_app_info_t *info)
         if (info->data != nullptr) {
             const auto &pair = payload<mdm_app_pair_t>(*info);
             MDM_INFO("[%s,%s]", pair.first, pair.second);
-            out.record(pair, pair_fields);
+            out.fields(pair, pair_fields);
         }
         break;
     case Shape::num_pair:  // the receiver reads two numbers, whatever `data_size` says
@@ -114,14 +114,14 @@ static bool _get_app(In &in, mdm_app_info_t *info)
 {
     MDM_ASSERT(in && info != nullptr, false);
 
-    read_fields(in, *info, head_fields);
+    in.fields(*info, head_fields);
     if (info->data_size < 1) {
         info->data = nullptr;
         return true;
     }
     switch (shape_of(info->type)) {
     case Shape::packages: {
-        const int32_t count = in.i32();
+        const int32_t count = in.count();
         MDM_INFO("len : %d", count);
         auto names = in.new_list();
         for (int32_t i = 0; i < count; ++i) {
@@ -141,7 +141,7 @@ static bool _get_app(In &in, mdm_app_info_t *info)
             MDM_CRITICAL("malloc failed!");
             return true;  // the payload stays unread, and `data` as it was
         }
-        read_fields(in, *pair, pair_fields);
+        in.fields(*pair, pair_fields);
         MDM_INFO("[%s,%s]", pair->first, pair->second);
         info->data = pair;
         break;

@@ -109,7 +109,7 @@ static bool _set_app_res(Out &out, const mdm_app_res_info_t *info)
 {
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.record(*info, head_fields);
+    out.fields(*info, head_fields);
     if (info->data_size < 1) {
         return true;
     }
@@ -125,7 +125,7 @@ static bool _set_app_res(Out &out, const mdm_app_res_info_t *info)
         for (const auto *item : elements_before_null<mdm_app_res_item_t>(info->data)) {
             LOG_ITEM(info->type, "%u", *item);
             if (item->name != nullptr) {
-                out.record(*item, item_fields);
+                out.fields(*item, item_fields);
             }
         }
         break;
@@ -152,44 +152,56 @@ static bool _get_app_res(In &in, mdm_app_res_info_t *info)
 {
     MDM_ASSERT(in && info != nullptr, false);
 
-    read_fields(in, *info, head_fields);
+    in.fields(*info, head_fields);
     if (info->data_size < 1) {
         info->data = nullptr;
         return true;
     }
-    if (shape_of(info->type) == Shape::raw) {
-        info->data = in.bytes(info->data_size);
-        return true;
-    }
-    const int32_t count = in.i32();
-    MDM_INFO("len : %d", count);
-    if (shape_of(info->type) == Shape::packages) {
+    switch (shape_of(info->type)) {
+    case Shape::packages: {
+        const int32_t count = in.count();
+        MDM_INFO("len : %d", count);
         info->data = in.strings(count);
-        return true;
+        break;
     }
-    auto records = in.new_list();
-    for (int32_t i = 0; i < count; ++i) {
-        if (shape_of(info->type) == Shape::items) {
+    case Shape::items: {
+        const int32_t count = in.count();
+        MDM_INFO("len : %d", count);
+        auto items = in.new_list();
+        for (int32_t i = 0; i < count; ++i) {
             auto *item = in.record(item_fields);
             LOG_ITEM(info->type, "%d", *item);
-            records.append(item);
-            continue;
+            items.append(item);
         }
-        auto *control = in.template make<mdm_app_control_info_t>();
-        control->client_id = in.i32();
-        MDM_INFO("client_id : %d", control->client_id);
-        const int32_t package_count = in.i32();
-        MDM_INFO("len2 : %d", package_count);
-        auto names = in.new_list();
-        for (int32_t j = 0; j < package_count; ++j) {
-            char *name = in.str();
-            MDM_INFO("name : %s", name);
-            names.append(name);
-        }
-        control->pkg_list = names.head();
-        records.append(control);
+        info->data = items.head();
+        break;
     }
-    info->data = records.head();
+    case Shape::controls: {
+        const int32_t count = in.count();
+        MDM_INFO("len : %d", count);
+        auto controls = in.new_list();
+        for (int32_t i = 0; i < count; ++i) {
+            auto *control = in.template make<mdm_app_control_info_t>();
+            control->client_id = in.i32();
+            MDM_INFO("client_id : %d", control->client_id);
+            const int32_t package_count = in.count();
+            MDM_INFO("len2 : %d", package_count);
+            auto names = in.new_list();
+            for (int32_t j = 0; j < package_count; ++j) {
+                char *name = in.str();
+                MDM_INFO("name : %s", name);
+                names.append(name);
+            }
+            control->pkg_list = names.head();
+            controls.append(control);
+        }
+        info->data = controls.head();
+        break;
+    }
+    case Shape::raw:
+        info->data = in.bytes(info->data_size);
+        break;
+    }
     return true;
 }
 

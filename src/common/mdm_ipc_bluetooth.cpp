@@ -62,7 +62,7 @@ uint32_t _size_of_bluetooth(mdm_body_t *body)
     for (const char *device_name : elements<char>(info.data)) {
         if (device_name == nullptr) {
             MDM_CRITICAL("device_name is NULL");
-            return MDM_EXIT(0);
+            return MDM_EXIT(no_room);
         }
         MDM_INFO("device_name : %s", device_name);
         size += size_of_str(device_name);
@@ -103,7 +103,7 @@ static bool _get_bluetooth(In &in, mdm_bluetooth_info_t *info)
         info->data = in.bytes(info->data_size);
         return MDM_EXIT(true);
     }
-    const int32_t count = in.i32();
+    const int32_t count = in.count();
     MDM_INFO("length : %d", count);
     auto names = in.new_list();
     for (int32_t i = 0; i < count; ++i) {

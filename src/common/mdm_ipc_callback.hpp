@@ -23,7 +23,7 @@ constexpr bool is_known_callback(uint32_t type)
 
 // Defines the four handlers of a callback category. `payload_fields` lists what follows the head;
 // `NAME` is what the log calls the category. A line of these handlers carries the line of the
-// category's invocation; no two lines of one handler read the same but the first and the last.
+// category's invocation; apart from the exit line no two lines of one handler read the same.
 //
 // The size handler stores the body's size in `data_size`, which the set handler sends: a receiver
 // that finds 0 there reads no payload.
@@ -59,10 +59,10 @@ constexpr bool is_known_callback(uint32_t type)
             MDM_CRITICAL("p_data is NULL");                                                   \
             return MDM_EXIT(false);                                                           \
         }                                                                                     \
-        out.record(*info, callback_head_fields<mdm_##category##_info_t>);                     \
+        out.fields(*info, callback_head_fields<mdm_##category##_info_t>);                     \
         MDM_INFO("Callback detail request [%d]", info->type);                                 \
         if (is_known_callback(info->type)) {                                                  \
-            out.record(*info, payload_fields);                                                \
+            out.fields(*info, payload_fields);                                                \
         } else {                                                                              \
             MDM_CRITICAL("Unknown " NAME " callback type [%d]", info->type);                  \
         }                                                                                     \
@@ -81,13 +81,13 @@ constexpr bool is_known_callback(uint32_t type)
             MDM_CRITICAL("p_data is NULL");                                                   \
             return MDM_EXIT(false);                                                           \
         }                                                                                     \
-        read_fields(in, *info, callback_head_fields<mdm_##category##_info_t>);                \
+        in.fields(*info, callback_head_fields<mdm_##category##_info_t>);                      \
         if (info->data_size == 0) {                                                           \
             return MDM_EXIT(true);                                                            \
         }                                                                                     \
         MDM_INFO("Callback detail request [%d]", info->type);                                 \
         if (is_known_callback(info->type)) {                                                  \
-            read_fields(in, *info, payload_fields);                                           \
+            in.fields(*info, payload_fields);                                                 \
         } else {                                                                              \
             MDM_CRITICAL("Unknown " NAME " callback type [%d]", info->type);                  \
         }                                                                                     \

@@ -60,7 +60,7 @@ uint32_t _size_of_eas(mdm_body_t *body)
         const auto accounts = size_of_records(info.data, account_fields);
         if (!accounts) {
             MDM_CRITICAL("acconts is NULL");
-            return MDM_EXIT(0);
+            return MDM_EXIT(no_room);
         }
         const uint32_t size = empty_list_size + *accounts;
         info.data_size = static_cast<int32_t>(size);

@@ -105,7 +105,7 @@ template <class In>
 static GList *read_keys(In &in)
 {
     auto keys = in.new_list();
-    const int32_t count = in.i32();
+    const int32_t count = in.count();
     for (int32_t i = 0; i < count; ++i) {
         auto *key = in.template make<uint32_t>();
         *key = in.u32();
@@ -132,7 +132,7 @@ static bool _get_kiosk(In &in, mdm_kiosk_info_t *info)
         info->data = read_keys(in);
         break;
     case Shape::key_pairs:
-        info->data = in.records(in.i32(), key_pair_fields);
+        info->data = in.records(in.count(), key_pair_fields);
         break;
     case Shape::raw:
         info->data = in.bytes(info->data_size);

@@ -46,7 +46,7 @@ void *read_mail(In &in, MailShape shape, const Forms &forms)
     case MailShape::settings:
         return in.record(forms.settings);
     case MailShape::accounts:
-        return in.records(in.i32(), forms.element);
+        return in.records(in.count(), forms.element);
     case MailShape::value:
         break;
     }

@@ -49,7 +49,8 @@ constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, value);
 constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, url, title);
 constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, first, second);
 
-// Tells the envelope that a book record is missing.
+// The size of a body whose book record is missing. The envelope adds it like any other, and refuses
+// what is then too small for a message.
 constexpr auto no_book_size = static_cast<uint32_t>(-999);
 
 // The strings of an array, which `data_size` counts; none for a negative one.
@@ -149,18 +150,13 @@ static bool _set_misc(Out &out, const mdm_misc_info_t *info)
         out.record(info->data, text_fields);
         break;
     case Shape::param_list:
-        out.u32(length_of(info->param_list));
-        for (const char *text : elements<char>(info->param_list)) {
-            if (text != nullptr) {
-                out.str(text);
-            }
-        }
+        out.strings_or_gaps(info->param_list, 0);
         break;
     case Shape::book: {
         MDM_ASSERT(info->data != nullptr, false);
         const auto &book = payload<mdm_book_info_t>(*info);
         MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);
-        out.record(book, book_fields);
+        out.fields(book, book_fields);
         break;
     }
     case Shape::pair:
@@ -173,6 +169,16 @@ static bool _set_misc(Out &out, const mdm_misc_info_t *info)
         break;
     }
     return MDM_EXIT(true);
+}
+
+template <class In>
+static char **read_array(In &in, int32_t count)
+{
+    const auto texts = in.template make_array<char *>(count);
+    for (char *&text : texts) {
+        text = in.str();
+    }
+    return texts.data();
 }
 
 template <class In>
@@ -189,10 +195,7 @@ static bool _get_misc(In &in, mdm_misc_info_t *info)
     }
     switch (shape_of(info->type)) {
     case Shape::array:
-        info->data = in.template make_array<char *>(info->data_size);
-        for (char *&text : texts_of(*info)) {
-            text = in.str();
-        }
+        info->data = read_array(in, info->data_size);
         break;
     case Shape::nothing:
         break;  // `data` stays as it was
@@ -201,7 +204,7 @@ static bool _get_misc(In &in, mdm_misc_info_t *info)
         if (text == nullptr) {
             return MDM_EXIT(false);
         }
-        read_fields(in, *text, text_fields);
+        in.fields(*text, text_fields);
         info->data = text;
         break;
     }
@@ -215,7 +218,7 @@ static bool _get_misc(In &in, mdm_misc_info_t *info)
     case Shape::pair: {
         auto *pair = in.template try_make<mdm_misc_str_pair_t>();
         if (pair != nullptr) {
-            read_fields(in, *pair, pair_fields);
+            in.fields(*pair, pair_fields);
             info->data = pair;
         }
         break;

@@ -82,8 +82,8 @@ static bool _set_phone_res(Out &out, const mdm_phone_res_info_t *info)
         MDM_ASSERT(info->data != nullptr, false);
         const auto &ext = payload<mdm_phone_res_ext_t>(*info);
         MDM_ASSERT(ext.detail != nullptr, false);
-        out.record(ext, ext_fields);
-        out.record(*ext.detail, detail_fields);
+        out.fields(ext, ext_fields);
+        out.fields(*ext.detail, detail_fields);
         break;
     }
     case Shape::raw:
@@ -111,8 +111,8 @@ static bool _get_phone_res(In &in, mdm_phone_res_info_t *info)
     case Shape::ext: {
         auto *ext = in.template make<mdm_phone_res_ext_t>();
         ext->detail = in.template make<mdm_phone_res_detail_t>();
-        read_fields(in, *ext, ext_fields);
-        read_fields(in, *ext->detail, detail_fields);
+        in.fields(*ext, ext_fields);
+        in.fields(*ext->detail, detail_fields);
         info->data = ext;
         info->data_size = record_data_size;
         break;

@@ -54,13 +54,13 @@ static bool _set_platform(Out &out, const mdm_platform_info_t *info)
     out.u32(info->type);
     switch (shape_of(info->type)) {
     case Shape::number_and_flag:
-        out.record(*info, number_and_flag_fields);
+        out.fields(*info, number_and_flag_fields);
         break;
     case Shape::number:
-        out.record(*info, number_fields);
+        out.fields(*info, number_fields);
         break;
     case Shape::text:
-        out.record(*info, text_fields);
+        out.fields(*info, text_fields);
         break;
     }
     return MDM_EXIT(true);
@@ -73,13 +73,13 @@ static bool _get_platform(In &in, mdm_platform_info_t *info)
     info->type = in.u32();
     switch (shape_of(info->type)) {
     case Shape::number_and_flag:
-        read_fields(in, *info, number_and_flag_fields);
+        in.fields(*info, number_and_flag_fields);
         break;
     case Shape::number:
-        read_fields(in, *info, number_fields);
+        in.fields(*info, number_fields);
         break;
     case Shape::text:
-        read_fields(in, *info, text_fields);
+        in.fields(*info, text_fields);
         break;
     }
     return true;

@@ -69,7 +69,7 @@ uint32_t _size_of_security(mdm_body_t *body)
             const auto accounts = size_of_records(info.data, account_fields);
             if (!accounts) {
                 MDM_CRITICAL("acconts is NULL");
-                return MDM_EXIT(0);
+                return MDM_EXIT(no_room);
             }
             size += *accounts;
             info.data_size = static_cast<int32_t>(size);
@@ -122,7 +122,7 @@ template <class In>
 static GList *read_strings(In &in)
 {
     auto strings = in.new_list();
-    const int32_t count = in.i32();
+    const int32_t count = in.count();
     for (int32_t i = 0; i < count; ++i) {
         const char *text = in.str();
         if (text != nullptr) {
@@ -150,7 +150,7 @@ static bool _get_security(In &in, mdm_security_info_t *info)
         info->data = read_strings(in);
         break;
     case Shape::accounts:
-        info->data = in.records(in.i32(), account_fields);
+        info->data = in.records(in.count(), account_fields);
         break;
     case Shape::raw:
         info->data = in.bytes(info->data_size);

@@ -117,19 +117,19 @@ uint32_t size_of_detail(const mdm_wifi_network_t &network)
 template <class Out>
 void write_network(Out &out, const mdm_wifi_network_t &network)
 {
-    out.record(network, network_fields);
+    out.fields(network, network_fields);
     if (network.detail == nullptr) {
         return;
     }
     switch (detail_of(network.detail_kind)) {
     case Detail::number:
-        return out.record(*network.detail, number_fields);
+        return out.fields(*network.detail, number_fields);
     case Detail::text:
-        return out.record(*network.detail, text_fields);
+        return out.fields(*network.detail, text_fields);
     case Detail::mixed:
-        return out.record(*network.detail, mixed_fields);
+        return out.fields(*network.detail, mixed_fields);
     case Detail::texts:
-        return out.record(*network.detail, texts_fields);
+        return out.fields(*network.detail, texts_fields);
     case Detail::none:
         return;
     }
@@ -198,7 +198,7 @@ uint32_t _size_of_wifi(mdm_body_t *body)
     case Shape::pair: {
         if (info.data == nullptr) {
             MDM_CRITICAL("wifi_info is NULL");
-            return MDM_EXIT(0);
+            return MDM_EXIT(no_room);
         }
         const auto &pair = payload<mdm_wifi_pair_t>(info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
@@ -211,7 +211,7 @@ uint32_t _size_of_wifi(mdm_body_t *body)
     case Shape::dhcp:
         if (info.data == nullptr) {
             MDM_CRITICAL("dhcp_info is NULL");
-            return MDM_EXIT(0);
+            return MDM_EXIT(no_room);
         }
         size += data_size + size_of_fields(info.data, dhcp_fields);
         break;
@@ -226,7 +226,7 @@ uint32_t _size_of_wifi(mdm_body_t *body)
         for (const char *ssid : elements<char>(info.data)) {
             if (ssid == nullptr) {
                 MDM_CRITICAL("ssid is NULL");
-                return MDM_EXIT(0);
+                return MDM_EXIT(no_room);
             }
             MDM_INFO("ssid : %s", ssid);
             size += size_of_str(ssid);
@@ -254,7 +254,7 @@ static bool _set_wifi(Out &out, const mdm_wifi_info_t *info)
         MDM_ASSERT(info->data != nullptr, false);
         const auto &pair = payload<mdm_wifi_pair_t>(*info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
-        out.record(pair, pair_fields);
+        out.fields(pair, pair_fields);
         break;
     }
     case Shape::dhcp:
@@ -308,7 +308,7 @@ static bool _get_wifi(In &in, mdm_wifi_info_t *info)
         info->data = read_network(in);
         break;
     case Shape::ssids: {
-        const int32_t count = in.i32();
+        const int32_t count = in.count();
         MDM_INFO("length : %d", count);
         auto ssids = in.new_list();
         for (int32_t i = 0; i < count; ++i) {

@@ -22,7 +22,8 @@ inline bool log_passes(uint32_t level)
 }  // namespace mdm
 
 // One line with the prefix of the place that logs. Log in the handler or exported function
-// itself (or a named step of the envelope), never in a lambda or a helper: the reader of the log looks for the function's name.
+// itself (or a named step of the envelope), never in a lambda or a helper: the reader of the log
+// looks for the function's name.
 #define MDM_LOG_LINE(level, text, ...)                                                        \
     (::mdm::log_passes(level) ? static_cast<void>(__mdm_log_print(                            \
                                     level, "MDM_COMMON", "%s: %s(%d) > " text, __FILE_NAME__, \

@@ -11,10 +11,12 @@
 // a buffer ends; only reading allocates.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <tuple>
 #include <type_traits>
 
@@ -211,6 +213,27 @@ void read_fields(In &in, Record &record, const FieldList<Record, Fields...> &lis
     for_each_field(list, [&](const auto &field) { in.value(field.of(record)); });
 }
 
+// What a size handler returns for a payload that it cannot size. The envelope takes it for a size
+// like any other: what is then written has no room, so a sender must not pass such a body.
+inline constexpr uint32_t no_room = 0;
+
+// The payload that a body's `data` points to.
+
+// For the categories that test `data_size` against zero, so that a negative one announces a payload
+// too.
+template <class Body>
+bool has_payload(const Body &body)
+{
+    return body.data != nullptr && body.data_size != 0;
+}
+
+// The record that a body's `data` points to.
+template <class Record, class Body>
+Record &payload(const Body &body)
+{
+    return *static_cast<Record *>(body.data);
+}
+
 // Releases what a body's `data` points at, if that owns nothing further.
 template <class Body>
 void release_data(Body &body)
@@ -375,7 +398,7 @@ public:
     }
 
     template <class Record, class... Fields>
-    void record(const Record &record, const FieldList<Record, Fields...> &list)
+    void fields(const Record &record, const FieldList<Record, Fields...> &list)
     {
         write_fields(*this, record, list);
     }
@@ -447,6 +470,9 @@ public:
 
     int32_t i32() { return static_cast<int32_t>(u32()); }
 
+    // How many elements follow; below 1 none do.
+    int32_t count() { return i32(); }
+
     // A new string, or null for an empty one.
     char *str()
     {
@@ -487,11 +513,18 @@ public:
         return static_cast<Record *>(g_try_malloc0(sizeof(Record)));
     }
 
-    // A new zero-filled array; null for a count below 1.
+    // A new zero-filled array; of null for a count below 1.
     template <class Element>
-    Element *make_array(int32_t count)
+    std::span<Element> make_array(int32_t count)
     {
-        return count < 1 ? nullptr : g_new0(Element, static_cast<size_t>(count));
+        const auto size = static_cast<size_t>(std::max(count, 0));
+        return {g_new0(Element, size), size};
+    }
+
+    template <class Record, class... Fields>
+    void fields(Record &record, const FieldList<Record, Fields...> &list)
+    {
+        read_fields(*this, record, list);
     }
 
     // A new record with the listed fields read and every other byte zero.
@@ -544,20 +577,5 @@ public:
 private:
     const uint8_t *position_;
 };
-
-// For the categories that test `data_size` against zero, so that a negative one announces a payload
-// too.
-template <class Body>
-bool has_payload(const Body &body)
-{
-    return body.data != nullptr && body.data_size != 0;
-}
-
-// The record that a body's `data` points to.
-template <class Record, class Body>
-Record &payload(const Body &body)
-{
-    return *static_cast<Record *>(body.data);
-}
 
 }  // namespace mdm

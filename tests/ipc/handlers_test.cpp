@@ -133,8 +133,8 @@ INSTANTIATE_TEST_SUITE_P(
         Category{"kiosk", 45, Manner::quiet}, Category{"container", 47, Manner::entering}),
     [](const auto &test) { return std::string(test.param.name); });
 
-// Payloads that cannot be sized, written or read. The lines that they log are in each category's own
-// test.
+// Payloads that cannot be sized, written or read. The lines that they log are in each category's
+// own test.
 class FailingPayloads : public ::testing::Test {
 protected:
     struct Sent {

@@ -200,7 +200,7 @@ TEST(WireFields, AreWrittenInListOrder)
     char text[] = "hi";
     Bytes buffer(sample_bytes.size());
     Writer out(buffer.data());
-    out.record(sample(text, nullptr), sample_fields);
+    out.fields(sample(text, nullptr), sample_fields);
     EXPECT_EQ(out.position(), buffer.data() + buffer.size());
     EXPECT_EQ(buffer, sample_bytes);
 }
@@ -310,7 +310,8 @@ TEST(WireReader, ListsAndArraysOfCountBelow1AreNull)
         Reader in(bytes.data());
         EXPECT_EQ(in.strings(count), nullptr);
         EXPECT_EQ(in.records(count, sample_fields), nullptr);
-        EXPECT_EQ(in.make_array<char *>(count), nullptr);
+        EXPECT_TRUE(in.make_array<char *>(count).empty());
+        EXPECT_EQ(in.make_array<char *>(count).data(), nullptr);
         EXPECT_EQ(in.position(), bytes.data());
     }
 }
@@ -319,12 +320,11 @@ TEST(WireReader, ArraysStartZeroed)
 {
     Reader in(nullptr);
     AllocationTrace trace;
-    char **array = in.make_array<char *>(3);
+    const auto array = in.make_array<char *>(3);
     trace.stop();
-    EXPECT_THAT(trace.allocated(), ElementsAre(Block{array, 3 * sizeof(char *)}));
-    EXPECT_EQ(array[0], nullptr);
-    EXPECT_EQ(array[2], nullptr);
-    g_free(array);
+    EXPECT_THAT(trace.allocated(), ElementsAre(Block{array.data(), 3 * sizeof(char *)}));
+    EXPECT_THAT(array, ElementsAre(nullptr, nullptr, nullptr));
+    g_free(array.data());
 }
 
 // A list whose strings are "a", null, "b".
@@ -348,7 +348,13 @@ TEST_F(WireLists, AreWalkedFromTheirFirstElement)
         walked.push_back(text);
     }
     EXPECT_THAT(walked, ElementsAre(::testing::StrEq("a"), nullptr, ::testing::StrEq("b")));
+}
+
+// Unlike a walk.
+TEST_F(WireLists, AreCountedFromWhereTheyAreGiven)
+{
     EXPECT_EQ(length_of(list_), 3U);
+    EXPECT_EQ(length_of(list_->next), 2U);
 }
 
 TEST_F(WireLists, MayEndAtTheFirstNullElement)
@@ -384,7 +390,7 @@ TEST(WireListsOfRecords, SkipNullElementsButCountThem)
     g_list_free(list);
 }
 
-TEST(WireListsOfRecords, AreReleasedRecordByRecord)
+TEST(WireListsOfRecords, AreReleasedRecordByRecordFromTheFirst)
 {
     auto *record = static_cast<Sample *>(g_malloc0(sizeof(Sample)));
     record->first = heap_text("1");
@@ -394,7 +400,7 @@ TEST(WireListsOfRecords, AreReleasedRecordByRecord)
     GList *list = g_list_append(g_list_append(nullptr, nullptr), record);
     const void *cells[] = {list, list->next};
     AllocationTrace trace;
-    release_records(list, sample_fields);
+    release_records(list->next, sample_fields);
     trace.stop();
     EXPECT_THAT(trace.released(), ElementsAre(first, last, record, cells[0], cells[1]));
 }

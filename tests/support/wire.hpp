@@ -24,7 +24,8 @@ Bytes hex(std::string_view text);
 
 Bytes operator+(const Bytes &left, const Bytes &right);
 
-// The bytes of a word and of a string on the wire, made without the library; a null string is empty.
+// The bytes of a word and of a string on the wire, made without the library; a null string is
+// empty.
 Bytes word(uint32_t value);
 Bytes str(const std::string &text);
 Bytes str(const char *text);
