@@ -3,8 +3,8 @@
  * An MDM server in small: receives requests over a Unix socket, keeps what they set, and answers
  * with what is now in force, one client at a time. Runs until SIGTERM or SIGINT.
  *
- * It trusts its clients as far as ipc_deserialize() does: what is no message is refused, but a
- * message whose counts lie is not safe to receive.
+ * It trusts its clients as far as ipc_deserialize() does: what is no message is refused, and a
+ * message that nobody serves is; but one whose counts lie is not safe to receive.
  *
  * usage: mdm-server SOCKET [LOG_FILE]
  */
@@ -106,8 +106,7 @@ static void apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_
     reply->data = server->vpn_profile->str;
 }
 
-/* The packages of an application request, each with the number of its letters for a status. The
- * callback that tells the client of it goes out first. */
+/* The packages of an application request, each with the number of its letters for a status. */
 static bool apply_app(const mdm_app_info_t *request, mdm_app_res_info_t *reply)
 {
     if (request->type != APP_PACKAGES) {
@@ -115,22 +114,32 @@ static bool apply_app(const mdm_app_info_t *request, mdm_app_res_info_t *reply)
     }
     reply->type = APP_RES_ITEMS;
     reply->pkg = request->pkg;
+    GQueue items = G_QUEUE_INIT;
     for (GList *cell = request->data; cell != NULL; cell = cell->next) {
         mdm_app_res_item_t *item = g_new0(mdm_app_res_item_t, 1);
         item->name = cell->data;
         item->value = item->name != NULL ? (uint32_t)strlen(item->name) : 0;
-        reply->data = g_list_append(reply->data, item);
+        g_queue_push_tail(&items, item);
     }
+    reply->data = items.head;
     reply->data_size = 1;
     return true;
 }
 
-/* A request whose body is in force as it stands: the reply borrows all of it. Most bodies begin
- * with the same five fields, so that one category's stand for all. */
+/* A request whose body is in force as it stands: the reply borrows all of it. The categories served
+ * by this begin with the same five fields, so that one's stand for all. */
 static bool apply_as_it_is(const mdm_body_t *request, uint32_t discriminator, mdm_body_t *reply)
 {
     *reply = *request;
     return request->res.type == discriminator && request->res.data != NULL;
+}
+
+/* Sending a profile adds its size to `data_size`, where the received sum stands. */
+static bool apply_apn(const mdm_body_t *request, mdm_body_t *reply)
+{
+    const bool is_served = apply_as_it_is(request, APN_PROFILE, reply);
+    reply->apn.data_size = 1;
+    return is_served;
 }
 
 /* These two categories' payload is not received, so there is none to send back. */
@@ -183,9 +192,10 @@ static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *re
     case TYPE_EAS:
         return apply_as_it_is(asked, EAS_ACCOUNT, in_force);
     case TYPE_MISC:
-        return apply_as_it_is(asked, MISC_BOOK, in_force);
+        *in_force = *asked;
+        return asked->misc.type == MISC_BOOK && asked->misc.data != NULL;
     case TYPE_APN:
-        return apply_as_it_is(asked, APN_PROFILE, in_force);
+        return apply_apn(asked, in_force);
     case TYPE_DATE_TIME:
     case TYPE_REMOTE:
     case TYPE_RES:
