@@ -3,8 +3,6 @@
 
 #include <cstring>
 
-#include <benchmark/benchmark.h>
-
 namespace mdm::bench {
 namespace {
 
@@ -21,6 +19,17 @@ void put(uint8_t *&out, const char *text, uint32_t length)
         std::memcpy(out, text, length);
         out += length;
     }
+}
+
+// The same for a text whose length is not known: the length is filled in behind the copy, whose
+// terminator is overwritten by what comes next.
+uint8_t *put_text(uint8_t *out, const char *text)
+{
+    char *begin = reinterpret_cast<char *>(out) + 4;
+    char *end = stpcpy(begin, text);
+    const auto length = static_cast<uint32_t>(end - begin);
+    std::memcpy(out, &length, 4);
+    return out + 4 + length;
 }
 
 uint32_t take(const uint8_t *&in)
@@ -121,7 +130,11 @@ void floor_decode_res(const uint8_t *bytes, mdm_msg_t &msg)
     mdm_res_info_t &body = msg.body.res;
     take_head(bytes, body);
     body.data = take_bytes(bytes, static_cast<uint32_t>(body.data_size));
-    benchmark::DoNotOptimize(msg);
+}
+
+void floor_release_res(mdm_msg_t &msg)
+{
+    mdm_res_info_t &body = msg.body.res;
     g_free(msg.hdr_text);
     g_free(body.data);
 }
@@ -148,7 +161,11 @@ void floor_decode_admin(const uint8_t *bytes, mdm_msg_t &msg)
     body.value = take(bytes);
     body.pkg = take_text(bytes);
     body.text = take_text(bytes);
-    benchmark::DoNotOptimize(msg);
+}
+
+void floor_release_admin(mdm_msg_t &msg)
+{
+    mdm_admin_info_t &body = msg.body.admin;
     g_free(msg.hdr_text);
     g_free(body.pkg);
     g_free(body.text);
@@ -181,7 +198,11 @@ void floor_decode_pwd(const uint8_t *bytes, mdm_msg_t &msg)
     policy->str9 = take_text(bytes);
     policy->str10 = take_text(bytes);
     body.data = policy;
-    benchmark::DoNotOptimize(msg);
+}
+
+void floor_release_pwd(mdm_msg_t &msg)
+{
+    auto *policy = static_cast<mdm_pwd_policy_t *>(msg.body.pwd.data);
     g_free(msg.hdr_text);
     g_free(policy->str9);
     g_free(policy->str10);
@@ -242,7 +263,12 @@ void floor_decode_apn(const uint8_t *bytes, mdm_msg_t &msg)
         texts[i] = take_text(bytes);
     }
     body.data = account;
-    benchmark::DoNotOptimize(msg);
+}
+
+void floor_release_apn(mdm_msg_t &msg)
+{
+    auto *account = static_cast<mdm_apn_account_t *>(msg.body.apn.data);
+    char **texts = &account->profile_name;
     g_free(msg.hdr_text);
     for (size_t i = 0; i < apn_texts; ++i) {
         g_free(texts[i]);
@@ -276,7 +302,7 @@ uint8_t *floor_encode_accounts(const mdm_msg_t &msg, uint32_t &length)
         std::memcpy(out, &account.num0, 16);
         out += 16;
         for (size_t i = 0; i < account_texts; ++i) {
-            put(out, texts[i], static_cast<uint32_t>(std::strlen(texts[i])));
+            out = put_text(out, texts[i]);
         }
     }
     return buffer;
@@ -301,7 +327,11 @@ void floor_decode_accounts(const uint8_t *bytes, mdm_msg_t &msg)
         tail = append(list, tail, account);
     }
     body.data = list;
-    benchmark::DoNotOptimize(msg);
+}
+
+void floor_release_accounts(mdm_msg_t &msg)
+{
+    auto *list = static_cast<GList *>(msg.body.security.data);
     g_free(msg.hdr_text);
     for (const GList *cell = list; cell != nullptr; cell = cell->next) {
         char **texts = &static_cast<mdm_security_account_t *>(cell->data)->str4;
@@ -329,8 +359,7 @@ uint8_t *floor_encode_names(const mdm_msg_t &msg, uint32_t &length)
     put(out, static_cast<uint32_t>(body.data_size));
     put(out, count);
     for (const auto *cell = static_cast<GList *>(body.data); cell != nullptr; cell = cell->next) {
-        const auto *name = static_cast<char *>(cell->data);
-        put(out, name, static_cast<uint32_t>(std::strlen(name)));
+        out = put_text(out, static_cast<char *>(cell->data));
     }
     return buffer;
 }
@@ -350,10 +379,14 @@ void floor_decode_names(const uint8_t *bytes, mdm_msg_t &msg)
         tail = append(list, tail, take_text(bytes));
     }
     body.data = list;
-    benchmark::DoNotOptimize(msg);
+}
+
+void floor_release_names(mdm_msg_t &msg)
+{
+    mdm_app_info_t &body = msg.body.app;
     g_free(msg.hdr_text);
     g_free(body.pkg);
-    g_list_free_full(list, g_free);
+    g_list_free_full(static_cast<GList *>(body.data), g_free);
 }
 
 }  // namespace mdm::bench
