@@ -114,14 +114,17 @@ static bool _set_app_res(Out &out, const mdm_app_res_info_t *info)
         return true;
     }
     switch (shape_of(info->type)) {
-    case Shape::packages:
-        out.u32(length_of(info->data));
-        MDM_INFO("len : %d", length_of(info->data));
+    case Shape::packages: {
+        const uint32_t count = length_of(info->data);
+        out.u32(count);
+        MDM_INFO("len : %d", count);
         out.strings_before_null(info->data);
         break;
-    case Shape::items:
-        out.u32(length_of(info->data));
-        MDM_INFO("len : %d", length_of(info->data));
+    }
+    case Shape::items: {
+        const uint32_t count = length_of(info->data);
+        out.u32(count);
+        MDM_INFO("len : %d", count);
         for (const auto *item : elements_before_null<mdm_app_res_item_t>(info->data)) {
             LOG_ITEM(info->type, "%u", *item);
             if (item->name != nullptr) {
@@ -129,17 +132,21 @@ static bool _set_app_res(Out &out, const mdm_app_res_info_t *info)
             }
         }
         break;
-    case Shape::controls:
-        out.u32(length_of(info->data));
-        MDM_INFO("len : %d", length_of(info->data));
+    }
+    case Shape::controls: {
+        const uint32_t count = length_of(info->data);
+        out.u32(count);
+        MDM_INFO("len : %d", count);
         for (const auto *control : elements_before_null<mdm_app_control_info_t>(info->data)) {
             out.i32(control->client_id);
             MDM_INFO("app_control_info->client_id : %d", control->client_id);
-            out.u32(length_of(control->pkg_list));
-            MDM_INFO("len2 : %d", length_of(control->pkg_list));
+            const uint32_t package_count = length_of(control->pkg_list);
+            out.u32(package_count);
+            MDM_INFO("len2 : %d", package_count);
             out.strings_before_null(control->pkg_list);
         }
         break;
+    }
     case Shape::raw:
         out.bytes(info->data, info->data_size);
         break;
