@@ -32,6 +32,13 @@ constexpr Shape shape_of(uint32_t type)
     }
 }
 
+// What an element of a list of keys points at: a number on its own.
+struct Key {
+    uint32_t number;
+};
+static_assert(sizeof(Key) == sizeof(uint32_t));
+
+constexpr auto key_fields = MDM_FIELDS(Key, number);
 constexpr auto key_pair_fields = MDM_FIELDS(mdm_kiosk_key_pair_t, key, value);
 constexpr uint32_t key_pair_size = word_size + word_size;
 
@@ -83,12 +90,7 @@ static bool _set_kiosk(Out &out, const mdm_kiosk_info_t *info)
         break;
     case Shape::keys:
         MDM_INFO("MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
-        out.u32(length_of(info->data));
-        for (const uint32_t *key : elements<uint32_t>(info->data)) {
-            if (key != nullptr) {
-                out.u32(*key);
-            }
-        }
+        out.records(info->data, key_fields);
         break;
     case Shape::key_pairs:
         MDM_INFO("MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
@@ -99,19 +101,6 @@ static bool _set_kiosk(Out &out, const mdm_kiosk_info_t *info)
         break;
     }
     return true;
-}
-
-template <class In>
-static GList *read_keys(In &in)
-{
-    auto keys = in.new_list();
-    const int32_t count = in.count();
-    for (int32_t i = 0; i < count; ++i) {
-        auto *key = in.template make<uint32_t>();
-        *key = in.u32();
-        keys.append(key);
-    }
-    return keys.head();
 }
 
 template <class In>
@@ -129,7 +118,7 @@ static bool _get_kiosk(In &in, mdm_kiosk_info_t *info)
         info->data = in.str();
         break;
     case Shape::keys:
-        info->data = read_keys(in);
+        info->data = in.records(in.count(), key_fields);
         break;
     case Shape::key_pairs:
         info->data = in.records(in.count(), key_pair_fields);

@@ -55,20 +55,6 @@ mdm_body_t body(int32_t type, int32_t data_size, void *data, const char *pkg = n
     return body;
 }
 
-// The cells of a list whose elements belong to somebody else.
-class Cells {
-public:
-    Cells(std::initializer_list<void *> elements) : list_(list_of(elements)) {}
-    ~Cells() { g_list_free(list_); }
-    Cells(const Cells &) = delete;
-    Cells &operator=(const Cells &) = delete;
-
-    GList *get() const { return list_; }
-
-private:
-    GList *list_;
-};
-
 // The size handler changes nothing; the bytes that the set handler writes are `unwritten` fewer.
 Bytes sized_and_written(mdm_body_t sent, uint32_t unwritten = 0)
 {
@@ -184,7 +170,7 @@ TEST(AppRes, PackageNameOfAnyLengthTravels)
 
 TEST(AppRes, DataSizeBelow1SendsTheHeadAloneWhateverTheType)
 {
-    const Cells list = {borrowed("abc")};
+    const Cells list = cells({borrowed("abc")});
     for (const int32_t type : sample_types) {
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
             const Bytes bytes = sized_and_written(body(type, data_size, list.get()));
@@ -220,7 +206,7 @@ TEST(AppRes, TypeSelectsTheShapeInEveryHandler)
         types.push_back(type);
     }
     mdm_app_control_info_t element{};  // or an item without a name, or an empty string
-    const Cells list = {&element};
+    const Cells list = cells({&element});
     for (const int32_t type : types) {
         SCOPED_TRACE(type);
         const Marks &expected = marks.at(expected_shape(type));
@@ -237,7 +223,7 @@ TEST(AppRes, TypeSelectsTheShapeInEveryHandler)
 
 TEST(AppRes, PackagesFollowTheirCount)
 {
-    const Cells list = {borrowed("abc"), borrowed(""), borrowed("\xC3\xA9")};
+    const Cells list = cells({borrowed("abc"), borrowed(""), borrowed("\xC3\xA9")});
     for (const int32_t type : package_types) {
         SCOPED_TRACE(type);
         const Bytes bytes = sized_and_written(body(type, 1, list.get()));
@@ -261,7 +247,7 @@ TEST(AppRes, PackagesFollowTheirCount)
 
 TEST(AppRes, NullPackageEndsTheListButNotTheCount)
 {
-    const Cells list = {borrowed("a"), nullptr, borrowed("b")};
+    const Cells list = cells({borrowed("a"), nullptr, borrowed("b")});
     const Bytes bytes = sized_and_written(body(3, 1, list.get()));
     EXPECT_EQ(bytes, head(3) + hex("03 00 00 00 01 00 00 00 61"));
     Received received = read(bytes + hex("02 00 00 00 79 7A 00 00 00 00 FF"));
@@ -275,7 +261,7 @@ TEST(AppRes, ItemsCarryTheirNameBeforeTheirValue)
 {
     mdm_app_res_item_t first = {borrowed("abc"), 0xF1F2F3F4};
     mdm_app_res_item_t second = {borrowed("\xC3\xA9"), 0};
-    const Cells list = {&first, &second};
+    const Cells list = cells({&first, &second});
     for (const int32_t type : item_types) {
         SCOPED_TRACE(type);
         const Bytes bytes = sized_and_written(body(type, 1, list.get()));
@@ -305,13 +291,13 @@ TEST(AppRes, ItemWithoutANameIsSizedAndCountedButNotWritten)
     mdm_app_res_item_t unnamed = {nullptr, 2};
     mdm_app_res_item_t c = {borrowed("c"), 3};
     mdm_app_res_item_t empty = {borrowed(""), 4};
-    const Cells list = {&a, &unnamed, &c};
+    const Cells list = cells({&a, &unnamed, &c});
     for (const int32_t type : item_types) {
         EXPECT_EQ(sized_and_written(body(type, 1, list.get()), 8),
                   head(type) + hex("03 00 00 00 01 00 00 00 61 01 00 00 00 "
                                    "01 00 00 00 63 03 00 00 00"));
     }
-    const Cells two = {&unnamed, &empty, &unnamed};
+    const Cells two = cells({&unnamed, &empty, &unnamed});
     EXPECT_EQ(sized_and_written(body(140, 1, two.get()), 16),
               head(140) + hex("03 00 00 00 00 00 00 00 04 00 00 00"));
 }
@@ -319,7 +305,7 @@ TEST(AppRes, ItemWithoutANameIsSizedAndCountedButNotWritten)
 TEST(AppRes, NullItemEndsTheListButNotTheCount)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};
-    const Cells list = {&a, nullptr, &a};
+    const Cells list = cells({&a, nullptr, &a});
     for (const int32_t type : item_types) {
         EXPECT_EQ(sized_and_written(body(type, 1, list.get())),
                   head(type) + hex("03 00 00 00 01 00 00 00 61 01 00 00 00"));
@@ -328,10 +314,10 @@ TEST(AppRes, NullItemEndsTheListButNotTheCount)
 
 TEST(AppRes, ControlsCarryAClientAndItsPackages)
 {
-    const Cells packages = {borrowed("abc"), borrowed("\xC3\xA9")};
+    const Cells packages = cells({borrowed("abc"), borrowed("\xC3\xA9")});
     mdm_app_control_info_t first = {-2, packages.get()};
     mdm_app_control_info_t second = {0x01020304, nullptr};
-    const Cells list = {&first, &second};
+    const Cells list = cells({&first, &second});
     for (const int32_t type : control_types) {
         SCOPED_TRACE(type);
         const Bytes bytes = sized_and_written(body(type, 1, list.get()));
@@ -355,9 +341,9 @@ TEST(AppRes, ControlsCarryAClientAndItsPackages)
 
 TEST(AppRes, NullElementsEndBothListsOfControlsButNotTheCounts)
 {
-    const Cells packages = {borrowed("a"), nullptr, borrowed("b")};
+    const Cells packages = cells({borrowed("a"), nullptr, borrowed("b")});
     mdm_app_control_info_t control = {5, packages.get()};
-    const Cells list = {&control, nullptr, &control};
+    const Cells list = cells({&control, nullptr, &control});
     for (const int32_t type : control_types) {
         EXPECT_EQ(sized_and_written(body(type, 1, list.get())),
                   head(type) + hex("03 00 00 00 05 00 00 00 03 00 00 00 01 00 00 00 61"));
@@ -386,9 +372,9 @@ TEST(AppRes, ListsBeginAtTheirFirstElement)
 {
     mdm_app_res_item_t item = {borrowed("a"), 1};
     mdm_app_control_info_t control = {5, nullptr};
-    const Cells packages = {borrowed("a"), borrowed("b")};
-    const Cells items = {&item, &item};
-    const Cells controls = {&control, &control};
+    const Cells packages = cells({borrowed("a"), borrowed("b")});
+    const Cells items = cells({&item, &item});
+    const Cells controls = cells({&control, &control});
     EXPECT_EQ(sized_and_written(body(3, 1, packages.get()->next)).size(), 16U + 4 + 5 + 5);
     EXPECT_EQ(sized_and_written(body(142, 1, items.get()->next)).size(), 16U + 4 + 9 + 9);
     EXPECT_EQ(sized_and_written(body(175, 1, controls.get()->next)).size(), 16U + 4 + 8 + 8);
@@ -561,8 +547,8 @@ void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
 
 TEST(AppRes, PackagesAreLoggedByTheSizeHandlerOnly)
 {
-    const Cells list = {borrowed("abc"), borrowed(""), borrowed("d")};
-    const Cells interrupted = {borrowed("abc"), nullptr, borrowed("d")};
+    const Cells list = cells({borrowed("abc"), borrowed(""), borrowed("d")});
+    const Cells interrupted = cells({borrowed("abc"), nullptr, borrowed("d")});
     for (const int32_t type : package_types) {
         expect_lines(body(type, 1, list.get()),
                      {"len : 3", "pkg : abc", "pkg : ", "pkg : d", "size : 36"}, {"len : 3"},
@@ -576,7 +562,7 @@ TEST(AppRes, ItemsAreLoggedUpToANullOne)
 {
     mdm_app_res_item_t a = {borrowed("a"), 0xFFFFFFFF};
     mdm_app_res_item_t unnamed = {nullptr, 2};
-    const Cells list = {&a, &unnamed, nullptr, &a};
+    const Cells list = cells({&a, &unnamed, nullptr, &a});
     for (const int32_t type : item_types) {
         // A receiver of the other two types sees the value with a sign.
         const char *received = type == 142 ? "a(4294967295)" : "a(-1)";
@@ -604,7 +590,7 @@ std::vector<std::string> item_formats(LogRecorder &log)
 TEST(AppRes, ValuesOfItemsHaveAConversionByTypeAndHandler)
 {
     mdm_app_res_item_t item = {borrowed("a"), 1};
-    const Cells list = {&item};
+    const Cells list = cells({&item});
     for (const int32_t type : item_types) {
         mdm_body_t sent = body(type, 1, list.get());
         LogRecorder log;
@@ -620,12 +606,12 @@ TEST(AppRes, ValuesOfItemsHaveAConversionByTypeAndHandler)
 
 TEST(AppRes, ControlsAreLoggedWithTheirPackages)
 {
-    const Cells packages = {borrowed("a"), borrowed("b")};
-    const Cells interrupted = {nullptr, borrowed("b")};
+    const Cells packages = cells({borrowed("a"), borrowed("b")});
+    const Cells interrupted = cells({nullptr, borrowed("b")});
     mdm_app_control_info_t first = {-7, packages.get()};
     mdm_app_control_info_t second = {8, nullptr};
     mdm_app_control_info_t third = {9, interrupted.get()};
-    const Cells list = {&first, &second, &third, nullptr, &first};
+    const Cells list = cells({&first, &second, &third, nullptr, &first});
     for (const int32_t type : control_types) {
         expect_lines(body(type, 1, list.get()),
                      {"len : 5", "app_control_info->client_id : -7", "len2 : 2",
@@ -643,7 +629,7 @@ TEST(AppRes, ControlsAreLoggedWithTheirPackages)
 
 TEST(AppRes, OtherBodiesLogTheirSizeOnly)
 {
-    const Cells list = {borrowed("abc")};
+    const Cells list = cells({borrowed("abc")});
     expect_lines(body(143, 3, borrowed("abc")), {"size : 19"}, {}, {});
     for (const int32_t type : sample_types) {
         expect_lines(body(type, 0, list.get(), "abc"), {"size : 19"}, {}, {});
@@ -676,11 +662,11 @@ std::vector<Block> kept_by_journey(const mdm_body_t &sent, mdm_msg_t &received)
 
 TEST(AppRes, WholeMessageLeaksNothingButRecordsOfControls)
 {
-    const Cells packages = {borrowed("a"), borrowed(""), borrowed("c")};
+    const Cells packages = cells({borrowed("a"), borrowed(""), borrowed("c")});
     mdm_app_res_item_t item = {borrowed("a"), 1};
-    const Cells items = {&item, &item};
+    const Cells items = cells({&item, &item});
     mdm_app_control_info_t control = {5, packages.get()};
-    const Cells controls = {&control, &control};
+    const Cells controls = cells({&control, &control});
     mdm_msg_t received{};
     EXPECT_THAT(kept_by_journey(body(177, 1, packages.get(), "pkg"), received), IsEmpty());
     EXPECT_THAT(kept_by_journey(body(142, 1, items.get(), "pkg"), received), IsEmpty());
@@ -710,7 +696,7 @@ TEST(AppRes, ZerosOfAnItemWithoutANameTravelAtTheEndOfTheMessage)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};
     mdm_app_res_item_t unnamed = {nullptr, 2};
-    const Cells list = {&unnamed, &a};
+    const Cells list = cells({&unnamed, &a});
     mdm_msg_t msg = message(type_app_res);
     msg.body = body(140, 1, list.get());
     const Bytes bytes = serialize(msg);

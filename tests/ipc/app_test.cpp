@@ -50,11 +50,6 @@ mdm_body_t used_body()
     return body;
 }
 
-struct ReleaseCells {
-    void operator()(GList *list) const { g_list_free(list); }
-};
-using Cells = std::unique_ptr<GList, ReleaseCells>;
-
 Cells packages(std::initializer_list<const char *> names)
 {
     GList *list = nullptr;

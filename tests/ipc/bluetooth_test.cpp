@@ -38,18 +38,11 @@ std::vector<uint32_t> list_types()
     return types;
 }
 
-// Small values, and what a narrower or a masked word would take for the listed ones among them.
 std::vector<uint32_t> raw_types()
 {
     const std::vector<uint32_t> lists = list_types();
-    std::vector<uint32_t> types{0x80000000, 0xFFFFFFFF};
-    for (uint32_t type = 0; type <= 1000; ++type) {
-        if (std::ranges::count(lists, type) == 0) {
-            types.push_back(type);
-        } else {
-            types.insert(types.end(), {type + 0x10000, type | 0x80000000, 0 - type});
-        }
-    }
+    std::vector<uint32_t> types = swept_types(lists);
+    std::erase_if(types, [&](uint32_t type) { return std::ranges::count(lists, type) != 0; });
     return types;
 }
 

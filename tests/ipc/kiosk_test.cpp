@@ -42,13 +42,6 @@ Bytes wire(uint32_t type, int32_t data_size, const Bytes &payload)
     return head_bytes(type, data_size) + payload;
 }
 
-struct FreeCells {
-    void operator()(GList *list) const { g_list_free(list); }
-};
-
-// A sender's list: its cells go with the test, its elements stay where they are.
-using List = std::unique_ptr<GList, FreeCells>;
-
 template <class Element>
 void *heap(const Element &element)
 {
@@ -145,7 +138,7 @@ TEST(Kiosk, LongAndNonAsciiTextsTravel)
 TEST(Kiosk, KeysTravelAsACountAndNumbers)
 {
     uint32_t keys[] = {0x01020304, 0, 0xFFFFFFFE};
-    const List list(list_of({&keys[0], &keys[1], &keys[2]}));
+    const Cells list = cells({&keys[0], &keys[1], &keys[2]});
     for (const uint32_t type : key_types) {
         mdm_body_t sent = body(type, 1, list.get());
         expect_size(sent, 28, 12);
@@ -166,7 +159,7 @@ TEST(Kiosk, KeysTravelAsACountAndNumbers)
 TEST(Kiosk, KeyPairsTravelAsACountAndPairs)
 {
     mdm_kiosk_key_pair_t pairs[] = {{0x01020304, 0}, {5, 0xFFFFFFFE}};
-    const List list(list_of({&pairs[0], &pairs[1]}));
+    const Cells list = cells({&pairs[0], &pairs[1]});
     mdm_body_t sent = body(pair_type, 1, list.get());
     expect_size(sent, 32, 16);
     const Bytes bytes = write_body(type_kiosk, sent);
@@ -187,7 +180,7 @@ TEST(Kiosk, ManyKeysKeepTheirOrder)
 {
     std::vector<uint32_t> keys(500);
     std::iota(keys.begin(), keys.end(), 7);
-    List list;
+    Cells list;
     for (uint32_t &key : keys) {
         list.reset(g_list_append(list.release(), &key));
     }
@@ -202,9 +195,9 @@ TEST(Kiosk, ManyKeysKeepTheirOrder)
 TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
 {
     uint32_t keys[] = {7, 9};
-    const List key_list(list_of({&keys[0], nullptr, &keys[1]}));
+    const Cells key_list = cells({&keys[0], nullptr, &keys[1]});
     mdm_kiosk_key_pair_t pairs[] = {{7, 8}, {9, 10}};
-    const List pair_list(list_of({&pairs[0], nullptr, &pairs[1]}));
+    const Cells pair_list = cells({&pairs[0], nullptr, &pairs[1]});
     for (const uint32_t type : key_types) {
         mdm_body_t sent = body(type, 1, key_list.get());
         expect_size(sent, 28, 12);
@@ -216,7 +209,7 @@ TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
     EXPECT_EQ(write_body(type_kiosk, sent), wire(pair_type, 24,
                                                  hex("03 00 00 00 07 00 00 00 08 00 00 00 "
                                                      "09 00 00 00 0A 00 00 00")));
-    const List nothing(list_of({nullptr}));
+    const Cells nothing = cells({nullptr});
     sent = body(621, 1, nothing.get());
     expect_size(sent, 20, 4);
     EXPECT_EQ(write_body(type_kiosk, sent), wire(621, 4, hex("01 00 00 00")));
@@ -225,7 +218,7 @@ TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
 TEST(Kiosk, NullElementsArriveAsZerosAtTheEnd)
 {
     uint32_t keys[] = {7, 9};
-    const List key_list(list_of({&keys[0], nullptr, &keys[1]}));
+    const Cells key_list = cells({&keys[0], nullptr, &keys[1]});
     mdm_msg_t msg = message(type_kiosk);
     msg.body = body(618, 1, key_list.get());
     mdm_msg_t back{};
@@ -234,7 +227,7 @@ TEST(Kiosk, NullElementsArriveAsZerosAtTheEnd)
     ipc_free(&back);
 
     mdm_kiosk_key_pair_t pairs[] = {{7, 8}, {9, 10}};
-    const List pair_list(list_of({nullptr, &pairs[0], &pairs[1]}));
+    const Cells pair_list = cells({nullptr, &pairs[0], &pairs[1]});
     msg.body = body(pair_type, 1, pair_list.get());
     EXPECT_EQ(deserialize(back, serialize(msg)), 0);
     EXPECT_EQ(pairs_of(back.body), (Pairs{{7, 8}, {9, 10}, {0, 0}}));
@@ -288,7 +281,7 @@ Shape shape_of(uint32_t type)
 TEST(Kiosk, EveryTypeHasItsShape)
 {
     mdm_kiosk_key_pair_t pair = {7, 8};
-    const List list(list_of({&pair}));
+    const Cells list = cells({&pair});
     std::vector<uint32_t> types{0xFFFFFFFF, 0x80000000, 0x80000264, 66148, 66154, 66155};
     types.resize(types.size() + 1001);
     std::iota(types.end() - 1001, types.end(), 0);
@@ -361,7 +354,7 @@ TEST(Kiosk, NegativeDataSizeAnnouncesAPayload)
     EXPECT_EQ(sent.kiosk.data_size, -4);
 
     uint32_t key = 7;
-    const List list(list_of({&key}));
+    const Cells list = cells({&key});
     sent = body(618, INT32_MIN, list.get());
     Bytes bytes = write_body(type_kiosk, sent);
     EXPECT_EQ(bytes, wire(618, INT32_MIN, hex("01 00 00 00 07 00 00 00")));
@@ -448,7 +441,7 @@ TEST(Kiosk, FreeWithoutDataOrDataSizeDoesNothing)
 TEST(Kiosk, WholeMessagesOfBothTypesLeakNothing)
 {
     mdm_kiosk_key_pair_t pair = {7, 8};
-    const List list(list_of({&pair}));
+    const Cells list = cells({&pair});
     const struct {
         mdm_body_t body;
         uint32_t size;
@@ -480,7 +473,7 @@ TEST(Kiosk, WholeMessagesOfBothTypesLeakNothing)
 TEST(Kiosk, OnlyTheWriterOfKeysLogsAndNamesTheirPolicy)
 {
     mdm_kiosk_key_pair_t pair = {7, 8};
-    const List list(list_of({&pair}));
+    const Cells list = cells({&pair});
     const struct {
         mdm_body_t body;
         std::vector<LogLine> written;

@@ -17,15 +17,12 @@ constexpr uint8_t type_location = 49;
 
 mdm_body_t body(uint32_t type, int32_t data_size)
 {
-    return {.location = {type, 0xAAAAAAAA, 0x01020304, data_size, sentinel()}};
+    return headed_body<&mdm_body_t::location>(type, data_size, sentinel());
 }
 
 void expect_body(const mdm_body_t &body, uint32_t type, int32_t data_size)
 {
-    EXPECT_EQ(body.location.type, type);
-    EXPECT_EQ(body.location.aux, 0xAAAAAAAAU);
-    EXPECT_EQ(body.location.param, 0x01020304U);
-    EXPECT_EQ(body.location.data_size, data_size);
+    expect_headed<&mdm_body_t::location>(body, type, data_size);
     EXPECT_EQ(body.location.data, sentinel());
 }
 

@@ -24,13 +24,7 @@ char hi[] = "hi";
 
 mdm_body_t body(uint32_t type, int32_t data_size, void *data)
 {
-    mdm_body_t body{};
-    body.pwd.type = type;
-    body.pwd.aux = 0xAAAAAAAA;
-    body.pwd.param = 0x01020304;
-    body.pwd.data_size = data_size;
-    body.pwd.data = data;
-    return body;
+    return headed_body<&mdm_body_t::pwd>(type, data_size, data);
 }
 
 mdm_pwd_policy_t policy(char *str9, char *str10)

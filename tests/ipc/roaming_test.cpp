@@ -23,15 +23,12 @@ constexpr int32_t data_sizes[] = {0, 1, 7, -1, INT32_MIN, INT32_MAX};
 
 mdm_body_t body(int32_t data_size, void *data)
 {
-    return {.roaming = {0xF1F2F3F4, 0xAAAAAAAA, 0x01020304, data_size, data}};
+    return headed_body<&mdm_body_t::roaming>(0xF1F2F3F4, data_size, data);
 }
 
 Bytes wire(int32_t data_size, const Bytes &name)
 {
-    const mdm_body_t head = body(data_size, nullptr);
-    Bytes bytes(body_head_size);
-    write_body_head(bytes.data(), &head.roaming);
-    return bytes + name;
+    return head_bytes(0xF1F2F3F4, data_size) + name;
 }
 
 mdm_roaming_data_t named(const char *name)
@@ -47,10 +44,7 @@ mdm_roaming_data_t &data_of(const mdm_body_t &body)
 // The body head of roaming_res is the same.
 void expect_head(const mdm_body_t &body, int32_t data_size)
 {
-    EXPECT_EQ(body.roaming.type, 0xF1F2F3F4U);
-    EXPECT_EQ(body.roaming.aux, 0xAAAAAAAAU);
-    EXPECT_EQ(body.roaming.param, 0x01020304U);
-    EXPECT_EQ(body.roaming.data_size, data_size);
+    expect_headed<&mdm_body_t::roaming>(body, 0xF1F2F3F4, data_size);
 }
 
 TEST(Roaming, CarriesTheHeadAndAName)

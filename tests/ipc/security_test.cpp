@@ -49,24 +49,13 @@ Bytes written_payload(mdm_body_t &sent)
     return {bytes.begin() + 12, bytes.end()};
 }
 
-struct ReleaseCells {
-    void operator()(GList *list) const { g_list_free(list); }
-};
-using List = std::unique_ptr<GList, ReleaseCells>;
-
-// A sender's list: the elements stay the test's own.
-List list(std::initializer_list<void *> elements)
-{
-    return List(list_of(elements));
-}
-
 // The three strings that the sender's lists share: the middle one is empty.
-List three_strings()
+Cells three_strings()
 {
-    return list({borrowed("a"), borrowed(""), borrowed("b")});
+    return cells({borrowed("a"), borrowed(""), borrowed("b")});
 }
 
-void *nth_cell(const List &list, guint index)
+void *nth_cell(const Cells &list, guint index)
 {
     return g_list_nth(list.get(), index);
 }
@@ -320,8 +309,8 @@ TEST(Security, SizeAndSetLogEnterAndExitOnly)
 {
     Item record = abc_item();
     Account full = account(borrowed);
-    const List strings = list({borrowed("a"), nullptr, borrowed("b")});
-    const List accounts = list({&full});
+    const Cells strings = cells({borrowed("a"), nullptr, borrowed("b")});
+    const Cells accounts = cells({&full});
     const mdm_body_t bodies[] = {body(56, 1, &record),         body(56, 0, nullptr),
                                  body(76, 5, nullptr),         body(68, 1, strings.get()),
                                  body(69, 0, nullptr),         body(70, 1, accounts.get()),
@@ -486,7 +475,7 @@ TEST(SecurityItem, FreeResetsDataSize)
 
 TEST(SecurityStrings, CountTheWholeBodyInDataSize)
 {
-    const List strings = three_strings();
+    const Cells strings = three_strings();
     for (const uint32_t type : string_types) {
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, strings.get());
@@ -500,13 +489,13 @@ TEST(SecurityStrings, CountTheWholeBodyInDataSize)
 
 TEST(SecurityStrings, EndAtTheFirstNullElementButCountAll)
 {
-    const List second = list({borrowed("a"), nullptr, borrowed("b")});
+    const Cells second = cells({borrowed("a"), nullptr, borrowed("b")});
     mdm_body_t sent = body(68, 0, second.get());
     expect_size(sent, 21, 21);
     EXPECT_EQ(write_body(type_security, sent), hex("44 00 00 00 04 03 02 01 15 00 00 00 "
                                                    "03 00 00 00 01 00 00 00 61"));
 
-    const List first = list({nullptr, borrowed("b")});
+    const Cells first = cells({nullptr, borrowed("b")});
     sent = body(69, 0, first.get());
     expect_size(sent, 16, 16);
     EXPECT_EQ(written_payload(sent), hex("02 00 00 00"));
@@ -563,7 +552,7 @@ TEST(SecurityStrings, ManyAndLongOnesTravelInOrder)
     for (std::string &text : texts) {
         g_queue_push_tail(&queue, text.data());
     }
-    const List strings(queue.head);
+    const Cells strings(queue.head);
     mdm_body_t sent = body(68, 0, strings.get());
     const uint32_t size = 16 + 102 * 4 + 300 + 5 + 10 + 90 * 2;
     expect_size(sent, size, static_cast<int32_t>(size));
@@ -594,7 +583,7 @@ TEST(SecurityAccounts, CountTheWholeBodyInDataSize)
 {
     Account full = account(borrowed);
     Account blank = blank_account();
-    const List accounts = list({&full, &blank});
+    const Cells accounts = cells({&full, &blank});
     for (const uint32_t type : account_types) {
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, accounts.get());
@@ -635,7 +624,7 @@ TEST(SecurityAccounts, LongAndEmptyStringsTravel)
     Account record = blank_account();
     record.str5 = borrowed("");
     record.str25 = text.data();
-    const List accounts = list({&record});
+    const Cells accounts = cells({&record});
     mdm_body_t sent = body(71, 0, accounts.get());
     expect_size(sent, 420, 420);
     mdm_body_t received{};
@@ -650,8 +639,8 @@ TEST(SecurityAccounts, WithANullElementCannotBeSized)
 {
     Account full = account(borrowed);
     Account blank = blank_account();
-    for (const List &accounts :
-         {list({&full, nullptr, &blank}), list({nullptr}), list({&full, nullptr})}) {
+    for (const Cells &accounts :
+         {cells({&full, nullptr, &blank}), cells({nullptr}), cells({&full, nullptr})}) {
         for (const uint32_t type : account_types) {
             mdm_body_t sent = body(type, 77, accounts.get());
             LogRecorder log;
@@ -668,7 +657,7 @@ TEST(SecurityAccounts, NullElementsAreCountedButNotWritten)
 {
     Account full = account(borrowed);
     Account blank = blank_account();
-    const List accounts = list({&full, nullptr, &blank});
+    const Cells accounts = cells({&full, nullptr, &blank});
     for (const uint32_t type : account_types) {
         mdm_body_t sent = body(type, 1, accounts.get());
         EXPECT_EQ(write_body(type_security, sent),
@@ -771,7 +760,7 @@ TEST(SecurityLists, WithoutAPositiveCountComeBackNull)
 // starts where it is told to.)
 TEST(SecurityLists, AreSizedAndWrittenFromTheirFirstElement)
 {
-    const List strings = list({borrowed("a"), borrowed("b"), borrowed("c")});
+    const Cells strings = cells({borrowed("a"), borrowed("b"), borrowed("c")});
     mdm_body_t sent = body(68, 0, nth_cell(strings, 2));
     expect_size(sent, 31, 31);
     const Bytes strings_written = written_payload(sent);
@@ -780,7 +769,7 @@ TEST(SecurityLists, AreSizedAndWrittenFromTheirFirstElement)
 
     Account full = account(borrowed);
     Account blank = blank_account();
-    const List accounts = list({&full, &blank});
+    const Cells accounts = cells({&full, &blank});
     sent = body(70, 0, nth_cell(accounts, 1));
     expect_size(sent, 262, 262);
     const Bytes accounts_written = written_payload(sent);
@@ -878,8 +867,8 @@ TEST(SecurityMessage, CarriesEveryShapeAndLeaksFirstCopiesOfListedStringsOnly)
 {
     Item record = abc_item();
     Account full = account(borrowed);
-    const List strings = three_strings();
-    const List accounts = list({&full, &full});
+    const Cells strings = three_strings();
+    const Cells accounts = cells({&full, &full});
     struct Case {
         mdm_body_t sent;
         size_t size;  // of the body

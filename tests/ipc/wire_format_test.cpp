@@ -64,20 +64,6 @@ void set_head(Info &info, uint32_t type, int32_t data_size, void *data)
     info.data = data;
 }
 
-// A list for one message.
-class List {
-public:
-    List(std::initializer_list<void *> elements) : list_(list_of(elements)) {}
-    ~List() { g_list_free(list_); }
-    List(const List &) = delete;
-    List &operator=(const List &) = delete;
-
-    GList *get() const { return list_; }
-
-private:
-    GList *list_;
-};
-
 void fill_example_message(mdm_msg_t &msg)
 {
     msg.hdr_word1 = 1;
@@ -118,7 +104,7 @@ Bytes security_item()
 
 Bytes security_strings()
 {
-    const List list = {borrowed("a"), borrowed(""), borrowed("b")};
+    const Cells list = cells({borrowed("a"), borrowed(""), borrowed("b")});
     return body_of(5, [&](mdm_msg_t &msg) { set_head(msg.body.security, 68, 0, list.get()); });
 }
 
@@ -143,7 +129,7 @@ Bytes wifi_network()
 
 Bytes bluetooth_names()
 {
-    const List list = {borrowed("key"), borrowed("mouse")};
+    const Cells list = cells({borrowed("key"), borrowed("mouse")});
     return body_of(9, [&](mdm_msg_t &msg) { set_head(msg.body.bluetooth, 223, 1, list.get()); });
 }
 
@@ -161,7 +147,7 @@ Bytes eas_value()
 
 Bytes app_packages()
 {
-    const List list = {borrowed("a"), borrowed("bc")};
+    const Cells list = cells({borrowed("a"), borrowed("bc")});
     return body_of(13, [&](mdm_msg_t &msg) {
         set_head(msg.body.app, 4, 1, list.get());
         msg.body.app.pkg = borrowed("me");
@@ -179,16 +165,16 @@ Bytes app_res_items()
     mdm_app_res_item_t a = {borrowed("a"), 5};
     mdm_app_res_item_t nameless = {nullptr, 7};
     mdm_app_res_item_t b = {borrowed("b"), 6};
-    const List list = {&a, &nameless, &b};
+    const Cells list = cells({&a, &nameless, &b});
     return body_of(14, [&](mdm_msg_t &msg) { set_head(msg.body.app_res, 140, 1, list.get()); });
 }
 
 Bytes app_res_controls()
 {
-    const List packages = {borrowed("a")};
+    const Cells packages = cells({borrowed("a")});
     mdm_app_control_info_t first = {7, packages.get()};
     mdm_app_control_info_t second = {8, nullptr};
-    const List list = {&first, &second};
+    const Cells list = cells({&first, &second});
     return body_of(14, [&](mdm_msg_t &msg) { set_head(msg.body.app_res, 172, 1, list.get()); });
 }
 
@@ -278,7 +264,7 @@ Bytes kiosk_pairs()
 {
     mdm_kiosk_key_pair_t first = {1, 10};
     mdm_kiosk_key_pair_t third = {2, 11};
-    const List list = {&first, nullptr, &third};
+    const Cells list = cells({&first, nullptr, &third});
     return body_of(45, [&](mdm_msg_t &msg) { set_head(msg.body.kiosk, 619, 1, list.get()); });
 }
 

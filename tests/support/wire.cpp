@@ -114,6 +114,11 @@ GList *list_of(std::initializer_list<void *> elements)
     return list;
 }
 
+Cells cells(std::initializer_list<void *> elements)
+{
+    return Cells(list_of(elements));
+}
+
 std::vector<std::optional<std::string>> texts_of(const void *list)
 {
     std::vector<std::optional<std::string>> texts;

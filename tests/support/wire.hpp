@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,6 +45,13 @@ GList *heap_list(std::initializer_list<const char *> texts);
 
 // A new list of elements that stay where they are.
 GList *list_of(std::initializer_list<void *> elements);
+
+// The same for a sender: the cells go with the test, the elements belong to somebody else.
+struct ReleaseCells {
+    void operator()(GList *list) const { g_list_free(list); }
+};
+using Cells = std::unique_ptr<GList, ReleaseCells>;
+Cells cells(std::initializer_list<void *> elements);
 
 // What a body's `data` holds, if it is a list: the texts of its strings (none for a null element),
 // the addresses of its elements, and those of its cells.
