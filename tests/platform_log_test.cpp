@@ -5,13 +5,10 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
@@ -19,31 +16,15 @@
 
 #include "mdm/ipc.h"
 #include "mdm/log.h"
+#include "support/private_mounts.hpp"
 
 namespace {
 
-// Maps the caller to root of its new user namespace, without which it could create no file there.
-bool map_to_root(uid_t uid, gid_t gid)
+// Gives this process an empty /dev of its own. Returns why it has none, if so.
+std::optional<std::string> enter_private_dev()
 {
-    std::ofstream("/proc/self/setgroups") << "deny";
-    return (std::ofstream("/proc/self/uid_map") << "0 " << uid << " 1" << std::flush) &&
-           (std::ofstream("/proc/self/gid_map") << "0 " << gid << " 1" << std::flush);
-}
-
-// Gives this process an empty /dev of its own.
-bool enter_private_dev()
-{
-    const uid_t uid = geteuid();
-    const gid_t gid = getegid();
-    if (uid == 0) {
-        if (unshare(CLONE_NEWNS) != 0) {
-            return false;
-        }
-    } else if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 || !map_to_root(uid, gid)) {
-        return false;
-    }
-    return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           mount("none", "/dev", "tmpfs", 0, nullptr) == 0;
+    const auto &reason = mdm::test::enter_private_mounts();
+    return reason ? reason : mdm::test::mount_empty("/dev");
 }
 
 struct Received {
@@ -56,10 +37,9 @@ class PlatformLog : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        static const bool available = enter_private_dev();
-        static const std::string reason = std::strerror(errno);
-        if (!available) {
-            GTEST_SKIP() << "this machine gives no private mount namespace: " << reason;
+        static const auto reason = enter_private_dev();
+        if (reason) {
+            GTEST_SKIP() << "this machine gives no private mount namespace: " << *reason;
         }
         socket_ = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
         sockaddr_un address{};
