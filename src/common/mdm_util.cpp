@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "mdm/util.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <string_view>
+
+#include "mdm_log.hpp"
+
+namespace mdm {
+namespace {
+
+// One word for the whole list; its strings have no count of their own.
+constexpr size_t list_overhead = 4;
+
+bool is_package_name_char(unsigned char byte)
+{
+    return std::isalnum(byte) != 0 || byte == '-' || byte == '.';
+}
+
+}  // namespace
+}  // namespace mdm
+
+int32_t mdm_get_list_data_size(GList *pkg_list)
+{
+    if (pkg_list == nullptr) {
+        MDM_CRITICAL("pkg_list is NULL!");
+        return MDM_EXIT(0);
+    }
+    const GList *current = g_list_first(pkg_list);
+    if (current->data == nullptr) {
+        MDM_CRITICAL("current is NULL!");
+        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
+    }
+
+    size_t bytes = mdm::list_overhead;
+    for (; current != nullptr && current->data != nullptr; current = current->next) {
+        bytes += std::strlen(static_cast<const char *>(current->data));
+    }
+    const auto size = static_cast<int32_t>(bytes);
+    MDM_INFO("size : %d", size);
+    return size;
+}
+
+int32_t mdm_is_valid_package_name(const char *package_name)
+{
+    if (package_name == nullptr) {
+        MDM_CRITICAL("package_name is NULL!");
+        return MDM_EXIT(0);
+    }
+    const std::string_view name = package_name;
+    if (name.empty()) {
+        MDM_CRITICAL("package_name is BLANK!");
+        return MDM_EXIT(0);
+    }
+    return std::all_of(name.begin(), name.end(), mdm::is_package_name_char) ? 1 : 0;
+}
