@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Lets the allocations fail whose failure a category answers: those of g_try_malloc0().
+// Lets the calls of GLib fail whose failure the library answers: g_try_malloc0(), g_strdup_printf()
+// and g_strsplit().
 #pragma once
 
 namespace mdm::test {
