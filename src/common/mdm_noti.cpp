@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "mdm_noti.hpp"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+
+#include "mdm/noti.h"
+#include "mdm_log.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr const char *status_directory = "/opt/etc/mdm/";
+
+// One for all keys, held for the whole of a call, its log lines included. The logger's own is
+// always the inner one.
+std::mutex store_mutex;
+
+// More than the eleven characters of the longest status and their terminator; a longer word is cut.
+constexpr size_t word_size = 64;
+
+// The system's text for an error number, without an allocation that could fail.
+class ErrorText {
+public:
+    explicit ErrorText(int error) : text_(strerror_r(error, buffer_.data(), buffer_.size())) {}
+    const char *c_str() const { return text_; }
+
+private:
+    std::array<char, 128> buffer_{};
+    const char *text_;
+};
+
+void throw_on_failure(std::ios &file)
+{
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+}
+
+// The number at the start of a word. When there is none, or none that fits, errno says which: 0, or
+// ERANGE also where the host's long holds what a status does not.
+int32_t status_of(const char *word)
+{
+    if (*word == '\0') {
+        return 0;
+    }
+    errno = 0;
+    try {
+        return std::stoi(word);
+    } catch (const std::out_of_range &) {
+        errno = ERANGE;
+        throw;
+    }
+}
+
+}  // namespace
+
+// How both functions answer an exception of their file handling or conversion: macros, because the
+// lines carry the name of the function.
+#define MDM_LOG_ERRNO()                                                    \
+    do {                                                                   \
+        const int error = errno;                                           \
+        MDM_CRITICAL("errno = %d, [%s]", error, ErrorText(error).c_str()); \
+    } while (0)
+
+#define MDM_CATCH_AND_LOG()                                                                     \
+    catch (const std::ios::failure &failure)                                                    \
+    {                                                                                           \
+        MDM_CRITICAL("Opening/reading/closing file exception, ['%s'] thrown.", failure.what()); \
+        MDM_LOG_ERRNO();                                                                        \
+    }                                                                                           \
+    catch (...)                                                                                 \
+    {                                                                                           \
+        MDM_CRITICAL("Unknown exception thrown.");                                              \
+        MDM_LOG_ERRNO();                                                                        \
+    }
+
+int32_t mdm_read_noti(const char *directory, const char *p_key, int32_t *p_status)
+{
+    const std::lock_guard lock(store_mutex);
+    if (p_key == nullptr) {
+        MDM_CRITICAL("p_key argument = NULL");
+        return MDM_RESULT_INVALID_ARGUMENT;
+    }
+
+    try {
+        const std::string path = std::string(directory) + p_key;
+        std::ifstream file;
+        throw_on_failure(file);
+        file.open(path);
+        // For a stream library whose open() fails without throwing: not the one of the tests.
+        if (!file.is_open()) {  // GCOVR_EXCL_START
+            MDM_CRITICAL("File [%s] has not been opened.", path.c_str());
+            return MDM_RESULT_FAILED;
+        }  // GCOVR_EXCL_STOP
+        char word[word_size];
+        file >> word;
+        file.close();
+        *p_status = status_of(word);
+        MDM_DEBUG("Red status [0x%08x] from \"%s\"", static_cast<uint32_t>(*p_status),
+                  path.c_str());
+        return MDM_RESULT_SUCCESS;
+    }
+    MDM_CATCH_AND_LOG()
+    return MDM_RESULT_FAILED;
+}
+
+int32_t mdm_write_noti(const char *directory, const char *noti, int32_t status)
+{
+    const std::lock_guard lock(store_mutex);
+    if (noti == nullptr) {
+        MDM_CRITICAL("noti argument = NULL");
+        return MDM_RESULT_INVALID_ARGUMENT;
+    }
+
+    try {
+        const std::string path = std::string(directory) + noti;
+        std::fstream file;
+        throw_on_failure(file);
+        file.open(path, std::ios::in | std::ios::out | std::ios::trunc);
+        // For a stream library whose open() fails without throwing: not the one of the tests.
+        if (!file.is_open()) {  // GCOVR_EXCL_START
+            MDM_CRITICAL("File [%s] has not been opened.", path.c_str());
+            return MDM_RESULT_FAILED;
+        }  // GCOVR_EXCL_STOP
+        file << std::to_string(status);
+        file.close();
+        MDM_DEBUG("Wrote status [0x%08x] into \"%s\"", static_cast<uint32_t>(status), path.c_str());
+        return MDM_RESULT_SUCCESS;
+    }
+    MDM_CATCH_AND_LOG()
+    return MDM_RESULT_FAILED;
+}
+
+}  // namespace mdm
+
+int32_t mdm_read_noti(const char *p_key, int32_t *p_status)
+{
+    return mdm::mdm_read_noti(mdm::status_directory, p_key, p_status);
+}
+
+int32_t mdm_write_noti(const char *noti, int32_t status)
+{
+    return mdm::mdm_write_noti(mdm::status_directory, noti, status);
+}
