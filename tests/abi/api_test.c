@@ -7,8 +7,12 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <mdm/crypto.h>
 #include <mdm/ipc.h>
 #include <mdm/log.h>
+#include <mdm/noti.h>
+#include <mdm/util.h>
+#include <mdm/util_policy.h>
 
 #define CHECK(condition)                                                    \
     do {                                                                    \
@@ -63,9 +67,76 @@ static void check_codec(void)
     CHECK(ipc_free(NULL) == MDM_RESULT_INVALID_ARGUMENT);
 }
 
+static void check_aes_helper(void)
+{
+    const char *key_iv = "0123456789abcdeffedcba9876543210";
+    const uint8_t plain[16] = "secret";
+    uint8_t *cipher = NULL;
+    uint8_t *again = NULL;
+    uint32_t length = 0;
+    CHECK(mdm_aes_encrypt(plain, 6, key_iv, &cipher, &length) == MDM_RESULT_SUCCESS);
+    CHECK(length == 16);
+    CHECK(mdm_aes_decrypt(cipher, length, key_iv, &again, &length) == MDM_RESULT_SUCCESS);
+    CHECK(length == 16);
+    CHECK(memcmp(again, plain, 16) == 0);
+    g_free(cipher);
+    g_free(again);
+}
+
+static void check_utilities(void)
+{
+    char abc[] = "abc";
+    char de[] = "de";
+    GList *names = g_list_append(g_list_append(NULL, abc), de);
+    CHECK(mdm_get_list_data_size(names) == 9);
+    g_list_free(names);
+    CHECK(mdm_is_valid_package_name("alpha.beta.app") == 1);
+    CHECK(mdm_is_valid_package_name("alpha.beta.my_app") == 0);
+}
+
+static void check_limit_texts(void)
+{
+    const int32_t limit[MDM_PHONE_RES_LIMIT_VALUES] = {10, 0, -3, 4, 5, 6};
+    char *text = NULL;
+    uint32_t size = 0;
+    CHECK(mdm_phone_res_limit_serialize(1, limit, &text, &size) == MDM_RESULT_SUCCESS);
+    CHECK(strcmp(text, "1,10,0,-3,4,5,6") == 0);
+    CHECK(size == 16);
+    int32_t type = 0;
+    int32_t again[MDM_PHONE_RES_LIMIT_VALUES] = {0};
+    CHECK(mdm_phone_res_limit_deserialize(text, &type, again) == MDM_RESULT_SUCCESS);
+    CHECK(type == 1);
+    CHECK(memcmp(again, limit, sizeof limit) == 0);
+    g_free(text);
+
+    int32_t date_set = 0;
+    int32_t period = 0;
+    uint32_t send_limit = 0;
+    uint32_t recv_limit = 0;
+    CHECK(mdm_phone_res_limit_of_data_calls_parse_parameters("1" MDM_UTIL_POLICY_DELIM "2,3,4",
+                                                             &date_set, &period, &send_limit,
+                                                             &recv_limit) == MDM_RESULT_SUCCESS);
+    CHECK(date_set == 1 && period == 2 && send_limit == 3 && recv_limit == 4);
+}
+
+/* Below a directory that no machine has. */
+static void check_status_store(void)
+{
+    int32_t status = 42;
+    CHECK(mdm_write_noti("missing/directory/key", 1) == MDM_RESULT_FAILED);
+    CHECK(mdm_read_noti("missing/directory/key", &status) == MDM_RESULT_FAILED);
+    CHECK(mdm_read_noti(NULL, &status) == MDM_RESULT_INVALID_ARGUMENT);
+    CHECK(status == 42);
+}
+
 int main(void)
 {
     check_logger();
+    mdm_log_set_enabled(0);
     check_codec();
+    check_aes_helper();
+    check_utilities();
+    check_limit_texts();
+    check_status_store();
     return EXIT_SUCCESS;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <string>
 
+#include <mdm/device_policy_manager.hpp>
 #include <mdm/ipc.h>
 
 int main()
@@ -19,5 +20,9 @@ int main()
     const bool same = result == MDM_RESULT_SUCCESS &&
                       static_cast<const char *>(received.body.firewall.data) == payload;
     ipc_free(&received);
-    return same ? 0 : 1;
+
+    DevicePolicyManager::DeviceInventoryCallHistoryEvent event;
+    event.str5.value = DevicePolicyManager::ServerInfo::IMAP4_PROTOCOL;
+    const DevicePolicyManager::DeviceInventoryCallHistoryEvent copy = event;
+    return same && copy.str5.value == "imap4" ? 0 : 1;
 }
