@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * A management application in small: registers, asks whether it is registered, sends one request
- * of every category, and sends bytes that are no message.
+ * A management application in small: registers, reads the status that the server then keeps, asks
+ * whether it is registered, sends one request of every category, and sends bytes that are no
+ * message.
  *
  * usage: mdm-client SOCKET
  */
@@ -50,8 +51,11 @@ static bool talk(int fd)
 {
     char stranger[] = "com.example.stranger";
     char label[] = "Example agent";
-    return ask_admin(fd, ADMIN_REGISTER, own_name, label) &&
-           ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL) &&
+    if (!ask_admin(fd, ADMIN_REGISTER, own_name, label)) {
+        return false;
+    }
+    show_status("client", STATUS_CLIENTS);
+    return ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL) &&
            ask_admin(fd, IS_CLIENT_REGISTERED, stranger, NULL) && ask_every_category(fd) &&
            send_malformed_bytes(fd) && ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL);
 }

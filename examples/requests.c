@@ -4,7 +4,9 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <mdm/crypto.h>
 #include <mdm/ipc.h>
+#include <mdm/util_policy.h>
 
 #include "channel.h"
 #include "protocol.h"
@@ -183,6 +185,22 @@ static bool ask_apn(int fd)
     return ask_with_payload(fd, TYPE_APN, APN_PROFILE, 1, &profile);
 }
 
+static bool ask_vpn_secret(int fd)
+{
+    /* Zero-filled to a whole block: what stands behind the text is encrypted with it. */
+    const uint8_t secret[16] = "correct horse";
+    uint8_t *ciphertext = NULL;
+    uint32_t length = 0;
+    if (mdm_aes_encrypt(secret, (uint32_t)strlen((const char *)secret), EXAMPLE_KEY_IV, &ciphertext,
+                        &length) != MDM_RESULT_SUCCESS) {
+        return false;
+    }
+    const bool going_on =
+        ask_with_payload(fd, TYPE_VPN, VPN_SET_SECRET, (int32_t)length, ciphertext);
+    g_free(ciphertext);
+    return going_on;
+}
+
 static bool ask_single_lists(int fd)
 {
     char home_page[] = "https://example.com";
@@ -195,7 +213,7 @@ static bool ask_single_lists(int fd)
     return ask_with_text(fd, TYPE_BROWSER, SET_POLICY, home_page) &&
            ask_with_text(fd, TYPE_DATE_TIME, SET_POLICY, zone) &&
            ask_with_text(fd, TYPE_REMOTE, SET_POLICY, command) &&
-           ask_with_text(fd, TYPE_VPN, VPN_SET_PROFILE, vpn_profile) &&
+           ask_with_text(fd, TYPE_VPN, VPN_SET_PROFILE, vpn_profile) && ask_vpn_secret(fd) &&
            ask_with_text(fd, TYPE_FIREWALL, FIREWALL_ADD_RULES, rules) &&
            ask_with_text(fd, TYPE_RES, SET_POLICY, camera) &&
            ask_with_text(fd, TYPE_ENTERPRISE, SET_POLICY, licence);
@@ -204,14 +222,21 @@ static bool ask_single_lists(int fd)
 static bool ask_phone_res(int fd)
 {
     char slot[] = "sim1";
-    char unit[] = "MiB";
-    mdm_phone_res_detail_t detail = {500, 30, unit};
+    const int32_t limit[MDM_PHONE_RES_LIMIT_VALUES] = {500, 30, 0, -1, 0, 0};
+    char *limit_text = NULL;
+    uint32_t size = 0;
+    if (mdm_phone_res_limit_serialize(1, limit, &limit_text, &size) != MDM_RESULT_SUCCESS) {
+        return false;
+    }
+    mdm_phone_res_detail_t detail = {.num0 = 1, .str2 = limit_text};
     mdm_phone_res_ext_t ext = {.str0 = slot, .detail = &detail};
     mdm_msg_t request = new_request(TYPE_PHONE_RES);
     request.body.phone_res.type = PHONE_RES_EXT;
     request.body.phone_res.data_size = 1;
     request.body.phone_res.data = &ext;
-    return ask(fd, &request);
+    const bool going_on = ask(fd, &request);
+    g_free(limit_text);
+    return going_on;
 }
 
 static bool ask_email(int fd)

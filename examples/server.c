@@ -16,8 +16,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <mdm/crypto.h>
 #include <mdm/ipc.h>
 #include <mdm/log.h>
+#include <mdm/noti.h>
+#include <mdm/util.h>
+#include <mdm/util_policy.h>
 
 #include "channel.h"
 #include "protocol.h"
@@ -59,9 +63,11 @@ static void apply_admin(struct server *server, const mdm_admin_info_t *request,
                         mdm_admin_info_t *reply)
 {
     *reply = *request; /* pkg and text stay the request's; the reply only borrows them */
-    if (request->type == ADMIN_REGISTER && request->pkg != NULL) {
+    if (request->type == ADMIN_REGISTER && mdm_is_valid_package_name(request->pkg)) {
         g_hash_table_add(server->clients, g_strdup(request->pkg));
         reply->value = g_hash_table_size(server->clients);
+        mdm_write_noti(STATUS_CLIENTS, (int32_t)reply->value);
+        show_status("server", STATUS_CLIENTS);
     } else if (request->type == IS_CLIENT_REGISTERED) {
         reply->status =
             request->pkg != NULL && g_hash_table_contains(server->clients, request->pkg);
@@ -93,6 +99,23 @@ static void apply_firewall(struct server *server, const mdm_firewall_info_t *req
     reply->param = request->param;
     reply->data_size = (int32_t)server->firewall_rules->len;
     reply->data = server->firewall_rules->str;
+}
+
+/* The reply tells the secret's length, and not the secret. */
+static bool apply_vpn_secret(const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
+{
+    uint8_t *secret = NULL;
+    uint32_t size = 0;
+    if (request->data_size < 16 || request->data_size % 16 != 0 ||
+        mdm_aes_decrypt(request->data, (uint32_t)request->data_size, EXAMPLE_KEY_IV, &secret,
+                        &size) != MDM_RESULT_SUCCESS) {
+        return false;
+    }
+    printf("server  decrypted a secret: %s\n", (const char *)secret); /* it is a demo */
+    reply->type = request->type;
+    reply->param = (uint32_t)strlen((const char *)secret);
+    g_free(secret);
+    return true;
 }
 
 static void apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
@@ -132,6 +155,22 @@ static bool apply_as_it_is(const mdm_body_t *request, uint32_t discriminator, md
 {
     *reply = *request;
     return request->res.type == discriminator && request->res.data != NULL;
+}
+
+static bool apply_phone_res(const mdm_body_t *request, mdm_body_t *reply)
+{
+    if (!apply_as_it_is(request, PHONE_RES_EXT, reply)) {
+        return false;
+    }
+    const mdm_phone_res_ext_t *ext = request->phone_res.data;
+    int32_t type = 0;
+    int32_t limit[MDM_PHONE_RES_LIMIT_VALUES] = {0};
+    if (mdm_phone_res_limit_deserialize(ext->detail->str2, &type, limit) != MDM_RESULT_SUCCESS) {
+        return false;
+    }
+    printf("server  limit of type %d: %d %d %d %d %d %d\n", type, limit[0], limit[1], limit[2],
+           limit[3], limit[4], limit[5]);
+    return true;
 }
 
 /* Sending a profile adds its size to `data_size`, where the received sum stands. */
@@ -174,6 +213,9 @@ static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *re
         apply_firewall(server, &asked->firewall, &in_force->firewall);
         return true;
     case TYPE_VPN:
+        if (asked->vpn.type == VPN_SET_SECRET) {
+            return apply_vpn_secret(&asked->vpn, &in_force->vpn);
+        }
         apply_vpn(server, &asked->vpn, &in_force->vpn);
         return true;
     case TYPE_APP:
@@ -201,7 +243,7 @@ static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *re
     case TYPE_RES:
         return apply_as_it_is(asked, SET_POLICY, in_force);
     case TYPE_PHONE_RES:
-        return apply_as_it_is(asked, PHONE_RES_EXT, in_force);
+        return apply_phone_res(asked, in_force);
     case TYPE_EMAIL:
         return apply_as_it_is(asked, EMAIL_ACCOUNT, in_force);
     case TYPE_KIOSK:
@@ -361,6 +403,7 @@ int main(int argc, char **argv)
 
     struct server server;
     server_init(&server);
+    show_status("server", STATUS_CLIENTS);
     show_head("server");
     while (wait_for(listener, &signals_while_waiting)) {
         const int fd = accept4(listener, NULL, NULL, SOCK_CLOEXEC);

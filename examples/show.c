@@ -4,6 +4,8 @@
 #include <stddef.h>
 #include <stdio.h>
 
+#include <mdm/noti.h>
+
 #include "protocol.h"
 
 static const char *text_or_dash(const char *text)
@@ -185,12 +187,26 @@ static void show_apn(const mdm_body_t *body)
     }
 }
 
-/* The seven categories whose payload is raw bytes share their form. */
+/* The categories whose payload is raw bytes share their form. */
 static void show_single_list(const mdm_body_t *body)
 {
     const mdm_res_info_t *info = &body->res;
     SHOW_HEAD(info);
     show_bytes(info->data_size, info->data);
+}
+
+static void show_vpn(const mdm_body_t *body)
+{
+    const mdm_vpn_info_t *info = &body->vpn;
+    if (info->type != VPN_SET_SECRET) {
+        show_single_list(body);
+        return;
+    }
+    SHOW_HEAD(info);
+    const uint8_t *ciphertext = info->data;
+    for (int32_t i = 0; ciphertext != NULL && i < info->data_size; ++i) {
+        printf(i == 0 ? " ciphertext=%02x" : "%02x", ciphertext[i]);
+    }
 }
 
 static void show_phone_res(const mdm_body_t *body)
@@ -306,7 +322,7 @@ static struct category category_of(uint8_t type)
         [TYPE_BROWSER] = {"browser", show_single_list},
         [TYPE_DATE_TIME] = {"date_time", show_single_list},
         [TYPE_REMOTE] = {"remote", show_single_list},
-        [TYPE_VPN] = {"vpn", show_single_list},
+        [TYPE_VPN] = {"vpn", show_vpn},
         [TYPE_FIREWALL] = {"firewall", show_single_list},
         [TYPE_RES] = {"res", show_single_list},
         [TYPE_PHONE_RES] = {"phone_res", show_phone_res},
@@ -342,4 +358,14 @@ void show_message(const char *side, const char *direction, const mdm_msg_t *msg,
            category.name, length, (int32_t)msg->hdr_word2);
     category.show(&msg->body);
     putchar('\n');
+}
+
+void show_status(const char *side, const char *key)
+{
+    int32_t status = 0;
+    if (mdm_read_noti(key, &status) == MDM_RESULT_SUCCESS) {
+        printf("%s  status %s is %d\n", side, key, status);
+    } else {
+        printf("%s  status %s is not there\n", side, key);
+    }
 }
