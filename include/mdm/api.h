@@ -7,7 +7,9 @@
 #define MDM_API_H
 
 #ifdef __cplusplus
+/** Opens the declarations of C functions. */
 #define MDM_BEGIN_DECLS extern "C" {
+/** Closes what #MDM_BEGIN_DECLS has opened. */
 #define MDM_END_DECLS }
 #else
 #define MDM_BEGIN_DECLS

@@ -74,6 +74,8 @@ MDM_API int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t 
  * documented with their bodies. Do not call it on a message that was filled for sending, unless
  * every part of it came from GLib's allocator.
  *
+ * @param msg  a message that ipc_deserialize() has filled.
+ *
  * @return #MDM_RESULT_SUCCESS; #MDM_RESULT_INVALID_ARGUMENT for a null @p msg;
  *         #MDM_RESULT_FAILED for a type above 80, which releases nothing.
  */

@@ -31,8 +31,10 @@ enum {
     MDM_LOG_NONE = 4,     /**< As a threshold: silence everything. */
 };
 
-/** Buffer identifier that the logger passes to platform_log_vprint(): the system buffer. */
-enum { MDM_PLATFORM_LOG_SYSTEM = 2 };
+enum {
+    /** Buffer identifier that the logger passes to platform_log_vprint(): the system buffer. */
+    MDM_PLATFORM_LOG_SYSTEM = 2,
+};
 
 /** Priorities that the logger passes to platform_log_vprint(). */
 enum {
@@ -45,14 +47,16 @@ enum {
 };
 
 /**
- * Turns the logger on (threshold #MDM_LOG_INFO) for a non-zero @p flag, off (#MDM_LOG_NONE)
- * for 0.
+ * Turns the logger on or off.
+ *
+ * @param flag  0 sets the threshold #MDM_LOG_NONE, anything else #MDM_LOG_INFO.
  */
 MDM_API void mdm_log_set_enabled(int flag);
 
 /**
- * Sets the threshold: lines below @p level are dropped; #MDM_LOG_NONE drops every line. Any value
- * is accepted. Takes effect for the lines that start after it.
+ * Sets the threshold, for the lines that start after the call.
+ *
+ * @param level  lines below it are dropped; #MDM_LOG_NONE drops every line. Any value is accepted.
  */
 MDM_API void mdm_log_set_level(mdm_log_level_t level);
 
@@ -67,6 +71,8 @@ MDM_API mdm_log_level_t mdm_log_get_level(void);
  * and closed for every line; it may be rotated or deleted at any time. A file that cannot be
  * opened is skipped without report.
  *
+ * @param path  the file's path, which stays the caller's, or null.
+ *
  * @return 0, the result of releasing the logger's mutex.
  */
 MDM_API int mdm_log_set_path(const char *path);
@@ -76,6 +82,10 @@ MDM_API int mdm_log_set_path(const char *path);
  *
  * The file receives the level, a blank, @p tag, a blank, the formatted text and a newline. Neither
  * @p tag nor @p format is checked.
+ *
+ * @param level   the line's level.
+ * @param tag     who logs.
+ * @param format  the text, as for printf(3), and its arguments.
  *
  * @return The result of platform_log_vprint(); 0 for a dropped line.
  */
@@ -87,10 +97,17 @@ MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *
  * host program opened it; it is a weak symbol, so a program that defines this function puts its
  * own log in its place.
  *
- * It is called without the logger's lock held, possibly from several threads at once.
+ * It is called without the logger's lock held, possibly from several threads at once. Status calls
+ * (mdm/noti.h) log with the status store's lock held, so it must not make one.
  *
  * The definition in the library keeps the order debug, info, warning, error; prints nothing for
  * #MDM_PLATFORM_LOG_SILENT; takes every other priority as a notice; and ignores @p buffer_id.
+ *
+ * @param buffer_id  #MDM_PLATFORM_LOG_SYSTEM.
+ * @param priority   one of the platform's priorities above.
+ * @param tag        who logs.
+ * @param format     the text, as for vprintf(3).
+ * @param args       its arguments.
  *
  * @return The library's own: the number of characters of the formatted text; 0 for the silent
  *         priority; negative if the text could not be formatted.

@@ -76,14 +76,16 @@ typedef struct mdm_msg {
     uint8_t type;       /**< Message type, 1 to 80; selects the category of `body`. */
     uint8_t hdr_byte;   /**< Sent as it stands. */
     uint32_t hdr_word1; /**< Sent as it stands, like the other header words. */
-    uint32_t hdr_word2;
-    char *hdr_text; /**< May be null; an empty text arrives as null. On reception a heap string
+    uint32_t hdr_word2; /**< Its meaning is between server and clients. */
+    char *hdr_text;     /**< May be null; an empty text arrives as null. On reception a heap string
                          owned by the message. */
+    /** @{ Its meaning is between server and clients. */
     uint32_t hdr_word3;
     uint32_t hdr_word4;
     uint32_t hdr_word5;
     uint32_t hdr_word6;
     uint32_t hdr_word7;
+    /** @} */
     mdm_body_t body; /**< The category's body. */
 } mdm_msg_t;
 

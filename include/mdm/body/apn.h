@@ -11,6 +11,7 @@
 /** An access-point profile: two numbers and thirteen strings, sent in field order; any string
  * may be null. */
 typedef struct mdm_apn_account {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     uint32_t num1;
     char *profile_name;
@@ -26,6 +27,7 @@ typedef struct mdm_apn_account {
     char *str12;
     char *str13;
     char *str14;
+    /** @} */
 } mdm_apn_account_t;
 
 /**
@@ -44,7 +46,7 @@ typedef struct mdm_apn_account {
  * message is freed once.
  */
 typedef struct mdm_apn_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_apn_info_t;
 
 #endif

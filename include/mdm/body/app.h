@@ -10,14 +10,18 @@
 
 /** Two strings, sent in field order; either may be null. */
 typedef struct mdm_app_pair {
+    /** @{ Its meaning is between server and clients. */
     char *first;
     char *second;
+    /** @} */
 } mdm_app_pair_t;
 
 /** Two numbers, sent in field order. */
 typedef struct mdm_app_num_pair {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num1;
     uint32_t num2;
+    /** @} */
 } mdm_app_num_pair_t;
 
 /**
@@ -41,7 +45,7 @@ typedef struct mdm_app_num_pair {
  * keeps its old value.
  */
 typedef struct mdm_app_info {
-    MDM_APP_HEAD;
+    MDM_APP_HEAD; /**< The fields of the application head. */
 } mdm_app_info_t;
 
 #endif

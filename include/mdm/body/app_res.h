@@ -12,7 +12,7 @@
 typedef struct mdm_app_res_item {
     char *name; /**< An item without a name is counted and sized, but not sent: it arrives at the
                      list's end, as an item without name and value. */
-    uint32_t value;
+    uint32_t value; /**< Its meaning is between server and clients. */
 } mdm_app_res_item_t;
 
 /** One client's package list. */
@@ -43,7 +43,7 @@ typedef struct mdm_app_control_info {
  * its `pkg` stays with the owner of the message.
  */
 typedef struct mdm_app_res_info {
-    MDM_APP_HEAD;
+    MDM_APP_HEAD; /**< The fields of the application head. */
 } mdm_app_res_info_t;
 
 #endif

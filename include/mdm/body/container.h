@@ -13,8 +13,10 @@
  * discriminator 629 the receiver's record ends before `str2`, which must not be touched.
  */
 typedef struct mdm_container_item {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     char *str1;
+    /** @} */
     char *str2; /**< Discriminator 628 only. */
 } mdm_container_item_t;
 
@@ -36,7 +38,7 @@ typedef struct mdm_container_item {
  * freed once.
  */
 typedef struct mdm_container_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_container_info_t;
 
 #endif

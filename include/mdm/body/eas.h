@@ -11,6 +11,7 @@
 /** An ActiveSync account: six numbers and nine strings, sent in field order; any string may be
  * null. */
 typedef struct mdm_eas_account {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -26,12 +27,15 @@ typedef struct mdm_eas_account {
     char *str12;
     char *str13;
     char *str14;
+    /** @} */
 } mdm_eas_account_t;
 
 /** A number and a text, sent in this order; the text may be null. */
 typedef struct mdm_eas_value {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     char *str1;
+    /** @} */
 } mdm_eas_value_t;
 
 /**
@@ -55,7 +59,7 @@ typedef struct mdm_eas_value {
  * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
  */
 typedef struct mdm_eas_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_eas_info_t;
 
 #endif

@@ -14,6 +14,7 @@
  * settings carry three strings; the other fields are zero after decoding.
  */
 typedef struct mdm_email_account {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -21,7 +22,9 @@ typedef struct mdm_email_account {
     uint32_t num4;
     uint32_t num5;
     uint32_t num6;
+    /** @} */
     uint32_t num7; /**< Travels in lists only, like the five fields that follow. */
+    /** @{ Its meaning is between server and clients. */
     uint32_t num8;
     char *str9;
     char *str10;
@@ -36,12 +39,15 @@ typedef struct mdm_email_account {
     char *str19;
     char *str20;
     char *str21;
+    /** @} */
 } mdm_email_account_t;
 
 /** A number and a text, sent in this order; the text may be null. */
 typedef struct mdm_email_value {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     char *str1;
+    /** @} */
 } mdm_email_value_t;
 
 /**
@@ -65,7 +71,7 @@ typedef struct mdm_email_value {
  * `type` 359 record it does not release `str9` to `str12`, which are null after decoding.
  */
 typedef struct mdm_email_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_email_info_t;
 
 #endif

@@ -13,7 +13,7 @@
  * no payload; `data` is never used, and ipc_free() does nothing.
  */
 typedef struct mdm_location_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_location_info_t;
 
 #endif

@@ -11,19 +11,23 @@
 
 /** The record of discriminators 124 to 126: one string, which may be null. */
 typedef struct mdm_misc_str {
-    char *value;
+    char *value; /**< Its meaning is between server and clients. */
 } mdm_misc_str_t;
 
 /** The record of discriminators 281 and 283, sent in field order; either string may be null. */
 typedef struct mdm_book_info {
+    /** @{ Its meaning is between server and clients. */
     char *url;
     char *title;
+    /** @} */
 } mdm_book_info_t;
 
 /** The record of discriminators 288 and 289, sent in field order; either string may be null. */
 typedef struct mdm_misc_str_pair {
+    /** @{ Its meaning is between server and clients. */
     char *first;
     char *second;
+    /** @} */
 } mdm_misc_str_pair_t;
 
 /**

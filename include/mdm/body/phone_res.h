@@ -10,16 +10,18 @@
 
 /** Two strings, `str0` sent first; either may be null. */
 typedef struct mdm_phone_res_item {
-    char *str0;
+    char *str0;     /**< Its meaning is between server and clients. */
     uint32_t word1; /**< Never sent; zero after decoding, set to zero by ipc_free(). */
-    char *str2;
+    char *str2;     /**< Its meaning is between server and clients. */
 } mdm_phone_res_item_t;
 
 /** The detail of discriminator 422, sent in field order; the string may be null. */
 typedef struct mdm_phone_res_detail {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     uint32_t num1;
     char *str2;
+    /** @} */
 } mdm_phone_res_detail_t;
 
 /** The record of discriminator 422. */

@@ -13,6 +13,7 @@
  * strings their meaning; the codec sends them in field order. Either string may be null.
  */
 typedef struct mdm_pwd_policy {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -24,6 +25,7 @@ typedef struct mdm_pwd_policy {
     uint32_t num8;
     char *str9;
     char *str10;
+    /** @} */
 } mdm_pwd_policy_t;
 
 /**
@@ -40,7 +42,7 @@ typedef struct mdm_pwd_policy {
  * pointing at the released record, so such a message is freed once.
  */
 typedef struct mdm_pwd_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_pwd_info_t;
 
 #endif

@@ -10,7 +10,7 @@
 
 /** The record of a roaming policy: one string, which may be null. */
 typedef struct mdm_roaming_data {
-    char *name;
+    char *name; /**< Its meaning is between server and clients. */
 } mdm_roaming_data_t;
 
 /**
@@ -24,7 +24,7 @@ typedef struct mdm_roaming_data {
  * keeps pointing at it: the owner of the message releases it with g_free().
  */
 typedef struct mdm_roaming_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_roaming_info_t;
 
 /**
@@ -35,7 +35,7 @@ typedef struct mdm_roaming_info {
  * is null.
  */
 typedef struct mdm_roaming_res_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_roaming_res_info_t;
 
 #endif

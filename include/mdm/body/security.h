@@ -22,6 +22,7 @@ typedef struct mdm_security_item {
  * order. Any string may be null.
  */
 typedef struct mdm_security_account {
+    /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -48,6 +49,7 @@ typedef struct mdm_security_account {
     char *str23;
     char *str24;
     char *str25;
+    /** @} */
 } mdm_security_account_t;
 
 /**
@@ -74,7 +76,7 @@ typedef struct mdm_security_account {
  * stays allocated, which nothing points at.
  */
 typedef struct mdm_security_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_security_info_t;
 
 #endif

@@ -16,24 +16,30 @@ typedef struct mdm_wifi_pair {
 
 /** DHCP settings: five strings, sent in field order; any may be null. */
 typedef struct mdm_wifi_dhcp {
+    /** @{ Its meaning is between server and clients. */
     char *str0;
     char *str1;
     char *str2;
     char *str3;
     char *str4;
+    /** @} */
 } mdm_wifi_dhcp_t;
 
 /** Three strings, sent in field order; any may be null. */
 typedef struct mdm_wifi_triple {
+    /** @{ Its meaning is between server and clients. */
     char *str0;
     char *str1;
     char *str2;
+    /** @} */
 } mdm_wifi_triple_t;
 
 /** One word of a network's detail: a string or a number, by the network's `detail_kind`. */
 typedef union mdm_wifi_word {
+    /** @{ Its meaning is between server and clients. */
     char *text;
     uint32_t number;
+    /** @} */
 } mdm_wifi_word_t;
 
 /**
@@ -47,6 +53,7 @@ typedef union mdm_wifi_word {
  * | 6       | `w0` to `w6` strings                                          |
  */
 typedef struct mdm_wifi_detail {
+    /** @{ Its meaning is between server and clients. */
     mdm_wifi_word_t w0;
     mdm_wifi_word_t w1;
     mdm_wifi_word_t w2;
@@ -54,6 +61,7 @@ typedef struct mdm_wifi_detail {
     mdm_wifi_word_t w4;
     mdm_wifi_word_t w5;
     mdm_wifi_word_t w6;
+    /** @} */
 } mdm_wifi_detail_t;
 
 /** A network profile. */
@@ -90,7 +98,7 @@ typedef struct mdm_wifi_network {
  * such a message is freed once.
  */
 typedef struct mdm_wifi_info {
-    MDM_BODY_HEAD;
+    MDM_BODY_HEAD; /**< The fields of the body head. */
 } mdm_wifi_info_t;
 
 #endif
