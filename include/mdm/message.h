@@ -79,14 +79,12 @@ typedef struct mdm_msg {
     uint32_t hdr_word2; /**< Its meaning is between server and clients. */
     char *hdr_text;     /**< May be null; an empty text arrives as null. On reception a heap string
                          owned by the message. */
-    /** @{ Its meaning is between server and clients. */
-    uint32_t hdr_word3;
-    uint32_t hdr_word4;
-    uint32_t hdr_word5;
-    uint32_t hdr_word6;
-    uint32_t hdr_word7;
-    /** @} */
-    mdm_body_t body; /**< The category's body. */
+    uint32_t hdr_word3; /**< Its meaning is between server and clients. */
+    uint32_t hdr_word4; /**< Its meaning is between server and clients. */
+    uint32_t hdr_word5; /**< Its meaning is between server and clients. */
+    uint32_t hdr_word6; /**< Its meaning is between server and clients. */
+    uint32_t hdr_word7; /**< Its meaning is between server and clients. */
+    mdm_body_t body;    /**< The category's body. */
 } mdm_msg_t;
 
 #endif

@@ -12,6 +12,8 @@
  * removed.
  *
  * @code{.c}
+ * #include <mdm/noti.h>
+ *
  * mdm_write_noti("battery-level", 80);
  *
  * int32_t level = 0;
@@ -23,7 +25,9 @@
  * Thread safety: one lock serialises all calls of a process, one by one: what a thread has read may
  * have changed when it writes. The lock is held while a call logs, so a program's own
  * platform_log_vprint() must not call these functions. Nor may a thread be cancelled inside one of
- * them, which ends the process.
+ * them, which ends the process. A child that a program with several threads forks must not call
+ * them before it executes another program: another thread may have held the lock, which nobody then
+ * releases.
  *
  * Processes do not coordinate. A read while another process writes may find the file empty, and
  * fail, or take the end of a longer new text for the continuation of the old one. Two processes

@@ -89,8 +89,8 @@ MDM_API int32_t mdm_phone_res_limit_deserialize(const char *serialized_data, int
  * and one above 2147483647 becomes that. The fourth field takes the rest of the text, further
  * commas included.
  *
- * The log shows what the four outputs hold when the call ends, on success or not, so they should be
- * initialised.
+ * Unless an argument is null, the log shows what the four outputs hold when the call ends, on
+ * success or not: they should be initialised.
  *
  * @param text          the parameters, or exactly #MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING; not
  *                      changed.

@@ -46,7 +46,9 @@ typedef struct mdm_apn_account {
  * message is freed once.
  */
 typedef struct mdm_apn_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_apn_info_t;
 
 #endif

@@ -45,7 +45,9 @@ typedef struct mdm_app_num_pair {
  * keeps its old value.
  */
 typedef struct mdm_app_info {
-    MDM_APP_HEAD; /**< The fields of the application head. */
+    /** @{ One of the fields of the application head: see #MDM_APP_HEAD. */
+    MDM_APP_HEAD;
+    /** @} */
 } mdm_app_info_t;
 
 #endif

@@ -17,10 +17,12 @@
  * record held them. For an unknown `type` ipc_free() releases nothing.
  */
 typedef struct mdm_app_cb_info {
-    MDM_CALLBACK_HEAD; /**< The fields of the callback head. */
-    uint32_t num6;     /**< Sent first. */
-    char *str7;        /**< Sent last; may be null. */
-    char *str8;        /**< Sent before `str7`; may be null. */
+    /** @{ One of the fields of the callback head: see #MDM_CALLBACK_HEAD. */
+    MDM_CALLBACK_HEAD;
+    uint32_t num6; /**< Sent first. */
+    char *str7;    /**< Sent last; may be null. */
+    char *str8;    /**< Sent before `str7`; may be null. */
+    /** @} */
 } mdm_app_cb_info_t;
 
 #endif

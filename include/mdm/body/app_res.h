@@ -43,7 +43,9 @@ typedef struct mdm_app_control_info {
  * its `pkg` stays with the owner of the message.
  */
 typedef struct mdm_app_res_info {
-    MDM_APP_HEAD; /**< The fields of the application head. */
+    /** @{ One of the fields of the application head: see #MDM_APP_HEAD. */
+    MDM_APP_HEAD;
+    /** @} */
 } mdm_app_res_info_t;
 
 #endif

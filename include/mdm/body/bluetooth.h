@@ -22,7 +22,9 @@
  * `data_size` to 0 and leaves `data`, which the owner of the message then releases.
  */
 typedef struct mdm_bluetooth_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_bluetooth_info_t;
 
 #endif

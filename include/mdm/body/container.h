@@ -16,8 +16,8 @@ typedef struct mdm_container_item {
     /** @{ Its meaning is between server and clients. */
     uint32_t num0;
     char *str1;
-    /** @} */
     char *str2; /**< Discriminator 628 only. */
+    /** @} */
 } mdm_container_item_t;
 
 /**
@@ -38,7 +38,9 @@ typedef struct mdm_container_item {
  * freed once.
  */
 typedef struct mdm_container_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_container_info_t;
 
 #endif

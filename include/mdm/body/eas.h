@@ -59,7 +59,9 @@ typedef struct mdm_eas_value {
  * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
  */
 typedef struct mdm_eas_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_eas_info_t;
 
 #endif

@@ -22,9 +22,7 @@ typedef struct mdm_email_account {
     uint32_t num4;
     uint32_t num5;
     uint32_t num6;
-    /** @} */
     uint32_t num7; /**< Travels in lists only, like the five fields that follow. */
-    /** @{ Its meaning is between server and clients. */
     uint32_t num8;
     char *str9;
     char *str10;
@@ -71,7 +69,9 @@ typedef struct mdm_email_value {
  * `type` 359 record it does not release `str9` to `str12`, which are null after decoding.
  */
 typedef struct mdm_email_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_email_info_t;
 
 #endif

@@ -34,7 +34,9 @@ typedef struct mdm_kiosk_key_pair {
  * message is freed once.
  */
 typedef struct mdm_kiosk_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_kiosk_info_t;
 
 #endif

@@ -13,7 +13,9 @@
  * no payload; `data` is never used, and ipc_free() does nothing.
  */
 typedef struct mdm_location_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_location_info_t;
 
 #endif

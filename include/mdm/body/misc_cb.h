@@ -17,10 +17,12 @@
  * them. For an unknown `type` ipc_free() releases nothing.
  */
 typedef struct mdm_misc_cb_info {
-    MDM_CALLBACK_HEAD; /**< The fields of the callback head. */
-    uint8_t flag6;     /**< One byte on the wire, so the number after it is unaligned there. */
-    uint32_t num7;     /**< Its meaning is between server and clients. */
-    char *str8;        /**< May be null. */
+    /** @{ One of the fields of the callback head: see #MDM_CALLBACK_HEAD. */
+    MDM_CALLBACK_HEAD;
+    uint8_t flag6; /**< One byte on the wire, so the number after it is unaligned there. */
+    uint32_t num7; /**< Its meaning is between server and clients. */
+    char *str8;    /**< May be null. */
+    /** @} */
 } mdm_misc_cb_info_t;
 
 #endif

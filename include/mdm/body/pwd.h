@@ -42,7 +42,9 @@ typedef struct mdm_pwd_policy {
  * pointing at the released record, so such a message is freed once.
  */
 typedef struct mdm_pwd_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_pwd_info_t;
 
 #endif

@@ -24,7 +24,9 @@ typedef struct mdm_roaming_data {
  * keeps pointing at it: the owner of the message releases it with g_free().
  */
 typedef struct mdm_roaming_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_roaming_info_t;
 
 /**
@@ -35,7 +37,9 @@ typedef struct mdm_roaming_info {
  * is null.
  */
 typedef struct mdm_roaming_res_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_roaming_res_info_t;
 
 #endif

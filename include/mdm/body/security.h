@@ -76,7 +76,9 @@ typedef struct mdm_security_account {
  * stays allocated, which nothing points at.
  */
 typedef struct mdm_security_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_security_info_t;
 
 #endif

@@ -24,37 +24,51 @@
 
 /** Message types 23 and 24. The payload is sent, but never read back. */
 typedef struct mdm_browser_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_browser_info_t;
 
 /** Message types 25 and 26. */
 typedef struct mdm_date_time_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_date_time_info_t;
 
 /** Message types 27 and 28. */
 typedef struct mdm_remote_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_remote_info_t;
 
 /** Message types 29 and 30. */
 typedef struct mdm_vpn_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_vpn_info_t;
 
 /** Message types 31 and 32. */
 typedef struct mdm_firewall_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_firewall_info_t;
 
 /** Message types 33 and 34. */
 typedef struct mdm_res_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_res_info_t;
 
 /** Message types 37 and 38. The payload is sent, but never read back. */
 typedef struct mdm_enterprise_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_enterprise_info_t;
 
 #endif

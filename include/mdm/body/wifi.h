@@ -98,7 +98,9 @@ typedef struct mdm_wifi_network {
  * such a message is freed once.
  */
 typedef struct mdm_wifi_info {
-    MDM_BODY_HEAD; /**< The fields of the body head. */
+    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    MDM_BODY_HEAD;
+    /** @} */
 } mdm_wifi_info_t;
 
 #endif
