@@ -51,11 +51,13 @@ static bool talk(int fd)
 {
     char stranger[] = "com.example.stranger";
     char label[] = "Example agent";
+    char no_name[] = "com.example.no_name"; /* for its underscore */
     if (!ask_admin(fd, ADMIN_REGISTER, own_name, label)) {
         return false;
     }
     show_status("client", STATUS_CLIENTS);
-    return ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL) &&
+    return ask_admin(fd, ADMIN_REGISTER, no_name, label) &&
+           ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL) &&
            ask_admin(fd, IS_CLIENT_REGISTERED, stranger, NULL) && ask_every_category(fd) &&
            send_malformed_bytes(fd) && ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL);
 }

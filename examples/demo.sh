@@ -5,26 +5,31 @@
 # environment: MDM_EMULATOR, what to run programs of another processor with
 set -euo pipefail
 
-# Statuses are kept in one directory. Where the machine gives this script mounts of its own, both
-# programs find an empty one there.
-private_mounts=(unshare --mount)
-[ "$(id -u)" = 0 ] || private_mounts+=(--map-root-user)
-# shellcheck disable=SC2016 # for the inner shell
-make_directory='mount -t tmpfs none /opt && mkdir -p /opt/etc/mdm && [ -x "$1/mdm-server" ]'
-if [ -z "${MDM_DEMO_HAS_DIRECTORY:-}" ]; then
-    if "${private_mounts[@]}" sh -c "$make_directory" "$0" "$@" 2>/dev/null; then
-        export MDM_DEMO_HAS_DIRECTORY=yes
+left_behind=
+# Statuses are kept in one directory of the machine. Where it gives this script mounts of its own, the
+# script starts once more under them, and both programs find an empty directory there.
+if [ "$1" = --under-own-mounts ]; then
+    shift
+else
+    own_mounts=(unshare --mount)
+    [ "$(id -u)" = 0 ] || own_mounts+=(--map-root-user)
+    # shellcheck disable=SC2016 # for the inner shell
+    make_directory='mount -t tmpfs none /opt && mkdir -p /opt/etc/mdm && [ -x "$1/mdm-server" ]'
+    if reason=$("${own_mounts[@]}" sh -c "$make_directory" "$0" "$1" 2>&1); then
         # shellcheck disable=SC2016
-        exec "${private_mounts[@]}" sh -c "$make_directory"' && exec "$0" "$@"' "$0" "$@"
+        exec "${own_mounts[@]}" sh -c "$make_directory"' && exec "$0" --under-own-mounts "$1"' \
+            "$0" "$1"
     fi
-    echo "no private mounts: statuses go to this machine's /opt/etc/mdm/, if there is one"
+    echo "no private mounts ($reason): a status goes to this machine's /opt/etc/mdm/, if it is there"
+    status=/opt/etc/mdm/demo-registered-clients
+    [ -e "$status" ] || left_behind=$status
 fi
 
 # A command of several words, hence unquoted below.
 emulator=${MDM_EMULATOR:-}
 scratch=$(mktemp -d)
 server=
-trap '[ -z "$server" ] || kill "$server" 2>/dev/null || true; rm -rf "$scratch"' EXIT
+trap '[ -z "$server" ] || kill "$server" 2>/dev/null || true; rm -rf "$scratch" "$left_behind"' EXIT
 
 # shellcheck disable=SC2086
 $emulator "$1/mdm-server" "$scratch/socket" "$scratch/log" &

@@ -195,8 +195,10 @@ static bool ask_vpn_secret(int fd)
                         &length) != MDM_RESULT_SUCCESS) {
         return false;
     }
+    /* Whole, and with a byte missing, which the server refuses. */
     const bool going_on =
-        ask_with_payload(fd, TYPE_VPN, VPN_SET_SECRET, (int32_t)length, ciphertext);
+        ask_with_payload(fd, TYPE_VPN, VPN_SET_SECRET, (int32_t)length, ciphertext) &&
+        ask_with_payload(fd, TYPE_VPN, VPN_SET_SECRET, (int32_t)length - 1, ciphertext);
     g_free(ciphertext);
     return going_on;
 }

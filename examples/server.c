@@ -59,11 +59,14 @@ static void server_clear(struct server *server)
  * memory; it is sent, and never passed to ipc_free().
  */
 
-static void apply_admin(struct server *server, const mdm_admin_info_t *request,
+static bool apply_admin(struct server *server, const mdm_admin_info_t *request,
                         mdm_admin_info_t *reply)
 {
     *reply = *request; /* pkg and text stay the request's; the reply only borrows them */
-    if (request->type == ADMIN_REGISTER && mdm_is_valid_package_name(request->pkg)) {
+    if (request->type == ADMIN_REGISTER) {
+        if (!mdm_is_valid_package_name(request->pkg)) {
+            return false;
+        }
         g_hash_table_add(server->clients, g_strdup(request->pkg));
         reply->value = g_hash_table_size(server->clients);
         mdm_write_noti(STATUS_CLIENTS, (int32_t)reply->value);
@@ -72,6 +75,7 @@ static void apply_admin(struct server *server, const mdm_admin_info_t *request,
         reply->status =
             request->pkg != NULL && g_hash_table_contains(server->clients, request->pkg);
     }
+    return true;
 }
 
 static void apply_pwd(struct server *server, const mdm_pwd_info_t *request, mdm_pwd_info_t *reply)
@@ -111,15 +115,19 @@ static bool apply_vpn_secret(const mdm_vpn_info_t *request, mdm_vpn_info_t *repl
                         &size) != MDM_RESULT_SUCCESS) {
         return false;
     }
-    printf("server  decrypted a secret: %s\n", (const char *)secret); /* it is a demo */
+    printf("server  decrypted a secret: %s\n", (const char *)secret); /* because it is a demo */
     reply->type = request->type;
     reply->param = (uint32_t)strlen((const char *)secret);
+    explicit_bzero(secret, size);
     g_free(secret);
     return true;
 }
 
-static void apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
+static bool apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
 {
+    if (request->type == VPN_SET_SECRET) {
+        return apply_vpn_secret(request, reply);
+    }
     if (request->data_size >= 1) {
         g_string_assign(server->vpn_profile, request->data);
     }
@@ -127,6 +135,7 @@ static void apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_
     reply->param = request->param;
     reply->data_size = (int32_t)server->vpn_profile->len;
     reply->data = server->vpn_profile->str;
+    return true;
 }
 
 /* The packages of an application request, each with the number of its letters for a status. */
@@ -204,8 +213,7 @@ static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *re
     reply->hdr_word1 = request->hdr_word1;
     switch (request->type) {
     case TYPE_ADMIN:
-        apply_admin(server, &asked->admin, &in_force->admin);
-        return true;
+        return apply_admin(server, &asked->admin, &in_force->admin);
     case TYPE_PWD:
         apply_pwd(server, &asked->pwd, &in_force->pwd);
         return true;
@@ -213,11 +221,7 @@ static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *re
         apply_firewall(server, &asked->firewall, &in_force->firewall);
         return true;
     case TYPE_VPN:
-        if (asked->vpn.type == VPN_SET_SECRET) {
-            return apply_vpn_secret(&asked->vpn, &in_force->vpn);
-        }
-        apply_vpn(server, &asked->vpn, &in_force->vpn);
-        return true;
+        return apply_vpn(server, &asked->vpn, &in_force->vpn);
     case TYPE_APP:
         return apply_app(&asked->app, &in_force->app_res);
     case TYPE_ROAMING:
