@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mdm_noti.hpp"
 
-#include <array>
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <mutex>
 #include <stdexcept>
 #include <string>
+
+#include <glib.h>
 
 #include "mdm/noti.h"
 #include "mdm_log.hpp"
@@ -23,17 +23,6 @@ std::mutex store_mutex;
 
 // More than the eleven characters of the longest status and their terminator; a longer word is cut.
 constexpr size_t word_size = 64;
-
-// The system's text for an error number, without an allocation that could fail.
-class ErrorText {
-public:
-    explicit ErrorText(int error) : text_(strerror_r(error, buffer_.data(), buffer_.size())) {}
-    const char *c_str() const { return text_; }
-
-private:
-    std::array<char, 128> buffer_{};
-    const char *text_;
-};
 
 void throw_on_failure(std::ios &file)
 {
@@ -58,24 +47,18 @@ int32_t status_of(const char *word)
 
 }  // namespace
 
-// How both functions answer an exception of their file handling or conversion: macros, because the
+// How both functions answer an exception of their file handling or conversion: a macro, because the
 // lines carry the name of the function.
-#define MDM_LOG_ERRNO()                                                    \
-    do {                                                                   \
-        const int error = errno;                                           \
-        MDM_CRITICAL("errno = %d, [%s]", error, ErrorText(error).c_str()); \
-    } while (0)
-
 #define MDM_CATCH_AND_LOG()                                                                     \
     catch (const std::ios::failure &failure)                                                    \
     {                                                                                           \
         MDM_CRITICAL("Opening/reading/closing file exception, ['%s'] thrown.", failure.what()); \
-        MDM_LOG_ERRNO();                                                                        \
+        MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));                             \
     }                                                                                           \
     catch (...)                                                                                 \
     {                                                                                           \
         MDM_CRITICAL("Unknown exception thrown.");                                              \
-        MDM_LOG_ERRNO();                                                                        \
+        MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));                             \
     }
 
 int32_t mdm_read_noti(const char *directory, const char *p_key, int32_t *p_status)
