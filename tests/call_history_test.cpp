@@ -24,14 +24,12 @@ using PurgeStatus = DevicePolicyManager::DeviceInventoryPurgeStatus;
 
 template <>
 struct Listed<Details> {
-    static constexpr const char *name = "CallDetails";
     static constexpr Members<Details, int32_t, std::string> members{&Details::num0, &Details::str1};
     static void bind(Details &object) { [[maybe_unused]] auto &[num0, str1] = object; }
 };
 
 template <>
 struct Listed<Event> {
-    static constexpr const char *name = "Event";
     static constexpr Members<Event, Number, Wide, Number, UnsignedNumber, Number, Text, Text, Text,
                              Text, Text, Text, Text, Nullable<Details>>
         members{&Event::num0,  &Event::wide1, &Event::num2,     &Event::num3, &Event::num4,
@@ -47,7 +45,6 @@ struct Listed<Event> {
 template <>
 struct Listed<QueryParameter> {
     using Value = QueryParameter;
-    static constexpr const char *name = "QueryParameter";
     static constexpr Members<Value, Number, UnsignedWide, UnsignedWide, Number, Text, Text, Number,
                              Number>
         members{&Value::num0, &Value::wide1, &Value::wide2, &Value::num3,
@@ -61,7 +58,6 @@ struct Listed<QueryParameter> {
 template <>
 struct Listed<PurgeStatus> {
     using Value = PurgeStatus;
-    static constexpr const char *name = "PurgeStatus";
     static constexpr Members<Value, Wide, Wide, Wide, Wide, Wide, Wide> members{
         &Value::wide0, &Value::wide1, &Value::wide2, &Value::wide3, &Value::wide4, &Value::wide5};
     static void bind(Value &object)
@@ -82,12 +78,12 @@ static_assert(CopyAssigns<Number> && !MoveAssigns<Number>);
 namespace {
 
 using CallHistoryClasses = ::testing::Types<Details, Event, QueryParameter, PurgeStatus>;
-INSTANTIATE_TYPED_TEST_SUITE_P(CallHistory, ValueClass, CallHistoryClasses, Named);
-INSTANTIATE_TYPED_TEST_SUITE_P(CallHistory, ExportedClass, CallHistoryClasses, Named);
+INSTANTIATE_TYPED_TEST_SUITE_P(CallHistory, ValueClass, CallHistoryClasses);
+INSTANTIATE_TYPED_TEST_SUITE_P(CallHistory, ExportedClass, CallHistoryClasses);
 
 using CallHistoryNullables =
     ::testing::Types<Number, UnsignedNumber, Wide, UnsignedWide, Text, Nullable<Details>>;
-INSTANTIATE_TYPED_TEST_SUITE_P(CallHistoryNullables, ValueClass, CallHistoryNullables, Named);
+INSTANTIATE_TYPED_TEST_SUITE_P(CallHistoryNullables, ValueClass, CallHistoryNullables);
 
 TEST(CallHistory, DefaultEventHoldsNothing)
 {

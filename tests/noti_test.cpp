@@ -476,6 +476,18 @@ TEST_P(StatusStore, SuccessIsSilentByDefault)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
+TEST_P(StatusStore, FailuresAreTheSameWithTheLoggerOff)
+{
+    LogRecorder log(MDM_LOG_NONE);
+    EXPECT_EQ(call_write(nullptr, 5), -195);
+    EXPECT_EQ(call_write("missing/k", 5), -999);
+    EXPECT_EQ(read_status(nullptr), std::pair(-195, untouched));
+    EXPECT_EQ(read_status("missing/k"), std::pair(-999, untouched));
+    put("abc");
+    EXPECT_EQ(read_status(some_key), std::pair(-999, untouched));
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
 TEST_P(StatusStore, WritingMakesNothingButTheKeysFile)
 {
     write(5);

@@ -17,7 +17,6 @@ template <>
 struct Listed<SimDetails> {
     using Value = SimDetails;
     using Text = Nullable<std::string>;
-    static constexpr const char *name = "Details";
     static constexpr Members<Value, Text, Text, Text, Text, Text, Text, Nullable<int64_t>> members{
         &Value::str0, &Value::str1, &Value::str2, &Value::str3,
         &Value::str4, &Value::str5, &Value::wide6};
@@ -30,7 +29,6 @@ struct Listed<SimDetails> {
 template <>
 struct Listed<SimChange> {
     using Value = SimChange;
-    static constexpr const char *name = "Change";
     static constexpr Members<Value, Nullable<int32_t>, Nullable<int64_t>, Nullable<SimDetails>,
                              Nullable<SimDetails>>
         members{&Value::num0, &Value::wide1, &Value::details2, &Value::details3};
@@ -46,11 +44,11 @@ static_assert(ValueType<SimChange> && HasConstantRvalueConstructor<SimChange>);
 namespace {
 
 using SimChangeClasses = ::testing::Types<SimDetails, SimChange>;
-INSTANTIATE_TYPED_TEST_SUITE_P(SimChange, ValueClass, SimChangeClasses, Named);
-INSTANTIATE_TYPED_TEST_SUITE_P(SimChange, ExportedClass, SimChangeClasses, Named);
+INSTANTIATE_TYPED_TEST_SUITE_P(SimChange, ValueClass, SimChangeClasses);
+INSTANTIATE_TYPED_TEST_SUITE_P(SimChange, ExportedClass, SimChangeClasses);
 
 using SimChangeNullables = ::testing::Types<Nullable<SimDetails>>;
-INSTANTIATE_TYPED_TEST_SUITE_P(SimChangeNullables, ValueClass, SimChangeNullables, Named);
+INSTANTIATE_TYPED_TEST_SUITE_P(SimChangeNullables, ValueClass, SimChangeNullables);
 
 SimDetails details_named(const std::string &name)
 {

@@ -783,11 +783,64 @@ TEST(PhoneResLimit, LinesCarryTheTagAndTheSourceFile)
               Each(Field(&PlatformLine::text, StartsWith("mdm_util_policy.cpp: mdm_phone_res_")))));
 }
 
-TEST(PhoneResLimit, ASilentLogChangesNoAnswer)
+class SilentPhoneResLimit : public ::testing::Test {
+protected:
+    ~SilentPhoneResLimit() override { EXPECT_THAT(log_.take(), IsEmpty()); }
+
+    int32_t serialized(int32_t type)
+    {
+        const Values values{};
+        const int32_t result =
+            mdm_phone_res_limit_serialize(type, values.data(), &text_, unsigned_.data());
+        g_clear_pointer(&text_, g_free);
+        return result;
+    }
+
+    int32_t deserialized(const char *text)
+    {
+        return mdm_phone_res_limit_deserialize(text, signed_.data(), &signed_[1]);
+    }
+
+    int32_t parsed(const char *text)
+    {
+        return mdm_phone_res_limit_of_data_calls_parse_parameters(text, signed_.data(), &signed_[1],
+                                                                  unsigned_.data(), &unsigned_[1]);
+    }
+
+    char *text_ = nullptr;
+    std::array<int32_t, 7> signed_{};
+    std::array<uint32_t, 2> unsigned_{};
+    LogRecorder log_{MDM_LOG_NONE};
+};
+
+TEST_F(SilentPhoneResLimit, IsSerializedOrRefusedAsEver)
 {
-    LogRecorder log(MDM_LOG_NONE);
-    expect_answers();
-    EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_EQ(serialized(1), 0);
+    EXPECT_EQ(serialized(2), -195);
+    EXPECT_EQ(mdm_phone_res_limit_serialize(1, nullptr, nullptr, unsigned_.data()), -195);
+    EXPECT_EQ(mdm_phone_res_limit_serialize(1, nullptr, &text_, nullptr), -195);
+    const NoMemory no_memory;
+    EXPECT_EQ(serialized(1), -294);
+}
+
+TEST_F(SilentPhoneResLimit, IsDeserializedOrRefusedAsEver)
+{
+    EXPECT_EQ(deserialized("1,2,3,4,5,6,7"), 0);
+    EXPECT_EQ(deserialized("2,0,0,0,0,0,0"), -195);
+    EXPECT_EQ(deserialized(""), -195);
+    EXPECT_EQ(deserialized(nullptr), -195);
+    EXPECT_EQ(mdm_phone_res_limit_deserialize("", nullptr, signed_.data()), -195);
+    EXPECT_EQ(mdm_phone_res_limit_deserialize("", signed_.data(), nullptr), -195);
+}
+
+TEST_F(SilentPhoneResLimit, HasItsParametersParsedOrRefusedAsEver)
+{
+    EXPECT_EQ(parsed("1,2,3,4"), 0);
+    EXPECT_EQ(parsed("empty"), 0);
+    EXPECT_EQ(parsed("1,2,3"), -999);
+    EXPECT_EQ(parsed(nullptr), -195);
+    const NoMemory no_memory;
+    EXPECT_EQ(parsed("1,2,3,4"), -999);
 }
 
 TEST(PhoneResLimit, ThreadsDoNotDisturbEachOther)

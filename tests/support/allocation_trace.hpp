@@ -45,6 +45,11 @@ public:
         Block block;  // of size 0 when released
 
         friend bool operator==(const Event &, const Event &) = default;
+        friend std::ostream &operator<<(std::ostream &out, const Event &event)
+        {
+            return out << (event.kind == Kind::allocated ? "allocated " : "released ")
+                       << event.block;
+        }
     };
 
     // Everything that happened, in order.

@@ -6,10 +6,20 @@
 #include <dlfcn.h>
 #include <glib.h>
 
+#include "support/allocation_trace.hpp"
+
 namespace mdm::test {
 namespace {
 
 bool allocations_fail = false;
+
+using Split = gchar **(const gchar *, const gchar *, gint);
+
+Split *find_split()
+{
+    const AllocationTrace::Pause pause;  // the linker's own blocks are nobody's business
+    return reinterpret_cast<Split *>(dlsym(RTLD_NEXT, "g_strsplit"));
+}
 
 }  // namespace
 
@@ -46,7 +56,6 @@ extern "C" gchar *g_strdup_printf(const gchar *format, ...)
 
 extern "C" gchar **g_strsplit(const gchar *text, const gchar *delimiter, gint max_tokens)
 {
-    using Split = gchar **(const gchar *, const gchar *, gint);
-    static auto *const split = reinterpret_cast<Split *>(dlsym(RTLD_NEXT, "g_strsplit"));
+    static auto *const split = mdm::test::find_split();
     return mdm::test::allocations_fail ? nullptr : split(text, delimiter, max_tokens);
 }

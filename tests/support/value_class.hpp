@@ -47,18 +47,6 @@ struct Listed<Nullable<T>> {
     static void bind(Value &object) { [[maybe_unused]] auto &[value, is_set] = object; }
 };
 
-struct Named {
-    template <class Value>
-    static std::string GetName(int position)
-    {
-        if constexpr (requires { Listed<Value>::name; }) {
-            return Listed<Value>::name;
-        } else {
-            return "Nullable" + std::to_string(position);
-        }
-    }
-};
-
 template <class T>
 concept CopyAssigns = requires
 {
