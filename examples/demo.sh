@@ -6,8 +6,9 @@
 set -euo pipefail
 
 left_behind=
-# Statuses are kept in one directory of the machine. Where it gives this script mounts of its own, the
-# script starts once more under them, and both programs find an empty directory there.
+
+# Statuses are kept in one directory of the machine. Where it gives this script mounts of its own,
+# the script starts once more under them, and both programs find an empty directory there.
 if [ "$1" = --under-own-mounts ]; then
     shift
 else

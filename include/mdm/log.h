@@ -8,9 +8,10 @@
  *
  * Any thread may call any of these functions at any time. A line is never written to a path that
  * is being replaced, and lines from different threads never interleave inside the file; the
- * order of lines may differ between the system log and the file. A child that a program with several
- * threads forks must not log before it executes another program: another thread may have held the
- * logger's lock, which nobody then releases.
+ * order of lines may differ between the system log and the file.
+ *
+ * A child that a program with several threads forks must not log before it executes another
+ * program: another thread may have held the logger's lock, which nobody then releases.
  */
 #ifndef MDM_LOG_H
 #define MDM_LOG_H
