@@ -21,7 +21,7 @@ else
         exec "${own_mounts[@]}" sh -c "$make_directory"' && exec "$0" --under-own-mounts "$1"' \
             "$0" "$1"
     fi
-    echo "no private mounts ($reason): a status goes to this machine's /opt/etc/mdm/, if it is there"
+    echo "no private mounts ($reason): statuses go to the machine's /opt/etc/mdm/, if it is there"
     status=/opt/etc/mdm/demo-registered-clients
     [ -e "$status" ] || left_behind=$status
 fi
