@@ -1,10 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
 # mdm-flags: what every target of this project is compiled and linked with.
 # mdm-shared-flags: what the shared library is linked with besides.
+# A target with the property MDM_UNOPTIMISED is compiled without optimisation in every build.
 
 add_library(mdm-flags INTERFACE)
 target_compile_options(mdm-flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 target_compile_options(mdm-flags INTERFACE -fstack-protector-strong -fno-plt)
+set(MDM_IS_UNOPTIMISED $<BOOL:$<TARGET_PROPERTY:MDM_UNOPTIMISED>>)
+target_compile_options(mdm-flags INTERFACE $<${MDM_IS_UNOPTIMISED}:-O0>)
 target_link_options(mdm-flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 
 add_library(mdm-shared-flags INTERFACE)
@@ -17,7 +20,7 @@ if(MDM_SANITIZE)
 else()
     # The sanitizers bring their own checks, and their runtime is found only when a program runs.
     target_compile_options(mdm-flags INTERFACE
-        $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+        $<$<NOT:$<OR:$<CONFIG:Debug>,${MDM_IS_UNOPTIMISED}>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
     target_link_options(mdm-shared-flags INTERFACE -Wl,--no-undefined)
 endif()
 
