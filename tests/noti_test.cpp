@@ -260,19 +260,12 @@ std::ostream &operator<<(std::ostream &out, Place place)
     return out << (place == Place::fixed_directory ? "FixedDirectory" : "TemporaryDirectory");
 }
 
-// Gives this process an empty /opt of its own. Returns why it has none, if so.
-std::optional<std::string> enter_private_opt()
-{
-    const auto &reason = enter_private_mounts();
-    return reason ? reason : mount_empty("/opt");
-}
-
 class StatusStore : public ::testing::TestWithParam<Place> {
 protected:
     void SetUp() override
     {
         if (GetParam() == Place::fixed_directory) {
-            static const auto reason = enter_private_opt();
+            static const auto reason = mount_empty("/opt");
             if (reason) {
                 GTEST_SKIP() << "this machine gives no private mount namespace: " << *reason;
             }

@@ -20,13 +20,6 @@
 
 namespace {
 
-// Gives this process an empty /dev of its own. Returns why it has none, if so.
-std::optional<std::string> enter_private_dev()
-{
-    const auto &reason = mdm::test::enter_private_mounts();
-    return reason ? reason : mdm::test::mount_empty("/dev");
-}
-
 struct Received {
     int facility;
     int severity;
@@ -37,7 +30,7 @@ class PlatformLog : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        static const auto reason = enter_private_dev();
+        static const auto reason = mdm::test::mount_empty("/dev");
         if (reason) {
             GTEST_SKIP() << "this machine gives no private mount namespace: " << *reason;
         }

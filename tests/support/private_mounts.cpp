@@ -35,8 +35,7 @@ std::optional<std::string> reason_unless(bool succeeded)
     return succeeded ? std::nullopt : std::optional<std::string>(std::strerror(errno));
 }
 
-}  // namespace
-
+// The first time it is called. Returns why the machine gives none, if so.
 const std::optional<std::string> &enter_private_mounts()
 {
     static const std::optional<std::string> reason = reason_unless(
@@ -44,9 +43,13 @@ const std::optional<std::string> &enter_private_mounts()
     return reason;
 }
 
+}  // namespace
+
 std::optional<std::string> mount_empty(const std::string &directory, const char *options)
 {
-    return reason_unless(mount("none", directory.c_str(), "tmpfs", 0, options) == 0);
+    const auto &reason = enter_private_mounts();
+    return reason ? reason
+                  : reason_unless(mount("none", directory.c_str(), "tmpfs", 0, options) == 0);
 }
 
 }  // namespace mdm::test

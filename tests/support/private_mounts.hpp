@@ -8,12 +8,8 @@
 
 namespace mdm::test {
 
-// Gives this process mounts of its own, the first time it is called. Returns why the machine gives
-// none, if so.
-const std::optional<std::string> &enter_private_mounts();
-
-// Mounts an empty file system over a directory; `options` as for a tmpfs, such as "size=4k".
-// Returns why it cannot be, if so.
+// Mounts an empty file system over a directory, for this process alone; `options` as for a tmpfs,
+// such as "size=4k". Returns why it cannot be, if so: a machine may give no private mounts.
 std::optional<std::string> mount_empty(const std::string &directory, const char *options = nullptr);
 
 }  // namespace mdm::test
