@@ -5,21 +5,22 @@
 #include <array>
 #include <cstddef>
 
-#include "mdm_ipc_handlers.hpp"
+#include "mdm_ipc_envelope.hpp"
 #include "mdm_log.hpp"
 
 namespace mdm {
-namespace {
 
-constexpr uint8_t last_message_type = 80;
-
-#define MDM_ROW(category)                                                       \
-    {                                                                           \
-        _set_##category, _get_##category, _size_of_##category, _free_##category \
+#define MDM_ROW(category) MDM_ROW_RELEASED_BY(category, _free_##category)
+#define MDM_ROW_RELEASED_BY(category, free)                            \
+    {                                                                  \
+        {_set_##category, _get_##category, _size_of_##category, free}, \
+        {                                                              \
+            _open_##category, _seal_##category, _unsound_in_##category \
+        }                                                              \
     }
 
-constexpr auto handler_rows = [] {
-    std::array<ipc_handler_row, last_message_type + 1> rows{};
+constinit const std::array<MessageRow, last_message_type + 1> message_rows = [] {
+    std::array<MessageRow, last_message_type + 1> rows{};
     rows[1] = rows[2] = MDM_ROW(admin);
     rows[3] = rows[4] = MDM_ROW(pwd);
     rows[5] = rows[6] = MDM_ROW(security);
@@ -29,7 +30,7 @@ constexpr auto handler_rows = [] {
     rows[13] = MDM_ROW(app);
     rows[14] = MDM_ROW(app_res);
     rows[15] = MDM_ROW(roaming);
-    rows[16] = {_set_roaming_res, _get_roaming_res, _size_of_roaming_res, _free_roaming};
+    rows[16] = MDM_ROW_RELEASED_BY(roaming_res, _free_roaming);
     rows[17] = rows[18] = MDM_ROW(misc);
     rows[21] = rows[22] = MDM_ROW(apn);
     rows[23] = rows[24] = MDM_ROW(browser);
@@ -51,32 +52,12 @@ constexpr auto handler_rows = [] {
     return rows;
 }();
 
-// The wire header, by offset from the first byte of a message. Bytes 6 and 7 are reserved:
-// written as zero, ignored on reading. From offset 8 on it is the words and the text that
-// head_fields lists; the last five words travel in the order 3, 6, 7, 4, 5.
-namespace ipc_head {
-constexpr size_t length = 0;
-constexpr size_t type = 4;
-constexpr size_t hdr_byte = 5;
-constexpr size_t fields = 8;
-}  // namespace ipc_head
-
-constexpr auto head_fields = MDM_FIELDS(mdm_msg_t, hdr_word1, hdr_word2, hdr_text, hdr_word3,
-                                        hdr_word6, hdr_word7, hdr_word4, hdr_word5);
-
-// The length field counts the message from offset 8 on: at least the header without its text.
-constexpr uint32_t uncounted_size = 8;
-constexpr uint32_t smallest_length_field = 32;
+namespace {
 
 // Behind a message stand a zero byte and four guard bytes; none of the five is sent.
 constexpr size_t trailer_size = 5;
 constexpr size_t guard_offset = 1;
 constexpr std::array<uint8_t, 4> guard = {0xF4, 0xF4, 0xF4, 0xF4};
-
-bool is_message_type(uint8_t type)
-{
-    return type != 0 && type <= last_message_type;
-}
 
 uint8_t *_set_ipc_head(uint8_t *buffer, const mdm_msg_t &msg)
 {
@@ -105,9 +86,10 @@ void check_footer(const uint8_t *buffer, uint8_t type)
 
 }  // namespace
 
-const ipc_handler_row &handler_row(uint8_t type)
+int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg)
 {
-    return handler_rows[type];
+    return static_cast<int32_t>(uncounted_size + size_of_fields(*msg, head_fields) +
+                                row.size(&msg->body));
 }
 
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
@@ -127,9 +109,7 @@ uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
 
 uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length)
 {
-    // Size handlers may return a negative number; the sum wraps and is judged as a signed total.
-    const auto total = static_cast<int32_t>(uncounted_size + size_of_fields(*msg, head_fields) +
-                                            row.size(&msg->body));
+    const int32_t total = total_size(row, msg);
     uint8_t *buffer = _alloc_msg(*msg, total);
     MDM_ASSERT(buffer != nullptr, nullptr);
 

@@ -17,9 +17,9 @@ constexpr Shape shape_of(uint32_t type)
     return type == IS_CLIENT_REGISTERED ? Shape::registration_query : Shape::general;
 }
 
-constexpr auto query_fields = MDM_FIELDS(mdm_admin_info_t, pkg, status);
-constexpr auto general_fields = MDM_FIELDS(mdm_admin_info_t, value, pkg, text);
-constexpr auto owned_fields = MDM_FIELDS(mdm_admin_info_t, pkg, text);
+constexpr auto query_fields = MDM_FIELDS(mdm_admin_info_t, "admin", pkg, status);
+constexpr auto general_fields = MDM_FIELDS(mdm_admin_info_t, "admin", value, pkg, text);
+constexpr auto owned_fields = MDM_FIELDS(mdm_admin_info_t, "admin", pkg, text);
 
 }  // namespace
 
@@ -40,7 +40,7 @@ static bool _set_admin(Out &out, const mdm_admin_info_t *info)
 {
     MDM_ENTER();
     MDM_DEBUG("info->type: %d", static_cast<int>(info->type));
-    out.u32(info->type);
+    out.u32(info->type, "admin.type");
     if (shape_of(info->type) == Shape::registration_query) {
         MDM_DEBUG("Processing IS_CLIENT_REGISTERED, pkg: '%s', status: %d", info->pkg,
                   info->status);
@@ -56,7 +56,7 @@ template <class In>
 static bool _get_admin(In &in, mdm_admin_info_t *info)
 {
     MDM_ENTER();
-    info->type = in.u32();
+    info->type = in.u32("admin.type");
     MDM_DEBUG("info->type: %d", static_cast<int>(info->type));
     if (shape_of(info->type) == Shape::registration_query) {
         in.fields(*info, query_fields);
@@ -67,7 +67,7 @@ static bool _get_admin(In &in, mdm_admin_info_t *info)
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(admin)
+MDM_HANDLERS(admin)
 
 void _free_admin(mdm_body_t *body)
 {

@@ -29,9 +29,15 @@ constexpr Shape shape_of(uint32_t type)
     }
 }
 
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(apn);
 constexpr auto profile_fields =
-    MDM_FIELDS(mdm_apn_account_t, num0, num1, profile_name, str3, str4, str5, str6, str7, str8,
-               str9, str10, str11, str12, str13, str14);
+    MDM_FIELDS(mdm_apn_account_t, "apn.profile", num0, num1, profile_name, str3, str4, str5, str6,
+               str7, str8, str9, str10, str11, str12, str13, str14);
+
+const char *unsound_part(const mdm_apn_info_t &info)
+{
+    return lacks_payload(info) ? "apn.data" : nullptr;
+}
 
 }  // namespace
 
@@ -78,7 +84,7 @@ static bool _set_apn(Out &out, const mdm_apn_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (!has_payload(*info)) {
         return MDM_EXIT(true);
     }
@@ -87,7 +93,7 @@ static bool _set_apn(Out &out, const mdm_apn_info_t *info)
         out.record(info->data, profile_fields);
         break;
     case Shape::profiles:
-        out.u32(length_of(info->data));
+        out.count(info->data, "apn.profiles");
         for (const auto *profile : elements<mdm_apn_account_t>(info->data)) {
             if (profile != nullptr) {  // counted all the same
                 MDM_INFO("ProfileName [%s]", profile->profile_name);
@@ -96,7 +102,7 @@ static bool _set_apn(Out &out, const mdm_apn_info_t *info)
         }
         break;
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "apn.data");
         break;
     }
     return MDM_EXIT(true);
@@ -108,7 +114,7 @@ static bool _get_apn(In &in, mdm_apn_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size == 0) {
         info->data = nullptr;
         return MDM_EXIT(true);
@@ -118,9 +124,9 @@ static bool _get_apn(In &in, mdm_apn_info_t *info)
         info->data = in.record(profile_fields);
         break;
     case Shape::profiles: {
-        const int32_t count = in.count();
+        const int32_t count = in.count("apn.profiles", smallest_size(profile_fields));
         auto profiles = in.new_list();
-        for (int32_t i = 0; i < count; ++i) {
+        for (int32_t i = 0; in && i < count; ++i) {
             auto *profile = in.record(profile_fields);
             MDM_INFO("ProfileName [%s]", profile->profile_name);
             profiles.append(profile);
@@ -129,13 +135,13 @@ static bool _get_apn(In &in, mdm_apn_info_t *info)
         break;
     }
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "apn.data");
         break;
     }
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(apn)
+MDM_HANDLERS(apn)
 
 // For a profile and a list `data` keeps its old value.
 void _free_apn(mdm_body_t *body)

@@ -34,9 +34,29 @@ constexpr Shape shape_of(int32_t type)
     }
 }
 
-constexpr auto head_fields = app_head_fields<mdm_app_info_t>;
-constexpr auto num_pair_fields = MDM_FIELDS(mdm_app_num_pair_t, num1, num2);
-constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, first, second);
+constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app);
+constexpr auto num_pair_fields = MDM_FIELDS(mdm_app_num_pair_t, "app.num_pair", num1, num2);
+constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, second);
+
+// The receiver of two numbers reads both, however few bytes were sent.
+const char *unsound_part(const mdm_app_info_t &info)
+{
+    if (info.data_size < 1) {
+        return nullptr;
+    }
+    switch (shape_of(info.type)) {
+    case Shape::num_pair: {
+        constexpr auto size = static_cast<int32_t>(smallest_size(num_pair_fields));
+        return info.data_size < size ? "app.num_pair" : nullptr;
+    }
+    case Shape::pair:
+        return info.data == nullptr ? "app.pair" : nullptr;
+    case Shape::packages:
+    case Shape::raw:
+        break;
+    }
+    return nullptr;
+}
 
 }  // namespace
 
@@ -85,12 +105,11 @@ static bool _set_app(Out &out, const mdm_app_info_t *info)
     }
     switch (shape_of(info->type)) {
     case Shape::packages: {
-        const uint32_t count = length_of(info->data);
-        out.u32(count);
+        const uint32_t count = out.count(info->data, "app.packages");
         MDM_INFO("len : %d", count);
         for (const char *name : elements_before_null<char>(info->data)) {
             MDM_INFO("pkg_name : %s", name);
-            out.str(name);
+            out.str(name, "app.packages");
         }
         break;
     }
@@ -103,7 +122,7 @@ static bool _set_app(Out &out, const mdm_app_info_t *info)
         break;
     case Shape::num_pair:  // the receiver reads two numbers, whatever `data_size` says
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "app.data");
         break;
     }
     return true;
@@ -121,11 +140,11 @@ static bool _get_app(In &in, mdm_app_info_t *info)
     }
     switch (shape_of(info->type)) {
     case Shape::packages: {
-        const int32_t count = in.count();
+        const int32_t count = in.count("app.packages", word_size);
         MDM_INFO("len : %d", count);
         auto names = in.new_list();
-        for (int32_t i = 0; i < count; ++i) {
-            char *name = in.str();
+        for (int32_t i = 0; in && i < count; ++i) {
+            char *name = in.str("app.packages");
             MDM_INFO("pkg_name : %s", name);
             names.append(name);
         }
@@ -147,13 +166,13 @@ static bool _get_app(In &in, mdm_app_info_t *info)
         break;
     }
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "app.data");
         break;
     }
     return true;
 }
 
-MDM_TRUSTING_HANDLERS(app)
+MDM_HANDLERS(app)
 
 void _free_app(mdm_body_t *body)
 {

@@ -7,7 +7,7 @@
 namespace mdm {
 namespace {
 
-constexpr auto payload_fields = MDM_FIELDS(mdm_app_cb_info_t, num6, str8, str7);
+constexpr auto payload_fields = MDM_FIELDS(mdm_app_cb_info_t, "app_cb", num6, str8, str7);
 
 }  // namespace
 

@@ -6,9 +6,5 @@
 
 #include "mdm_wire.hpp"
 
-namespace mdm {
-
-template <class Info>
-inline constexpr auto app_head_fields = MDM_FIELDS(Info, type, param, pkg, data_size);
-
-}  // namespace mdm
+#define MDM_APP_HEAD_FIELDS(category) \
+    MDM_FIELDS(mdm_##category##_info_t, #category, type, param, pkg, data_size)

@@ -46,8 +46,8 @@ constexpr Shape shape_of(int32_t type)
     }
 }
 
-constexpr auto head_fields = app_head_fields<mdm_app_res_info_t>;
-constexpr auto item_fields = MDM_FIELDS(mdm_app_res_item_t, name, value);
+constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app_res);
+constexpr auto item_fields = MDM_FIELDS(mdm_app_res_item_t, "app_res.item", name, value);
 
 // One line an item. Discriminator 142 has a conversion of its own; the receiver has another one
 // for the other two. A macro, so that the line carries the handler's name.
@@ -115,40 +115,38 @@ static bool _set_app_res(Out &out, const mdm_app_res_info_t *info)
     }
     switch (shape_of(info->type)) {
     case Shape::packages: {
-        const uint32_t count = length_of(info->data);
-        out.u32(count);
+        const uint32_t count = out.count(info->data, "app_res.packages");
         MDM_INFO("len : %d", count);
-        out.strings_before_null(info->data);
+        out.strings_before_null(info->data, "app_res.packages");
         break;
     }
     case Shape::items: {
-        const uint32_t count = length_of(info->data);
-        out.u32(count);
+        const uint32_t count = out.count(info->data, "app_res.items");
         MDM_INFO("len : %d", count);
         for (const auto *item : elements_before_null<mdm_app_res_item_t>(info->data)) {
             LOG_ITEM(info->type, "%u", *item);
             if (item->name != nullptr) {
                 out.fields(*item, item_fields);
+            } else {
+                out.omit("app_res.item.name");
             }
         }
         break;
     }
     case Shape::controls: {
-        const uint32_t count = length_of(info->data);
-        out.u32(count);
+        const uint32_t count = out.count(info->data, "app_res.controls");
         MDM_INFO("len : %d", count);
         for (const auto *control : elements_before_null<mdm_app_control_info_t>(info->data)) {
-            out.i32(control->client_id);
+            out.i32(control->client_id, "app_res.control.client_id");
             MDM_INFO("app_control_info->client_id : %d", control->client_id);
-            const uint32_t package_count = length_of(control->pkg_list);
-            out.u32(package_count);
+            const uint32_t package_count = out.count(control->pkg_list, "app_res.control.pkg_list");
             MDM_INFO("len2 : %d", package_count);
-            out.strings_before_null(control->pkg_list);
+            out.strings_before_null(control->pkg_list, "app_res.control.pkg_list");
         }
         break;
     }
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "app_res.data");
         break;
     }
     return true;
@@ -166,16 +164,16 @@ static bool _get_app_res(In &in, mdm_app_res_info_t *info)
     }
     switch (shape_of(info->type)) {
     case Shape::packages: {
-        const int32_t count = in.count();
+        const int32_t count = in.count("app_res.packages", word_size);
         MDM_INFO("len : %d", count);
-        info->data = in.strings(count);
+        info->data = in.strings(count, "app_res.packages");
         break;
     }
     case Shape::items: {
-        const int32_t count = in.count();
+        const int32_t count = in.count("app_res.items", smallest_size(item_fields));
         MDM_INFO("len : %d", count);
         auto items = in.new_list();
-        for (int32_t i = 0; i < count; ++i) {
+        for (int32_t i = 0; in && i < count; ++i) {
             auto *item = in.record(item_fields);
             LOG_ITEM(info->type, "%d", *item);
             items.append(item);
@@ -184,18 +182,18 @@ static bool _get_app_res(In &in, mdm_app_res_info_t *info)
         break;
     }
     case Shape::controls: {
-        const int32_t count = in.count();
+        const int32_t count = in.count("app_res.controls", word_size + word_size);
         MDM_INFO("len : %d", count);
         auto controls = in.new_list();
-        for (int32_t i = 0; i < count; ++i) {
+        for (int32_t i = 0; in && i < count; ++i) {
             auto *control = in.template make<mdm_app_control_info_t>();
-            control->client_id = in.i32();
+            control->client_id = in.i32("app_res.control.client_id");
             MDM_INFO("client_id : %d", control->client_id);
-            const int32_t package_count = in.count();
+            const int32_t package_count = in.count("app_res.control.pkg_list", word_size);
             MDM_INFO("len2 : %d", package_count);
             auto names = in.new_list();
-            for (int32_t j = 0; j < package_count; ++j) {
-                char *name = in.str();
+            for (int32_t j = 0; in && j < package_count; ++j) {
+                char *name = in.str("app_res.control.pkg_list");
                 MDM_INFO("name : %s", name);
                 names.append(name);
             }
@@ -206,13 +204,13 @@ static bool _get_app_res(In &in, mdm_app_res_info_t *info)
         break;
     }
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "app_res.data");
         break;
     }
     return true;
 }
 
-MDM_TRUSTING_HANDLERS(app_res)
+MDM_HANDLERS(app_res)
 
 void _free_app_res(mdm_body_t *body)
 {

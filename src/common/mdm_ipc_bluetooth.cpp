@@ -35,6 +35,8 @@ constexpr Shape shape_of(uint32_t type)
     }
 }
 
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(bluetooth);
+
 // Only these lists are released; every other payload stays with the owner of the message.
 constexpr bool is_released(uint32_t type)
 {
@@ -76,16 +78,16 @@ static bool _set_bluetooth(Out &out, const mdm_bluetooth_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (info->data_size < 1) {
         return MDM_EXIT(true);
     }
     if (shape_of(info->type) == Shape::raw) {
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "bluetooth.data");
         return MDM_EXIT(true);
     }
     MDM_INFO("length : %d", length_of(info->data));
-    out.strings_or_gaps(info->data, info->data_size);
+    out.strings_or_gaps(info->data, info->data_size, "bluetooth.names");
     return MDM_EXIT(true);
 }
 
@@ -95,19 +97,19 @@ static bool _get_bluetooth(In &in, mdm_bluetooth_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size < 1) {
         return MDM_EXIT(true);  // `data` stays as it was
     }
     if (shape_of(info->type) == Shape::raw) {
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "bluetooth.data");
         return MDM_EXIT(true);
     }
-    const int32_t count = in.count();
+    const int32_t count = in.count("bluetooth.names", word_size);
     MDM_INFO("length : %d", count);
     auto names = in.new_list();
-    for (int32_t i = 0; i < count; ++i) {
-        char *device_name = in.str();
+    for (int32_t i = 0; in && i < count; ++i) {
+        char *device_name = in.str("bluetooth.names");
         MDM_INFO("device_name : %s", device_name);
         names.append(device_name);
     }
@@ -115,7 +117,7 @@ static bool _get_bluetooth(In &in, mdm_bluetooth_info_t *info)
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(bluetooth)
+MDM_HANDLERS(bluetooth)
 
 void _free_bluetooth(mdm_body_t *body)
 {

@@ -38,8 +38,15 @@ struct ShortItem {
 static_assert(sizeof(ShortItem) == offsetof(mdm_container_item_t, str2));
 static_assert(offsetof(ShortItem, str1) == offsetof(mdm_container_item_t, str1));
 
-constexpr auto item_fields = MDM_FIELDS(mdm_container_item_t, num0, str1, str2);
-constexpr auto short_item_fields = MDM_FIELDS(ShortItem, num0, str1);
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(container);
+constexpr auto item_fields = MDM_FIELDS(mdm_container_item_t, "container.item", num0, str1, str2);
+constexpr auto short_item_fields = MDM_FIELDS(ShortItem, "container.short_item", num0, str1);
+
+const char *unsound_part(const mdm_container_info_t &info)
+{
+    return lacks_payload(info) && shape_of(info.type) != Shape::nothing ? "container.data"
+                                                                        : nullptr;
+}
 
 }  // namespace
 
@@ -77,7 +84,7 @@ static bool _set_container(Out &out, const mdm_container_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (!has_payload(*info)) {
         return MDM_EXIT(true);
     }
@@ -89,7 +96,7 @@ static bool _set_container(Out &out, const mdm_container_info_t *info)
         out.record(info->data, short_item_fields);
         break;
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "container.data");
         break;
     case Shape::nothing:
         break;
@@ -103,7 +110,7 @@ static bool _get_container(In &in, mdm_container_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size == 0) {
         info->data = nullptr;
         return MDM_EXIT(true);
@@ -116,7 +123,7 @@ static bool _get_container(In &in, mdm_container_info_t *info)
         info->data = in.record(short_item_fields);
         break;
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "container.data");
         break;
     case Shape::nothing:
         break;  // `data` stays as it was
@@ -124,7 +131,7 @@ static bool _get_container(In &in, mdm_container_info_t *info)
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(container)
+MDM_HANDLERS(container)
 
 // For an item `data` keeps its old value.
 void _free_container(mdm_body_t *body)

@@ -27,12 +27,19 @@ constexpr MailShape shape_of(uint32_t type)
     }
 }
 
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(eas);
 constexpr auto account_fields =
-    MDM_FIELDS(mdm_eas_account_t, num0, num1, num2, num3, num4, num5, str6, str7, str8, str9, str10,
-               str11, str12, str13, str14);
-constexpr auto settings_fields = MDM_FIELDS(mdm_eas_account_t, str8, str10, str13);
-constexpr auto value_fields = MDM_FIELDS(mdm_eas_value_t, num0, str1);
-constexpr auto forms = MailForms{account_fields, settings_fields, account_fields, value_fields};
+    MDM_FIELDS(mdm_eas_account_t, "eas.account", num0, num1, num2, num3, num4, num5, str6, str7,
+               str8, str9, str10, str11, str12, str13, str14);
+constexpr auto settings_fields = MDM_FIELDS(mdm_eas_account_t, "eas.settings", str8, str10, str13);
+constexpr auto value_fields = MDM_FIELDS(mdm_eas_value_t, "eas.value", num0, str1);
+constexpr auto forms =
+    MailForms{"eas.accounts", account_fields, settings_fields, account_fields, value_fields};
+
+const char *unsound_part(const mdm_eas_info_t &info)
+{
+    return lacks_payload(info) ? "eas.data" : nullptr;
+}
 
 }  // namespace
 
@@ -80,7 +87,7 @@ static bool _set_eas(Out &out, const mdm_eas_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (has_payload(*info)) {
         write_mail(out, shape_of(info->type), info->data, forms);
     }
@@ -93,12 +100,12 @@ static bool _get_eas(In &in, mdm_eas_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     info->data = info->data_size == 0 ? nullptr : read_mail(in, shape_of(info->type), forms);
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(eas)
+MDM_HANDLERS(eas)
 
 // Logs nothing, and leaves `data` and `data_size` as they were.
 void _free_eas(mdm_body_t *body)

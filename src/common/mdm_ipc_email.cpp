@@ -27,16 +27,25 @@ constexpr MailShape shape_of(uint32_t type)
     }
 }
 
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(email);
+
 // An account on its own has fewer fields than one in a list, and an order of its own.
 constexpr auto account_fields =
-    MDM_FIELDS(mdm_email_account_t, num0, num1, num2, num4, num6, num3, num5, str13, str14, str15,
-               str16, str17, str18, str19, str20, str21);
-constexpr auto element_fields =
-    MDM_FIELDS(mdm_email_account_t, num0, num1, num2, num3, num4, num5, num6, num7, num8, str9,
-               str10, str11, str12, str13, str14, str15, str16, str17, str18, str19, str20, str21);
-constexpr auto settings_fields = MDM_FIELDS(mdm_email_account_t, str16, str15, str14);
-constexpr auto value_fields = MDM_FIELDS(mdm_email_value_t, num0, str1);
-constexpr auto forms = MailForms{account_fields, settings_fields, element_fields, value_fields};
+    MDM_FIELDS(mdm_email_account_t, "email.account", num0, num1, num2, num4, num6, num3, num5,
+               str13, str14, str15, str16, str17, str18, str19, str20, str21);
+constexpr auto element_fields = MDM_FIELDS(
+    mdm_email_account_t, "email.element", num0, num1, num2, num3, num4, num5, num6, num7, num8,
+    str9, str10, str11, str12, str13, str14, str15, str16, str17, str18, str19, str20, str21);
+constexpr auto settings_fields =
+    MDM_FIELDS(mdm_email_account_t, "email.settings", str16, str15, str14);
+constexpr auto value_fields = MDM_FIELDS(mdm_email_value_t, "email.value", num0, str1);
+constexpr auto forms =
+    MailForms{"email.accounts", account_fields, settings_fields, element_fields, value_fields};
+
+const char *unsound_part(const mdm_email_info_t &info)
+{
+    return lacks_payload(info) ? "email.data" : nullptr;
+}
 
 }  // namespace
 
@@ -81,7 +90,7 @@ static bool _set_email(Out &out, const mdm_email_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (has_payload(*info)) {
         write_mail(out, shape_of(info->type), info->data, forms);
     }
@@ -94,12 +103,12 @@ static bool _get_email(In &in, mdm_email_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     info->data = info->data_size == 0 ? nullptr : read_mail(in, shape_of(info->type), forms);
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(email)
+MDM_HANDLERS(email)
 
 // Leaves `data` and `data_size` as they were.
 void _free_email(mdm_body_t *body)

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The four handlers of a category: how the envelope calls them, how a category defines them, and
-// the categories that exist.
+// The handlers of a category: how the envelope calls them, how a category defines them, and the
+// categories that exist.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "mdm/ipc.h"
+#include "mdm_checked.hpp"
 #include "mdm_wire.hpp"
 
 namespace mdm {
@@ -29,44 +31,91 @@ struct ipc_handler_row {
     FreeHandler *free;
 };
 
-// The row of a message type from 0 to 80.
-const ipc_handler_row &handler_row(uint8_t type);
+// The same for the guarded path, where a cursor tells of a failure.
+using OpenHandler = void(CheckedReader &in, mdm_body_t *body);
+using SealHandler = void(CheckedWriter &out, const mdm_body_t *body);
+// Returns the path of what keeps a body from being sized safely, or its receiver from finding what
+// is announced; null for a sound body. Runs before the size handler, which follows its pointers.
+using UnsoundHandler = const char *(const mdm_body_t *body);
 
-// A new buffer for a message of `total` bytes, with its length field, type byte, header byte and
-// guard bytes set; null for a total below 8.
-uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total);
+struct GuardedRow {
+    OpenHandler *open;
+    SealHandler *seal;
+    UnsoundHandler *unsound;
+};
 
-// What the exported functions of the same names do once the row is known.
-uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length);
-int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_t *buffer);
+inline constexpr uint8_t last_message_type = 80;
 
-// Defines a category's set and get handlers: its cursor handlers of the same names,
+struct MessageRow {
+    ipc_handler_row handlers;
+    GuardedRow guarded;
+};
+extern const std::array<MessageRow, last_message_type + 1> message_rows;
+
+// The handlers of a message type from 0 to 80.
+inline const ipc_handler_row &handler_row(uint8_t type)
+{
+    return message_rows[type].handlers;
+}
+
+inline const GuardedRow &guarded_row(uint8_t type)
+{
+    return message_rows[type].guarded;
+}
+
+// Most categories can be sized whatever they hold.
+template <class Info>
+constexpr const char *unsound_part(const Info & /*info*/)
+{
+    return nullptr;
+}
+
+// Defines the handlers of a category that run over a cursor. Its cursor handlers,
 //     template <class Out> bool _set_<category>(Out &out, const mdm_<category>_info_t *info)
 //     template <class In> bool _get_<category>(In &in, mdm_<category>_info_t *info)
-// run over the trusting cursors. False stands for failure.
-#define MDM_TRUSTING_HANDLERS(category)                                          \
-    uint8_t *_set_##category(uint8_t *position, mdm_body_t *body)                \
-    {                                                                            \
-        Writer out(position);                                                    \
-        const bool done = _set_##category(out, MDM_BODY_MEMBER(body, category)); \
-        return done ? out.position() : nullptr;                                  \
-    }                                                                            \
-    const uint8_t *_get_##category(mdm_body_t *body, const uint8_t *position)    \
-    {                                                                            \
-        Reader in(position);                                                     \
-        const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));  \
-        return done ? in.position() : nullptr;                                   \
+// stand in front, and so does a unsound_part() of its own. False stands for failure.
+#define MDM_HANDLERS(category)                                                         \
+    uint8_t *_set_##category(uint8_t *position, mdm_body_t *body)                      \
+    {                                                                                  \
+        Writer out(position);                                                          \
+        const bool done = _set_##category(out, MDM_BODY_MEMBER(body, category));       \
+        return done ? out.position() : nullptr;                                        \
+    }                                                                                  \
+    const uint8_t *_get_##category(mdm_body_t *body, const uint8_t *position)          \
+    {                                                                                  \
+        Reader in(position);                                                           \
+        const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));        \
+        return done ? in.position() : nullptr;                                         \
+    }                                                                                  \
+    [[gnu::flatten]] void _open_##category(CheckedReader &in, mdm_body_t *body)        \
+    {                                                                                  \
+        _get_##category(in, &body->category);                                          \
+    }                                                                                  \
+    [[gnu::flatten]] void _seal_##category(CheckedWriter &out, const mdm_body_t *body) \
+    {                                                                                  \
+        if (!_set_##category(out, &body->category)) {                                  \
+            out.omit(#category ".data");                                               \
+        }                                                                              \
+    }                                                                                  \
+    const char *_unsound_in_##category(const mdm_body_t *body)                         \
+    {                                                                                  \
+        return unsound_part(body->category);                                           \
     }
 
 // Every member of the union has the union's own address; null stays null.
 #define MDM_BODY_MEMBER(body, category) \
     (static_cast<mdm_##category##_info_t *>(static_cast<void *>(body)))
 
-#define MDM_DECLARE_HANDLERS(category) \
-    SetHandler _set_##category;        \
-    GetHandler _get_##category;        \
-    SizeHandler _size_of_##category;   \
+#define MDM_DECLARE_HANDLERS(category)       \
+    MDM_DECLARE_SENT_AND_RECEIVED(category); \
     FreeHandler _free_##category
+#define MDM_DECLARE_SENT_AND_RECEIVED(category) \
+    SetHandler _set_##category;                 \
+    GetHandler _get_##category;                 \
+    SizeHandler _size_of_##category;            \
+    OpenHandler _open_##category;               \
+    SealHandler _seal_##category;               \
+    UnsoundHandler _unsound_in_##category
 
 MDM_DECLARE_HANDLERS(admin);
 MDM_DECLARE_HANDLERS(pwd);
@@ -77,9 +126,7 @@ MDM_DECLARE_HANDLERS(eas);
 MDM_DECLARE_HANDLERS(app);
 MDM_DECLARE_HANDLERS(app_res);
 MDM_DECLARE_HANDLERS(roaming);
-SetHandler _set_roaming_res;
-GetHandler _get_roaming_res;
-SizeHandler _size_of_roaming_res;  // released by _free_roaming()
+MDM_DECLARE_SENT_AND_RECEIVED(roaming_res);  // released by _free_roaming()
 MDM_DECLARE_HANDLERS(misc);
 MDM_DECLARE_HANDLERS(apn);
 MDM_DECLARE_HANDLERS(browser);

@@ -32,15 +32,22 @@ constexpr Shape shape_of(uint32_t type)
     }
 }
 
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(kiosk);
+
 // What an element of a list of keys points at: a number on its own.
 struct Key {
     uint32_t number;
 };
 static_assert(sizeof(Key) == sizeof(uint32_t));
 
-constexpr auto key_fields = MDM_FIELDS(Key, number);
-constexpr auto key_pair_fields = MDM_FIELDS(mdm_kiosk_key_pair_t, key, value);
+constexpr auto key_fields = MDM_FIELDS(Key, "kiosk.key", number);
+constexpr auto key_pair_fields = MDM_FIELDS(mdm_kiosk_key_pair_t, "kiosk.key_pair", key, value);
 constexpr uint32_t key_pair_size = word_size + word_size;
+
+const char *unsound_part(const mdm_kiosk_info_t &info)
+{
+    return lacks_payload(info) ? "kiosk.data" : nullptr;
+}
 
 }  // namespace
 
@@ -80,24 +87,24 @@ static bool _set_kiosk(Out &out, const mdm_kiosk_info_t *info)
 {
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (!has_payload(*info)) {
         return true;
     }
     switch (shape_of(info->type)) {
     case Shape::text:
-        out.str(static_cast<const char *>(info->data));
+        out.str(static_cast<const char *>(info->data), "kiosk.text");
         break;
     case Shape::keys:
         MDM_INFO("MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
-        out.records(info->data, key_fields);
+        out.records(info->data, "kiosk.keys", key_fields);
         break;
     case Shape::key_pairs:
         MDM_INFO("MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
-        out.records(info->data, key_pair_fields);
+        out.records(info->data, "kiosk.key_pairs", key_pair_fields);
         break;
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "kiosk.data");
         break;
     }
     return true;
@@ -108,29 +115,29 @@ static bool _get_kiosk(In &in, mdm_kiosk_info_t *info)
 {
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size == 0) {
         info->data = nullptr;
         return true;
     }
     switch (shape_of(info->type)) {
     case Shape::text:
-        info->data = in.str();
+        info->data = in.str("kiosk.text");
         break;
     case Shape::keys:
-        info->data = in.records(in.count(), key_fields);
+        info->data = in.records("kiosk.keys", key_fields);
         break;
     case Shape::key_pairs:
-        info->data = in.records(in.count(), key_pair_fields);
+        info->data = in.records("kiosk.key_pairs", key_pair_fields);
         break;
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "kiosk.data");
         break;
     }
     return true;
 }
 
-MDM_TRUSTING_HANDLERS(kiosk)
+MDM_HANDLERS(kiosk)
 
 // `data` and `data_size` keep their values, but for raw bytes.
 void _free_kiosk(mdm_body_t *body)

@@ -7,6 +7,8 @@
 
 namespace mdm {
 
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(location);
+
 // Each handler checks the pointer that it checks, and no other.
 uint32_t _size_of_location(mdm_body_t * /*body*/)
 {
@@ -18,7 +20,7 @@ static bool _set_location(Out &out, const mdm_location_info_t *info)
 {
     MDM_ENTER();
     MDM_ASSERT(out, false);
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     return MDM_EXIT(true);
 }
 
@@ -27,11 +29,11 @@ static bool _get_location(In &in, mdm_location_info_t *info)
 {
     MDM_ENTER();
     MDM_ASSERT(info != nullptr, false);
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(location)
+MDM_HANDLERS(location)
 
 void _free_location(mdm_body_t * /*body*/)
 {

@@ -45,11 +45,11 @@ static bool _set_log_manager(Out &out, const mdm_log_manager_info_t *info)
         MDM_CRITICAL("info is NULL!");
         return MDM_EXIT(true);
     }
-    out.u32(info->type);
+    out.u32(info->type, "log_manager.type");
     if (shape_of(info->type) == Shape::text) {
-        out.str(info->value.text);
+        out.str(info->value.text, "log_manager.value");
     } else {
-        out.u8(info->value.byte);
+        out.u8(info->value.byte, "log_manager.value");
     }
     return MDM_EXIT(true);
 }
@@ -68,16 +68,16 @@ static bool _get_log_manager(In &in, mdm_log_manager_info_t *info)
         return MDM_EXIT(false);
     }
     info->value.word = 0;
-    info->type = in.u32();
+    info->type = in.u32("log_manager.type");
     if (shape_of(info->type) == Shape::text) {
-        info->value.text = in.str();
+        info->value.text = in.str("log_manager.value");
     } else {
-        info->value.byte = in.u8();
+        info->value.byte = in.u8("log_manager.value");
     }
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(log_manager)
+MDM_HANDLERS(log_manager)
 
 // The pointer keeps its old value.
 void _free_log_manager(mdm_body_t *body)

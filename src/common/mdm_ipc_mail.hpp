@@ -10,9 +10,11 @@ namespace mdm {
 
 enum class MailShape { account, settings, accounts, value };
 
-// The field list of each form. An account in a list may differ from one on its own.
+// The field list of each form, and the path of a list. An account in a list may differ from one on
+// its own.
 template <class Account, class Settings, class Element, class Value>
 struct MailForms {
+    const char *accounts;
     Account account;
     Settings settings;
     Element element;
@@ -20,7 +22,8 @@ struct MailForms {
 };
 
 template <class Account, class Settings, class Element, class Value>
-MailForms(Account, Settings, Element, Value) -> MailForms<Account, Settings, Element, Value>;
+MailForms(const char *, Account, Settings, Element, Value)
+    -> MailForms<Account, Settings, Element, Value>;
 
 template <class Out, class Forms>
 void write_mail(Out &out, MailShape shape, void *data, const Forms &forms)
@@ -31,7 +34,7 @@ void write_mail(Out &out, MailShape shape, void *data, const Forms &forms)
     case MailShape::settings:
         return out.record(data, forms.settings);
     case MailShape::accounts:
-        return out.records(data, forms.element);
+        return out.records(data, forms.accounts, forms.element);
     case MailShape::value:
         return out.record(data, forms.value);
     }
@@ -46,7 +49,7 @@ void *read_mail(In &in, MailShape shape, const Forms &forms)
     case MailShape::settings:
         return in.record(forms.settings);
     case MailShape::accounts:
-        return in.records(in.count(), forms.element);
+        return in.records(forms.accounts, forms.element);
     case MailShape::value:
         break;
     }

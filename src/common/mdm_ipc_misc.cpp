@@ -45,9 +45,10 @@ constexpr Shape shape_of(int32_t type)
     }
 }
 
-constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, value);
-constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, url, title);
-constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, first, second);
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(misc);
+constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, "misc.text", value);
+constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, "misc.book", url, title);
+constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, "misc.pair", first, second);
 
 // The size of a body whose book record is missing. The envelope adds it like any other, and refuses
 // what is then too small for a message.
@@ -72,6 +73,24 @@ uint32_t store_size(mdm_misc_info_t &info, const FieldList<Record, Fields...> &l
     const uint32_t size = size_of_fields(info.data, list);
     info.data_size = static_cast<int32_t>(size);
     return size;
+}
+
+// An array cannot have a negative length, although none would be written.
+const char *unsound_part(const mdm_misc_info_t &info)
+{
+    switch (shape_of(info.type)) {
+    case Shape::array:
+        return info.data_size < 0 || lacks_payload(info) ? "misc.array" : nullptr;
+    case Shape::text:
+    case Shape::book:
+    case Shape::pair:
+    case Shape::raw:
+        return lacks_payload(info) ? "misc.data" : nullptr;
+    case Shape::nothing:
+    case Shape::param_list:
+        break;
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -129,7 +148,7 @@ static bool _set_misc(Out &out, const mdm_misc_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     MDM_INFO("data: %p, data_size: %d", info->data, info->data_size);
     if (!announces_payload(*info)) {
         return MDM_EXIT(true);
@@ -138,7 +157,7 @@ static bool _set_misc(Out &out, const mdm_misc_info_t *info)
     switch (shape_of(info->type)) {
     case Shape::array:
         for (const char *text : texts_of(*info)) {
-            out.str(text);
+            out.str(text, "misc.array");
         }
         break;
     case Shape::nothing:
@@ -150,7 +169,7 @@ static bool _set_misc(Out &out, const mdm_misc_info_t *info)
         out.record(info->data, text_fields);
         break;
     case Shape::param_list:
-        out.strings_or_gaps(info->param_list, 0);
+        out.strings_or_gaps(info->param_list, 0, "misc.param_list");
         break;
     case Shape::book: {
         MDM_ASSERT(info->data != nullptr, false);
@@ -165,7 +184,7 @@ static bool _set_misc(Out &out, const mdm_misc_info_t *info)
         }
         break;
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "misc.data");
         break;
     }
     return MDM_EXIT(true);
@@ -174,9 +193,9 @@ static bool _set_misc(Out &out, const mdm_misc_info_t *info)
 template <class In>
 static char **read_array(In &in, int32_t count)
 {
-    const auto texts = in.template make_array<char *>(count);
+    const auto texts = in.make_array(count, "misc.array");
     for (char *&text : texts) {
-        text = in.str();
+        text = in.str("misc.array");
     }
     return texts.data();
 }
@@ -187,7 +206,7 @@ static bool _get_misc(In &in, mdm_misc_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     MDM_INFO("data: %p, data_size: %d", info->data, info->data_size);
     if (!announces_payload(*info)) {
         info->data = nullptr;
@@ -210,7 +229,8 @@ static bool _get_misc(In &in, mdm_misc_info_t *info)
     }
     case Shape::param_list:
         // The number in `param` was the sender's pointer; `data` stays as it was.
-        info->param_list = in.strings(in.u32());
+        info->param_list =
+            in.strings(in.unsigned_count("misc.param_list", word_size), "misc.param_list");
         break;
     case Shape::book:
         info->data = in.record(book_fields);
@@ -224,13 +244,13 @@ static bool _get_misc(In &in, mdm_misc_info_t *info)
         break;
     }
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "misc.data");
         break;
     }
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(misc)
+MDM_HANDLERS(misc)
 
 // Looks at `data` first: where it is null, as in a received list, nothing is released.
 void _free_misc(mdm_body_t *body)

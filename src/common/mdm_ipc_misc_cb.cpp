@@ -8,7 +8,7 @@ namespace mdm {
 namespace {
 
 // One byte comes first, so the number behind it is unaligned.
-constexpr auto payload_fields = MDM_FIELDS(mdm_misc_cb_info_t, flag6, num7, str8);
+constexpr auto payload_fields = MDM_FIELDS(mdm_misc_cb_info_t, "misc_cb", flag6, num7, str8);
 
 }  // namespace
 

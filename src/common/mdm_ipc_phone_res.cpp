@@ -32,12 +32,29 @@ constexpr Shape wire_shape_of(int32_t type)
     return type == 439 || type == 440 ? Shape::raw : shape_of(type);
 }
 
-constexpr auto item_fields = MDM_FIELDS(mdm_phone_res_item_t, str0, str2);
-constexpr auto ext_fields = MDM_FIELDS(mdm_phone_res_ext_t, str0);
-constexpr auto detail_fields = MDM_FIELDS(mdm_phone_res_detail_t, num0, num1, str2);
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(phone_res);
+constexpr auto item_fields = MDM_FIELDS(mdm_phone_res_item_t, "phone_res.item", str0, str2);
+constexpr auto ext_fields = MDM_FIELDS(mdm_phone_res_ext_t, "phone_res.ext", str0);
+constexpr auto detail_fields =
+    MDM_FIELDS(mdm_phone_res_detail_t, "phone_res.ext.detail", num0, num1, str2);
 
 // The receiver's `data_size` of a record: three 32-bit words.
 constexpr int32_t record_data_size = 12;
+
+// What is sized as an item but travels as raw bytes cannot be sized safely: the pointers in it may
+// be bytes that somebody has sent.
+const char *unsound_part(const mdm_phone_res_info_t &info)
+{
+    if (!has_payload(info)) {
+        return nullptr;
+    }
+    if (shape_of(info.type) != wire_shape_of(info.type)) {
+        return "phone_res.data";
+    }
+    const bool is_ext = shape_of(info.type) == Shape::ext;
+    return is_ext && payload<mdm_phone_res_ext_t>(info).detail == nullptr ? "phone_res.ext.detail"
+                                                                          : nullptr;
+}
 
 }  // namespace
 
@@ -69,7 +86,7 @@ static bool _set_phone_res(Out &out, const mdm_phone_res_info_t *info)
 {
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (info->data_size < 1) {
         return true;
     }
@@ -87,7 +104,7 @@ static bool _set_phone_res(Out &out, const mdm_phone_res_info_t *info)
         break;
     }
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "phone_res.data");
         break;
     }
     return true;
@@ -98,7 +115,7 @@ static bool _get_phone_res(In &in, mdm_phone_res_info_t *info)
 {
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size < 1) {
         info->data = nullptr;
         return true;
@@ -118,13 +135,13 @@ static bool _get_phone_res(In &in, mdm_phone_res_info_t *info)
         break;
     }
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "phone_res.data");
         break;
     }
     return true;
 }
 
-MDM_TRUSTING_HANDLERS(phone_res)
+MDM_HANDLERS(phone_res)
 
 // For a record `data` and `data_size` keep their values.
 void _free_phone_res(mdm_body_t *body)

@@ -27,9 +27,10 @@ constexpr Shape shape_of(uint32_t type)
     }
 }
 
-constexpr auto text_fields = MDM_FIELDS(mdm_platform_info_t, text);
-constexpr auto number_fields = MDM_FIELDS(mdm_platform_info_t, text, number);
-constexpr auto number_and_flag_fields = MDM_FIELDS(mdm_platform_info_t, text, number, flag);
+constexpr auto text_fields = MDM_FIELDS(mdm_platform_info_t, "platform", text);
+constexpr auto number_fields = MDM_FIELDS(mdm_platform_info_t, "platform", text, number);
+constexpr auto number_and_flag_fields =
+    MDM_FIELDS(mdm_platform_info_t, "platform", text, number, flag);
 
 }  // namespace
 
@@ -51,7 +52,7 @@ template <class Out>
 static bool _set_platform(Out &out, const mdm_platform_info_t *info)
 {
     MDM_ENTER();
-    out.u32(info->type);
+    out.u32(info->type, "platform.type");
     switch (shape_of(info->type)) {
     case Shape::number_and_flag:
         out.fields(*info, number_and_flag_fields);
@@ -70,7 +71,7 @@ static bool _set_platform(Out &out, const mdm_platform_info_t *info)
 template <class In>
 static bool _get_platform(In &in, mdm_platform_info_t *info)
 {
-    info->type = in.u32();
+    info->type = in.u32("platform.type");
     switch (shape_of(info->type)) {
     case Shape::number_and_flag:
         in.fields(*info, number_and_flag_fields);
@@ -85,7 +86,7 @@ static bool _get_platform(In &in, mdm_platform_info_t *info)
     return true;
 }
 
-MDM_TRUSTING_HANDLERS(platform)
+MDM_HANDLERS(platform)
 
 // The pointer keeps its old value.
 void _free_platform(mdm_body_t *body)

@@ -17,13 +17,19 @@ constexpr Shape shape_of(uint32_t type)
     return type == 40 ? Shape::policy : Shape::raw;
 }
 
-constexpr auto policy_fields =
-    MDM_FIELDS(mdm_pwd_policy_t, num0, num1, num2, num3, num4, num5, num6, num7, num8, str9, str10);
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(pwd);
+constexpr auto policy_fields = MDM_FIELDS(mdm_pwd_policy_t, "pwd.policy", num0, num1, num2, num3,
+                                          num4, num5, num6, num7, num8, str9, str10);
 
 // The sender looks at `data` too; the receiver has only `data_size` to go by.
 bool sends_payload(const mdm_pwd_info_t &info)
 {
     return info.data != nullptr && info.data_size >= 1;
+}
+
+const char *unsound_part(const mdm_pwd_info_t &info)
+{
+    return info.data_size >= 1 && !sends_payload(info) ? "pwd.data" : nullptr;
 }
 
 }  // namespace
@@ -50,14 +56,14 @@ static bool _set_pwd(Out &out, const mdm_pwd_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (!sends_payload(*info)) {
         return MDM_EXIT(true);
     }
     if (shape_of(info->type) == Shape::policy) {
         out.record(info->data, policy_fields);
     } else {
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "pwd.data");
     }
     return MDM_EXIT(true);
 }
@@ -68,19 +74,19 @@ static bool _get_pwd(In &in, mdm_pwd_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size < 1) {
         return MDM_EXIT(true);  // `data` stays as it was
     }
     if (shape_of(info->type) == Shape::policy) {
         info->data = in.record(policy_fields);
     } else {
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "pwd.data");
     }
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(pwd)
+MDM_HANDLERS(pwd)
 
 void _free_pwd(mdm_body_t *body)
 {

@@ -12,7 +12,14 @@
 namespace mdm {
 namespace {
 
-constexpr auto data_fields = MDM_FIELDS(mdm_roaming_data_t, name);
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(roaming);
+constexpr auto res_head_fields = MDM_BODY_HEAD_FIELDS(roaming_res);
+constexpr auto data_fields = MDM_FIELDS(mdm_roaming_data_t, "roaming.data", name);
+
+const char *unsound_part(const mdm_roaming_info_t &info)
+{
+    return info.data == nullptr ? "roaming.data" : nullptr;
+}
 
 }  // namespace
 
@@ -32,7 +39,7 @@ static bool _set_roaming(Out &out, const mdm_roaming_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (info->data != nullptr) {
         out.record(info->data, data_fields);
     }
@@ -45,12 +52,12 @@ static bool _get_roaming(In &in, mdm_roaming_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     info->data = in.record(data_fields);
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(roaming)
+MDM_HANDLERS(roaming)
 
 uint32_t _size_of_roaming_res(mdm_body_t *body)
 {
@@ -64,7 +71,7 @@ static bool _set_roaming_res(Out &out, const mdm_roaming_res_info_t *info)
 {
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
-    out.body_head(*info);
+    out.body_head(*info, res_head_fields);
     return MDM_EXIT(true);
 }
 
@@ -74,11 +81,11 @@ static bool _get_roaming_res(In &in, mdm_roaming_res_info_t *info)
 {
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
-    in.body_head(*info);
+    in.body_head(*info, res_head_fields);
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(roaming_res)
+MDM_HANDLERS(roaming_res)
 
 // Both message types. The record stays allocated, and `data` keeps pointing at it. Logs nothing.
 void _free_roaming(mdm_body_t *body)

@@ -31,12 +31,15 @@ constexpr Shape shape_of(uint32_t type)
     }
 }
 
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(security);
+
 // The fifth field travels before the fourth; word2 does not travel.
-constexpr auto item_fields = MDM_FIELDS(mdm_security_item_t, num0, str1, str4, str3);
+constexpr auto item_fields =
+    MDM_FIELDS(mdm_security_item_t, "security.item", num0, str1, str4, str3);
 constexpr auto account_fields =
-    MDM_FIELDS(mdm_security_account_t, num0, num1, num2, num3, str4, str5, str6, str7, str8, str9,
-               str10, str11, str12, str13, str14, str15, str16, str17, str18, str19, str20, str21,
-               str22, str23, str24, str25);
+    MDM_FIELDS(mdm_security_account_t, "security.account", num0, num1, num2, num3, str4, str5, str6,
+               str7, str8, str9, str10, str11, str12, str13, str14, str15, str16, str17, str18,
+               str19, str20, str21, str22, str23, str24, str25);
 
 }  // namespace
 
@@ -88,7 +91,7 @@ static bool _set_security(Out &out, const mdm_security_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (info->data_size < 1) {
         return MDM_EXIT(true);
     }
@@ -97,20 +100,20 @@ static bool _set_security(Out &out, const mdm_security_info_t *info)
         if (info->data != nullptr) {
             out.record(info->data, item_fields);
         } else {
-            out.skip(info->data_size);
+            out.skip(info->data_size, "security.item");
         }
         break;
     case Shape::strings:
         MDM_ASSERT(info->data != nullptr, false);
-        out.u32(length_of(info->data));
-        out.strings_before_null(info->data);
+        out.count(info->data, "security.strings");
+        out.strings_before_null(info->data, "security.strings");
         break;
     case Shape::accounts:
         MDM_ASSERT(info->data != nullptr, false);
-        out.records(info->data, account_fields);
+        out.records(info->data, "security.accounts", account_fields);
         break;
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "security.data");
         break;
     }
     return MDM_EXIT(true);
@@ -122,9 +125,9 @@ template <class In>
 static GList *read_strings(In &in)
 {
     auto strings = in.new_list();
-    const int32_t count = in.count();
-    for (int32_t i = 0; i < count; ++i) {
-        const char *text = in.str();
+    const int32_t count = in.count("security.strings", word_size);
+    for (int32_t i = 0; in && i < count; ++i) {
+        char *text = in.str("security.strings");
         if (text != nullptr) {
             strings.append(in.copy(text));  // NOLINT(clang-analyzer-unix.Malloc): see above
         }
@@ -138,7 +141,7 @@ static bool _get_security(In &in, mdm_security_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size < 1) {
         return MDM_EXIT(true);  // `data` stays as it was
     }
@@ -150,16 +153,16 @@ static bool _get_security(In &in, mdm_security_info_t *info)
         info->data = read_strings(in);
         break;
     case Shape::accounts:
-        info->data = in.records(in.count(), account_fields);
+        info->data = in.records("security.accounts", account_fields);
         break;
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "security.data");
         break;
     }
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(security)
+MDM_HANDLERS(security)
 
 // A list's `data` and `data_size` keep their values.
 void _free_security(mdm_body_t *body)

@@ -9,27 +9,24 @@ namespace mdm {
 namespace {
 
 template <class Out, class Body>
-void write_payload(Out &out, const Body &info)
+void write_payload(Out &out, const Body &info, const char *path)
 {
-    out.body_head(info);
     if (info.data_size >= 1) {
-        out.bytes(info.data, info.data_size);
+        out.bytes(info.data, info.data_size, path);
     }
 }
 
 template <class In, class Body>
-void read_payload(In &in, Body &info)
+void read_payload(In &in, Body &info, const char *path)
 {
-    in.body_head(info);
-    info.data = info.data_size >= 1 ? in.bytes(info.data_size) : nullptr;
+    info.data = info.data_size >= 1 ? in.bytes(info.data_size, path) : nullptr;
 }
 
 // The receiver learns the payload's size, never its bytes: `data` stays as it was and the
 // payload is not consumed.
 template <class In, class Body>
-void leave_payload(In &in, Body &info)
+void leave_payload(In & /*in*/, Body &info, const char * /*path*/)
 {
-    in.body_head(info);
     if (info.data_size < 1) {
         info.data = nullptr;
     }
@@ -47,41 +44,45 @@ void release_payload(Body &info)
 // A line of these handlers carries the category's line below; the function name tells them apart.
 // The size handler trusts the sign of `data_size`: a negative one counts fewer bytes than the
 // head that is written. The free handler logs its exit line for a null body only.
-#define SINGLE_LIST_HANDLERS(category, receive)                                 \
-    uint32_t _size_of_##category(mdm_body_t *body)                              \
-    {                                                                           \
-        MDM_ENTER();                                                            \
-        MDM_ASSERT(body != nullptr, 0);                                         \
-        const auto data_size = static_cast<uint32_t>(body->category.data_size); \
-        return MDM_EXIT(body_head_size + data_size);                            \
-    }                                                                           \
-                                                                                \
-    template <class Out>                                                        \
-    static bool _set_##category(Out &out, const mdm_##category##_info_t *info)  \
-    {                                                                           \
-        MDM_ENTER();                                                            \
-        MDM_ASSERT(out &&info != nullptr, false);                               \
-        write_payload(out, *info);                                              \
-        return MDM_EXIT(true);                                                  \
-    }                                                                           \
-                                                                                \
-    template <class In>                                                         \
-    static bool _get_##category(In &in, mdm_##category##_info_t *info)          \
-    {                                                                           \
-        MDM_ENTER();                                                            \
-        MDM_ASSERT(in &&info != nullptr, false);                                \
-        receive(in, *info);                                                     \
-        return MDM_EXIT(true);                                                  \
-    }                                                                           \
-                                                                                \
-    MDM_TRUSTING_HANDLERS(category)                                             \
-                                                                                \
-    void _free_##category(mdm_body_t *body)                                     \
-    {                                                                           \
-        if (body == nullptr) {                                                  \
-            return MDM_EXIT();                                                  \
-        }                                                                       \
-        release_payload(body->category);                                        \
+#define SINGLE_LIST_HANDLERS(category, receive)                                    \
+    static constexpr auto category##_head_fields = MDM_BODY_HEAD_FIELDS(category); \
+                                                                                   \
+    uint32_t _size_of_##category(mdm_body_t *body)                                 \
+    {                                                                              \
+        MDM_ENTER();                                                               \
+        MDM_ASSERT(body != nullptr, 0);                                            \
+        const auto data_size = static_cast<uint32_t>(body->category.data_size);    \
+        return MDM_EXIT(body_head_size + data_size);                               \
+    }                                                                              \
+                                                                                   \
+    template <class Out>                                                           \
+    static bool _set_##category(Out &out, const mdm_##category##_info_t *info)     \
+    {                                                                              \
+        MDM_ENTER();                                                               \
+        MDM_ASSERT(out &&info != nullptr, false);                                  \
+        out.body_head(*info, category##_head_fields);                              \
+        write_payload(out, *info, #category ".data");                              \
+        return MDM_EXIT(true);                                                     \
+    }                                                                              \
+                                                                                   \
+    template <class In>                                                            \
+    static bool _get_##category(In &in, mdm_##category##_info_t *info)             \
+    {                                                                              \
+        MDM_ENTER();                                                               \
+        MDM_ASSERT(in &&info != nullptr, false);                                   \
+        in.body_head(*info, category##_head_fields);                               \
+        receive(in, *info, #category ".data");                                     \
+        return MDM_EXIT(true);                                                     \
+    }                                                                              \
+                                                                                   \
+    MDM_HANDLERS(category)                                                         \
+                                                                                   \
+    void _free_##category(mdm_body_t *body)                                        \
+    {                                                                              \
+        if (body == nullptr) {                                                     \
+            return MDM_EXIT();                                                     \
+        }                                                                          \
+        release_payload(body->category);                                           \
     }
 
 SINGLE_LIST_HANDLERS(browser, leave_payload)

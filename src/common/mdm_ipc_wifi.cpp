@@ -75,27 +75,54 @@ constexpr Detail detail_of(int32_t kind)
     }
 }
 
-constexpr auto pair_fields = MDM_FIELDS(mdm_wifi_pair_t, ssid, value);
-constexpr auto dhcp_fields = MDM_FIELDS(mdm_wifi_dhcp_t, str0, str1, str2, str3, str4);
-constexpr auto triple_fields = MDM_FIELDS(mdm_wifi_triple_t, str0, str1, str2);
-constexpr auto network_fields = MDM_FIELDS(mdm_wifi_network_t, ssid, detail_kind);
+constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(wifi);
+constexpr auto pair_fields = MDM_FIELDS(mdm_wifi_pair_t, "wifi.pair", ssid, value);
+constexpr auto dhcp_fields = MDM_FIELDS(mdm_wifi_dhcp_t, "wifi.dhcp", str0, str1, str2, str3, str4);
+constexpr auto triple_fields = MDM_FIELDS(mdm_wifi_triple_t, "wifi.triple", str0, str1, str2);
+constexpr auto network_fields = MDM_FIELDS(mdm_wifi_network_t, "wifi.network", ssid, detail_kind);
 
 // A word of the detail, as a string or as a number.
-#define TEXT(word)                                              \
-    UnionField                                                  \
-    {                                                           \
-#word, &mdm_wifi_detail_t::word, &mdm_wifi_word_t::text \
+#define TEXT(word)                                                                     \
+    UnionField                                                                         \
+    {                                                                                  \
+        "wifi.network.detail." #word, &mdm_wifi_detail_t::word, &mdm_wifi_word_t::text \
     }
-#define NUMBER(word)                                              \
-    UnionField                                                    \
-    {                                                             \
-#word, &mdm_wifi_detail_t::word, &mdm_wifi_word_t::number \
+#define NUMBER(word)                                                                     \
+    UnionField                                                                           \
+    {                                                                                    \
+        "wifi.network.detail." #word, &mdm_wifi_detail_t::word, &mdm_wifi_word_t::number \
     }
 constexpr auto number_fields = fields(NUMBER(w0));
 constexpr auto text_fields = fields(TEXT(w0));
 constexpr auto mixed_fields = fields(TEXT(w0), TEXT(w1), TEXT(w2), NUMBER(w3), TEXT(w4), TEXT(w5));
 constexpr auto texts_fields =
     fields(TEXT(w0), TEXT(w1), TEXT(w2), TEXT(w3), TEXT(w4), TEXT(w5), TEXT(w6));
+
+const char *unsound_part_of(const mdm_wifi_network_t &network)
+{
+    switch (detail_of(network.detail_kind)) {
+    case Detail::text:
+    case Detail::mixed:
+    case Detail::texts:
+        return network.detail == nullptr ? "wifi.network.detail" : nullptr;
+    case Detail::number:  // arrives as 0
+    case Detail::none:
+        break;
+    }
+    return nullptr;
+}
+
+const char *unsound_part(const mdm_wifi_info_t &info)
+{
+    const Shape shape = shape_of(info.type);
+    if (info.data_size < 1 || shape == Shape::ssids) {
+        return nullptr;
+    }
+    if (info.data == nullptr) {
+        return "wifi.data";
+    }
+    return shape == Shape::network ? unsound_part_of(payload<mdm_wifi_network_t>(info)) : nullptr;
+}
 
 uint32_t size_of_detail(const mdm_wifi_network_t &network)
 {
@@ -245,7 +272,7 @@ static bool _set_wifi(Out &out, const mdm_wifi_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(out && info != nullptr, false);
 
-    out.body_head(*info);
+    out.body_head(*info, head_fields);
     if (info->data_size < 1) {
         return MDM_EXIT(true);
     }
@@ -271,10 +298,10 @@ static bool _set_wifi(Out &out, const mdm_wifi_info_t *info)
         break;
     case Shape::ssids:
         MDM_INFO("length : %d", length_of(info->data));
-        out.strings_or_gaps(info->data, info->data_size);
+        out.strings_or_gaps(info->data, info->data_size, "wifi.ssids");
         break;
     case Shape::raw:
-        out.bytes(info->data, info->data_size);
+        out.bytes(info->data, info->data_size, "wifi.data");
         break;
     }
     return MDM_EXIT(true);
@@ -286,7 +313,7 @@ static bool _get_wifi(In &in, mdm_wifi_info_t *info)
     MDM_ENTER();
     MDM_ASSERT(in && info != nullptr, false);
 
-    in.body_head(*info);
+    in.body_head(*info, head_fields);
     if (info->data_size < 1) {
         info->data = nullptr;
         return MDM_EXIT(true);
@@ -308,11 +335,11 @@ static bool _get_wifi(In &in, mdm_wifi_info_t *info)
         info->data = read_network(in);
         break;
     case Shape::ssids: {
-        const int32_t count = in.count();
+        const int32_t count = in.count("wifi.ssids", word_size);
         MDM_INFO("length : %d", count);
         auto ssids = in.new_list();
-        for (int32_t i = 0; i < count; ++i) {
-            char *ssid = in.str();
+        for (int32_t i = 0; in && i < count; ++i) {
+            char *ssid = in.str("wifi.ssids");
             MDM_INFO("ssid : %s", ssid);
             ssids.append(ssid);
         }
@@ -320,13 +347,13 @@ static bool _get_wifi(In &in, mdm_wifi_info_t *info)
         break;
     }
     case Shape::raw:
-        info->data = in.bytes(info->data_size);
+        info->data = in.bytes(info->data_size, "wifi.data");
         break;
     }
     return MDM_EXIT(true);
 }
 
-MDM_TRUSTING_HANDLERS(wifi)
+MDM_HANDLERS(wifi)
 
 void _free_wifi(mdm_body_t *body)
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The wire format's building blocks, bottom up: words, strings, the body head, field lists, lists,
-// the trusting cursors.
+// what every cursor can do, the trusting cursors.
 //
 //   u8, u32, i32   little-endian, at any alignment
 //   str            u32 byte count, then the bytes; no terminator; null and empty are count 0
@@ -65,14 +65,19 @@ inline uint8_t *write_str(uint8_t *position, const char *text)
     return position + length;
 }
 
-// What g_strndup() returns, one call cheaper: a new block of count + 1 bytes, whose text ends at
-// the first zero byte and whose rest is zero.
-inline char *new_text(const uint8_t *bytes, size_t count)
+// Fills a block of count + 1 bytes as g_strndup() does: the text ends at the first zero byte, and
+// the rest is zero.
+inline char *copy_text(char *text, const uint8_t *bytes, size_t count)
 {
-    auto *text = static_cast<char *>(g_malloc(count + 1));
     std::strncpy(text, reinterpret_cast<const char *>(bytes), count);
     text[count] = '\0';
     return text;
+}
+
+// What g_strndup() returns, one call cheaper.
+inline char *new_text(const uint8_t *bytes, size_t count)
+{
+    return copy_text(static_cast<char *>(g_malloc(count + 1)), bytes, count);
 }
 
 // The previous value of *text is overwritten, not freed.
@@ -112,14 +117,16 @@ const uint8_t *read_body_head(const uint8_t *position, Body *body)
     return position + body_head_size;
 }
 
-// Field lists: the members of a record that travel, in wire order, each with its name. Sizing,
-// writing, reading and releasing a record run over such lists, so they cannot drift apart.
+// Field lists: the members of a record that travel, in wire order, each with its path, which names
+// it among all fields of all messages. Sizing, writing, reading and releasing a record run over
+// such lists, so they cannot drift apart.
 
 template <class Record, class Member>
 struct Field {
     using Owner = Record;
+    using Value = Member;
 
-    const char *name;
+    const char *path;
     Member Record::*member;
 
     constexpr Member &of(Record &record) const { return record.*member; }
@@ -133,8 +140,9 @@ Field(const char *, Member Record::*) -> Field<Record, Member>;
 template <class Record, class Union, class Arm>
 struct UnionField {
     using Owner = Record;
+    using Value = Arm;
 
-    const char *name;
+    const char *path;
     Union Record::*member;
     Arm Union::*arm;
 
@@ -156,11 +164,13 @@ constexpr FieldList<typename First::Owner, First, Rest...> fields(First first, R
     return {std::tuple(first, rest...)};
 }
 
-// MDM_FIELDS(record, a, b) is fields(Field{"a", &record::a}, Field{"b", &record::b}).
-#define MDM_FIELDS(record, ...) ::mdm::fields(MDM_EXPAND(MDM_FIELD_STEP(record, __VA_ARGS__)))
-#define MDM_FIELD_STEP(record, first, ...) \
-    ::mdm::Field{#first,                   \
-                 &record::first} __VA_OPT__(, MDM_FIELD_NEXT MDM_PARENS(record, __VA_ARGS__))
+// MDM_FIELDS(record, "place", a, b) is
+// fields(Field{"place.a", &record::a}, Field{"place.b", &record::b}).
+#define MDM_FIELDS(record, place, ...) \
+    ::mdm::fields(MDM_EXPAND(MDM_FIELD_STEP(record, place, __VA_ARGS__)))
+#define MDM_FIELD_STEP(record, place, first, ...)              \
+    ::mdm::Field{place "." #first, &record::first} __VA_OPT__( \
+        , MDM_FIELD_NEXT MDM_PARENS(record, place, __VA_ARGS__))
 #define MDM_FIELD_NEXT() MDM_FIELD_STEP
 #define MDM_PARENS ()
 // Each level rescans four times as often: enough for 64 fields and more.
@@ -175,20 +185,38 @@ constexpr void for_each_field(const FieldList<Record, Fields...> &list, Visit vi
     std::apply([&visit](const auto &...field) { (visit(field), ...); }, list.fields);
 }
 
+// The fields of a body head.
+#define MDM_BODY_HEAD_FIELDS(category) \
+    MDM_FIELDS(mdm_##category##_info_t, #category, type, param, data_size)
+
+// The size of a number, and of a string without its bytes.
+template <class Value>
+constexpr uint32_t smallest_size_of()
+{
+    if constexpr (std::is_same_v<Value, char *>) {
+        return word_size;
+    } else {
+        static_assert(std::is_same_v<Value, uint8_t> || std::is_same_v<Value, uint32_t> ||
+                          std::is_same_v<Value, int32_t>,
+                      "no wire type for this member");
+        return sizeof(Value);
+    }
+}
+
+// The size of a record whose strings are all empty.
+template <class Record, class... Fields>
+constexpr uint32_t smallest_size(const FieldList<Record, Fields...> & /*list*/)
+{
+    return (smallest_size_of<typename Fields::Value>() + ...);
+}
+
 template <class Record, class... Fields>
 uint32_t size_of_fields(const Record &record, const FieldList<Record, Fields...> &list)
 {
-    uint32_t size = 0;
+    uint32_t size = smallest_size(list);
     for_each_field(list, [&](const auto &field) {
-        const auto &value = field.of(record);
-        if constexpr (std::is_convertible_v<decltype(value), const char *>) {
-            size += size_of_str(value);
-        } else {
-            using Value = std::remove_cvref_t<decltype(value)>;
-            static_assert(std::is_same_v<Value, uint8_t> || std::is_same_v<Value, uint32_t> ||
-                              std::is_same_v<Value, int32_t>,
-                          "no wire type for this member");
-            size += static_cast<uint32_t>(sizeof value);
+        if constexpr (std::is_convertible_v<decltype(field.of(record)), const char *>) {
+            size += text_length(field.of(record));
         }
     });
     return size;
@@ -204,13 +232,13 @@ uint32_t size_of_fields(const void *record, const FieldList<Record, Fields...> &
 template <class Out, class Record, class... Fields>
 void write_fields(Out &out, const Record &record, const FieldList<Record, Fields...> &list)
 {
-    for_each_field(list, [&](const auto &field) { out.value(field.of(record)); });
+    for_each_field(list, [&](const auto &field) { out.value(field.of(record), field.path); });
 }
 
 template <class In, class Record, class... Fields>
 void read_fields(In &in, Record &record, const FieldList<Record, Fields...> &list)
 {
-    for_each_field(list, [&](const auto &field) { in.value(field.of(record)); });
+    for_each_field(list, [&](const auto &field) { in.value(field.of(record), field.path); });
 }
 
 // What a size handler returns for a payload that it cannot size. The envelope takes it for a size
@@ -225,6 +253,13 @@ template <class Body>
 bool has_payload(const Body &body)
 {
     return body.data != nullptr && body.data_size != 0;
+}
+
+// Whether such a category's body announces a payload that is not there.
+template <class Body>
+bool lacks_payload(const Body &body)
+{
+    return body.data == nullptr && body.data_size != 0;
 }
 
 // The record that a body's `data` points to.
@@ -368,113 +403,188 @@ inline void release_elements(void *list)
     g_list_free_full(g_list_first(static_cast<GList *>(list)), g_free);
 }
 
-// The trusting cursors: they believe their pointers and the counts that they read.
+// What every cursor can do with the few steps that it has of its own. A cursor that checks is false
+// once a step has failed, and from then on writes nothing, or reads zeros and empty lists. Each step
+// takes the path of the field that it is at, for whoever wants to know.
 
-class Writer {
+template <class Cursor>
+class WritingSteps {
 public:
-    explicit Writer(uint8_t *position) : position_(position) {}
-
-    explicit operator bool() const { return position_ != nullptr; }
-    uint8_t *position() const { return position_; }
-
-    void u8(uint8_t value) { *position_++ = value; }
-    void u32(uint32_t value) { position_ = store_u32(position_, value); }
-    void i32(int32_t value) { u32(static_cast<uint32_t>(value)); }
-    void str(const char *text) { position_ = write_str(position_, text); }
-
-    void bytes(const void *data, int32_t count)
-    {
-        std::memcpy(position_, data, static_cast<size_t>(count));
-        position_ += count;
-    }
-
-    // Leaves bytes as they are: zero, in the envelope's buffer.
-    void skip(int32_t count) { position_ += count; }
-
-    template <class Body>
-    void body_head(const Body &body)
-    {
-        position_ = write_body_head(position_, &body);
-    }
+    void i32(int32_t value, const char *path) { self().u32(static_cast<uint32_t>(value), path); }
 
     template <class Record, class... Fields>
     void fields(const Record &record, const FieldList<Record, Fields...> &list)
     {
-        write_fields(*this, record, list);
+        write_fields(self(), record, list);
     }
 
     // The record that a body's `data` points to.
     template <class Record, class... Fields>
     void record(const void *record, const FieldList<Record, Fields...> &list)
     {
-        write_fields(*this, *static_cast<const Record *>(record), list);
+        self().fields(*static_cast<const Record *>(record), list);
     }
 
     // The list's count, then its records; a null one is counted, but not written.
     template <class Record, class... Fields>
-    void records(void *records, const FieldList<Record, Fields...> &list)
+    void records(void *records, const char *path, const FieldList<Record, Fields...> &list)
     {
-        u32(length_of(records));
+        self().count(records, path);
         for (const Record *record : elements<Record>(records)) {
             if (record != nullptr) {
-                write_fields(*this, *record, list);
+                self().fields(*record, list);
             }
         }
     }
 
     // The list's strings, without a count, up to the first null one.
-    void strings_before_null(void *strings)
+    void strings_before_null(void *strings, const char *path)
     {
         for (const char *text : elements_before_null<char>(strings)) {
-            str(text);
+            self().str(text, path);
         }
     }
 
     // The list's count, then its strings; in a null one's place `gap` bytes are skipped.
-    void strings_or_gaps(void *strings, int32_t gap)
+    void strings_or_gaps(void *strings, int32_t gap, const char *path)
     {
-        u32(length_of(strings));
+        self().count(strings, path);
         for (const char *text : elements<char>(strings)) {
             if (text != nullptr) {
-                str(text);
+                self().str(text, path);
             } else {
-                skip(gap);
+                self().skip(gap, path);
             }
         }
     }
 
-    void value(uint8_t number) { u8(number); }
-    void value(uint32_t number) { u32(number); }
-    void value(int32_t number) { i32(number); }
-    void value(const char *text) { str(text); }
+    void value(uint8_t number, const char *path) { self().u8(number, path); }
+    void value(uint32_t number, const char *path) { self().u32(number, path); }
+    void value(int32_t number, const char *path) { i32(number, path); }
+    void value(const char *text, const char *path) { self().str(text, path); }
+
+private:
+    Cursor &self() { return static_cast<Cursor &>(*this); }
+};
+
+template <class Cursor>
+class ReadingSteps {
+public:
+    int32_t i32(const char *path) { return static_cast<int32_t>(self().u32(path)); }
+
+    template <class Record, class... Fields>
+    void fields(Record &record, const FieldList<Record, Fields...> &list)
+    {
+        read_fields(self(), record, list);
+    }
+
+    // A new record with the listed fields read and every other byte zero.
+    template <class Record, class... Fields>
+    Record *record(const FieldList<Record, Fields...> &list)
+    {
+        auto *record = self().template make<Record>();
+        self().fields(*record, list);
+        return record;
+    }
+
+    // A new list of records, from its count on; null for a count below 1.
+    template <class Record, class... Fields>
+    GList *records(const char *path, const FieldList<Record, Fields...> &list)
+    {
+        const int32_t count = self().count(path, smallest_size(list));
+        auto records = self().new_list();
+        for (int32_t i = 0; self() && i < count; ++i) {
+            records.append(record(list));
+        }
+        return records.head();
+    }
+
+    // A new list of strings, an empty one a null element; null for a count below 1.
+    GList *strings(int64_t count, const char *path)
+    {
+        auto strings = self().new_list();
+        for (int64_t i = 0; self() && i < count; ++i) {
+            strings.append(self().str(path));
+        }
+        return strings.head();
+    }
+
+    void value(uint8_t &number, const char *path) { number = self().u8(path); }
+    void value(uint32_t &number, const char *path) { number = self().u32(path); }
+    void value(int32_t &number, const char *path) { number = i32(path); }
+    void value(char *&text, const char *path) { text = self().str(path); }
+
+private:
+    Cursor &self() { return static_cast<Cursor &>(*this); }
+};
+
+// The trusting cursors: they believe their pointers and the counts that they read, and take memory
+// from the heap.
+
+class Writer : public WritingSteps<Writer> {
+public:
+    explicit Writer(uint8_t *position) : position_(position) {}
+
+    explicit operator bool() const { return position_ != nullptr; }
+    uint8_t *position() const { return position_; }
+
+    void u8(uint8_t value, const char * /*path*/) { *position_++ = value; }
+    void u32(uint32_t value, const char * /*path*/) { position_ = store_u32(position_, value); }
+    void str(const char *text, const char * /*path*/) { position_ = write_str(position_, text); }
+
+    void bytes(const void *data, int32_t count, const char * /*path*/)
+    {
+        std::memcpy(position_, data, static_cast<size_t>(count));
+        position_ += count;
+    }
+
+    // Leaves bytes as they are: zero, in the envelope's buffer.
+    void skip(int32_t count, const char * /*path*/) { position_ += count; }
+
+    // The count of a list, null elements included.
+    uint32_t count(void *list, const char *path)
+    {
+        const uint32_t count = length_of(list);
+        u32(count, path);
+        return count;
+    }
+
+    // An element that was counted is not written.
+    void omit(const char * /*path*/) {}
+
+    template <class Body, class... Fields>
+    void body_head(const Body &body, const FieldList<Body, Fields...> & /*list*/)
+    {
+        position_ = write_body_head(position_, &body);
+    }
 
 private:
     uint8_t *position_;
 };
 
-class Reader {
+class Reader : public ReadingSteps<Reader> {
 public:
     explicit Reader(const uint8_t *position) : position_(position) {}
 
     explicit operator bool() const { return position_ != nullptr; }
     const uint8_t *position() const { return position_; }
 
-    uint8_t u8() { return *position_++; }
+    uint8_t u8(const char * /*path*/) { return *position_++; }
 
-    uint32_t u32()
+    uint32_t u32(const char * /*path*/)
     {
         const uint32_t value = load_u32(position_);
         position_ += word_size;
         return value;
     }
 
-    int32_t i32() { return static_cast<int32_t>(u32()); }
-
-    // How many elements follow; below 1 none do.
-    int32_t count() { return i32(); }
+    // How many elements follow, each of `smallest` bytes or more; below 1 none do.
+    int32_t count(const char *path, uint32_t /*smallest*/) { return i32(path); }
+    // The same for a list that may be longer than a signed number tells.
+    uint32_t unsigned_count(const char *path, uint32_t /*smallest*/) { return u32(path); }
 
     // A new string, or null for an empty one.
-    char *str()
+    char *str(const char * /*path*/)
     {
         char *text = nullptr;
         position_ = read_str(position_, &text);
@@ -482,22 +592,22 @@ public:
     }
 
     // A new string of the next `count` bytes and a terminator; a zero byte ends its text early.
-    char *bytes(int32_t count)
+    char *bytes(int32_t count, const char * /*path*/)
     {
         char *text = new_text(position_, static_cast<size_t>(count));
         position_ += count;
         return text;
     }
 
-    template <class Body>
-    void body_head(Body &body)
+    template <class Body, class... Fields>
+    void body_head(Body &body, const FieldList<Body, Fields...> & /*list*/)
     {
         position_ = read_body_head(position_, &body);
     }
 
     // A second copy of a string that str() returned.
     // NOLINTNEXTLINE(readability-convert-member-functions-to-static): memory is the cursor's
-    char *copy(const char *text) { return g_strdup(text); }
+    char *copy(char *text) { return g_strdup(text); }
 
     // A new zero-filled record.
     template <class Record>
@@ -513,27 +623,12 @@ public:
         return static_cast<Record *>(g_try_malloc0(sizeof(Record)));
     }
 
-    // A new zero-filled array; of null for a count below 1.
-    template <class Element>
-    std::span<Element> make_array(int32_t count)
+    // A new zero-filled array for as many strings as follow; of null for a count below 1.
+    // NOLINTNEXTLINE(readability-convert-member-functions-to-static): memory is the cursor's
+    std::span<char *> make_array(int32_t count, const char * /*path*/)
     {
         const auto size = static_cast<size_t>(std::max(count, 0));
-        return {g_new0(Element, size), size};
-    }
-
-    template <class Record, class... Fields>
-    void fields(Record &record, const FieldList<Record, Fields...> &list)
-    {
-        read_fields(*this, record, list);
-    }
-
-    // A new record with the listed fields read and every other byte zero.
-    template <class Record, class... Fields>
-    Record *record(const FieldList<Record, Fields...> &list)
-    {
-        auto *record = make<Record>();
-        read_fields(*this, *record, list);
-        return record;
+        return {g_new0(char *, size), size};
     }
 
     // A new list, null until something is appended. It keeps its tail, so n elements cost n steps.
@@ -547,32 +642,6 @@ public:
     };
     // NOLINTNEXTLINE(readability-convert-member-functions-to-static): memory is the cursor's
     List new_list() { return {}; }
-
-    // A new list of records; null for a count below 1.
-    template <class Record, class... Fields>
-    GList *records(int32_t count, const FieldList<Record, Fields...> &list)
-    {
-        List records = new_list();
-        for (int32_t i = 0; i < count; ++i) {
-            records.append(record(list));
-        }
-        return records.head();
-    }
-
-    // A new list of strings, an empty one a null element; null for a count below 1.
-    GList *strings(int64_t count)
-    {
-        List strings = new_list();
-        for (int64_t i = 0; i < count; ++i) {
-            strings.append(str());
-        }
-        return strings.head();
-    }
-
-    void value(uint8_t &number) { number = u8(); }
-    void value(uint32_t &number) { number = u32(); }
-    void value(int32_t &number) { number = i32(); }
-    void value(char *&text) { text = str(); }
 
 private:
     const uint8_t *position_;

@@ -8,6 +8,7 @@
 #include <string.h>
 
 #include <mdm/crypto.h>
+#include <mdm/guarded.h>
 #include <mdm/ipc.h>
 #include <mdm/log.h>
 #include <mdm/noti.h>
@@ -65,6 +66,30 @@ static void check_codec(void)
     CHECK(strcmp(received.body.res.data, "ok") == 0);
     CHECK(ipc_free(&received) == MDM_RESULT_SUCCESS);
     CHECK(ipc_free(NULL) == MDM_RESULT_INVALID_ARGUMENT);
+}
+
+static void check_guarded_codec(void)
+{
+    char payload[] = "ok";
+    mdm_msg_t sent = {.type = 33, .body.res = {.type = 100, .data_size = 2, .data = payload}};
+    uint32_t length = 0;
+    ipc_fault_t fault = {0};
+    uint8_t *buffer = ipc_seal(&sent, &length, &fault);
+    CHECK(buffer != NULL);
+    CHECK(length == 54);
+
+    mdm_msg_t *opened = ipc_open(buffer, length, &fault);
+    CHECK(opened != NULL);
+    CHECK(strcmp(opened->body.res.data, "ok") == 0);
+    ipc_close(opened);
+    ipc_close(NULL);
+
+    CHECK(ipc_open(buffer, 3, &fault) == NULL);
+    CHECK(fault.offset == 0);
+    CHECK(fault.needed == 4);
+    CHECK(fault.left == 3);
+    CHECK(strcmp(fault.path, "header.length") == 0);
+    g_free(buffer);
 }
 
 static void check_aes_helper(void)
@@ -134,6 +159,7 @@ int main(void)
     check_logger();
     mdm_log_set_enabled(0);
     check_codec();
+    check_guarded_codec();
     check_aes_helper();
     check_utilities();
     check_limit_texts();

@@ -10,6 +10,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "mdm/guarded.h"
 #include "mdm/message.h"
 
 #define SAME(left, right) static_assert((left) == (right), #left " == " #right)
@@ -38,6 +39,7 @@
     SAME(sizeof(record), ALIGNED(END_OF(record, field), sizeof(widest)))
 
 typedef char *text_t;
+typedef const char *const_text_t;
 typedef void *pointer_t;
 typedef GList *list_t;
 typedef mdm_wifi_detail_t *wifi_detail_pointer_t;
@@ -390,5 +392,11 @@ MEMBER(log_manager);
 MEMBER(platform);
 MEMBER(app_cb);
 MEMBER(misc_cb);
+
+FIRST(ipc_fault_t, offset, uint32_t);
+NEXT(ipc_fault_t, offset, needed, uint32_t);
+NEXT(ipc_fault_t, needed, left, uint32_t);
+NEXT(ipc_fault_t, left, path, const_text_t);
+LAST(ipc_fault_t, path, const_text_t);
 
 #endif

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "mdm/ipc.h"
-#include "mdm_ipc_handlers.hpp"
+#include "mdm_ipc_envelope.hpp"
 #include "support/allocation_trace.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"

@@ -179,7 +179,7 @@ struct Sample {
     int32_t amount;
     char *first;
 };
-constexpr auto sample_fields = MDM_FIELDS(Sample, first, number, byte, amount, last);
+constexpr auto sample_fields = MDM_FIELDS(Sample, "sample", first, number, byte, amount, last);
 
 Sample sample(char *first, char *last)
 {
@@ -238,19 +238,25 @@ TEST(WireFields, StringsAreReleasedInListOrderAndSetToNull)
     EXPECT_EQ(record.number, 5U);
 }
 
-TEST(WireFields, CarryTheirNames)
+TEST(WireFields, CarryTheirPaths)
 {
-    std::vector<std::string> names;
-    for_each_field(sample_fields, [&](const auto &field) { names.emplace_back(field.name); });
-    EXPECT_THAT(names, ElementsAre("first", "number", "byte", "amount", "last"));
+    std::vector<std::string> paths;
+    for_each_field(sample_fields, [&](const auto &field) { paths.emplace_back(field.path); });
+    EXPECT_THAT(paths, ElementsAre("sample.first", "sample.number", "sample.byte", "sample.amount",
+                                   "sample.last"));
+}
+
+TEST(WireFields, TellTheSmallestSizeOfARecord)
+{
+    static_assert(smallest_size(sample_fields) == 4 + 4 + 1 + 4 + 4);
 }
 
 TEST(WireFields, AListMayBeAsLongAsTheLongestRecord)
 {
     constexpr auto account_fields =
-        MDM_FIELDS(mdm_security_account_t, num0, num1, num2, num3, str4, str5, str6, str7, str8,
-                   str9, str10, str11, str12, str13, str14, str15, str16, str17, str18, str19,
-                   str20, str21, str22, str23, str24, str25);
+        MDM_FIELDS(mdm_security_account_t, "account", num0, num1, num2, num3, str4, str5, str6,
+                   str7, str8, str9, str10, str11, str12, str13, str14, str15, str16, str17, str18,
+                   str19, str20, str21, str22, str23, str24, str25);
     EXPECT_EQ(size_of_fields(mdm_security_account_t{}, account_fields), 4U * 26);
 }
 
@@ -259,7 +265,7 @@ TEST(WireReader, RawBytesComeBackAsAString)
     const Bytes bytes = hex("61 62 00 63 64");
     Reader in(bytes.data());
     AllocationTrace trace;
-    char *text = in.bytes(5);
+    char *text = in.bytes(5, "");
     trace.stop();
     EXPECT_EQ(in.position(), bytes.data() + 5);
     EXPECT_THAT(trace.allocated(), ElementsAre(Block{text, 6}));
@@ -280,7 +286,7 @@ TEST(WireReader, StringsKeepWireOrderAndNullElements)
 {
     const Bytes bytes = hex("01 00 00 00 61 00 00 00 00 01 00 00 00 62");
     Reader in(bytes.data());
-    GList *list = in.strings(3);
+    GList *list = in.strings(3, "");
     EXPECT_EQ(in.position(), bytes.data() + bytes.size());
     ASSERT_EQ(g_list_length(list), 3U);
     EXPECT_STREQ(static_cast<char *>(list->data), "a");
@@ -293,9 +299,10 @@ TEST(WireReader, StringsKeepWireOrderAndNullElements)
 
 TEST(WireReader, RecordsComeBackInWireOrder)
 {
-    const Bytes bytes = sample_bytes + hex("00 00 00 00 06 00 00 00 00 00 00 00 00 00 00 00 00");
+    const Bytes bytes = hex("02 00 00 00") + sample_bytes +
+                        hex("00 00 00 00 06 00 00 00 00 00 00 00 00 00 00 00 00");
     Reader in(bytes.data());
-    GList *list = in.records(2, sample_fields);
+    GList *list = in.records("", sample_fields);
     EXPECT_EQ(in.position(), bytes.data() + bytes.size());
     ASSERT_EQ(g_list_length(list), 2U);
     EXPECT_STREQ(static_cast<Sample *>(list->data)->first, "hi");
@@ -305,14 +312,15 @@ TEST(WireReader, RecordsComeBackInWireOrder)
 
 TEST(WireReader, ListsAndArraysOfCountBelow1AreNull)
 {
-    const Bytes bytes = hex("01 00 00 00 61");
     for (const int32_t count : {0, -1, INT32_MIN}) {
+        const Bytes bytes = word(static_cast<uint32_t>(count)) + hex("01 00 00 00 61");
         Reader in(bytes.data());
-        EXPECT_EQ(in.strings(count), nullptr);
-        EXPECT_EQ(in.records(count, sample_fields), nullptr);
-        EXPECT_TRUE(in.make_array<char *>(count).empty());
-        EXPECT_EQ(in.make_array<char *>(count).data(), nullptr);
+        EXPECT_EQ(in.strings(count, ""), nullptr);
+        EXPECT_TRUE(in.make_array(count, "").empty());
+        EXPECT_EQ(in.make_array(count, "").data(), nullptr);
         EXPECT_EQ(in.position(), bytes.data());
+        EXPECT_EQ(in.records("", sample_fields), nullptr);
+        EXPECT_EQ(in.position(), bytes.data() + 4);
     }
 }
 
@@ -320,7 +328,7 @@ TEST(WireReader, ArraysStartZeroed)
 {
     Reader in(nullptr);
     AllocationTrace trace;
-    const auto array = in.make_array<char *>(3);
+    const auto array = in.make_array(3, "");
     trace.stop();
     EXPECT_THAT(trace.allocated(), ElementsAre(Block{array.data(), 3 * sizeof(char *)}));
     EXPECT_THAT(array, ElementsAre(nullptr, nullptr, nullptr));
@@ -362,7 +370,7 @@ TEST_F(WireLists, MayEndAtTheFirstNullElement)
     EXPECT_EQ(size_of_strings_before_null(list_), 5U);
     Bytes buffer(5);
     Writer out(buffer.data());
-    out.strings_before_null(list_);
+    out.strings_before_null(list_, "");
     EXPECT_EQ(buffer, hex("01 00 00 00 61"));
     EXPECT_EQ(out.position(), buffer.data() + 5);
 }
@@ -371,7 +379,7 @@ TEST_F(WireLists, MayLeaveAGapForANullElement)
 {
     Bytes buffer(16, 0xEE);
     Writer out(buffer.data());
-    out.strings_or_gaps(list_, 2);
+    out.strings_or_gaps(list_, 2, "");
     EXPECT_EQ(buffer, hex("03 00 00 00 01 00 00 00 61 EE EE 01 00 00 00 62"));
     EXPECT_EQ(out.position(), buffer.data() + 16);
 }
@@ -383,7 +391,7 @@ TEST(WireListsOfRecords, SkipNullElementsButCountThem)
     GList *list = g_list_append(g_list_append(nullptr, nullptr), &record);
     Bytes buffer(4 + sample_bytes.size());
     Writer out(buffer.data());
-    out.records(list, sample_fields);
+    out.records(list, "", sample_fields);
     EXPECT_EQ(buffer, hex("02 00 00 00") + sample_bytes);
     EXPECT_EQ(size_of_records(list, sample_fields), std::nullopt);
     EXPECT_EQ(size_of_records(list->next, sample_fields), std::nullopt);

@@ -1,0 +1,137 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file
+ * The guarded path: messages from bytes that nobody vouched for, and bytes that every receiver can
+ * open.
+ *
+ * The functions of mdm/ipc.h believe what they are given. These do not: ipc_open() is safe whatever
+ * the bytes are, and ipc_seal() sends nothing that ipc_open() would refuse. The format is the same:
+ * either side may use either path.
+ *
+ * Opened and deserialised messages are two kinds, told apart by the type of the variable:
+ *
+ * - `mdm_msg_t *msg`, a pointer that ipc_open() returned, is closed with ipc_close();
+ * - `mdm_msg_t msg`, a record of the caller's own that ipc_deserialize() filled, is released with
+ *   ipc_free().
+ *
+ * An opened message never goes to ipc_free(), and nothing in it is freed, reallocated or taken over
+ * on its own: all of it is one region of memory. Otherwise it reads like the message that
+ * ipc_deserialize() makes of the same bytes in a zeroed record, except that
+ *
+ * - every field that did not travel is zero;
+ * - no string, list or record outlives the message: what is to be kept is copied;
+ * - no string is copied twice: the second copy of a security string (`type` 68, 69) is the first;
+ * - nothing of it leaks: ipc_close() also takes back what ipc_free() leaves to the owner;
+ * - phone_res 439 and 440 hold the raw bytes that travelled, and are closed like any other;
+ * - the guarded path refuses, where ipc_deserialize() would read beyond the buffer or take a
+ *   negative number for a length.
+ *
+ * A count of list elements below 1 announces an empty list on both paths.
+ *
+ * The functions keep no state: any number of threads may work on different messages at once. They
+ * end the process, as GLib does, when there is no memory. An opened message takes at most 10 times
+ * the bytes' length and 4 KiB, 6 times where pointers have 32 bits; no count or length in the bytes
+ * allocates anything before it is known that the bytes that are left can be as many.
+ */
+#ifndef MDM_GUARDED_H
+#define MDM_GUARDED_H
+
+#include <glib.h>
+#include <stdint.h>
+
+#include "mdm/api.h"
+#include "mdm/ipc.h"
+#include "mdm/message.h"
+
+MDM_BEGIN_DECLS
+
+/**
+ * Why bytes were not opened, or a message not sealed.
+ *
+ * A number above 4294967295 reads as 4294967295, and so does what a negative length would need.
+ */
+typedef struct ipc_fault {
+    uint32_t offset;  /**< Where in the bytes: of a text, of raw bytes and of the elements of a list
+                          where they begin, behind their count. */
+    uint32_t needed;  /**< How many bytes were needed from there on; 0 for a part of a sender's
+                          message that is missing. */
+    uint32_t left;    /**< How many bytes were left. */
+    const char *path; /**< Which field, for example "wifi.network.detail.w3" or "header.hdr_text". A
+                           static string. */
+} ipc_fault_t;
+
+/**
+ * Opens received bytes: returns the message that ipc_deserialize() would make of them in a zeroed
+ * record.
+ *
+ * Refused are bytes of which any check of the envelope fails, of which any read would leave the
+ * buffer, of which a count or length cannot be true of the bytes that are left, or of which a size
+ * is negative that the category uses as a length. One critical line in the log then says what the
+ * fault says.
+ *
+ * @param buffer  the received bytes, at any address; not changed and not kept. Nothing behind them
+ *                is read.
+ * @param length  their exact number; any will do.
+ * @param fault   receives the reason on refusal and is untouched otherwise. May be null.
+ *
+ * @return A message that the caller gives back with ipc_close(); null on refusal. A message type
+ *         without a category has the header only.
+ */
+MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault);
+
+/**
+ * Gives back an opened message, with every string, record and list of it.
+ *
+ * @param msg  a message that ipc_open() returned, or null.
+ */
+MDM_API void ipc_close(mdm_msg_t *msg);
+
+/**
+ * Turns a message into the bytes that ipc_serialize() would return, if they are sound.
+ *
+ * Refused is a message that ipc_serialize() would write beyond the size that it has counted, of
+ * which it would count other elements of a list than it writes (a null one, or one in front of the
+ * cell that the list is handed over by), whose body it could not write, or that ipc_open() would
+ * refuse. What is sealed can be opened. phone_res 439 and 440 with a payload are refused, too: it is
+ * sized by following the pointers in it, but what travelled is raw bytes. One critical line in the
+ * log says what the fault says.
+ *
+ * What a body points at must be what its discriminator says, and as long as its `data_size` says:
+ * that is the caller's word, and cannot be checked.
+ *
+ * @param msg         the message. Some categories store the computed `data_size` in the body, as
+ *                    ipc_serialize() does; on refusal the message is as it was.
+ * @param out_length  receives the number of bytes; untouched on refusal. Must not be null.
+ * @param fault       receives the reason on refusal and is untouched otherwise. May be null.
+ *
+ * @return A new buffer of `*out_length` bytes, which the caller releases with g_free(); null on
+ *         refusal.
+ */
+MDM_API uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault);
+
+MDM_END_DECLS
+
+/* What MDM_AUTO_CLOSE calls. */
+static inline void mdm_auto_close(mdm_msg_t **msg)
+{
+    ipc_close(*msg);
+}
+
+/**
+ * Closes an opened message where its variable goes out of scope:
+ *
+ *     MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes, length, NULL);
+ *
+ * There is deliberately no `g_autoptr(mdm_msg_t)`: it could not say which of the two kinds it
+ * releases.
+ */
+#define MDM_AUTO_CLOSE __attribute__((cleanup(mdm_auto_close)))
+
+/*
+ * Releases a record of the caller's own where it goes out of scope, with ipc_free():
+ *
+ *     g_auto(mdm_msg_t) msg = {0};
+ */
+G_DEFINE_AUTO_CLEANUP_CLEAR_FUNC(mdm_msg_t, ipc_free)
+
+#endif

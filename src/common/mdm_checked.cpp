@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "mdm_checked.hpp"
+
+namespace mdm {
+namespace {
+
+// What a byte of a message needs at most, texts aside: four of them may be a number in a list, with
+// a record and a cell of its own.
+constexpr size_t growth = (sizeof(GList) + sizeof(void *)) / word_size;
+
+}  // namespace
+
+void *Region::take_zeroed(size_t size, size_t left)
+{
+    return std::memset(take(size, left), 0, size);
+}
+
+// Twice the newest block, but no more than what is left may need.
+void Region::grow(size_t size, size_t left)
+{
+    const uint64_t needed = size + uint64_t{left} * growth;
+    capacity_ =
+        allocation_size(std::min(std::max<uint64_t>(size, uint64_t{capacity_} * 2), needed));
+    auto *block = static_cast<Block *>(g_malloc(capacity_));
+    Block *first = first_block(msg_);
+    block->next = first->next;
+    first->next = block;
+    begin_ = reinterpret_cast<std::byte *>(block + 1);
+    end_ = reinterpret_cast<std::byte *>(block) + capacity_;
+}
+
+void Region::release(mdm_msg_t *msg)
+{
+    Block *block = first_block(msg);
+    while (block != nullptr) {
+        Block *next = block->next;
+        g_free(block);
+        block = next;
+    }
+}
+
+}  // namespace mdm

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The message envelope: what the trusting and the guarded path share of it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "mdm_ipc_handlers.hpp"
+
+namespace mdm {
+
+inline bool is_message_type(uint8_t type)
+{
+    return type != 0 && type <= last_message_type;
+}
+
+// The wire header, by offset from the first byte of a message. Bytes 6 and 7 are reserved:
+// written as zero, ignored on reading. From offset 8 on it is the words and the text that
+// head_fields lists; the last five words travel in the order 3, 6, 7, 4, 5.
+namespace ipc_head {
+inline constexpr uint32_t length = 0;
+inline constexpr uint32_t type = 4;
+inline constexpr uint32_t hdr_byte = 5;
+inline constexpr uint32_t fields = 8;
+}  // namespace ipc_head
+
+inline constexpr auto head_fields =
+    MDM_FIELDS(mdm_msg_t, "header", hdr_word1, hdr_word2, hdr_text, hdr_word3, hdr_word6, hdr_word7,
+               hdr_word4, hdr_word5);
+
+// The length field counts the message from offset 8 on: at least the header without its text.
+inline constexpr uint32_t uncounted_size = 8;
+inline constexpr uint32_t smallest_length_field = smallest_size(head_fields);
+static_assert(smallest_length_field == 32);
+
+// The size of the whole message, as its size handler counts the body. That may be a negative number
+// of bytes; the sum wraps and is judged as a signed total.
+int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg);
+
+// A new buffer for a message of `total` bytes, with its length field, type byte, header byte and
+// guard bytes set; null for a total below 8.
+uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total);
+
+// What the exported functions of the same names do once the row is known.
+uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length);
+int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_t *buffer);
+
+}  // namespace mdm

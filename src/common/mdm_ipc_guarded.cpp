@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The guarded path: the envelope's checks, and the categories' reading and writing code over the
+// checked cursors.
+#include "mdm/guarded.h"
+
+#include <optional>
+
+#include "mdm_ipc_envelope.hpp"
+#include "mdm_log.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr uint32_t smallest_message = uncounted_size + smallest_length_field;
+
+constexpr const char *length_path = "header.length";
+constexpr const char *type_path = "header.type";
+
+std::optional<ipc_fault_t> fault_of_envelope(const uint8_t *buffer, uint32_t length)
+{
+    if (buffer == nullptr || length < word_size) {
+        const uint32_t left = buffer == nullptr ? 0 : length;
+        return ipc_fault_t{ipc_head::length, word_size, left, length_path};
+    }
+    const uint64_t claimed = uint64_t{load_u32(buffer + ipc_head::length)} + uncounted_size;
+    if (claimed != length) {
+        return ipc_fault_t{ipc_head::length, saturated(claimed), length, length_path};
+    }
+    if (length < smallest_message) {
+        return ipc_fault_t{ipc_head::length, smallest_message, length, length_path};
+    }
+    if (!is_message_type(buffer[ipc_head::type])) {
+        return ipc_fault_t{ipc_head::type, 1, length - ipc_head::type, type_path};
+    }
+    return std::nullopt;
+}
+
+// Null, and the fault, on refusal.
+mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
+{
+    if (const auto found = fault_of_envelope(buffer, length)) {
+        fault = *found;
+        return nullptr;
+    }
+    Region region(length);
+    mdm_msg_t &msg = region.message();
+    msg.type = buffer[ipc_head::type];
+    msg.hdr_byte = buffer[ipc_head::hdr_byte];
+
+    CheckedReader in(buffer, length, ipc_head::fields, fault, region);
+    in.fields(msg, head_fields);
+    const GuardedRow &row = guarded_row(msg.type);
+    if (in && row.open != nullptr) {
+        row.open(in, &msg.body);
+    }
+    return in ? region.keep() : nullptr;
+}
+
+// What keeps a message from being sized.
+std::optional<ipc_fault_t> fault_of_message(const mdm_msg_t *msg)
+{
+    if (msg == nullptr) {
+        return ipc_fault_t{0, 0, 0, "message"};
+    }
+    if (!is_message_type(msg->type) || guarded_row(msg->type).seal == nullptr) {
+        return ipc_fault_t{ipc_head::type, 0, 0, type_path};
+    }
+    if (const char *path = guarded_row(msg->type).unsound(&msg->body)) {
+        return ipc_fault_t{uncounted_size + size_of_fields(*msg, head_fields), 0, 0, path};
+    }
+    return std::nullopt;
+}
+
+// The same for a message that nothing keeps from being sized.
+uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
+{
+    const int32_t total = total_size(handler_row(msg->type), msg);
+    if (total < static_cast<int32_t>(uncounted_size)) {
+        fault = {ipc_head::length, smallest_message, 0, length_path};
+        return nullptr;
+    }
+    const auto length = static_cast<uint32_t>(total);
+    uint8_t *buffer = _alloc_msg(*msg, total);
+    CheckedWriter out(buffer, length, ipc_head::fields, fault);
+    out.fields(*msg, head_fields);
+    guarded_row(msg->type).seal(out, &msg->body);
+    if (!out) {
+        g_free(buffer);
+        return nullptr;
+    }
+    *out_length = length;
+    return buffer;
+}
+
+// Null, and the fault, on refusal.
+uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
+{
+    if (const auto found = fault_of_message(msg)) {
+        fault = *found;
+        return nullptr;
+    }
+    const mdm_body_t before = msg->body;
+    uint8_t *buffer = seal_sized(msg, out_length, fault);
+    if (buffer == nullptr) {
+        msg->body = before;
+    }
+    return buffer;
+}
+
+}  // namespace
+}  // namespace mdm
+
+#define LOG_REFUSAL(fault)                                                                  \
+    MDM_CRITICAL("Refused %s: offset %u, needed %u, left %u", (fault).path, (fault).offset, \
+                 (fault).needed, (fault).left)
+
+mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
+{
+    MDM_ENTER();
+    ipc_fault_t found{};
+    mdm_msg_t *msg = mdm::open(buffer, length, found);
+    if (msg == nullptr) {
+        LOG_REFUSAL(found);
+        if (fault != nullptr) {
+            *fault = found;
+        }
+    }
+    return MDM_EXIT(msg);
+}
+
+void ipc_close(mdm_msg_t *msg)
+{
+    if (msg != nullptr) {
+        mdm::Region::release(msg);
+    }
+}
+
+uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault)
+{
+    MDM_ENTER();
+    ipc_fault_t found{};
+    uint8_t *buffer = mdm::seal(msg, out_length, found);
+    if (buffer == nullptr) {
+        LOG_REFUSAL(found);
+        if (fault != nullptr) {
+            *fault = found;
+        }
+    }
+    return MDM_EXIT(buffer);
+}
