@@ -24,10 +24,26 @@ static bool send_malformed(int fd, const char *what, const uint8_t *bytes, uint3
     return channel_send(fd, bytes, length) && receive_reply(fd);
 }
 
+/* A message whose last word, a count or a length, promises more than there is. */
+static bool send_lying_count(int fd, mdm_msg_t *request, const char *what)
+{
+    uint32_t length = 0;
+    uint8_t *bytes = ipc_serialize(request, &length);
+    if (bytes == NULL) {
+        return false;
+    }
+    memset(bytes + length - sizeof(uint32_t), 0x7F, sizeof(uint32_t));
+    const bool going_on = send_malformed(fd, what, bytes, length);
+    g_free(bytes);
+    return going_on;
+}
+
 /* Bytes that look like a message and are none. The server must refuse each and go on. */
 static bool send_malformed_bytes(int fd)
 {
     mdm_msg_t request = {.type = TYPE_ADMIN};
+    mdm_msg_t names = {.type = TYPE_APP,
+                       .body.app = {.type = APP_PACKAGES, .data_size = 1, .data = NULL}};
     uint32_t length = 0;
     uint8_t *bytes = ipc_serialize(&request, &length);
     if (bytes == NULL) {
@@ -40,7 +56,8 @@ static bool send_malformed_bytes(int fd)
     const bool going_on = send_malformed(fd, "a single byte", bytes, 1) &&
                           send_malformed(fd, "cut short", bytes, length - 1) &&
                           send_malformed(fd, "a length field that lies", lying, length) &&
-                          send_malformed(fd, "message type 255", untyped, length);
+                          send_malformed(fd, "message type 255", untyped, length) &&
+                          send_lying_count(fd, &names, "a count of names that lies");
     g_free(untyped);
     g_free(lying);
     g_free(bytes);

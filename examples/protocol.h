@@ -44,9 +44,6 @@ enum message_type {
     TYPE_MISC_CB = 63,
 };
 
-/* The smallest message: a header without text and an empty body. */
-enum { SMALLEST_MESSAGE = 40 };
-
 /* Discriminators of the admin category besides IS_CLIENT_REGISTERED. */
 enum { ADMIN_REGISTER = 1, ADMIN_REFUSED = 2 };
 

@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * Releases a received message, including what ipc_free() leaves to the message's owner. The record
- * was zeroed before ipc_deserialize() filled it.
+ * Releases a message of a trusted sender, including what ipc_free() leaves to the message's owner.
+ * The record was zeroed before ipc_deserialize() filled it. A message that ipc_open() returns needs
+ * none of this.
  *
  * One thing stays: of a security string list the codec makes two copies, and nothing points at the
  * first.

@@ -3,8 +3,8 @@
  * An MDM server in small: receives requests over a Unix socket, keeps what they set, and answers
  * with what is now in force, one client at a time. Runs until SIGTERM or SIGINT.
  *
- * It trusts its clients as far as ipc_deserialize() does: what is no message is refused, and a
- * message that nobody serves is; but one whose counts lie is not safe to receive.
+ * It does not trust its clients: it opens what they send and seals what it answers, so that neither
+ * bytes that lie nor an answer that repeats something odd does harm.
  *
  * usage: mdm-server SOCKET [LOG_FILE]
  */
@@ -17,7 +17,7 @@
 #include <unistd.h>
 
 #include <mdm/crypto.h>
-#include <mdm/ipc.h>
+#include <mdm/guarded.h>
 #include <mdm/log.h>
 #include <mdm/noti.h>
 #include <mdm/util.h>
@@ -25,7 +25,6 @@
 
 #include "channel.h"
 #include "protocol.h"
-#include "release.h"
 #include "show.h"
 
 /* What the server keeps between requests. Everything here is its own: copies of what they
@@ -56,7 +55,7 @@ static void server_clear(struct server *server)
 
 /*
  * Each of these applies a request and fills the reply's body. A reply points at the server's own
- * memory; it is sent, and never passed to ipc_free().
+ * memory, or at the request's, which is closed only after the reply is sent.
  */
 
 static bool apply_admin(struct server *server, const mdm_admin_info_t *request,
@@ -272,12 +271,16 @@ static void release_reply(mdm_msg_t *reply)
     }
 }
 
+static bool send_refusal(int fd, const char *reason);
+
+/* What a client has put into its request may not be fit to be sent back: an empty name in a list
+ * arrives as none. */
 static bool send_message(int fd, mdm_msg_t *reply)
 {
     uint32_t length = 0;
-    uint8_t *bytes = ipc_serialize(reply, &length);
+    uint8_t *bytes = ipc_seal(reply, &length, NULL);
     if (bytes == NULL) {
-        return false;
+        return send_refusal(fd, "an answer that cannot be sent");
     }
     show_message("server", "->", reply, length);
     const bool sent = channel_send(fd, bytes, length);
@@ -322,20 +325,20 @@ static bool send_callback(int fd, const mdm_msg_t *request)
 /* Answers one packet. False when the client can no longer be answered. */
 static bool serve_packet(struct server *server, int fd, const GByteArray *packet)
 {
-    mdm_msg_t request = {0}; /* zeroed: fields that a category does not assign stay as they are */
-    if (packet->len < SMALLEST_MESSAGE ||
-        ipc_deserialize(&request, packet->data, packet->len) != MDM_RESULT_SUCCESS) {
-        printf("server  refused a packet of %u bytes: not a message\n", packet->len);
+    ipc_fault_t fault;
+    MDM_AUTO_CLOSE mdm_msg_t *request = ipc_open(packet->data, packet->len, &fault);
+    if (request == NULL) {
+        printf("server  refused %u bytes: %s at offset %u needs %u, %u are left\n", packet->len,
+               fault.path, fault.offset, fault.needed, fault.left);
         return send_refusal(fd, "not a message");
     }
-    show_message("server", "<-", &request, packet->len);
+    show_message("server", "<-", request, packet->len);
 
     mdm_msg_t reply = {0};
-    const bool answered = apply(server, &request, &reply)
-                              ? send_callback(fd, &request) && send_message(fd, &reply)
+    const bool answered = apply(server, request, &reply)
+                              ? send_callback(fd, request) && send_message(fd, &reply)
                               : send_refusal(fd, "nothing that this server serves");
     release_reply(&reply);
-    release_message(&request); /* once, and only after the reply that borrows from it is sent */
     return answered;
 }
 

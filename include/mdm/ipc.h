@@ -9,7 +9,8 @@
  *
  * Trust: of a received buffer the length, the minimum length and the message type are checked;
  * the count of the header's text and every count and length inside a body are believed. Bytes
- * whose sender could lie about them must not reach ipc_deserialize().
+ * whose sender could lie about them must not reach ipc_deserialize(), but ipc_open() of
+ * mdm/guarded.h.
  */
 #ifndef MDM_IPC_H
 #define MDM_IPC_H
