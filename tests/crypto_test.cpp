@@ -4,7 +4,6 @@
 // about lengths, blocks and the memory that held the key.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
@@ -20,12 +19,12 @@
 #include <gtest/gtest.h>
 #include <openssl/aes.h>
 #include <spawn.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "mdm/crypto.h"
 #include "support/allocation_trace.hpp"
+#include "support/guard_page.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wipe_recorder.hpp"
 #include "support/wire.hpp"
@@ -36,38 +35,6 @@ namespace {
 using namespace std::string_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-// Bytes that end where the readable memory ends: a read beyond them ends the program, also inside
-// the cipher, into which no sanitizer looks.
-class Fenced {
-public:
-    explicit Fenced(const Bytes &bytes) : size_(bytes.size())
-    {
-        const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        const size_t readable = (size_ + page - 1) / page * page;
-        mapped_ = readable + page;
-        void *memory = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        EXPECT_NE(memory, MAP_FAILED);
-        memory_ = static_cast<uint8_t *>(memory);
-        if (readable != 0) {
-            EXPECT_EQ(mprotect(memory_, readable, PROT_READ | PROT_WRITE), 0);
-        }
-        first_ = memory_ + readable - size_;
-        std::ranges::copy(bytes, first_);
-    }
-    ~Fenced() { munmap(memory_, mapped_); }
-    Fenced(const Fenced &) = delete;
-    Fenced &operator=(const Fenced &) = delete;
-
-    const uint8_t *data() const { return first_; }
-    Bytes bytes() const { return {first_, first_ + size_}; }
-
-private:
-    size_t size_;
-    size_t mapped_;
-    uint8_t *memory_;
-    uint8_t *first_;
-};
 
 using Function = decltype(mdm_aes_encrypt);
 
@@ -86,12 +53,13 @@ struct Outcome {
     Bytes bytes() const { return {buffer.get(), buffer.get() + length}; }
 };
 
-// Calls the function for the first `length` of the bytes, with the logger wide open.
+// Calls the function for the first `length` of the bytes, with the logger wide open. Neither behind
+// the input nor behind the key can anything be read, and neither can be changed.
 Outcome call(Function *function, const Bytes &bytes, uint32_t length, const std::string &key_iv)
 {
-    const Fenced in(bytes);
+    const GuardedBytes in(bytes);
     const Bytes text(key_iv.c_str(), key_iv.c_str() + key_iv.size() + 1);
-    const Fenced key(text);
+    const GuardedBytes key(text);
     uint8_t *out = nullptr;
     Outcome outcome;
 
@@ -104,8 +72,6 @@ Outcome call(Function *function, const Bytes &bytes, uint32_t length, const std:
     outcome.buffer.reset(out);
     outcome.blocks = trace.events();
     outcome.log = log.take();
-    EXPECT_EQ(in.bytes(), bytes) << "the input was changed";
-    EXPECT_EQ(key.bytes(), text) << "the key was changed";
     return outcome;
 }
 

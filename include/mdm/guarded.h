@@ -26,7 +26,8 @@
  * - the guarded path refuses, where ipc_deserialize() would read beyond the buffer or take a
  *   negative number for a length.
  *
- * A count of list elements below 1 announces an empty list on both paths.
+ * A count of list elements below 1 announces an empty list on both paths; the count of misc 127 and
+ * 128 has no sign.
  *
  * The functions keep no state: any number of threads may work on different messages at once. They
  * end the process, as GLib does, when there is no memory. An opened message takes at most 10 times

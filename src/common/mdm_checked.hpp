@@ -251,7 +251,7 @@ public:
         end_ = text_;
         msg_ = static_cast<mdm_msg_t *>(take(sizeof(mdm_msg_t), 0));
         msg_->hdr_aux = 0;
-        msg_->body = {};  // the rest of the header is read
+        std::memset(&msg_->body, 0, sizeof msg_->body);  // the rest of the header is read
     }
     ~Region()
     {
