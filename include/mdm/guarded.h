@@ -10,9 +10,14 @@
  *
  * Opened and deserialised messages are two kinds, told apart by the type of the variable:
  *
- * - `mdm_msg_t *msg`, a pointer that ipc_open() returned, is closed with ipc_close();
+ * - `mdm_msg_t *msg`, a pointer that ipc_open() returned, is closed with ipc_close(), or at the end
+ *   of its scope if it is declared with #MDM_AUTO_CLOSE;
  * - `mdm_msg_t msg`, a record of the caller's own that ipc_deserialize() filled, is released with
- *   ipc_free().
+ *   ipc_free(), or at the end of its scope if it is declared as `g_auto(mdm_msg_t) msg = {0};`. The
+ *   second is not for a record that was filled for sending, nor for whatever ipc_free() must not be
+ *   called with.
+ *
+ * There is deliberately no `g_autoptr(mdm_msg_t)`: it could not say which of the two it releases.
  *
  * An opened message never goes to ipc_free(), and nothing in it is freed, reallocated or taken over
  * on its own: all of it is one region of memory. Otherwise it reads like the message that
@@ -32,7 +37,8 @@
  * The functions keep no state: any number of threads may work on different messages at once. They
  * end the process, as GLib does, when there is no memory. An opened message takes at most 10 times
  * the bytes' length and 4 KiB, 6 times where pointers have 32 bits; no count or length in the bytes
- * allocates anything before it is known that the bytes that are left can be as many.
+ * allocates anything before it is known that the bytes that are left can be as many. How long a
+ * message may be is the channel's to limit.
  */
 #ifndef MDM_GUARDED_H
 #define MDM_GUARDED_H
@@ -54,11 +60,16 @@ MDM_BEGIN_DECLS
 typedef struct ipc_fault {
     uint32_t offset;  /**< Where in the bytes: of a text, of raw bytes and of the elements of a list
                           where they begin, behind their count. */
-    uint32_t needed;  /**< How many bytes were needed from there on; 0 for a part of a sender's
-                          message that is missing. */
-    uint32_t left;    /**< How many bytes were left. */
+    uint32_t needed;  /**< How many bytes were needed from there on. For "header.length" it is the
+                          whole message, as its length field or the smallest message has it; for
+                          "header.type" the one byte that is no message type. 0 for a part of a
+                          sender's message that is missing or cannot be sent. */
+    uint32_t left;    /**< How many bytes were left there. */
     const char *path; /**< Which field, for example "wifi.network.detail.w3" or "header.hdr_text". A
-                           static string. */
+                           static string. Elements of a list are named like one of them
+                           ("security.account.str4"), their count like the list
+                           ("security.accounts"), raw bytes and a missing payload like the member
+                           that holds them ("wifi.data"). */
 } ipc_fault_t;
 
 /**
@@ -93,12 +104,20 @@ MDM_API void ipc_close(mdm_msg_t *msg);
  * Refused is a message that ipc_serialize() would write beyond the size that it has counted, of
  * which it would count other elements of a list than it writes (a null one, or one in front of the
  * cell that the list is handed over by), whose body it could not write, or that ipc_open() would
- * refuse. What is sealed can be opened. phone_res 439 and 440 with a payload are refused, too: it is
- * sized by following the pointers in it, but what travelled is raw bytes. One critical line in the
- * log says what the fault says.
+ * refuse. What is sealed can be opened. Refused as well are a null message ("message"), a type
+ * without a category ("header.type") and a size that no message has ("header.length"). One critical
+ * line in the log says what the fault says, beside what the category's own code may log.
  *
- * What a body points at must be what its discriminator says, and as long as its `data_size` says:
- * that is the caller's word, and cannot be checked.
+ * A message that was opened may be sealed, as it is or changed. For its sake two kinds of payload
+ * are always refused, because a receiver's copy of them is not what a sender's was: phone_res 439
+ * and 440, which are sized by following the pointers in them, and app 140 and 141 of another
+ * `data_size` than 8. An empty string in a list was opened as a null element, which cannot be
+ * sealed. And its `data_size` is the sender's number: where a category adds as many zeros to a
+ * message (wifi pairs, DHCP and triples, apn profiles, eas settings) or adds the payload's size to
+ * it, set it anew first.
+ *
+ * What a body points at must otherwise be what its discriminator says, and as long as its
+ * `data_size` says: that is the caller's word, and cannot be checked.
  *
  * @param msg         the message. Some categories store the computed `data_size` in the body, as
  *                    ipc_serialize() does; on refusal the message is as it was.
@@ -122,17 +141,10 @@ static inline void mdm_auto_close(mdm_msg_t **msg)
  * Closes an opened message where its variable goes out of scope:
  *
  *     MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes, length, NULL);
- *
- * There is deliberately no `g_autoptr(mdm_msg_t)`: it could not say which of the two kinds it
- * releases.
  */
 #define MDM_AUTO_CLOSE __attribute__((cleanup(mdm_auto_close)))
 
-/*
- * Releases a record of the caller's own where it goes out of scope, with ipc_free():
- *
- *     g_auto(mdm_msg_t) msg = {0};
- */
+/* Makes g_auto(mdm_msg_t). */
 G_DEFINE_AUTO_CLEANUP_CLEAR_FUNC(mdm_msg_t, ipc_free)
 
 #endif

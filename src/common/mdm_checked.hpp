@@ -3,6 +3,10 @@
 // The checked cursors: the steps of the trusting ones, for bytes and messages that nobody vouched
 // for. The first step that cannot be taken is kept as a fault, and ends the cursor: it stands
 // nowhere, with nothing left, so that every later step fails, too.
+//
+// The fields of a record have a way of their own, because they are most of what travels: one
+// comparison claims all that has a fixed size, and each string costs one more. Only if not all of
+// them fit are they taken one by one, to find the first that does not.
 #pragma once
 
 #include <algorithm>
@@ -16,6 +20,7 @@
 #include <glib.h>
 
 #include "mdm/guarded.h"
+#include "mdm_region.hpp"
 #include "mdm_wire.hpp"
 
 namespace mdm {
@@ -38,6 +43,9 @@ public:
     explicit operator bool() const { return position_ != nullptr; }
 
 protected:
+    Byte *position() const { return position_; }
+    void move_to(Byte *position) { position_ = position; }
+
     size_t left() const { return static_cast<size_t>(end_ - position_); }
 
     // Whether `count` more bytes are there for the field.
@@ -50,35 +58,22 @@ protected:
         return true;
     }
 
+    // The same for as many elements as a number says that may be negative.
+    bool has_length(int32_t length, uint32_t element_size, const char *path)
+    {
+        if (length < 0) [[unlikely]] {
+            fail(std::numeric_limits<uint64_t>::max(), path);
+            return false;
+        }
+        return has(uint64_t{element_size} * static_cast<uint32_t>(length), path);
+    }
+
     // The bytes that has() has found, which the cursor leaves behind.
     Byte *pass(size_t count)
     {
         Byte *bytes = position_;
         position_ += count;
         return bytes;
-    }
-
-    // Takes the fields of a list in turn, with one comparison for all that has a fixed size: a step
-    // is told how many bytes it may take without reaching into what the fields behind it need at
-    // least. Returns how many fields there were before the first that did not fit.
-    template <class Record, class... Fields, class Step>
-    size_t take_claimed(const FieldList<Record, Fields...> &list, Step step)
-    {
-        size_t rest = smallest_size(list);
-        size_t done = 0;
-        if (rest > left()) [[unlikely]] {
-            return done;
-        }
-        Byte *at = position_;  // in a register, which a member is not
-        std::apply(
-            [&](const auto &...field) {
-                ((rest -= smallest_size_of<typename Fields::Value>(),
-                  step(field, at, static_cast<size_t>(end_ - at) - rest) && ++done != 0) &&
-                 ...);
-            },
-            list.fields);
-        position_ = at;
-        return done;
     }
 
     [[gnu::cold]] void fail(uint64_t needed, const char *path)
@@ -120,8 +115,8 @@ public:
     void str(const char *text, const char *path)
     {
         const size_t length = text == nullptr ? 0 : std::strlen(text);
-        if (has(uint64_t{word_size} + length, path)) {
-            store_u32(pass(word_size), static_cast<uint32_t>(length));
+        u32(static_cast<uint32_t>(length), path);
+        if (has(length, path)) {
             copy(text, length);
         }
     }
@@ -129,12 +124,15 @@ public:
     template <class Record, class... Fields>
     void fields(const Record &record, const FieldList<Record, Fields...> &list)
     {
-        const size_t done = take_claimed(list, [&](const auto &field, uint8_t *&at, size_t room) {
-            return put(field.of(record), at, room);
-        });
-        if (done != sizeof...(Fields)) [[unlikely]] {
-            fields_from(done, record, list);
+        if (!fields_at_once(record, list, std::index_sequence_for<Fields...>())) [[unlikely]] {
+            fields_one_by_one(record, list);
         }
+    }
+
+    template <class Body, class... Fields>
+    void body_head(const Body &body, const FieldList<Body, Fields...> &list)
+    {
+        fields(body, list);
     }
 
     void bytes(const void *data, int32_t count, const char *path)
@@ -142,18 +140,8 @@ public:
         if (data == nullptr) {
             return omit(path);
         }
-        if (count < 0) {
-            return fail(std::numeric_limits<uint64_t>::max(), path);
-        }
-        if (has(static_cast<uint32_t>(count), path)) {
+        if (has_length(count, 1, path)) {
             copy(data, static_cast<uint32_t>(count));
-        }
-    }
-
-    void skip(int32_t count, const char *path)
-    {
-        if (has(static_cast<uint32_t>(count), path)) {
-            pass(static_cast<uint32_t>(count));
         }
     }
 
@@ -176,55 +164,65 @@ public:
         return count;
     }
 
-    // What a receiver would look for in vain is no message.
+    // What a receiver would look for in vain is no message, and neither is a gap.
     void omit(const char *path) { fail(0, path); }
-
-    template <class Body, class... Fields>
-    void body_head(const Body &body, const FieldList<Body, Fields...> &list)
-    {
-        fields(body, list);
-    }
+    void skip(int32_t /*count*/, const char *path) { omit(path); }
 
 private:
-    // The steps of take_claimed().
-    static bool put(uint8_t value, uint8_t *&at, size_t /*room*/)
+    // The bytes of a record, from a position that stays in a register: a member might be changed by
+    // any text that is copied. What is spare is for texts.
+    struct Claim {
+        uint8_t *position;
+        size_t spare;
+
+        bool put(uint8_t value)
+        {
+            *position++ = value;
+            return true;
+        }
+        bool put(uint32_t value)
+        {
+            position = store_u32(position, value);
+            return true;
+        }
+        bool put(int32_t value) { return put(static_cast<uint32_t>(value)); }
+        [[gnu::always_inline]] bool put(const char *text)
+        {
+            const size_t length = text == nullptr ? 0 : std::strlen(text);
+            if (length > spare) [[unlikely]] {
+                return false;
+            }
+            spare -= length;
+            position = store_u32(position, static_cast<uint32_t>(length));
+            if (length != 0) {
+                std::memcpy(position, text, length);
+                position += length;
+            }
+            return true;
+        }
+    };
+
+    // False, and the cursor stays, if not all of the fields have room.
+    template <class Record, class... Fields, size_t... index>
+    bool fields_at_once(const Record &record, const FieldList<Record, Fields...> &list,
+                        std::index_sequence<index...> /*all*/)
     {
-        *at++ = value;
-        return true;
-    }
-    static bool put(uint32_t value, uint8_t *&at, size_t /*room*/)
-    {
-        at = store_u32(at, value);
-        return true;
-    }
-    static bool put(int32_t value, uint8_t *&at, size_t room)
-    {
-        return put(static_cast<uint32_t>(value), at, room);
-    }
-    static bool put(const char *text, uint8_t *&at, size_t room)
-    {
-        const size_t length = text == nullptr ? 0 : std::strlen(text);
-        if (length > room - word_size) [[unlikely]] {
+        if (smallest_size(list) > left()) [[unlikely]] {
             return false;
         }
-        at = store_u32(at, static_cast<uint32_t>(length));
-        if (length != 0) {
-            std::memcpy(at, text, length);
-            at += length;
+        Claim claim{position(), left() - smallest_size(list)};
+        if (!(claim.put(std::get<index>(list.fields).of(record)) && ...)) {
+            return false;
         }
+        move_to(claim.position);
         return true;
     }
 
     template <class Record, class... Fields>
-    [[gnu::cold, gnu::noinline]] void fields_from(size_t first, const Record &record,
-                                                  const FieldList<Record, Fields...> &list)
+    [[gnu::cold, gnu::noinline]] void fields_one_by_one(const Record &record,
+                                                        const FieldList<Record, Fields...> &list)
     {
-        size_t index = 0;
-        for_each_field(list, [&](const auto &field) {
-            if (index++ >= first) {
-                value(field.of(record), field.path);
-            }
-        });
+        WritingSteps::fields(record, list);
     }
 
     void copy(const void *bytes, size_t count)
@@ -235,91 +233,15 @@ private:
     }
 };
 
-// All memory of one opened message. The first block begins with the message and ends with its texts,
-// for which it has room: a text and its terminator are never longer than what travels of it, count
-// or head included. Records and list cells fill that block from its other end, and then blocks that
-// grow.
-class Region {
-public:
-    explicit Region(uint32_t length)
-        : capacity_(allocation_size(sizeof(mdm_msg_t) + uint64_t{length} * 2))
-    {
-        auto *block = static_cast<Block *>(g_malloc(capacity_));
-        block->next = nullptr;
-        begin_ = reinterpret_cast<std::byte *>(block + 1);
-        text_ = reinterpret_cast<std::byte *>(block) + capacity_ - length;
-        end_ = text_;
-        msg_ = static_cast<mdm_msg_t *>(take(sizeof(mdm_msg_t), 0));
-        msg_->hdr_aux = 0;
-        std::memset(&msg_->body, 0, sizeof msg_->body);  // the rest of the header is read
-    }
-    ~Region()
-    {
-        if (msg_ != nullptr) {
-            release(msg_);
-        }
-    }
-    Region(const Region &) = delete;
-    Region &operator=(const Region &) = delete;
-
-    mdm_msg_t &message() { return *msg_; }
-
-    // The message outlives the region: whoever has it releases it.
-    mdm_msg_t *keep() { return std::exchange(msg_, nullptr); }
-    static void release(mdm_msg_t *msg);
-
-    // Aligned for whatever holds pointers. `left` bytes of the message may still ask for more.
-    void *take(size_t size, size_t left)
-    {
-        constexpr size_t step = alignof(void *);
-        const size_t room = (size + step - 1) / step * step;
-        if (room > static_cast<size_t>(end_ - begin_)) [[unlikely]] {
-            grow(room, left);
-        }
-        std::byte *place = begin_;
-        begin_ += room;
-        return place;
-    }
-
-    void *take_zeroed(size_t size, size_t left);
-
-    char *take_text(size_t size)
-    {
-        std::byte *place = text_;
-        text_ += size;
-        return reinterpret_cast<char *>(place);
-    }
-
-private:
-    struct Block {
-        Block *next;
-    };
-
-    static Block *first_block(mdm_msg_t *msg) { return reinterpret_cast<Block *>(msg) - 1; }
-
-    // With its head; g_malloc() ends the process for what cannot be had.
-    static size_t allocation_size(uint64_t capacity)
-    {
-        return static_cast<size_t>(
-            std::min<uint64_t>(sizeof(Block) + capacity, std::numeric_limits<size_t>::max()));
-    }
-
-    void grow(size_t size, size_t left);
-
-    size_t capacity_;  // of the newest block
-    std::byte *begin_;
-    std::byte *end_;
-    std::byte *text_;
-    mdm_msg_t *msg_;
-};
-
+// Takes its memory from the message's region.
 class CheckedReader : public CheckedPosition<const uint8_t>, public ReadingSteps<CheckedReader> {
 public:
-    CheckedReader(const uint8_t *buffer, uint32_t length, uint32_t offset, ipc_fault_t &fault,
-                  Region &region)
-        : CheckedPosition(buffer, length, offset, fault), region_(region)
+    CheckedReader(const uint8_t *buffer, uint32_t length, uint32_t offset, ipc_fault_t &fault)
+        : CheckedPosition(buffer, length, offset, fault), region_(length)
     {
     }
+
+    mdm_msg_t *message() const { return region_.message(); }
 
     uint8_t u8(const char *path) { return has(sizeof(uint8_t), path) ? *pass(sizeof(uint8_t)) : 0; }
 
@@ -329,8 +251,9 @@ public:
     int32_t count(const char *path, uint32_t smallest)
     {
         const int32_t count = i32(path);
-        return count < 1 || has(uint64_t{smallest} * static_cast<uint32_t>(count), path) ? count
-                                                                                         : 0;
+        const bool is_possible =
+            count < 1 || has(uint64_t{smallest} * static_cast<uint32_t>(count), path);
+        return is_possible ? count : 0;
     }
 
     uint32_t unsigned_count(const char *path, uint32_t smallest)
@@ -342,23 +265,19 @@ public:
     char *str(const char *path)
     {
         const uint32_t length = u32(path);
-        return length == 0 ? nullptr : text(length, path);
+        return length != 0 && has(length, path) ? text(length) : nullptr;
     }
 
     char *bytes(int32_t count, const char *path)
     {
-        return has_length(count, path) ? text(static_cast<uint32_t>(count), path) : nullptr;
+        return has_length(count, 1, path) ? text(static_cast<uint32_t>(count)) : nullptr;
     }
 
     template <class Record, class... Fields>
     void fields(Record &record, const FieldList<Record, Fields...> &list)
     {
-        const size_t done =
-            take_claimed(list, [&](const auto &field, const uint8_t *&at, size_t room) {
-                return take(field.of(record), at, room);
-            });
-        if (done != sizeof...(Fields)) [[unlikely]] {
-            fields_from(done, record, list);
+        if (!fields_at_once(record, list, std::index_sequence_for<Fields...>())) [[unlikely]] {
+            fields_one_by_one(record, list);
         }
     }
 
@@ -386,8 +305,7 @@ public:
 
     std::span<char *> make_array(int32_t count, const char *path)
     {
-        if (!has_length(count, path) ||
-            !has(uint64_t{word_size} * static_cast<uint32_t>(count), path)) {
+        if (!has_length(count, word_size, path)) {
             return {};
         }
         const auto size = static_cast<uint32_t>(count);
@@ -415,68 +333,80 @@ public:
     List new_list() { return List(*this); }
 
 private:
-    bool has_length(int32_t length, const char *path)
+    // As the writer's.
+    struct Claim {
+        const uint8_t *position;
+        size_t spare;
+        char *text;  // where the next one goes
+
+        bool take(uint8_t &value)
+        {
+            value = *position++;
+            return true;
+        }
+        bool take(uint32_t &value)
+        {
+            value = load_u32(position);
+            position += word_size;
+            return true;
+        }
+        bool take(int32_t &value)
+        {
+            value = static_cast<int32_t>(load_u32(position));
+            position += word_size;
+            return true;
+        }
+        [[gnu::always_inline]] bool take(char *&value)
+        {
+            const size_t length = load_u32(position);
+            if (length > spare) [[unlikely]] {
+                return false;
+            }
+            position += word_size;
+            if (length == 0) {
+                value = nullptr;
+                return true;
+            }
+            value = copy_text(text, position, length);
+            spare -= length;
+            position += length;
+            text += length + 1;
+            return true;
+        }
+    };
+
+    // False, and the cursor stays, if not all of the fields are there.
+    template <class Record, class... Fields, size_t... index>
+    bool fields_at_once(Record &record, const FieldList<Record, Fields...> &list,
+                        std::index_sequence<index...> /*all*/)
     {
-        if (length < 0) [[unlikely]] {
-            fail(std::numeric_limits<uint64_t>::max(), path);
+        if (smallest_size(list) > left()) [[unlikely]] {
             return false;
         }
-        return true;
-    }
-
-    char *text(uint32_t length, const char *path)
-    {
-        if (!has(length, path)) {
-            return nullptr;
-        }
-        const uint8_t *bytes = pass(length);
-        return copy_text(region_.take_text(size_t{length} + 1), bytes, length);
-    }
-
-    // The steps of take_claimed().
-    static bool take(uint8_t &value, const uint8_t *&at, size_t /*room*/)
-    {
-        value = *at++;
-        return true;
-    }
-    static bool take(uint32_t &value, const uint8_t *&at, size_t /*room*/)
-    {
-        value = load_u32(at);
-        at += word_size;
-        return true;
-    }
-    static bool take(int32_t &value, const uint8_t *&at, size_t /*room*/)
-    {
-        value = static_cast<int32_t>(load_u32(at));
-        at += word_size;
-        return true;
-    }
-    bool take(char *&value, const uint8_t *&at, size_t room)
-    {
-        const uint32_t length = load_u32(at);
-        if (length > room - word_size) [[unlikely]] {
+        Claim claim{position(), left() - smallest_size(list), region_.text()};
+        if (!(claim.take(std::get<index>(list.fields).of(record)) && ...)) {
             return false;
         }
-        at += word_size;
-        value =
-            length == 0 ? nullptr : copy_text(region_.take_text(size_t{length} + 1), at, length);
-        at += length;
+        move_to(claim.position);
+        region_.text_to(claim.text);
         return true;
     }
 
     template <class Record, class... Fields>
-    [[gnu::cold, gnu::noinline]] void fields_from(size_t first, Record &record,
-                                                  const FieldList<Record, Fields...> &list)
+    [[gnu::cold, gnu::noinline]] void fields_one_by_one(Record &record,
+                                                        const FieldList<Record, Fields...> &list)
     {
-        size_t index = 0;
-        for_each_field(list, [&](const auto &field) {
-            if (index++ >= first) {
-                value(field.of(record), field.path);
-            }
-        });
+        ReadingSteps::fields(record, list);
     }
 
-    Region &region_;
+    char *text(uint32_t length)
+    {
+        char *text = copy_text(region_.text(), pass(length), length);
+        region_.text_to(text + length + 1);
+        return text;
+    }
+
+    Region region_;
 };
 
 }  // namespace mdm

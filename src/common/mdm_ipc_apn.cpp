@@ -36,7 +36,11 @@ constexpr auto profile_fields =
 
 const char *unsound_part(const mdm_apn_info_t &info)
 {
-    return lacks_payload(info) ? "apn.data" : nullptr;
+    if (lacks_payload(info)) {
+        return "apn.data";
+    }
+    const bool is_list = shape_of(info.type) == Shape::profiles;
+    return is_list && has_payload(info) && has_null_element(info.data) ? "apn.profiles" : nullptr;
 }
 
 }  // namespace

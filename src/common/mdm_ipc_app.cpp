@@ -38,24 +38,18 @@ constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app);
 constexpr auto num_pair_fields = MDM_FIELDS(mdm_app_num_pair_t, "app.num_pair", num1, num2);
 constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, second);
 
-// The receiver of two numbers reads both, however few bytes were sent.
+// Two numbers are all that a receiver of a pair of them has of it, whatever `data_size` says.
 const char *unsound_part(const mdm_app_info_t &info)
 {
-    if (info.data_size < 1) {
+    if (info.data_size < 1 || shape_of(info.type) == Shape::packages) {
         return nullptr;
     }
-    switch (shape_of(info.type)) {
-    case Shape::num_pair: {
-        constexpr auto size = static_cast<int32_t>(smallest_size(num_pair_fields));
-        return info.data_size < size ? "app.num_pair" : nullptr;
+    if (info.data == nullptr) {
+        return "app.data";
     }
-    case Shape::pair:
-        return info.data == nullptr ? "app.pair" : nullptr;
-    case Shape::packages:
-    case Shape::raw:
-        break;
-    }
-    return nullptr;
+    constexpr auto num_pair_size = static_cast<int32_t>(smallest_size(num_pair_fields));
+    const bool is_num_pair = shape_of(info.type) == Shape::num_pair;
+    return is_num_pair && info.data_size != num_pair_size ? "app.num_pair" : nullptr;
 }
 
 }  // namespace

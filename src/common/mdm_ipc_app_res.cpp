@@ -49,6 +49,12 @@ constexpr Shape shape_of(int32_t type)
 constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app_res);
 constexpr auto item_fields = MDM_FIELDS(mdm_app_res_item_t, "app_res.item", name, value);
 
+const char *unsound_part(const mdm_app_res_info_t &info)
+{
+    const bool is_raw = shape_of(info.type) == Shape::raw;
+    return is_raw && lacks_positive_payload(info) ? "app_res.data" : nullptr;
+}
+
 // One line an item. Discriminator 142 has a conversion of its own; the receiver has another one
 // for the other two. A macro, so that the line carries the handler's name.
 #define LOG_ITEM(type, conversion, item)                                                        \

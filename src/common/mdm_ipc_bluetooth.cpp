@@ -37,6 +37,14 @@ constexpr Shape shape_of(uint32_t type)
 
 constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(bluetooth);
 
+const char *unsound_part(const mdm_bluetooth_info_t &info)
+{
+    if (shape_of(info.type) == Shape::raw) {
+        return lacks_positive_payload(info) ? "bluetooth.data" : nullptr;
+    }
+    return info.data_size >= 1 && has_null_element(info.data) ? "bluetooth.names" : nullptr;
+}
+
 // Only these lists are released; every other payload stays with the owner of the message.
 constexpr bool is_released(uint32_t type)
 {

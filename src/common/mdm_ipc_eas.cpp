@@ -38,7 +38,11 @@ constexpr auto forms =
 
 const char *unsound_part(const mdm_eas_info_t &info)
 {
-    return lacks_payload(info) ? "eas.data" : nullptr;
+    if (lacks_payload(info)) {
+        return "eas.data";
+    }
+    const bool is_list = shape_of(info.type) == MailShape::accounts;
+    return is_list && has_payload(info) && has_null_element(info.data) ? "eas.accounts" : nullptr;
 }
 
 }  // namespace

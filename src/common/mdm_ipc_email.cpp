@@ -34,7 +34,7 @@ constexpr auto account_fields =
     MDM_FIELDS(mdm_email_account_t, "email.account", num0, num1, num2, num4, num6, num3, num5,
                str13, str14, str15, str16, str17, str18, str19, str20, str21);
 constexpr auto element_fields = MDM_FIELDS(
-    mdm_email_account_t, "email.element", num0, num1, num2, num3, num4, num5, num6, num7, num8,
+    mdm_email_account_t, "email.account", num0, num1, num2, num3, num4, num5, num6, num7, num8,
     str9, str10, str11, str12, str13, str14, str15, str16, str17, str18, str19, str20, str21);
 constexpr auto settings_fields =
     MDM_FIELDS(mdm_email_account_t, "email.settings", str16, str15, str14);

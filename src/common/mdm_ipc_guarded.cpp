@@ -17,44 +17,50 @@ constexpr uint32_t smallest_message = uncounted_size + smallest_length_field;
 constexpr const char *length_path = "header.length";
 constexpr const char *type_path = "header.type";
 
-std::optional<ipc_fault_t> fault_of_envelope(const uint8_t *buffer, uint32_t length)
+bool has_envelope(const uint8_t *buffer, uint32_t length)
+{
+    return buffer != nullptr && length >= smallest_message &&
+           load_u32(buffer + ipc_head::length) == length - uncounted_size &&
+           is_message_type(buffer[ipc_head::type]);
+}
+
+// Of bytes for which has_envelope() is false.
+[[gnu::cold, gnu::noinline]] ipc_fault_t fault_of_envelope(const uint8_t *buffer, uint32_t length)
 {
     if (buffer == nullptr || length < word_size) {
-        const uint32_t left = buffer == nullptr ? 0 : length;
-        return ipc_fault_t{ipc_head::length, word_size, left, length_path};
+        return {ipc_head::length, word_size, buffer == nullptr ? 0 : length, length_path};
     }
     const uint64_t claimed = uint64_t{load_u32(buffer + ipc_head::length)} + uncounted_size;
     if (claimed != length) {
-        return ipc_fault_t{ipc_head::length, saturated(claimed), length, length_path};
+        return {ipc_head::length, saturated(claimed), length, length_path};
     }
     if (length < smallest_message) {
-        return ipc_fault_t{ipc_head::length, smallest_message, length, length_path};
+        return {ipc_head::length, smallest_message, length, length_path};
     }
-    if (!is_message_type(buffer[ipc_head::type])) {
-        return ipc_fault_t{ipc_head::type, 1, length - ipc_head::type, type_path};
-    }
-    return std::nullopt;
+    return {ipc_head::type, 1, length - ipc_head::type, type_path};
 }
 
 // Null, and the fault, on refusal.
 mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
 {
-    if (const auto found = fault_of_envelope(buffer, length)) {
-        fault = *found;
+    if (!has_envelope(buffer, length)) {
+        fault = fault_of_envelope(buffer, length);
         return nullptr;
     }
-    Region region(length);
-    mdm_msg_t &msg = region.message();
-    msg.type = buffer[ipc_head::type];
-    msg.hdr_byte = buffer[ipc_head::hdr_byte];
-
-    CheckedReader in(buffer, length, ipc_head::fields, fault, region);
-    in.fields(msg, head_fields);
-    const GuardedRow &row = guarded_row(msg.type);
+    CheckedReader in(buffer, length, ipc_head::fields, fault);
+    mdm_msg_t *msg = in.message();
+    msg->type = buffer[ipc_head::type];
+    msg->hdr_byte = buffer[ipc_head::hdr_byte];
+    in.fields(*msg, head_fields);
+    const GuardedRow &row = guarded_row(msg->type);
     if (in && row.open != nullptr) {
-        row.open(in, &msg.body);
+        row.open(in, &msg->body);
     }
-    return in ? region.keep() : nullptr;
+    if (!in) {
+        Region::release(msg);
+        return nullptr;
+    }
+    return msg;
 }
 
 // What keeps a message from being sized.
@@ -84,7 +90,9 @@ uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
     uint8_t *buffer = _alloc_msg(*msg, total);
     CheckedWriter out(buffer, length, ipc_head::fields, fault);
     out.fields(*msg, head_fields);
-    guarded_row(msg->type).seal(out, &msg->body);
+    if (out) {
+        guarded_row(msg->type).seal(out, &msg->body);
+    }
     if (!out) {
         g_free(buffer);
         return nullptr;

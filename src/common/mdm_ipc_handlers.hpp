@@ -73,33 +73,33 @@ constexpr const char *unsound_part(const Info & /*info*/)
 // Defines the handlers of a category that run over a cursor. Its cursor handlers,
 //     template <class Out> bool _set_<category>(Out &out, const mdm_<category>_info_t *info)
 //     template <class In> bool _get_<category>(In &in, mdm_<category>_info_t *info)
-// stand in front, and so does a unsound_part() of its own. False stands for failure.
-#define MDM_HANDLERS(category)                                                         \
-    uint8_t *_set_##category(uint8_t *position, mdm_body_t *body)                      \
-    {                                                                                  \
-        Writer out(position);                                                          \
-        const bool done = _set_##category(out, MDM_BODY_MEMBER(body, category));       \
-        return done ? out.position() : nullptr;                                        \
-    }                                                                                  \
-    const uint8_t *_get_##category(mdm_body_t *body, const uint8_t *position)          \
-    {                                                                                  \
-        Reader in(position);                                                           \
-        const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));        \
-        return done ? in.position() : nullptr;                                         \
-    }                                                                                  \
-    [[gnu::flatten]] void _open_##category(CheckedReader &in, mdm_body_t *body)        \
-    {                                                                                  \
-        _get_##category(in, &body->category);                                          \
-    }                                                                                  \
-    [[gnu::flatten]] void _seal_##category(CheckedWriter &out, const mdm_body_t *body) \
-    {                                                                                  \
-        if (!_set_##category(out, &body->category)) {                                  \
-            out.omit(#category ".data");                                               \
-        }                                                                              \
-    }                                                                                  \
-    const char *_unsound_in_##category(const mdm_body_t *body)                         \
-    {                                                                                  \
-        return unsound_part(body->category);                                           \
+// stand in front, and so does an unsound_part() of its own. False stands for failure.
+#define MDM_HANDLERS(category)                                                   \
+    uint8_t *_set_##category(uint8_t *position, mdm_body_t *body)                \
+    {                                                                            \
+        Writer out(position);                                                    \
+        const bool done = _set_##category(out, MDM_BODY_MEMBER(body, category)); \
+        return done ? out.position() : nullptr;                                  \
+    }                                                                            \
+    const uint8_t *_get_##category(mdm_body_t *body, const uint8_t *position)    \
+    {                                                                            \
+        Reader in(position);                                                     \
+        const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));  \
+        return done ? in.position() : nullptr;                                   \
+    }                                                                            \
+    void _open_##category(CheckedReader &in, mdm_body_t *body)                   \
+    {                                                                            \
+        _get_##category(in, &body->category);                                    \
+    }                                                                            \
+    void _seal_##category(CheckedWriter &out, const mdm_body_t *body)            \
+    {                                                                            \
+        if (!_set_##category(out, &body->category)) {                            \
+            out.omit(#category ".data");                                         \
+        }                                                                        \
+    }                                                                            \
+    const char *_unsound_in_##category(const mdm_body_t *body)                   \
+    {                                                                            \
+        return unsound_part(body->category);                                     \
     }
 
 // Every member of the union has the union's own address; null stays null.

@@ -6,8 +6,11 @@
 #include "mdm_log.hpp"
 
 namespace mdm {
+namespace {
 
 constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(location);
+
+}  // namespace
 
 // Each handler checks the pointer that it checks, and no other.
 uint32_t _size_of_location(mdm_body_t * /*body*/)

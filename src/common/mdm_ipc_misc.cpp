@@ -80,7 +80,10 @@ const char *unsound_part(const mdm_misc_info_t &info)
 {
     switch (shape_of(info.type)) {
     case Shape::array:
-        return info.data_size < 0 || lacks_payload(info) ? "misc.array" : nullptr;
+        if (info.data_size < 0) {
+            return "misc.array";
+        }
+        [[fallthrough]];
     case Shape::text:
     case Shape::book:
     case Shape::pair:

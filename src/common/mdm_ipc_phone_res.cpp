@@ -45,6 +45,9 @@ constexpr int32_t record_data_size = 12;
 // be bytes that somebody has sent.
 const char *unsound_part(const mdm_phone_res_info_t &info)
 {
+    if (lacks_positive_payload(info)) {
+        return "phone_res.data";
+    }
     if (!has_payload(info)) {
         return nullptr;
     }

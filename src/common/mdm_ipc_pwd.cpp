@@ -29,7 +29,7 @@ bool sends_payload(const mdm_pwd_info_t &info)
 
 const char *unsound_part(const mdm_pwd_info_t &info)
 {
-    return info.data_size >= 1 && !sends_payload(info) ? "pwd.data" : nullptr;
+    return lacks_positive_payload(info) ? "pwd.data" : nullptr;
 }
 
 }  // namespace

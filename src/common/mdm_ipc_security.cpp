@@ -33,6 +33,15 @@ constexpr Shape shape_of(uint32_t type)
 
 constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(security);
 
+const char *unsound_part(const mdm_security_info_t &info)
+{
+    const Shape shape = shape_of(info.type);
+    if (shape == Shape::raw) {
+        return lacks_positive_payload(info) ? "security.data" : nullptr;
+    }
+    return shape == Shape::accounts && has_null_element(info.data) ? "security.accounts" : nullptr;
+}
+
 // The fifth field travels before the fourth; word2 does not travel.
 constexpr auto item_fields =
     MDM_FIELDS(mdm_security_item_t, "security.item", num0, str1, str4, str3);

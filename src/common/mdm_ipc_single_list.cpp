@@ -32,6 +32,13 @@ void leave_payload(In & /*in*/, Body &info, const char * /*path*/)
     }
 }
 
+// Where the payload is not taken back, too, there must be one to send.
+template <class Body>
+const char *unsound_payload(const Body &info, const char *path)
+{
+    return lacks_positive_payload(info) ? path : nullptr;
+}
+
 template <class Body>
 void release_payload(Body &info)
 {
@@ -73,6 +80,11 @@ void release_payload(Body &info)
         in.body_head(*info, category##_head_fields);                               \
         receive(in, *info, #category ".data");                                     \
         return MDM_EXIT(true);                                                     \
+    }                                                                              \
+                                                                                   \
+    static const char *unsound_part(const mdm_##category##_info_t &info)           \
+    {                                                                              \
+        return unsound_payload(info, #category ".data");                           \
     }                                                                              \
                                                                                    \
     MDM_HANDLERS(category)                                                         \

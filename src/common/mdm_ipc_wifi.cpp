@@ -115,8 +115,11 @@ const char *unsound_part_of(const mdm_wifi_network_t &network)
 const char *unsound_part(const mdm_wifi_info_t &info)
 {
     const Shape shape = shape_of(info.type);
-    if (info.data_size < 1 || shape == Shape::ssids) {
+    if (info.data_size < 1) {
         return nullptr;
+    }
+    if (shape == Shape::ssids) {
+        return has_null_element(info.data) ? "wifi.ssids" : nullptr;
     }
     if (info.data == nullptr) {
         return "wifi.data";

@@ -262,6 +262,13 @@ bool lacks_payload(const Body &body)
     return body.data == nullptr && body.data_size != 0;
 }
 
+// The same for the other categories, where only a positive `data_size` announces one.
+template <class Body>
+bool lacks_positive_payload(const Body &body)
+{
+    return body.data == nullptr && body.data_size >= 1;
+}
+
 // The record that a body's `data` points to.
 template <class Record, class Body>
 Record &payload(const Body &body)
@@ -355,6 +362,11 @@ ListWalk<Element, true> elements_before_null(void *list)
 inline uint32_t length_of(void *list)
 {
     return g_list_length(static_cast<GList *>(list));
+}
+
+inline bool has_null_element(void *list)
+{
+    return g_list_find(g_list_first(static_cast<GList *>(list)), nullptr) != nullptr;
 }
 
 inline uint32_t size_of_strings_before_null(void *strings)

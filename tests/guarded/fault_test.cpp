@@ -486,8 +486,8 @@ void add_mail(std::vector<Shape> &all)
     all.push_back(Shape("eas", 11).head(7, 1).number("value.num0", 1).text("value.str1", "text"));
 
     const auto email_element = [](Shape shape) {
-        return shape.numbers("element", numbered("num", 0, 8))
-            .texts("element", numbered("str", 9, 21));
+        return shape.numbers("account", numbered("num", 0, 8))
+            .texts("account", numbered("str", 9, 21));
     };
     all.push_back(Shape("email", 39).head(359, 0));
     all.push_back(Shape("email", 40)

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "mdm_checked.hpp"
+#include "mdm_region.hpp"
+
+#include "mdm_wire.hpp"
 
 namespace mdm {
 namespace {

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// All memory of one opened message: blocks, the first of which begins with the message and ends
+// with its texts. For those it has room: a text and its terminator are never longer than what
+// travels of it, count or head included. Records and list cells fill that block from its other end,
+// and then further blocks.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include <glib.h>
+
+#include "mdm/message.h"
+
+namespace mdm {
+
+class Region {
+public:
+    // For a message of `length` bytes. It is zero but for those fields of the header that are read.
+    explicit Region(uint32_t length)
+        : capacity_(allocation_size(sizeof(mdm_msg_t) + uint64_t{length} * 2))
+    {
+        auto *block = static_cast<Block *>(g_malloc(capacity_));
+        block->next = nullptr;
+        msg_ = reinterpret_cast<mdm_msg_t *>(block + 1);
+        msg_->hdr_aux = 0;
+        std::memset(&msg_->body, 0, sizeof msg_->body);
+        begin_ = reinterpret_cast<std::byte *>(msg_ + 1);
+        end_ = begin_ + length;
+        text_ = end_;
+    }
+
+    mdm_msg_t *message() const { return msg_; }
+
+    // Gives back a message with all that belongs to it.
+    static void release(mdm_msg_t *msg);
+
+    // Aligned for whatever holds pointers. `left` bytes of the message may still ask for more.
+    void *take(size_t size, size_t left)
+    {
+        constexpr size_t step = alignof(void *);
+        const size_t room = (size + step - 1) / step * step;
+        if (room > static_cast<size_t>(end_ - begin_)) [[unlikely]] {
+            grow(room, left);
+        }
+        std::byte *place = begin_;
+        begin_ += room;
+        return place;
+    }
+
+    void *take_zeroed(size_t size, size_t left);
+
+    // Where the next text goes.
+    char *text() const { return reinterpret_cast<char *>(text_); }
+    void text_to(char *text) { text_ = reinterpret_cast<std::byte *>(text); }
+
+private:
+    struct Block {
+        Block *next;
+    };
+
+    static Block *first_block(mdm_msg_t *msg) { return reinterpret_cast<Block *>(msg) - 1; }
+
+    // With the block's head; g_malloc() ends the process for what cannot be had.
+    static size_t allocation_size(uint64_t capacity)
+    {
+        return static_cast<size_t>(
+            std::min<uint64_t>(sizeof(Block) + capacity, std::numeric_limits<size_t>::max()));
+    }
+
+    void grow(size_t size, size_t left);
+
+    size_t capacity_;  // of the newest block
+    mdm_msg_t *msg_;
+    std::byte *begin_;
+    std::byte *end_;
+    std::byte *text_;
+};
+
+}  // namespace mdm

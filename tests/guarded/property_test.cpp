@@ -1,0 +1,482 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Properties of the guarded path, over messages that are generated: as a sender may pass them, with
+// a sender's mistakes, and as bytes that were spoilt on their way.
+//
+// A failure prints how to repeat it, with RC_PARAMS in the environment.
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include "mdm/guarded.h"
+#include "support/allocation_trace.hpp"
+#include "support/log_recorder.hpp"
+#include "support/senders.hpp"
+#include "support/walk.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+constexpr size_t trailer_size = 5;
+constexpr uint32_t untouched_length = 0xA1A2A3A4;
+constexpr const char *untouched_path = "untouched";
+
+bool are_same(const mdm_msg_t &left, const mdm_msg_t &right)
+{
+    return std::memcmp(&left, &right, sizeof left) == 0;
+}
+
+// Takes the buffer over: a message, and what stands behind it.
+Bytes with_trailer(uint8_t *buffer, uint32_t length)
+{
+    Bytes bytes(buffer, buffer + length + trailer_size);
+    g_free(buffer);
+    return bytes;
+}
+
+Bytes serialized_with_trailer(mdm_msg_t &msg)
+{
+    uint32_t length = 0;
+    uint8_t *buffer = ::ipc_serialize(&msg, &length);
+    RC_ASSERT(static_cast<bool>(buffer));
+    return with_trailer(buffer, length);
+}
+
+// The sealed bytes and what stands behind them. A refusal leaves no trace but its fault, and a
+// success leaves none in the fault.
+std::optional<Bytes> sealed_with_trailer(mdm_msg_t &msg)
+{
+    std::array<uint8_t, sizeof msg> before{};
+    std::memcpy(before.data(), &msg, sizeof msg);
+    uint32_t length = untouched_length;
+    ipc_fault_t fault = {0, 0, 0, untouched_path};
+    AllocationTrace trace;
+    uint8_t *buffer = ipc_seal(&msg, &length, &fault);
+    trace.stop();
+    if (buffer == nullptr) {
+        RC_ASSERT(std::memcmp(&msg, before.data(), sizeof msg) == 0);
+        RC_ASSERT(length == untouched_length);
+        RC_ASSERT(fault.path != untouched_path);
+        RC_ASSERT(trace.kept().empty());
+        return std::nullopt;
+    }
+    RC_ASSERT(fault.path == untouched_path);
+    RC_ASSERT(trace.kept() == (std::vector<Block>{{buffer, length + trailer_size}}));
+    return with_trailer(buffer, length);
+}
+
+Bytes without_trailer(const Bytes &bytes)
+{
+    return {bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(trailer_size)};
+}
+
+struct CloseMessage {
+    void operator()(mdm_msg_t *msg) const { ipc_close(msg); }
+};
+using Opened = std::unique_ptr<mdm_msg_t, CloseMessage>;
+
+// An exact heap copy is opened, so that no read beyond it goes unseen under a sanitizer, and is
+// gone when the message is looked at.
+Opened opened(const Bytes &bytes, ipc_fault_t *fault = nullptr)
+{
+    const Bytes copy(bytes);
+    return Opened(ipc_open(copy.data(), static_cast<uint32_t>(copy.size()), fault));
+}
+
+bool can_be_opened(const Bytes &bytes)
+{
+    return opened(bytes) != nullptr;
+}
+
+std::string description_of_deserialized(const Bytes &bytes)
+{
+    mdm_msg_t msg{};
+    AllocationTrace trace;
+    const int32_t result = deserialize(msg, bytes);
+    trace.stop();
+    RC_ASSERT(result == 0);
+    const std::string description = describe(msg);
+    release_blocks(trace.kept());
+    return description;
+}
+
+// What a sender may pass.
+
+void expect_to_be_sent_on(mdm_msg_t &received, const SentMessage &sent)
+{
+    const auto bytes = sealed_with_trailer(received);
+    RC_ASSERT(bytes.has_value() == (sent.may_be_sent_on && sent.is_whole_again));
+    if (!bytes) {
+        return;
+    }
+    const Bytes again = without_trailer(*bytes);
+    const Bytes expected = message_bytes(received, sent.again);
+    if (sent.sends_pointer_as_param) {
+        const size_t body_size = sent.again.size();
+        RC_ASSERT(again.size() == expected.size());
+        RC_ASSERT(without_param(again, body_size) == without_param(expected, body_size));
+    } else {
+        RC_ASSERT(again == expected);
+    }
+}
+
+void expect_to_travel(const Category &category)
+{
+    const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
+    SentMessage sent = any_message(category);
+    mdm_msg_t other = sent.msg;
+    const auto bytes = sealed_with_trailer(sent.msg);
+    RC_ASSERT(bytes.has_value() == sent.is_whole);
+    if (!bytes) {
+        return;
+    }
+    RC_ASSERT(*bytes == serialized_with_trailer(other));
+    RC_ASSERT(are_same(sent.msg, other));
+
+    const Opened received = opened(without_trailer(*bytes));
+    RC_ASSERT(static_cast<bool>(received));
+    RC_ASSERT(describe(*received) == description_of_deserialized(without_trailer(*bytes)));
+    expect_to_be_sent_on(*received, sent);
+}
+
+// What a sender may get wrong.
+
+using Random = std::minstd_rand;
+
+size_t below(size_t count, Random &random)
+{
+    return std::uniform_int_distribution<size_t>(0, count - 1)(random);
+}
+
+bool one_in(size_t count, Random &random)
+{
+    return below(count, random) == 0;
+}
+
+template <class Value, size_t count>
+Value one_of(const std::array<Value, count> &values, Random &random)
+{
+    return values[below(count, random)];
+}
+
+// The bodies with a head of the same layout are one body here. Others have nothing that could be
+// missing.
+template <class Visit>
+void visit_head(mdm_msg_t &msg, Visit visit)
+{
+    switch (msg.type) {
+    case 1:
+    case 2:
+    case 51:
+    case 52:
+    case 53:
+    case 54:
+    case 61:
+    case 63:
+        return;
+    case 13:
+    case 14:
+        return visit(msg.body.app);
+    case 17:
+    case 18:
+        return visit(msg.body.misc);
+    default:
+        return visit(msg.body.security);
+    }
+}
+
+void lose_data(mdm_msg_t &msg)
+{
+    visit_head(msg, [](auto &info) { info.data = nullptr; });
+}
+
+// No positive size is larger than what there is.
+void spoil_data_size(mdm_msg_t &msg, Random &random)
+{
+    constexpr int32_t lowest = std::numeric_limits<int32_t>::min();
+    constexpr int32_t highest = std::numeric_limits<int32_t>::max();
+    constexpr std::array<int32_t, 12> sizes = {0,   1,   -1,  -4,     -11,        -12,
+                                               -13, -40, -60, lowest, lowest + 1, highest};
+    visit_head(msg, [&](auto &info) {
+        const int32_t size = one_of(sizes, random);
+        const int32_t there = info.data == nullptr ? highest : std::max(info.data_size, 1);
+        info.data_size = std::min(size, there);
+    });
+}
+
+GList *list_at(const void *place)
+{
+    GList *list = nullptr;
+    std::memcpy(&list, place, sizeof list);
+    return list;
+}
+
+void put_list(void *place, GList *list)
+{
+    std::memcpy(place, &list, sizeof list);
+}
+
+// A list that begins with its second cell, as far as its owner knows.
+void lose_first_cell(const SentMessage &sent, void *place)
+{
+    GList *list = list_at(place);
+    if (list != nullptr && std::ranges::find(sent.lists, list) != sent.lists.end() &&
+        list->next != nullptr) {
+        put_list(place, list->next);
+    }
+}
+
+void lose_first_cell_of_data(const SentMessage &sent, mdm_msg_t &msg)
+{
+    visit_head(msg, [&](auto &info) { lose_first_cell(sent, &info.data); });
+    if (sent.sends_pointer_as_param) {
+        lose_first_cell(sent, &msg.body.misc.param_list);
+    }
+}
+
+// Mistakes in what a message points at, while this lives.
+class Mistakes {
+public:
+    explicit Mistakes(const SentMessage &sent) : sent_(sent)
+    {
+        for (const void *place : sent.pointers) {
+            right_.push_back(list_at(place));
+        }
+    }
+    ~Mistakes()
+    {
+        for (size_t i = 0; i < right_.size(); ++i) {
+            put_list(sent_.pointers[i], right_[i]);
+        }
+    }
+    Mistakes(const Mistakes &) = delete;
+    Mistakes &operator=(const Mistakes &) = delete;
+
+    void make_one(Random &random)
+    {
+        if (sent_.pointers.empty()) {
+            return;
+        }
+        void *place = sent_.pointers[below(sent_.pointers.size(), random)];
+        one_in(3, random) ? lose_first_cell(sent_, place) : put_list(place, nullptr);
+    }
+
+private:
+    const SentMessage &sent_;
+    std::vector<GList *> right_;
+};
+
+void expect_no_harm(mdm_msg_t msg)
+{
+    mdm_msg_t other = msg;
+    const auto bytes = sealed_with_trailer(msg);
+    if (bytes) {
+        RC_ASSERT(can_be_opened(without_trailer(*bytes)));
+        RC_ASSERT(*bytes == serialized_with_trailer(other));
+        RC_ASSERT(are_same(msg, other));
+    }
+}
+
+void expect_mistakes_to_do_no_harm(const Category &category)
+{
+    const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
+    const SentMessage sent = any_message(category);
+    Random random(any_word());
+    for (int i = 0; i < 8; ++i) {
+        mdm_msg_t msg = sent.msg;
+        Mistakes mistakes(sent);
+        while (one_in(2, random)) {
+            mistakes.make_one(random);
+        }
+        if (one_in(4, random)) {
+            lose_first_cell_of_data(sent, msg);
+        }
+        if (one_in(4, random)) {
+            lose_data(msg);
+        }
+        if (one_in(2, random)) {
+            spoil_data_size(msg, random);
+        }
+        expect_no_harm(msg);
+    }
+}
+
+// What may happen to bytes.
+
+constexpr size_t type_offset = 4;
+
+void replace_word(Bytes &bytes, Random &random)
+{
+    if (bytes.size() < type_offset + 4) {
+        return;
+    }
+    const size_t offset = type_offset + below(bytes.size() - type_offset - 3, random);
+    const auto left = static_cast<uint32_t>(bytes.size() - offset - 4);
+    const std::array<uint32_t, 8> values = {0xFFFFFFFF, 0x80000000, 0x7FFFFFFF, left,
+                                            left + 1,   left - 1,   0,          1};
+    std::ranges::copy(word(one_of(values, random)),
+                      bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+void change_byte(Bytes &bytes, Random &random)
+{
+    bytes[below(bytes.size(), random)] ^= static_cast<uint8_t>(1U << below(8, random));
+}
+
+void cut(Bytes &bytes, Random &random)
+{
+    bytes.resize(below(bytes.size(), random) + 1);
+}
+
+// Goes on with the end of another message.
+void splice(Bytes &bytes, const Bytes &other, Random &random)
+{
+    cut(bytes, random);
+    bytes.insert(bytes.end(),
+                 other.begin() + static_cast<std::ptrdiff_t>(below(other.size(), random)),
+                 other.end());
+}
+
+void make_length_true(Bytes &bytes)
+{
+    if (bytes.size() >= 4) {
+        std::ranges::copy(word(static_cast<uint32_t>(bytes.size()) - 8), bytes.begin());
+    }
+}
+
+Bytes spoilt(Bytes bytes, const Bytes &other, Random &random)
+{
+    do {
+        switch (below(8, random)) {
+        case 0:
+            cut(bytes, random);
+            break;
+        case 1:
+            splice(bytes, other, random);
+            break;
+        case 2:
+        case 3:
+            change_byte(bytes, random);
+            break;
+        default:
+            replace_word(bytes, random);
+        }
+    } while (one_in(3, random));
+    if (!one_in(8, random)) {
+        make_length_true(bytes);
+    }
+    return bytes;
+}
+
+// A length field may also say less than there is, and the type is there, but wrong.
+bool is_true(const ipc_fault_t &fault, size_t length)
+{
+    if (fault.path == untouched_path || uint64_t{fault.offset} + fault.left != length) {
+        return false;
+    }
+    const std::string path = fault.path;
+    if (path == "header.length") {
+        return fault.needed != fault.left;
+    }
+    return path == "header.type" ? fault.needed == 1 : fault.needed > fault.left;
+}
+
+// Nothing for bytes that are refused. Whatever was allocated is given back.
+std::optional<std::string> description_of_opened(const Bytes &bytes, ipc_fault_t &fault)
+{
+    std::optional<std::string> description;
+    AllocationTrace trace;
+    {
+        const Opened received = opened(bytes, &fault);
+        const AllocationTrace::Pause pause;
+        if (received != nullptr) {
+            description = describe(*received);
+        }
+    }
+    trace.stop();
+    RC_ASSERT(trace.kept().empty());
+    return description;
+}
+
+// Some bodies are padded with as many bytes as their size says.
+bool is_small(mdm_msg_t &msg)
+{
+    bool is_small = true;
+    visit_head(msg, [&](const auto &info) { is_small = info.data_size < 4096; });
+    return is_small;
+}
+
+void expect_sending_on_to_do_no_harm(const Bytes &bytes)
+{
+    const Opened received = opened(bytes);
+    if (is_small(*received)) {
+        expect_no_harm(*received);
+    }
+}
+
+void expect_same_fields_or_true_fault(const Bytes &bytes)
+{
+    ipc_fault_t fault = {0, 0, 0, untouched_path};
+    const auto description = description_of_opened(bytes, fault);
+    if (!description) {
+        RC_ASSERT(is_true(fault, bytes.size()));
+        return;
+    }
+    RC_ASSERT(fault.path == untouched_path);
+    RC_ASSERT(*description == description_of_deserialized(bytes));
+    expect_sending_on_to_do_no_harm(bytes);
+}
+
+void expect_spoilt_bytes_to_do_no_harm(const Category &category)
+{
+    const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
+    const SentMessage sent = any_message(category);
+    const SentMessage other = any_message(category);
+    const Bytes bytes = message_bytes(sent.msg, sent.first);
+    const Bytes other_bytes = message_bytes(other.msg, other.first);
+    expect_same_fields_or_true_fault(bytes);
+    Random random(any_word());
+    for (int i = 0; i < 8; ++i) {
+        expect_same_fields_or_true_fault(spoilt(bytes, other_bytes, random));
+    }
+}
+
+class GuardedProperty : public ::testing::TestWithParam<Category> {
+protected:
+    static void expect_always(void (*property)(const Category &))
+    {
+        EXPECT_TRUE(rc::check(GetParam().name, [property] { property(GetParam()); }));
+    }
+};
+
+TEST_P(GuardedProperty, WhatASenderMayPassIsSealedAsSerialisedAndOpenedAsDeserialised)
+{
+    expect_always(expect_to_travel);
+}
+
+TEST_P(GuardedProperty, ASendersMistakesAreRefusedOrTheBytesCanBeOpened)
+{
+    expect_always(expect_mistakes_to_do_no_harm);
+}
+
+TEST_P(GuardedProperty, SpoiltBytesAreRefusedWithATrueFaultOrOpenedAsDeserialised)
+{
+    expect_always(expect_spoilt_bytes_to_do_no_harm);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, GuardedProperty, ::testing::ValuesIn(categories()),
+                         [](const auto &test) { return std::string(test.param.name); });
+
+}  // namespace
+}  // namespace mdm::test
