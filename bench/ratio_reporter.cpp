@@ -9,13 +9,31 @@ namespace {
 
 double median(std::vector<double> values)
 {
-    if (values.empty()) {
-        return 0;
-    }
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
 }
+
+// The width of a column in characters.
+int width(const std::string &heading, int smallest)
+{
+    return std::max(static_cast<int>(heading.size()), smallest);
+}
+
+void print_heading(const std::string &heading, int smallest)
+{
+    std::printf(" %*s", width(heading, smallest), heading.c_str());
+}
+
+void print_number(double number, int decimals, const std::string &heading, int smallest)
+{
+    std::printf(" %*.*f", width(heading, smallest), decimals, number);
+}
+
+constexpr int message_width = 22;
+constexpr int base_width = 12;
+constexpr int ratio_width = 10;
+constexpr int each_width = 18;
 
 }  // namespace
 
@@ -46,16 +64,47 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
 void RatioReporter::Finalize()
 {
     std::ranges::sort(messages_);
-    std::printf("%-22s %12s %10s %10s %18s\n", "", "floor, ns", "silenced", "null sink",
-                "silenced, ns/each");
+    for (const Table &table : tables_) {
+        print(table);
+    }
+}
+
+// 0 for what was not measured.
+double RatioReporter::time(const std::string &message, const std::string &variant) const
+{
+    const auto times = times_.find(message + "/" + variant);
+    return times == times_.end() ? 0 : median(times->second);
+}
+
+void RatioReporter::print(const Table &table) const
+{
+    if (!table.title.empty()) {
+        std::printf("\n%s\n", table.title.c_str());
+    }
+    const std::string base_heading = table.base + ", ns";
+    const std::string each_heading = table.each + ", ns/each";
+    std::printf("%-*s", message_width, "");
+    print_heading(base_heading, base_width);
+    for (const Column &column : table.columns) {
+        print_heading(column.variant, ratio_width);
+    }
+    print_heading(each_heading, each_width);
+    std::printf("\n");
+
     for (const std::string &message : messages_) {
-        const double floor = median(times_[message + "/floor"]);
-        if (floor == 0) {
-            continue;  // a filter on the command line left it out
+        const double base = time(message, table.base);
+        if (base == 0) {
+            continue;  // of another table, or left out by a filter on the command line
         }
-        const double silenced = median(times_[message + "/silenced"]);
-        std::printf("%-22s %12.1f %10.2f %10.2f %18.1f\n", message.c_str(), floor, silenced / floor,
-                    median(times_[message + "/null sink"]) / floor, silenced / elements_[message]);
+        std::printf("%-*s", message_width, message.c_str());
+        print_number(base, 1, base_heading, base_width);
+        for (const Column &column : table.columns) {
+            print_number(time(message, column.variant) / time(message, column.to), 2,
+                         column.variant, ratio_width);
+        }
+        print_number(time(message, table.each) / elements_.at(message), 1, each_heading,
+                     each_width);
+        std::printf("\n");
     }
 }
 
