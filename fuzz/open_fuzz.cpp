@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Opening: whatever the bytes are, nothing but them is read, and all memory stays within its bound
+// and comes back. What is opened holds what the contract's reader makes of the bytes; what is
+// refused has a true fault. The length field is put right, unless the first reserved byte is set.
+#include <cstring>
+#include <numeric>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "mdm/ipc.h"
+#include "message.hpp"
+#include "support/allocation_trace.hpp"
+#include "support/walk.hpp"
+
+namespace {
+
+using mdm::fuzz::Block;
+using mdm::fuzz::Opened;
+using mdm::fuzz::promise;
+using mdm::fuzz::promise_same;
+using mdm::test::AllocationTrace;
+using mdm::test::describe;
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr size_t memory_for_each_byte = sizeof(void *) == 8 ? 10 : 6;
+constexpr size_t memory_for_all = 4096;
+
+// What the contract's reader makes of the bytes, and takes back what it leaks.
+std::string deserialized(const Block &bytes)
+{
+    const mdm::fuzz::Silence silence;
+    mdm_msg_t msg{};
+    AllocationTrace trace;
+    const int32_t result = ipc_deserialize(&msg, bytes.data(), bytes.size());
+    trace.stop();
+    promise(result == MDM_RESULT_SUCCESS, "what is opened can be deserialised");
+    std::string description = describe(msg);
+    mdm::test::release_blocks(trace.kept());
+    return description;
+}
+
+struct Attempt {
+    Opened msg;
+    ipc_fault_t fault;
+};
+
+Attempt open(const Block &bytes)
+{
+    ipc_fault_t fault = mdm::fuzz::untouched_fault();
+    AllocationTrace trace;
+    Opened msg(ipc_open(bytes.data(), bytes.size(), &fault));
+    trace.stop();
+    const std::vector<size_t> sizes = trace.allocated_sizes();
+    promise(std::accumulate(sizes.begin(), sizes.end(), size_t{0}) <=
+                bytes.size() * memory_for_each_byte + memory_for_all,
+            "memory stays within its bound");
+    promise(msg != nullptr || trace.kept().empty(), "a refusal keeps no memory");
+    return {std::move(msg), fault};
+}
+
+// Of the envelope only the lengths are a matter of bytes that are missing.
+bool is_of_envelope(const ipc_fault_t &fault)
+{
+    return std::string_view(fault.path) == "header.length" ||
+           std::string_view(fault.path) == "header.type";
+}
+
+bool has_same_place(const ipc_fault_t &left, const ipc_fault_t &right)
+{
+    return left.offset == right.offset && std::strcmp(left.path, right.path) == 0;
+}
+
+ipc_fault_t fault_with(Bytes message, size_t more)
+{
+    message.resize(message.size() + more);
+    mdm::fuzz::correct_length(message);
+    const Attempt attempt = open(Block(message));
+    mdm::fuzz::take_critical_lines();
+    return attempt.fault;
+}
+
+// With one byte less than is missing the message is refused at the same place, and with all of them
+// at a later one, if at all.
+void promise_truly_needed(const Bytes &message, const ipc_fault_t &fault)
+{
+    const uint32_t missing = fault.needed - fault.left;
+    if (missing > mdm::fuzz::largest_message - message.size()) {
+        return;
+    }
+    const ipc_fault_t one_less = fault_with(message, missing - 1);
+    promise(has_same_place(one_less, fault) && one_less.needed == fault.needed,
+            "less than what is needed is not enough");
+    const ipc_fault_t none = fault_with(message, missing);
+    promise(!has_same_place(none, fault), "what is needed is enough");
+}
+
+void promise_true(const Bytes &message, const ipc_fault_t &fault)
+{
+    promise(fault.path != nullptr, "a fault has a path");
+    promise(fault.offset + fault.left == message.size(), "a fault's place is in the bytes");
+    mdm::fuzz::promise_logged(fault);
+    if (!is_of_envelope(fault)) {
+        promise(fault.needed > fault.left, "more was needed than was left");
+        promise_truly_needed(message, fault);
+    }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size > mdm::fuzz::largest_message) {
+        return 0;
+    }
+    Bytes message(data, data + size);
+    if (mdm::fuzz::byte_at(message, mdm::fuzz::first_reserved_offset) == 0) {
+        mdm::fuzz::correct_length(message);
+    }
+    const Block bytes(message);
+    const Attempt attempt = open(bytes);
+    if (attempt.msg == nullptr) {
+        promise_true(message, attempt.fault);
+    } else {
+        promise(mdm::fuzz::is_untouched(attempt.fault), "nothing is at fault in what is opened");
+        mdm::fuzz::take_critical_lines();
+        promise_same(describe(*attempt.msg), deserialized(bytes),
+                     "both readers find the same fields");
+    }
+    promise(bytes.holds(message), "the bytes are not changed");
+    return 0;
+}

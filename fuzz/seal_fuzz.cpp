@@ -1,0 +1,332 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Sealing: a message is opened, disturbed as the input says, and sealed. What is sealed is what
+// ipc_serialize() returns, and opens with the same fields; what is refused is as it was. The length
+// field is put right. The second reserved byte is the number of steps that disturb; each takes the
+// last three bytes of the input off the message.
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mdm/ipc.h"
+#include "message.hpp"
+#include "parts.hpp"
+#include "support/walk.hpp"
+
+namespace {
+
+using mdm::fuzz::Block;
+using mdm::fuzz::ListPart;
+using mdm::fuzz::Opened;
+using mdm::fuzz::Owned;
+using mdm::fuzz::Parts;
+using mdm::fuzz::parts_of;
+using mdm::fuzz::promise;
+using mdm::fuzz::promise_same;
+using mdm::test::describe;
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr size_t step_size = 3;
+constexpr size_t most_steps = 8;
+
+// Some categories add as many zeros to a message: more of them would be slow, and nothing else.
+constexpr int32_t largest_data_size = 65536;
+
+struct Step {
+    uint8_t kind;
+    uint8_t which;
+    uint8_t how;
+};
+
+std::vector<Step> take_steps(Bytes &message)
+{
+    std::vector<Step> steps;
+    size_t count = mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset);
+    for (count %= most_steps + 1; count > 0 && message.size() >= step_size; --count) {
+        const auto step = message.end() - step_size;
+        steps.push_back({step[0], step[1], step[2]});
+        message.erase(step, message.end());
+    }
+    return steps;
+}
+
+// An opened message that a sender has changed before it sends it on.
+class Disturbed {
+public:
+    explicit Disturbed(mdm_msg_t &msg) : parts_(parts_of(msg)) {}
+    ~Disturbed() { std::for_each(cells_.begin(), cells_.end(), g_list_free_1); }
+    Disturbed(const Disturbed &) = delete;
+    Disturbed &operator=(const Disturbed &) = delete;
+
+    void disturb(const Step &step)
+    {
+        change(step);
+        // In some categories a negative size, or none, takes the payload away.
+        const bool has_payload = parts_.data_size == nullptr || *parts_.data_size > 0;
+        keeps_its_fields_ = keeps_its_fields_ && has_payload;
+    }
+
+    // Whether a receiver still finds the same fields.
+    bool keeps_its_fields() const { return keeps_its_fields_; }
+
+private:
+    void change(const Step &step)
+    {
+        switch (step.kind % 6) {
+        case 0:
+            return change_text(step);
+        case 1:
+            return change_data_size(step);
+        case 2:
+            return remove(step);
+        case 3:
+            return change_element(step);
+        case 4:
+            return enter_list(step);
+        default:
+            return lengthen_list(step);
+        }
+    }
+
+    static char *some_text(uint8_t how)
+    {
+        static std::string nothing;
+        static std::string letter = "x";
+        static std::string letters(300, 'y');
+        const std::array texts = {static_cast<char *>(nullptr), nothing.data(), letter.data(),
+                                  letters.data()};
+        return texts[how % texts.size()];
+    }
+
+    void change_text(const Step &step)
+    {
+        if (!parts_.texts.empty()) {
+            *parts_.texts[step.which % parts_.texts.size()] = some_text(step.how);
+        }
+    }
+
+    void change_data_size(const Step &step)
+    {
+        if (parts_.data_size == nullptr) {
+            return;
+        }
+        constexpr auto least = std::numeric_limits<int32_t>::min();
+        const int32_t size = *parts_.data_size;
+        const std::array sizes = {0, 1, -1, least, size / 2, 7, 8, 12, 400, largest_data_size};
+        const int32_t changed = std::min(sizes[step.how % sizes.size()], parts_.largest_data_size);
+        // Of what was longer no terminator is left.
+        const bool is_cut = parts_.takes_data_size_for_length && changed != size;
+        keeps_its_fields_ = keeps_its_fields_ && !is_cut;
+        *parts_.data_size = changed;
+    }
+
+    void remove(const Step &step)
+    {
+        if (!parts_.removals.empty()) {
+            parts_.removals[step.which % parts_.removals.size()]();
+            keeps_its_fields_ = false;
+        }
+    }
+
+    ListPart *some_list(const Step &step)
+    {
+        return parts_.lists.empty() ? nullptr : &parts_.lists[step.which % parts_.lists.size()];
+    }
+
+    // Null for an empty list.
+    static GList *some_cell(const ListPart &list, uint8_t how)
+    {
+        const guint length = g_list_length(list.head);
+        return length == 0 ? nullptr : g_list_nth(list.head, how % length);
+    }
+
+    static void *some_element(const ListPart &list, uint8_t how)
+    {
+        return list.holds_texts ? some_text(how) : nullptr;
+    }
+
+    void change_element(const Step &step)
+    {
+        ListPart *list = some_list(step);
+        GList *cell = list == nullptr ? nullptr : some_cell(*list, step.how / 4);
+        if (cell != nullptr) {
+            cell->data = some_element(*list, step.how);
+        }
+    }
+
+    // The list is then known by a cell that is not its first, or by none.
+    void enter_list(const Step &step)
+    {
+        ListPart *list = some_list(step);
+        if (list != nullptr) {
+            list->head = step.how == 0 ? nullptr : some_cell(*list, step.how);
+            list->replace(list->head);
+            keeps_its_fields_ = false;
+        }
+    }
+
+    void lengthen_list(const Step &step)
+    {
+        ListPart *list = some_list(step);
+        if (list != nullptr) {
+            GList *cell = g_list_append(nullptr, some_element(*list, step.how));
+            cells_.push_back(cell);
+            list->head = g_list_concat(list->head, cell);
+            list->replace(list->head);
+        }
+    }
+
+    Parts parts_;
+    bool keeps_its_fields_ = true;
+    std::vector<GList *> cells_;
+};
+
+int32_t data_size_of(mdm_msg_t &msg)
+{
+    const Parts parts = parts_of(msg);
+    return parts.data_size == nullptr ? 0 : *parts.data_size;
+}
+
+bool has_null_element(const ListPart &list)
+{
+    return g_list_find(list.head, nullptr) != nullptr;
+}
+
+// Whether an opened message has all that it needs to be sent on. A negative size may be added to.
+bool is_whole(mdm_msg_t &msg)
+{
+    const Parts parts = parts_of(msg);
+    return parts.has_category && !parts.is_incomplete && !parts.is_raw_record &&
+           data_size_of(msg) >= 0 &&
+           std::none_of(parts.lists.begin(), parts.lists.end(), has_null_element);
+}
+
+bool is_empty(const void *text)
+{
+    return text != nullptr && *static_cast<const char *>(text) == '\0';
+}
+
+// Empty texts arrive as null; in one category's lists they do not arrive at all.
+void receive_empty_texts(mdm_msg_t &msg)
+{
+    const Parts parts = parts_of(msg);
+    for (char **text : parts.texts) {
+        *text = is_empty(*text) ? nullptr : *text;
+    }
+    if (parts.data_text != nullptr && is_empty(*parts.data_text)) {
+        *parts.data_text = nullptr;
+    }
+    for (const ListPart &list : parts.lists) {
+        GList *head = list.head;
+        for (GList *cell = head; list.holds_texts && cell != nullptr;) {
+            GList *next = cell->next;
+            if (is_empty(cell->data) && parts.drops_empty_texts) {
+                head = g_list_remove_link(head, cell);
+            } else if (is_empty(cell->data)) {
+                cell->data = nullptr;
+            }
+            cell = next;
+        }
+        list.replace(head);
+    }
+}
+
+void promise_same_fields(mdm_msg_t &sent, mdm_msg_t &received)
+{
+    receive_empty_texts(sent);
+    const Parts parts = parts_of(received);
+    if (parts.data_size != nullptr) {  // of some records the receiver states its own
+        *parts_of(sent).data_size = *parts.data_size;
+    }
+    promise_same(describe(sent), describe(received), "what is sealed arrives");
+}
+
+// All of a record, as a copy of its bytes has it.
+std::string_view bytes_of(const mdm_msg_t &msg)
+{
+    return {reinterpret_cast<const char *>(&msg), sizeof msg};
+}
+
+// Sizing stores a `data_size`, in some categories a sum: both paths begin with the same.
+void promise_serialized(const mdm_msg_t &before, const mdm_msg_t &after, const Block &sealed)
+{
+    mdm_msg_t msg;
+    std::memcpy(&msg, &before, sizeof msg);
+    uint32_t length = 0;
+    const Owned<uint8_t> bytes(ipc_serialize(&msg, &length));
+    promise(sealed.holds({bytes.get(), length}), "what is sealed is what is serialised");
+    promise(bytes_of(msg) == bytes_of(after), "both store the same size");
+}
+
+void promise_openable(mdm_msg_t &msg, const Block &sealed, bool keeps_its_fields)
+{
+    const Opened received(ipc_open(sealed.data(), sealed.size(), nullptr));
+    promise(received != nullptr, "what is sealed can be opened");
+    const std::string fields = describe(*received);
+    if (keeps_its_fields) {
+        promise_same_fields(msg, *received);
+    }
+}
+
+// A refusal leaves the message as it was.
+void promise_refused(const mdm_msg_t &before, const mdm_msg_t &msg, const ipc_fault_t &fault)
+{
+    promise(bytes_of(before) == bytes_of(msg), "what is refused is as it was");
+    promise(!mdm::fuzz::is_untouched(fault) && fault.path != nullptr, "a refusal has a fault");
+    mdm::fuzz::promise_logged(fault);
+}
+
+void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
+{
+    constexpr uint32_t untouched = 0x5A5A5A5A;
+    mdm_msg_t before;
+    std::memcpy(&before, &msg, sizeof msg);
+    const int32_t data_size = data_size_of(msg);
+    uint32_t length = untouched;
+    ipc_fault_t fault = mdm::fuzz::untouched_fault();
+    const Owned<uint8_t> bytes(ipc_seal(&msg, &length, &fault));
+    if (bytes == nullptr) {
+        promise(!must_succeed, "what was opened and is whole can be sealed");
+        promise(length == untouched, "a refusal has no length");
+        return promise_refused(before, msg, fault);
+    }
+    promise(mdm::fuzz::is_untouched(fault), "nothing is at fault in what is sealed");
+    // A size that is added to a negative one may come to none: then no payload is sent.
+    const bool has_lost_size = data_size != 0 && data_size_of(msg) == 0;
+    const Block sealed({bytes.get(), length});
+    promise_serialized(before, msg, sealed);
+    promise_openable(msg, sealed, keeps_its_fields && !has_lost_size);
+}
+
+bool is_for_sealing(mdm_msg_t &msg)
+{
+    return data_size_of(msg) <= largest_data_size;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size > mdm::fuzz::largest_message) {
+        return 0;
+    }
+    Bytes message(data, data + size);
+    const std::vector<Step> steps = take_steps(message);
+    mdm::fuzz::correct_length(message);
+    const Block bytes(message);
+    const Opened msg(ipc_open(bytes.data(), bytes.size(), nullptr));
+    mdm::fuzz::take_critical_lines();
+    if (msg == nullptr || !is_for_sealing(*msg)) {
+        return 0;
+    }
+    Disturbed disturbed(*msg);
+    std::for_each(steps.begin(), steps.end(), [&](const Step &step) { disturbed.disturb(step); });
+    seal(*msg, steps.empty() && is_whole(*msg), disturbed.keeps_its_fields());
+    mdm::fuzz::take_critical_lines();
+    return 0;
+}
