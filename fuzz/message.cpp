@@ -3,10 +3,14 @@
 
 #include <string>
 
+#include "mdm_wire.hpp"
+
 namespace mdm::fuzz {
 namespace {
 
+constexpr size_t length_offset = 0;
 constexpr uint32_t uncounted_size = 8;
+constexpr size_t text_offset = 16;
 constexpr const char *no_path = "untouched";
 
 bool mentions(const std::string &line, const std::string &text)
@@ -23,13 +27,18 @@ uint8_t byte_at(std::span<const uint8_t> bytes, size_t offset)
 
 void correct_length(std::vector<uint8_t> &message)
 {
-    if (message.size() < sizeof(uint32_t)) {
-        return;
+    if (message.size() >= word_size) {
+        store_u32(message.data() + length_offset,
+                  static_cast<uint32_t>(message.size()) - uncounted_size);
     }
-    uint32_t field = static_cast<uint32_t>(message.size()) - uncounted_size;
-    for (size_t i = 0; i < sizeof field; ++i) {
-        message[length_offset + i] = static_cast<uint8_t>(field);
-        field >>= 8;
+}
+
+void lengthen_text(std::vector<uint8_t> &message, uint8_t letters)
+{
+    if (message.size() >= text_offset + word_size) {
+        uint8_t *count = message.data() + text_offset;
+        store_u32(count, load_u32(count) + letters);
+        message.insert(message.begin() + text_offset + word_size, letters, 'x');
     }
 }
 

@@ -14,7 +14,6 @@
 
 namespace mdm::fuzz {
 
-inline constexpr size_t length_offset = 0;
 inline constexpr size_t first_reserved_offset = 6;
 inline constexpr size_t second_reserved_offset = 7;
 
@@ -25,6 +24,9 @@ uint8_t byte_at(std::span<const uint8_t> bytes, size_t offset);
 
 // Puts the length field right, if there is room for one.
 void correct_length(std::vector<uint8_t> &message);
+
+// Puts letters in front of the header's text, if there is room for its count.
+void lengthen_text(std::vector<uint8_t> &message, uint8_t letters);
 
 struct Close {
     void operator()(mdm_msg_t *msg) const { ipc_close(msg); }

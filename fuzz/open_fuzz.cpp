@@ -2,7 +2,8 @@
 //
 // Opening: whatever the bytes are, nothing but them is read, and all memory stays within its bound
 // and comes back. What is opened holds what the contract's reader makes of the bytes; what is
-// refused has a true fault. The length field is put right, unless the first reserved byte is set.
+// refused has a true fault. The length field is put right, unless the first reserved byte is set; the
+// second one says how many letters are put into the header's text.
 #include <cstring>
 #include <numeric>
 #include <string>
@@ -88,7 +89,7 @@ ipc_fault_t fault_with(Bytes message, size_t more)
 void promise_truly_needed(const Bytes &message, const ipc_fault_t &fault)
 {
     const uint32_t missing = fault.needed - fault.left;
-    if (missing > mdm::fuzz::largest_message - message.size()) {
+    if (uint64_t{missing} + message.size() > mdm::fuzz::largest_message) {
         return;
     }
     const ipc_fault_t one_less = fault_with(message, missing - 1);
@@ -117,6 +118,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     }
     Bytes message(data, data + size);
+    mdm::fuzz::lengthen_text(message,
+                             mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset));
     if (mdm::fuzz::byte_at(message, mdm::fuzz::first_reserved_offset) == 0) {
         mdm::fuzz::correct_length(message);
     }

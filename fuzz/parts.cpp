@@ -179,9 +179,16 @@ void removable(Parts &parts, Info &info)
     parts.removals.emplace_back([&info] { info.data = nullptr; });
 }
 
+template <class Info>
+bool lacks_payload(const Info &info)
+{
+    return info.data == nullptr && info.data_size > 0;
+}
+
 template <class Record, class Info>
 void record(Parts &parts, Info &info)
 {
+    parts.lacks_payload = lacks_payload(info);
     if (info.data != nullptr) {
         add(parts, *static_cast<Record *>(info.data));
         removable(parts, info);
@@ -221,6 +228,7 @@ void records(Parts &parts, Info &info)
 template <class Info>
 void raw(Parts &parts, Info &info)
 {
+    parts.lacks_payload = lacks_payload(info);
     if (info.data != nullptr) {
         parts.takes_data_size_for_length = true;
         parts.largest_data_size = info.data_size;
@@ -231,6 +239,7 @@ void raw(Parts &parts, Info &info)
 // A text in `data` itself.
 void text(Parts &parts, mdm_kiosk_info_t &info)
 {
+    parts.lacks_payload = lacks_payload(info);
     if (info.data != nullptr) {
         parts.data_text = &info.data;
         removable(parts, info);
@@ -456,6 +465,7 @@ void body(Parts &parts, mdm_container_info_t &info)
     case 628:
         return record<mdm_container_item_t>(parts, info);
     case 629:
+        parts.lacks_payload = lacks_payload(info);
         if (info.data != nullptr) {
             add_texts(parts, static_cast<mdm_container_item_t *>(info.data)->str1);
             removable(parts, info);

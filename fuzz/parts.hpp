@@ -36,6 +36,8 @@ struct Parts {
     bool drops_empty_texts = false;
     // What is announced is not there, or not as long as it is announced.
     bool is_incomplete = false;
+    // `data` is null where nothing but a payload of `data_size` bytes will do.
+    bool lacks_payload = false;
     // `data` holds raw bytes where a sender's would hold a record.
     bool is_raw_record = false;
 };

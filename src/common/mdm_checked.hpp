@@ -48,6 +48,9 @@ protected:
 
     size_t left() const { return static_cast<size_t>(end_ - position_); }
 
+    // Of a cursor that has failed not even nothing is left.
+    bool is_left(size_t count) const { return position_ != nullptr && count <= left(); }
+
     // Whether `count` more bytes are there for the field.
     bool has(uint64_t count, const char *path)
     {
@@ -207,7 +210,7 @@ private:
     bool fields_at_once(const Record &record, const FieldList<Record, Fields...> &list,
                         std::index_sequence<index...> /*all*/)
     {
-        if (smallest_size(list) > left()) [[unlikely]] {
+        if (!is_left(smallest_size(list))) [[unlikely]] {
             return false;
         }
         Claim claim{position(), left() - smallest_size(list)};
@@ -380,7 +383,7 @@ private:
     bool fields_at_once(Record &record, const FieldList<Record, Fields...> &list,
                         std::index_sequence<index...> /*all*/)
     {
-        if (smallest_size(list) > left()) [[unlikely]] {
+        if (!is_left(smallest_size(list))) [[unlikely]] {
             return false;
         }
         Claim claim{position(), left() - smallest_size(list), region_.text()};

@@ -36,8 +36,8 @@ constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(security);
 const char *unsound_part(const mdm_security_info_t &info)
 {
     const Shape shape = shape_of(info.type);
-    if (shape == Shape::raw) {
-        return lacks_positive_payload(info) ? "security.data" : nullptr;
+    if (shape != Shape::item && lacks_positive_payload(info)) {
+        return "security.data";
     }
     return shape == Shape::accounts && has_null_element(info.data) ? "security.accounts" : nullptr;
 }

@@ -487,8 +487,8 @@ TEST(SealSecurity, RefusesMissingStringsAndNullElements)
     const Cells null_last = cells({a, nullptr});
     const Cells null_alone = cells({nullptr});
     const Cells strings = cells({a, borrowed(""), bc});
-    security.is_refused({68, 69}, {{1, nullptr, {52, 0, 4, "security.data"}},
-                                   {INT32_MAX, nullptr, {52, 0, 4, "security.data"}},
+    security.is_refused({68, 69}, {{1, nullptr, missing("security.data")},
+                                   {INT32_MAX, nullptr, missing("security.data")},
                                    {0, null_first.get(), {52, 0, 4, "security.strings"}},
                                    {0, null_between.get(), {52, 0, 9, "security.strings"}},
                                    {-1, null_last.get(), {52, 0, 9, "security.strings"}},
@@ -504,7 +504,7 @@ TEST(SealSecurity, RefusesMissingAccountsAndNullElements)
     const Cells null_between = cells({&account, nullptr, &account});
     const Cells null_alone = cells({nullptr});
     const Cells accounts = cells({&account, &account});
-    security.is_refused({70, 71}, {{1, nullptr, {52, 0, 4, "security.data"}},
+    security.is_refused({70, 71}, {{1, nullptr, missing("security.data")},
                                    {0, null_between.get(), missing("security.accounts")},
                                    {1, null_alone.get(), missing("security.accounts")}});
     security.is_sealed({70, 71}, {{0, nullptr}, {0, accounts.get()}, {INT32_MIN, accounts.get()}});
