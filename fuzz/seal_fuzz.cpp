@@ -287,7 +287,6 @@ void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
     mdm_msg_t before;
     std::memcpy(&before, &msg, sizeof msg);
     const int32_t data_size = data_size_of(msg);
-    const bool lacks_payload = parts_of(msg).lacks_payload;
     uint32_t length = untouched;
     ipc_fault_t fault = mdm::fuzz::untouched_fault();
     const Owned<uint8_t> bytes(ipc_seal(&msg, &length, &fault));
@@ -297,7 +296,7 @@ void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
         return promise_refused(before, msg, fault);
     }
     promise(mdm::fuzz::is_untouched(fault), "nothing is at fault in what is sealed");
-    promise(!lacks_payload, "a missing payload is not sealed");
+    promise(!parts_of(msg).lacks_payload, "a missing payload is not announced");
     // A size that is added to a negative one may come to none: then no payload is sent.
     const bool has_lost_size = data_size != 0 && data_size_of(msg) == 0;
     const Block sealed({bytes.get(), length});

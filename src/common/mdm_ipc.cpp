@@ -19,7 +19,7 @@ namespace mdm {
         }                                                              \
     }
 
-constinit const std::array<MessageRow, last_message_type + 1> message_rows = [] {
+constexpr std::array<MessageRow, last_message_type + 1> message_rows = [] {
     std::array<MessageRow, last_message_type + 1> rows{};
     rows[1] = rows[2] = MDM_ROW(admin);
     rows[3] = rows[4] = MDM_ROW(pwd);

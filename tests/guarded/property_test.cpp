@@ -90,8 +90,8 @@ using Opened = std::unique_ptr<mdm_msg_t, CloseMessage>;
 // gone when the message is looked at.
 Opened opened(const Bytes &bytes, ipc_fault_t *fault = nullptr)
 {
-    const Bytes copy(bytes);
-    return Opened(ipc_open(copy.data(), static_cast<uint32_t>(copy.size()), fault));
+    const auto copy = std::make_unique<Bytes>(bytes);
+    return Opened(ipc_open(copy->data(), static_cast<uint32_t>(copy->size()), fault));
 }
 
 bool can_be_opened(const Bytes &bytes)
@@ -106,7 +106,7 @@ std::string description_of_deserialized(const Bytes &bytes)
     const int32_t result = deserialize(msg, bytes);
     trace.stop();
     RC_ASSERT(result == 0);
-    const std::string description = describe(msg);
+    std::string description = describe(msg);
     release_blocks(trace.kept());
     return description;
 }
