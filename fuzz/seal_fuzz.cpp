@@ -3,7 +3,7 @@
 // Sealing: a message is opened, disturbed as the input says, and sealed. What is sealed is what
 // ipc_serialize() returns, and opens with the same fields; what is refused is as it was. The length
 // field is put right. The second reserved byte is the number of steps that disturb; each takes the
-// last three bytes of the input off the message.
+// last three bytes of the input off the message. 255 stands for every step, one at a time.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -33,6 +33,9 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr size_t step_size = 3;
 constexpr size_t most_steps = 8;
+constexpr uint8_t every_step = 255;
+constexpr uint8_t kinds_of_steps = 6;
+constexpr uint8_t ways_of_steps = 10;
 
 // Some categories add as many zeros to a message: more of them would be slow, and nothing else.
 constexpr int32_t largest_data_size = 65536;
@@ -43,10 +46,9 @@ struct Step {
     uint8_t how;
 };
 
-std::vector<Step> take_steps(Bytes &message)
+std::vector<Step> take_steps(Bytes &message, size_t count)
 {
     std::vector<Step> steps;
-    size_t count = mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset);
     for (count %= most_steps + 1; count > 0 && message.size() >= step_size; --count) {
         const auto step = message.end() - step_size;
         steps.push_back({step[0], step[1], step[2]});
@@ -77,7 +79,7 @@ public:
 private:
     void change(const Step &step)
     {
-        switch (step.kind % 6) {
+        switch (step.kind % kinds_of_steps) {
         case 0:
             return change_text(step);
         case 1:
@@ -309,6 +311,33 @@ bool is_for_sealing(mdm_msg_t &msg)
     return data_size_of(msg) <= largest_data_size;
 }
 
+void seal_after(const std::vector<Step> &steps, Bytes message)
+{
+    mdm::fuzz::correct_length(message);
+    const Block bytes(message);
+    const Opened msg(ipc_open(bytes.data(), bytes.size(), nullptr));
+    mdm::fuzz::take_critical_lines();
+    if (msg == nullptr || !is_for_sealing(*msg)) {
+        return;
+    }
+    Disturbed disturbed(*msg);
+    std::for_each(steps.begin(), steps.end(), [&](const Step &step) { disturbed.disturb(step); });
+    seal(*msg, steps.empty() && is_whole(*msg), disturbed.keeps_its_fields());
+    mdm::fuzz::take_critical_lines();
+}
+
+void seal_after_every_step(const Bytes &message)
+{
+    seal_after({}, message);
+    for (uint8_t kind = 0; kind < kinds_of_steps; ++kind) {
+        for (uint8_t which = 0; which < 2; ++which) {
+            for (uint8_t how = 0; how < ways_of_steps; ++how) {
+                seal_after({{kind, which, how}}, message);
+            }
+        }
+    }
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -317,17 +346,12 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     }
     Bytes message(data, data + size);
-    const std::vector<Step> steps = take_steps(message);
-    mdm::fuzz::correct_length(message);
-    const Block bytes(message);
-    const Opened msg(ipc_open(bytes.data(), bytes.size(), nullptr));
-    mdm::fuzz::take_critical_lines();
-    if (msg == nullptr || !is_for_sealing(*msg)) {
-        return 0;
+    const uint8_t count = mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset);
+    if (count == every_step) {
+        seal_after_every_step(message);
+    } else {
+        const std::vector<Step> steps = take_steps(message, count);
+        seal_after(steps, message);
     }
-    Disturbed disturbed(*msg);
-    std::for_each(steps.begin(), steps.end(), [&](const Step &step) { disturbed.disturb(step); });
-    seal(*msg, steps.empty() && is_whole(*msg), disturbed.keeps_its_fields());
-    mdm::fuzz::take_critical_lines();
     return 0;
 }

@@ -1,12 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Writes a message of every category and every shape into a directory, one file each.
+// Writes a message of every category and every shape into a directory, one file each, and beside it
+// the same with 255 in the second reserved byte.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <string>
+#include <vector>
 
+#include "message.hpp"
 #include "support/shapes.hpp"
+
+namespace {
+
+void write(const std::filesystem::path &path, const std::vector<uint8_t> &bytes)
+{
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char *>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file) {
+        std::fprintf(stderr, "cannot write %s\n", path.c_str());
+        std::exit(EXIT_FAILURE);
+    }
+}
+
+}  // namespace
 
 int main(int argc, char **argv)
 {
@@ -14,15 +34,11 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "usage: %s DIRECTORY\n", argv[0]);
         return EXIT_FAILURE;
     }
-    for (const mdm::test::GoodMessage &message : mdm::test::good_messages()) {
-        std::ofstream file(std::filesystem::path(argv[1]) / message.name, std::ios::binary);
-        file.write(reinterpret_cast<const char *>(message.bytes.data()),
-                   static_cast<std::streamsize>(message.bytes.size()));
-        file.close();
-        if (!file) {
-            std::fprintf(stderr, "cannot write %s\n", message.name.c_str());
-            return EXIT_FAILURE;
-        }
+    const std::filesystem::path directory = argv[1];
+    for (mdm::test::GoodMessage &message : mdm::test::good_messages()) {
+        write(directory / message.name, message.bytes);
+        message.bytes[mdm::fuzz::second_reserved_offset] = 255;
+        write(directory / (message.name + "-255"), message.bytes);
     }
     return EXIT_SUCCESS;
 }
