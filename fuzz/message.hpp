@@ -17,6 +17,9 @@ namespace mdm::fuzz {
 inline constexpr size_t first_reserved_offset = 6;
 inline constexpr size_t second_reserved_offset = 7;
 
+// In the second reserved byte: every variation that is worth it, one after the other.
+inline constexpr uint8_t every_one = 255;
+
 // Above this, blocks may be more than an allocation trace can hold, and nothing new is to be found.
 inline constexpr size_t largest_message = 4096;
 

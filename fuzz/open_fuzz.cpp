@@ -3,7 +3,8 @@
 // Opening: whatever the bytes are, nothing but them is read, and all memory stays within its bound
 // and comes back. What is opened holds what the contract's reader makes of the bytes; what is
 // refused has a true fault. The length field is put right, unless the first reserved byte is set; the
-// second one says how many letters are put into the header's text.
+// second one says how many letters are put into the header's text, so that what follows has another
+// place; 255 stands for every number up to 64.
 #include <cstring>
 #include <numeric>
 #include <string>
@@ -29,6 +30,8 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr size_t memory_for_each_byte = sizeof(void *) == 8 ? 10 : 6;
 constexpr size_t memory_for_all = 4096;
+
+constexpr uint8_t letters_to_sweep = 64;
 
 // What the contract's reader makes of the bytes, and takes back what it leaks.
 std::string deserialized(const Block &bytes)
@@ -110,16 +113,9 @@ void promise_true(const Bytes &message, const ipc_fault_t &fault)
     }
 }
 
-}  // namespace
-
-int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+void open_with(uint8_t letters, Bytes message)
 {
-    if (size > mdm::fuzz::largest_message) {
-        return 0;
-    }
-    Bytes message(data, data + size);
-    mdm::fuzz::lengthen_text(message,
-                             mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset));
+    mdm::fuzz::lengthen_text(message, letters);
     if (mdm::fuzz::byte_at(message, mdm::fuzz::first_reserved_offset) == 0) {
         mdm::fuzz::correct_length(message);
     }
@@ -134,5 +130,23 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
                      "both readers find the same fields");
     }
     promise(bytes.holds(message), "the bytes are not changed");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size > mdm::fuzz::largest_message) {
+        return 0;
+    }
+    const Bytes message(data, data + size);
+    const uint8_t letters = mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset);
+    if (letters != mdm::fuzz::every_one) {
+        open_with(letters, message);
+        return 0;
+    }
+    for (uint8_t i = 0; i <= letters_to_sweep; ++i) {
+        open_with(i, message);
+    }
     return 0;
 }

@@ -33,7 +33,8 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr size_t step_size = 3;
 constexpr size_t most_steps = 8;
-constexpr uint8_t every_step = 255;
+constexpr uint8_t change_of_element = 3;
+constexpr uint8_t entry_of_list = 4;
 constexpr uint8_t kinds_of_steps = 6;
 constexpr uint8_t ways_of_steps = 10;
 
@@ -86,9 +87,9 @@ private:
             return change_data_size(step);
         case 2:
             return remove(step);
-        case 3:
+        case change_of_element:
             return change_element(step);
-        case 4:
+        case entry_of_list:
             return enter_list(step);
         default:
             return lengthen_list(step);
@@ -336,6 +337,8 @@ void seal_after_every_step(const Bytes &message)
             }
         }
     }
+    // A list is entered behind an element that is missing.
+    seal_after({{change_of_element, 0, 0}, {entry_of_list, 0, 1}}, message);
 }
 
 }  // namespace
@@ -347,7 +350,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     Bytes message(data, data + size);
     const uint8_t count = mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset);
-    if (count == every_step) {
+    if (count == mdm::fuzz::every_one) {
         seal_after_every_step(message);
     } else {
         const std::vector<Step> steps = take_steps(message, count);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Writes a message of every category and every shape into a directory, one file each, and beside it
-// the same with 255 in the second reserved byte.
+// the same with every variation.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -37,8 +37,8 @@ int main(int argc, char **argv)
     const std::filesystem::path directory = argv[1];
     for (mdm::test::GoodMessage &message : mdm::test::good_messages()) {
         write(directory / message.name, message.bytes);
-        message.bytes[mdm::fuzz::second_reserved_offset] = 255;
-        write(directory / (message.name + "-255"), message.bytes);
+        message.bytes[mdm::fuzz::second_reserved_offset] = mdm::fuzz::every_one;
+        write(directory / (message.name + "-varied"), message.bytes);
     }
     return EXIT_SUCCESS;
 }
