@@ -138,11 +138,9 @@ public:
         fields(body, list);
     }
 
+    // A message that lacks them is refused before it is sized.
     void bytes(const void *data, int32_t count, const char *path)
     {
-        if (data == nullptr) {
-            return omit(path);
-        }
         if (has_length(count, 1, path)) {
             copy(data, static_cast<uint32_t>(count));
         }
@@ -237,14 +235,17 @@ private:
 };
 
 // Takes its memory from the message's region.
-class CheckedReader : public CheckedPosition<const uint8_t>, public ReadingSteps<CheckedReader> {
+// The region comes first: what is set before it allocates would be read back from memory.
+class CheckedReader : private Region,
+                      public CheckedPosition<const uint8_t>,
+                      public ReadingSteps<CheckedReader> {
 public:
     CheckedReader(const uint8_t *buffer, uint32_t length, uint32_t offset, ipc_fault_t &fault)
-        : CheckedPosition(buffer, length, offset, fault), region_(length)
+        : Region(length), CheckedPosition(buffer, length, offset, fault)
     {
     }
 
-    mdm_msg_t *message() const { return region_.message(); }
+    using Region::message;
 
     uint8_t u8(const char *path) { return has(sizeof(uint8_t), path) ? *pass(sizeof(uint8_t)) : 0; }
 
@@ -290,6 +291,16 @@ public:
         fields(body, list);
     }
 
+    // A new record with the listed fields read and every other byte zero.
+    template <class Record, class... Fields>
+    Record *record(const FieldList<Record, Fields...> &list)
+    {
+        auto *record = is_whole(list) ? static_cast<Record *>(Region::take(sizeof(Record), left()))
+                                      : make<Record>();
+        fields(*record, list);
+        return record;
+    }
+
     // One copy is enough, because nothing of a region is released on its own.
     static char *copy(char *text) { return text; }
 
@@ -297,7 +308,7 @@ public:
     Record *make()
     {
         static_assert(alignof(Record) <= alignof(void *));
-        return static_cast<Record *>(region_.take_zeroed(sizeof(Record), left()));
+        return static_cast<Record *>(Region::take_zeroed(sizeof(Record), left()));
     }
 
     template <class Record>
@@ -312,7 +323,7 @@ public:
             return {};
         }
         const auto size = static_cast<uint32_t>(count);
-        return {static_cast<char **>(region_.take_zeroed(size * sizeof(char *), left())), size};
+        return {static_cast<char **>(Region::take_zeroed(size * sizeof(char *), left())), size};
     }
 
     class List {
@@ -321,7 +332,7 @@ public:
 
         void append(void *element)
         {
-            auto *cell = static_cast<GList *>(in_.region_.take(sizeof(GList), in_.left()));
+            auto *cell = static_cast<GList *>(in_.Region::take(sizeof(GList), in_.left()));
             *cell = {element, nullptr, tail_};
             (tail_ == nullptr ? head_ : tail_->next) = cell;
             tail_ = cell;
@@ -386,12 +397,12 @@ private:
         if (!is_left(smallest_size(list))) [[unlikely]] {
             return false;
         }
-        Claim claim{position(), left() - smallest_size(list), region_.text()};
+        Claim claim{position(), left() - smallest_size(list), Region::text()};
         if (!(claim.take(std::get<index>(list.fields).of(record)) && ...)) {
             return false;
         }
         move_to(claim.position);
-        region_.text_to(claim.text);
+        Region::text_to(claim.text);
         return true;
     }
 
@@ -404,12 +415,10 @@ private:
 
     char *text(uint32_t length)
     {
-        char *text = copy_text(region_.text(), pass(length), length);
-        region_.text_to(text + length + 1);
+        char *text = copy_text(Region::text(), pass(length), length);
+        Region::text_to(text + length + 1);
         return text;
     }
-
-    Region region_;
 };
 
 }  // namespace mdm

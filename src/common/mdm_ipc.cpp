@@ -54,11 +54,6 @@ constexpr std::array<MessageRow, last_message_type + 1> message_rows = [] {
 
 namespace {
 
-// Behind a message stand a zero byte and four guard bytes; none of the five is sent.
-constexpr size_t trailer_size = 5;
-constexpr size_t guard_offset = 1;
-constexpr std::array<uint8_t, 4> guard = {0xF4, 0xF4, 0xF4, 0xF4};
-
 uint8_t *_set_ipc_head(uint8_t *buffer, const mdm_msg_t &msg)
 {
     Writer out(buffer + ipc_head::fields);
@@ -86,25 +81,13 @@ void check_footer(const uint8_t *buffer, uint8_t type)
 
 }  // namespace
 
-int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg)
-{
-    return static_cast<int32_t>(uncounted_size + size_of_fields(*msg, head_fields) +
-                                row.size(&msg->body));
-}
-
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
 {
     // Two checks, so that the log tells a nonsensical size from one that is merely too small.
     MDM_ASSERT(total >= 1, nullptr);
     MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
 
-    const auto size = static_cast<size_t>(total);
-    auto *buffer = static_cast<uint8_t *>(g_malloc0(size + trailer_size));
-    store_u32(buffer + ipc_head::length, static_cast<uint32_t>(total) - uncounted_size);
-    buffer[ipc_head::type] = msg.type;
-    buffer[ipc_head::hdr_byte] = msg.hdr_byte;
-    std::memcpy(buffer + size + guard_offset, guard.data(), guard.size());
-    return buffer;
+    return new_buffer(msg, static_cast<uint32_t>(total));
 }
 
 uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length)

@@ -3,8 +3,10 @@
 // The message envelope: what the trusting and the guarded path share of it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "mdm_ipc_handlers.hpp"
 
@@ -36,10 +38,31 @@ static_assert(smallest_length_field == 32);
 
 // The size of the whole message, as its size handler counts the body. That may be a negative number
 // of bytes; the sum wraps and is judged as a signed total.
-int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg);
+inline int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg)
+{
+    return static_cast<int32_t>(uncounted_size + size_of_fields(*msg, head_fields) +
+                                row.size(&msg->body));
+}
+
+// Behind a message stand a zero byte and four guard bytes; none of the five is sent.
+inline constexpr size_t trailer_size = 5;
+inline constexpr size_t guard_offset = 1;
+inline constexpr std::array<uint8_t, 4> guard = {0xF4, 0xF4, 0xF4, 0xF4};
 
 // A new buffer for a message of `total` bytes, with its length field, type byte, header byte and
-// guard bytes set; null for a total below 8.
+// guard bytes set.
+inline uint8_t *new_buffer(const mdm_msg_t &msg, uint32_t total)
+{
+    const size_t size = total;
+    auto *buffer = static_cast<uint8_t *>(g_malloc0(size + trailer_size));
+    store_u32(buffer + ipc_head::length, total - uncounted_size);
+    buffer[ipc_head::type] = msg.type;
+    buffer[ipc_head::hdr_byte] = msg.hdr_byte;
+    std::memcpy(buffer + size + guard_offset, guard.data(), guard.size());
+    return buffer;
+}
+
+// The same; null for a total below 8.
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total);
 
 // What the exported functions of the same names do once the row is known.

@@ -54,7 +54,7 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
     in.fields(*msg, head_fields);
     const GuardedRow &row = guarded_row(msg->type);
     if (in && row.open != nullptr) {
-        row.open(in, &msg->body);
+        row.open(in, msg->body);
     }
     if (!in) {
         Region::release(msg);
@@ -87,11 +87,11 @@ uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
         return nullptr;
     }
     const auto length = static_cast<uint32_t>(total);
-    uint8_t *buffer = _alloc_msg(*msg, total);
+    uint8_t *buffer = new_buffer(*msg, length);
     CheckedWriter out(buffer, length, ipc_head::fields, fault);
     out.fields(*msg, head_fields);
     if (out) {
-        guarded_row(msg->type).seal(out, &msg->body);
+        guarded_row(msg->type).seal(out, msg->body);
     }
     if (!out) {
         g_free(buffer);
@@ -126,7 +126,7 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
 {
     MDM_ENTER();
-    ipc_fault_t found{};
+    ipc_fault_t found;  // written on refusal
     mdm_msg_t *msg = mdm::open(buffer, length, found);
     if (msg == nullptr) {
         LOG_REFUSAL(found);
@@ -147,7 +147,7 @@ void ipc_close(mdm_msg_t *msg)
 uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault)
 {
     MDM_ENTER();
-    ipc_fault_t found{};
+    ipc_fault_t found;  // written on refusal
     uint8_t *buffer = mdm::seal(msg, out_length, found);
     if (buffer == nullptr) {
         LOG_REFUSAL(found);

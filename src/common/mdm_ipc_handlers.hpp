@@ -32,8 +32,8 @@ struct ipc_handler_row {
 };
 
 // The same for the guarded path, where a cursor tells of a failure.
-using OpenHandler = void(CheckedReader &in, mdm_body_t *body);
-using SealHandler = void(CheckedWriter &out, const mdm_body_t *body);
+using OpenHandler = void(CheckedReader &in, mdm_body_t &body);
+using SealHandler = void(CheckedWriter &out, const mdm_body_t &body);
 // Returns the path of what keeps a body from being sized safely, or its receiver from finding what
 // is announced; null for a sound body. Runs before the size handler, which follows its pointers.
 using UnsoundHandler = const char *(const mdm_body_t *body);
@@ -46,11 +46,13 @@ struct GuardedRow {
 
 inline constexpr uint8_t last_message_type = 80;
 
-struct MessageRow {
+// Seven pointers, and room for an eighth: so a shift finds a row.
+struct alignas(8 * sizeof(void *)) MessageRow {
     ipc_handler_row handlers;
     GuardedRow guarded;
 };
-extern const std::array<MessageRow, last_message_type + 1> message_rows;
+[[gnu::visibility("hidden")]] extern const std::array<MessageRow, last_message_type + 1>
+    message_rows;
 
 // The handlers of a message type from 0 to 80.
 inline const ipc_handler_row &handler_row(uint8_t type)
@@ -87,13 +89,13 @@ constexpr const char *unsound_part(const Info & /*info*/)
         const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));  \
         return done ? in.position() : nullptr;                                   \
     }                                                                            \
-    void _open_##category(CheckedReader &in, mdm_body_t *body)                   \
+    void _open_##category(CheckedReader &in, mdm_body_t &body)                   \
     {                                                                            \
-        _get_##category(in, &body->category);                                    \
+        _get_##category(in, &body.category);                                     \
     }                                                                            \
-    void _seal_##category(CheckedWriter &out, const mdm_body_t *body)            \
+    void _seal_##category(CheckedWriter &out, const mdm_body_t &body)            \
     {                                                                            \
-        if (!_set_##category(out, &body->category)) {                            \
+        if (!_set_##category(out, &body.category)) {                             \
             out.omit(#category ".data");                                         \
         }                                                                        \
     }                                                                            \

@@ -12,11 +12,6 @@ constexpr size_t growth = (sizeof(GList) + sizeof(void *)) / word_size;
 
 }  // namespace
 
-void *Region::take_zeroed(size_t size, size_t left)
-{
-    return std::memset(take(size, left), 0, size);
-}
-
 // Twice the newest block, but no more than what is left may need.
 void Region::grow(size_t size, size_t left)
 {
@@ -31,9 +26,9 @@ void Region::grow(size_t size, size_t left)
     end_ = reinterpret_cast<std::byte *>(block) + capacity_;
 }
 
-void Region::release(mdm_msg_t *msg)
+void Region::release_further(const Block *first)
 {
-    Block *block = first_block(msg);
+    Block *block = first->next;
     while (block != nullptr) {
         Block *next = block->next;
         g_free(block);

@@ -37,7 +37,14 @@ public:
     mdm_msg_t *message() const { return msg_; }
 
     // Gives back a message with all that belongs to it.
-    static void release(mdm_msg_t *msg);
+    static void release(mdm_msg_t *msg)
+    {
+        Block *first = first_block(msg);
+        if (first->next != nullptr) [[unlikely]] {
+            release_further(first);
+        }
+        g_free(first);
+    }
 
     // Aligned for whatever holds pointers. `left` bytes of the message may still ask for more.
     void *take(size_t size, size_t left)
@@ -52,7 +59,7 @@ public:
         return place;
     }
 
-    void *take_zeroed(size_t size, size_t left);
+    void *take_zeroed(size_t size, size_t left) { return std::memset(take(size, left), 0, size); }
 
     // Where the next text goes.
     char *text() const { return reinterpret_cast<char *>(text_); }
@@ -73,6 +80,7 @@ private:
     }
 
     void grow(size_t size, size_t left);
+    static void release_further(const Block *first);
 
     size_t capacity_;  // of the newest block
     mdm_msg_t *msg_;

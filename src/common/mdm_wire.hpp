@@ -210,6 +210,13 @@ constexpr uint32_t smallest_size(const FieldList<Record, Fields...> & /*list*/)
     return (smallest_size_of<typename Fields::Value>() + ...);
 }
 
+// Whether every byte of the record belongs to a listed field.
+template <class Record, class... Fields>
+constexpr bool is_whole(const FieldList<Record, Fields...> & /*list*/)
+{
+    return (sizeof(typename Fields::Value) + ...) == sizeof(Record);
+}
+
 template <class Record, class... Fields>
 uint32_t size_of_fields(const Record &record, const FieldList<Record, Fields...> &list)
 {
@@ -506,7 +513,7 @@ public:
         const int32_t count = self().count(path, smallest_size(list));
         auto records = self().new_list();
         for (int32_t i = 0; self() && i < count; ++i) {
-            records.append(record(list));
+            records.append(self().record(list));
         }
         return records.head();
     }
