@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The checked cursors: the steps of the trusting ones, for bytes and messages that nobody vouched
-// for. The first step that cannot be taken is kept as a fault, and ends the cursor: it stands
-// nowhere, with nothing left, so that every later step fails, too.
+// for. The first step that cannot be taken is kept as a fault, and ends the cursor: it has nothing
+// left, so that every later step fails, too.
 //
 // The fields of a record have a way of their own, because they are most of what travels: one
 // comparison claims all that has a fixed size, and each string costs one more. Only if not all of
@@ -40,16 +40,13 @@ public:
     {
     }
 
-    explicit operator bool() const { return position_ != nullptr; }
+    explicit operator bool() const { return !has_failed_; }
 
 protected:
     Byte *position() const { return position_; }
     void move_to(Byte *position) { position_ = position; }
 
     size_t left() const { return static_cast<size_t>(end_ - position_); }
-
-    // Of a cursor that has failed not even nothing is left.
-    bool is_left(size_t count) const { return position_ != nullptr && count <= left(); }
 
     // Whether `count` more bytes are there for the field.
     bool has(uint64_t count, const char *path)
@@ -81,13 +78,13 @@ protected:
 
     [[gnu::cold]] void fail(uint64_t needed, const char *path)
     {
-        if (position_ == nullptr) {
+        if (has_failed_) {
             return;  // the first fault counts
         }
         fault_ = {static_cast<uint32_t>(position_ - begin_), saturated(needed),
                   static_cast<uint32_t>(left()), path};
-        position_ = nullptr;
-        end_ = nullptr;
+        has_failed_ = true;
+        end_ = position_;
     }
 
 private:
@@ -95,6 +92,7 @@ private:
     Byte *position_;
     Byte *end_;
     ipc_fault_t &fault_;
+    bool has_failed_ = false;
 };
 
 class CheckedWriter : public CheckedPosition<uint8_t>, public WritingSteps<CheckedWriter> {
@@ -208,7 +206,7 @@ private:
     bool fields_at_once(const Record &record, const FieldList<Record, Fields...> &list,
                         std::index_sequence<index...> /*all*/)
     {
-        if (!is_left(smallest_size(list))) [[unlikely]] {
+        if (smallest_size(list) > left()) [[unlikely]] {
             return false;
         }
         Claim claim{position(), left() - smallest_size(list)};
@@ -394,7 +392,7 @@ private:
     bool fields_at_once(Record &record, const FieldList<Record, Fields...> &list,
                         std::index_sequence<index...> /*all*/)
     {
-        if (!is_left(smallest_size(list))) [[unlikely]] {
+        if (smallest_size(list) > left()) [[unlikely]] {
             return false;
         }
         Claim claim{position(), left() - smallest_size(list), Region::text()};
