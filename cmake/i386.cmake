@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Cross build for 32-bit x86, against the sysroot that ./dev fuzz-all makes. A kernel for 64 bits
+# Cross build for 32-bit x86, against the sysroot that ./dev makes to fuzz. A kernel for 64 bits
 # runs the programs as they are; they find the sysroot's own libraries.
 set(MDM_ARCHITECTURE i386)
 set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)

@@ -4,7 +4,8 @@
  * with what is now in force, one client at a time. Runs until SIGTERM or SIGINT.
  *
  * It does not trust its clients: it opens what they send and seals what it answers, so that neither
- * bytes that lie nor an answer that repeats something odd does harm.
+ * bytes that lie nor an answer that repeats something odd does harm. It does not limit how much its
+ * clients have it keep.
  *
  * usage: mdm-server SOCKET [LOG_FILE]
  */

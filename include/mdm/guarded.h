@@ -28,8 +28,9 @@
  * - no string is copied twice: the second copy of a security string (`type` 68, 69) is the first;
  * - nothing of it leaks: ipc_close() also takes back what ipc_free() leaves to the owner;
  * - phone_res 439 and 440 hold the raw bytes that travelled, and are closed like any other;
- * - the guarded path refuses, where ipc_deserialize() would read beyond the buffer or take a
- *   negative number for a length.
+ * - the guarded path refuses, where ipc_deserialize() would read beyond the buffer, or where a size
+ *   is negative that the category uses as a length: that of misc 122, too, which ipc_deserialize()
+ *   takes for 0.
  *
  * A count of list elements below 1 announces an empty list on both paths; the count of misc 127 and
  * 128 has no sign.
@@ -61,9 +62,10 @@ typedef struct ipc_fault {
     uint32_t offset;  /**< Where in the bytes: of a text, of raw bytes and of the elements of a list
                           where they begin, behind their count. */
     uint32_t needed;  /**< How many bytes were needed from there on. For "header.length" it is the
-                          whole message, as its length field or the smallest message has it; for
-                          "header.type" the one byte that is no message type. 0 for a part of a
-                          sender's message that is missing or cannot be sent. */
+                          whole message, as its length field or the smallest message has it, and 4
+                          where not even that field is there; for "header.type" the one byte that
+                          is no message type. 0 for a part of a sender's message that is missing or
+                          cannot be sent. */
     uint32_t left;    /**< How many bytes were left there. */
     const char *path; /**< Which field, for example "wifi.network.detail.w3" or "header.hdr_text". A
                            static string. Elements of a list are named like one of them
@@ -111,10 +113,16 @@ MDM_API void ipc_close(mdm_msg_t *msg);
  * A message that was opened may be sealed, as it is or changed. For its sake two kinds of payload
  * are always refused, because a receiver's copy of them is not what a sender's was: phone_res 439
  * and 440, which are sized by following the pointers in them, and app 140 and 141 of another
- * `data_size` than 8. An empty string in a list was opened as a null element, which cannot be
- * sealed. And its `data_size` is the sender's number: where a category adds as many zeros to a
- * message (wifi pairs, DHCP and triples, apn profiles, eas settings) or adds the payload's size to
- * it, set it anew first.
+ * `data_size` than 8. Refused, too, is what was opened with less than it announces:
+ *
+ * - any payload of browser and enterprise, which a receiver does not take;
+ * - a list with an empty string in it, or an item of app_res with an empty name: they are null;
+ * - an empty list, or an empty text of kiosk, of which `data_size` is not 0;
+ * - raw bytes of a negative `data_size`.
+ *
+ * And its `data_size` is the sender's number: where a category adds as many zeros to a message (wifi
+ * pairs, DHCP and triples, apn profiles, eas settings) or adds the payload's size to it, set it anew
+ * first.
  *
  * What a body points at must otherwise be what its discriminator says, and as long as its
  * `data_size` says: that is the caller's word, and cannot be checked.

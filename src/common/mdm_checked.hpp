@@ -2,7 +2,7 @@
 //
 // The checked cursors: the steps of the trusting ones, for bytes and messages that nobody vouched
 // for. The first step that cannot be taken is kept as a fault, and ends the cursor: it has nothing
-// left, so that every later step fails, too.
+// left, so that every later step that needs a byte fails, too.
 //
 // The fields of a record have a way of their own, because they are most of what travels: one
 // comparison claims all that has a fixed size, and each string costs one more. Only if not all of
@@ -293,6 +293,7 @@ public:
     template <class Record, class... Fields>
     Record *record(const FieldList<Record, Fields...> &list)
     {
+        static_assert(alignof(Record) <= alignof(void *));
         auto *record = is_whole(list) ? static_cast<Record *>(Region::take(sizeof(Record), left()))
                                       : make<Record>();
         fields(*record, list);

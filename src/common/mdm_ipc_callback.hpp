@@ -94,6 +94,11 @@ constexpr bool is_known_callback(uint32_t type)
         return MDM_EXIT(true);                                                          \
     }                                                                                   \
                                                                                         \
+    static const char *unsound_part(const mdm_##category##_info_t & /*info*/)           \
+    {                                                                                   \
+        return nullptr;                                                                 \
+    }                                                                                   \
+                                                                                        \
     MDM_HANDLERS(category)                                                              \
                                                                                         \
     void _free_##category(mdm_body_t *body)                                             \

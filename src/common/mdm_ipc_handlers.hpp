@@ -65,17 +65,11 @@ inline const GuardedRow &guarded_row(uint8_t type)
     return message_rows[type].guarded;
 }
 
-// Most categories can be sized whatever they hold.
-template <class Info>
-constexpr const char *unsound_part(const Info & /*info*/)
-{
-    return nullptr;
-}
-
 // Defines the handlers of a category that run over a cursor. Its cursor handlers,
 //     template <class Out> bool _set_<category>(Out &out, const mdm_<category>_info_t *info)
 //     template <class In> bool _get_<category>(In &in, mdm_<category>_info_t *info)
-// stand in front, and so does an unsound_part() of its own. False stands for failure.
+// stand in front; false stands for failure. So does what its unsound handler calls,
+//     const char *unsound_part(const mdm_<category>_info_t &info)
 #define MDM_HANDLERS(category)                                                   \
     uint8_t *_set_##category(uint8_t *position, mdm_body_t *body)                \
     {                                                                            \

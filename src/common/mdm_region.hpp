@@ -66,9 +66,11 @@ public:
     void text_to(char *text) { text_ = reinterpret_cast<std::byte *>(text); }
 
 private:
+    // What stands behind it is aligned as a pointer.
     struct Block {
         Block *next;
     };
+    static_assert(alignof(mdm_msg_t) <= alignof(Block));
 
     static Block *first_block(mdm_msg_t *msg) { return reinterpret_cast<Block *>(msg) - 1; }
 

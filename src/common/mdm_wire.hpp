@@ -210,7 +210,7 @@ constexpr uint32_t smallest_size(const FieldList<Record, Fields...> & /*list*/)
     return (smallest_size_of<typename Fields::Value>() + ...);
 }
 
-// Whether every byte of the record belongs to a listed field.
+// Whether every byte of the record belongs to a listed field, none of which is listed twice.
 template <class Record, class... Fields>
 constexpr bool is_whole(const FieldList<Record, Fields...> & /*list*/)
 {
