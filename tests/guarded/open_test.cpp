@@ -489,6 +489,26 @@ TEST(Open, RecordsAndCellsAreAligned)
     expect_aligned<mdm_app_res_item_t>(other->body.app_res.data, 3);
 }
 
+// As many as need further memory: few of them have a text, and each needs a pointer at least.
+TEST(Open, ManyElementsAndTheirTextsStandBesideEachOther)
+{
+    constexpr uint32_t count = 1000;
+    Bytes texts;
+    Bytes items;
+    for (uint32_t i = 0; i < count; ++i) {
+        const Bytes text = str(i % 50 == 0 ? "element " + std::to_string(i) : "");
+        texts.insert(texts.end(), text.begin(), text.end());
+        const Bytes item = text + word(i);
+        items.insert(items.end(), item.begin(), item.end());
+    }
+    for (const Bytes &bytes :
+         {framed(17, head_bytes(122, count) + texts, "text of the header"),
+          framed(9, head_bytes(223, 1) + word(count) + texts),
+          framed(14, word(140) + word(0) + str("") + word(1) + word(count) + items)}) {
+        EXPECT_EQ(fields_of(bytes), deserialised_fields_of(bytes));
+    }
+}
+
 TEST(Open, TheNumberInTheParamOfAMiscListIsDiscarded)
 {
     for (const uint32_t type : {127U, 128U}) {
