@@ -3,14 +3,12 @@
 
 #include <string>
 
-#include "mdm_wire.hpp"
+#include "mdm_ipc_envelope.hpp"
 
 namespace mdm::fuzz {
 namespace {
 
-constexpr size_t length_offset = 0;
-constexpr uint32_t uncounted_size = 8;
-constexpr size_t text_offset = 16;
+constexpr size_t text_offset = ipc_head::fields + 2 * word_size;
 constexpr const char *no_path = "untouched";
 
 bool mentions(const std::string &line, const std::string &text)
@@ -28,7 +26,7 @@ uint8_t byte_at(std::span<const uint8_t> bytes, size_t offset)
 void correct_length(std::vector<uint8_t> &message)
 {
     if (message.size() >= word_size) {
-        store_u32(message.data() + length_offset,
+        store_u32(message.data() + ipc_head::length,
                   static_cast<uint32_t>(message.size()) - uncounted_size);
     }
 }

@@ -232,8 +232,8 @@ private:
     }
 };
 
-// Takes its memory from the message's region.
-// The region comes first: what is set before it allocates would be read back from memory.
+// Takes its memory from the message's region. That comes first: what is set before it allocates
+// would be read back from memory.
 class CheckedReader : private Region,
                       public CheckedPosition<const uint8_t>,
                       public ReadingSteps<CheckedReader> {
