@@ -5,22 +5,23 @@
 
 add_library(mdm-flags INTERFACE)
 target_compile_options(mdm-flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-target_compile_options(mdm-flags INTERFACE -fstack-protector-strong -fno-plt)
 set(MDM_IS_UNOPTIMISED $<BOOL:$<TARGET_PROPERTY:MDM_UNOPTIMISED>>)
-target_compile_options(mdm-flags INTERFACE $<${MDM_IS_UNOPTIMISED}:-O0>)
-target_link_options(mdm-flags INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+# The C library warns where it is to fortify code that nobody optimises. This spelling also undoes
+# what -Wp defines.
+target_compile_options(mdm-flags INTERFACE
+    $<${MDM_IS_UNOPTIMISED}:-O0$<SEMICOLON>-Wp,-U_FORTIFY_SOURCE>)
 
 add_library(mdm-shared-flags INTERFACE)
 target_link_options(mdm-shared-flags INTERFACE -Wl,--as-needed)
+
+include(cmake/hardening.cmake)
 
 if(MDM_SANITIZE)
     add_compile_options(-fsanitize=${MDM_SANITIZE} -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${MDM_SANITIZE})
 else()
-    # The sanitizers bring their own checks, and their runtime is found only when a program runs.
-    target_compile_options(mdm-flags INTERFACE
-        $<$<NOT:$<OR:$<CONFIG:Debug>,${MDM_IS_UNOPTIMISED}>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+    # The sanitizers' runtime is found only when a program runs.
     target_link_options(mdm-shared-flags INTERFACE -Wl,--no-undefined)
 endif()
 

@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Configures the project in one of the ways that builders do, and looks at what would be built.
+# usage: build_test.sh CASE SOURCE_DIR WORK_DIR
+# environment: CC, CXX
+set -euo pipefail
+
+source_dir=$2
+work=$3
+build=$work/build
+
+rm -rf "$work"
+mkdir -p "$work"
+unset CFLAGS CXXFLAGS CPPFLAGS LDFLAGS
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+# Words for CMake. What it says is shown if it fails.
+configure() {
+    cmake -G Ninja -S "$source_dir" -B "$build" -D CMAKE_BUILD_TYPE=Release \
+        -D CMAKE_EXPORT_COMPILE_COMMANDS=ON -D MDM_TESTS=OFF -D MDM_BENCH=OFF "$@" \
+        >"$work/log" 2>&1 || fail "$(cat "$work/log")"
+}
+
+# What a macro is when a source is compiled.
+macro_in() {
+    local command
+    command=$(sed -n "s|^ *\"command\": \"\(.*/$1\)\",\$|\1|p" "$build/compile_commands.json" |
+        sed 's/ -o [^ ]*//; s/\\"/"/g')
+    (cd "$build" && eval "$command -E -dM") | sed -n "s/^#define $2 //p"
+}
+
+# The words of the command that compiles or links a file.
+words_of() { ninja -C "$build" -t commands -s "$1" | tr ' ' '\n'; }
+
+expect_word() { words_of "$1" | grep -qxFe "$2" || fail "$1: there is no $2"; }
+expect_no_word() { ! words_of "$1" | grep -xFe "$2" || fail "$1: there is $2"; }
+expect_macro() { [ "$(macro_in "$1" "$2")" = "$3" ] || fail "$1: $2 is not '$3'"; }
+
+library=src/common/mdm_util.cpp
+library_object=CMakeFiles/mdm-common-objects.dir/$library.o
+example=examples/channel.c
+
+case $1 in
+hardened)
+    configure
+    for source in $library $example; do
+        expect_macro "$source" _FORTIFY_SOURCE 2
+        expect_macro "$source" __SSP_STRONG__ 3
+    done
+    expect_word $library_object -fno-plt
+    for linked in libmdm-common.so.1.0.0 examples/mdm-server; do
+        for word in relro now noexecstack; do
+            expect_word $linked -Wl,-z,$word
+        done
+    done
+    ;;
+builders-hardening)
+    CXXFLAGS="-Wp,-D_FORTIFY_SOURCE=3 -fstack-protector-all -fplt" \
+        LDFLAGS="-Wl,-z,lazy -z norelro" configure -D CMAKE_C_FLAGS_RELEASE="-O1 -fno-stack-protector"
+    expect_macro $library _FORTIFY_SOURCE 3
+    expect_macro $library __SSP_ALL__ 2
+    expect_no_word $library_object -fno-plt
+    # Each language has its own flags.
+    expect_macro $example _FORTIFY_SOURCE 2
+    expect_macro $example __SSP_STRONG__ ""
+    for linked in libmdm-common.so.1.0.0 examples/mdm-server; do
+        expect_no_word $linked -Wl,-z,now
+        expect_no_word $linked -Wl,-z,relro
+        expect_word $linked -Wl,-z,noexecstack
+    done
+    ;;
+compilers-hardening)
+    # shellcheck disable=SC2016 # for the script that is written
+    printf '#!/bin/sh\nexec %s -D_FORTIFY_SOURCE=3 "$@"\n' "$CXX" >"$work/c++"
+    chmod +x "$work/c++"
+    configure -D CMAKE_CXX_COMPILER="$work/c++"
+    expect_macro $library _FORTIFY_SOURCE 3
+    expect_macro $example _FORTIFY_SOURCE 2
+    ;;
+*) fail "no such case: $1" ;;
+esac
