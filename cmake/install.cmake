@@ -1,12 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
 # Puts the library, the headers, the pkg-config file and the CMake package in place.
 
+include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(MDM_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/mdm-common)
 
 install(TARGETS mdm-common EXPORT mdm-common
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY include/mdm DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 # Relative, so that the installed tree may be moved.

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Configures the project in one of the ways that builders do, and looks at what would be built.
 # usage: build_test.sh CASE SOURCE_DIR WORK_DIR
-# environment: CC, CXX
+# environment: CC, CXX, and MDM_BENCH, whether the machine can build the benchmark
 set -euo pipefail
 
 source_dir=$2
@@ -18,12 +18,20 @@ fail() {
     exit 1
 }
 
-# Words for CMake. What it says is shown if it fails.
+# Configures a directory, with further words for CMake, which is quiet unless it fails.
 configure() {
-    cmake -G Ninja -S "$source_dir" -B "$build" -D CMAKE_BUILD_TYPE=Release \
-        -D CMAKE_EXPORT_COMPILE_COMMANDS=ON -D MDM_TESTS=OFF -D MDM_BENCH=OFF "$@" \
-        >"$work/log" 2>&1 || fail "$(cat "$work/log")"
+    cmake -G Ninja -S "$1" -B "$build" -D CMAKE_BUILD_TYPE=Release "${@:2}" >"$work/log" 2>&1 ||
+        fail "$(cat "$work/log")"
 }
+
+configure_without_tests() {
+    configure "$source_dir" -D CMAKE_EXPORT_COMPILE_COMMANDS=ON \
+        -D MDM_TESTS=OFF -D MDM_BENCH=OFF "$@"
+}
+
+targets() { ninja -C "$build" -t targets all | cut -d: -f1; }
+expect_target() { targets | grep -xFe "$1" >/dev/null || fail "$1 is not built"; }
+expect_no_target() { ! targets | grep -Ee "$1" || fail "that is built"; }
 
 # What a macro is when a source is compiled.
 macro_in() {
@@ -36,7 +44,7 @@ macro_in() {
 # The words of the command that compiles or links a file.
 words_of() { ninja -C "$build" -t commands -s "$1" | tr ' ' '\n'; }
 
-expect_word() { words_of "$1" | grep -qxFe "$2" || fail "$1: there is no $2"; }
+expect_word() { words_of "$1" | grep -xFe "$2" >/dev/null || fail "$1: there is no $2"; }
 expect_no_word() { ! words_of "$1" | grep -xFe "$2" || fail "$1: there is $2"; }
 expect_macro() { [ "$(macro_in "$1" "$2")" = "$3" ] || fail "$1: $2 is not '$3'"; }
 
@@ -46,7 +54,7 @@ example=examples/channel.c
 
 case $1 in
 hardened)
-    configure
+    configure_without_tests
     for source in $library $example; do
         expect_macro "$source" _FORTIFY_SOURCE 2
         expect_macro "$source" __SSP_STRONG__ 3
@@ -60,7 +68,7 @@ hardened)
     ;;
 builders-hardening)
     CXXFLAGS="-Wp,-D_FORTIFY_SOURCE=3 -fstack-protector-all -fplt" \
-        LDFLAGS="-Wl,-z,lazy -z norelro" configure -D CMAKE_C_FLAGS_RELEASE="-O1 -fno-stack-protector"
+        LDFLAGS="-Wl,-z,lazy -z norelro" configure_without_tests -D CMAKE_C_FLAGS_RELEASE="-O1 -fno-stack-protector"
     expect_macro $library _FORTIFY_SOURCE 3
     expect_macro $library __SSP_ALL__ 2
     expect_no_word $library_object -fno-plt
@@ -77,9 +85,30 @@ compilers-hardening)
     # shellcheck disable=SC2016 # for the script that is written
     printf '#!/bin/sh\nexec %s -D_FORTIFY_SOURCE=3 "$@"\n' "$CXX" >"$work/c++"
     chmod +x "$work/c++"
-    configure -D CMAKE_CXX_COMPILER="$work/c++"
+    configure_without_tests -D CMAKE_CXX_COMPILER="$work/c++"
     expect_macro $library _FORTIFY_SOURCE 3
     expect_macro $example _FORTIFY_SOURCE 2
+    ;;
+no-tests)
+    configure "$source_dir" -D BUILD_TESTING=OFF -D MDM_TESTS=ON -D MDM_BENCH="$MDM_BENCH"
+    ctest --test-dir "$build" -N | grep -x 'Total Tests: 0' >/dev/null || fail "there are tests"
+    expect_no_target '(^|/)(mdm-tests|replay-[a-z]*|api-test)$'
+    ;;
+no-own-tests)
+    configure "$source_dir" -D BUILD_TESTING=ON -D MDM_TESTS=OFF -D MDM_BENCH=OFF
+    [ -f "$build/CTestTestfile.cmake" ] || fail "testing depends on MDM_TESTS"
+    ;;
+subproject)
+    configure "$source_dir/tests/build/super" -D MDM_SOURCE_DIR="$source_dir"
+    expect_target mdm/libmdm-common.so
+    expect_no_target '(^|/)(mdm-(tests|server|client)|codec-bench|message-seeds)$'
+    ! grep -E '^(BUILD_(SHARED_LIBS|TESTING)|CMAKE_INSTALL_LIBDIR)' "$build/CMakeCache.txt" ||
+        fail "that is in the cache"
+    # Nothing is built, so there is nothing that could be installed.
+    cmake --install "$build" --prefix "$work/installed"
+    [ ! -e "$work/installed" ] || fail "something is installed: $(find "$work/installed")"
+    configure "$source_dir/tests/build/super" -D MDM_INSTALL=ON
+    grep -q libmdm-common.so "$build/mdm/cmake_install.cmake" || fail "nothing is installed"
     ;;
 *) fail "no such case: $1" ;;
 esac
