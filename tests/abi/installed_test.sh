@@ -14,27 +14,37 @@ mkdir -p "$work"
 export PKG_CONFIG_PATH="$installed/$LIBDIR/pkgconfig"
 export LD_LIBRARY_PATH="$installed/$LIBDIR"
 
-build_and_run_c() {
+c_source=$source_dir/tests/abi/api_test.c
+cxx_source=$source_dir/tests/abi/consumer/consumer.cpp
+
+# A compiler with its language's version, and a source.
+build_and_run() {
     # shellcheck disable=SC2046 # pkg-config prints several words
-    "$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror "$1" -o "$work/program" \
+    "$1" "$2" -Wall -Wextra -Wpedantic -Werror "$3" -o "$work/program" \
         $(pkg-config --cflags --libs mdm-common)
     "$work/program"
 }
 
+build_and_run_with_cmake() {
+    cmake -G Ninja -S "$source_dir/tests/abi/consumer" -B "$work/$1" \
+        -D CMAKE_PREFIX_PATH="$installed" -D LANGUAGE="$1" -D SOURCE="$2"
+    cmake --build "$work/$1"
+    "$work/$1/consumer"
+}
+
 case $1 in
 pkg-config)
-    build_and_run_c "$source_dir/tests/abi/api_test.c"
+    build_and_run "$CC" -std=c11 "$c_source"
+    build_and_run "$CXX" -std=c++20 "$cxx_source"
     ;;
 cmake)
-    cmake -G Ninja -S "$source_dir/tests/abi/consumer" -B "$work" \
-        -DCMAKE_PREFIX_PATH="$installed" -DCMAKE_CXX_COMPILER="$CXX"
-    cmake --build "$work"
-    "$work/consumer"
+    build_and_run_with_cmake C "$c_source"
+    build_and_run_with_cmake CXX "$cxx_source"
     ;;
 readme)
     awk '/^```c$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$source_dir/README.md" \
         >"$work/example.c"
-    [ "$(build_and_run_c "$work/example.c")" = "54 bytes carry: ok" ]
+    [ "$(build_and_run "$CC" -std=c11 "$work/example.c")" = "54 bytes carry: ok" ]
     ;;
 *)
     echo "$0: no such test: $1" >&2

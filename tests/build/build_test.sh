@@ -109,6 +109,8 @@ subproject)
     [ ! -e "$work/installed" ] || fail "something is installed: $(find "$work/installed")"
     configure "$source_dir/tests/build/super" -D MDM_INSTALL=ON
     grep -q libmdm-common.so "$build/mdm/cmake_install.cmake" || fail "nothing is installed"
+    configure "$source_dir/tests/build/super" -D BUILD_SHARED_LIBS=OFF
+    expect_target mdm/libmdm-common.a
     ;;
 *) fail "no such case: $1" ;;
 esac
