@@ -32,10 +32,12 @@ foreach(language C CXX)
         continue() # the sanitizers bring checks of their own
     endif()
     set(CMAKE_REQUIRED_FLAGS -O2)
+    set(CMAKE_REQUIRED_QUIET ON)
     check_source_compiles(${language}
         "#ifndef _FORTIFY_SOURCE\n#error\n#endif\nint main(void) { return 0; }"
         MDM_${language}_COMPILER_FORTIFIES)
     unset(CMAKE_REQUIRED_FLAGS)
+    unset(CMAKE_REQUIRED_QUIET)
     if(NOT MDM_${language}_COMPILER_FORTIFIES)
         set(here $<AND:${here},$<NOT:$<OR:$<CONFIG:Debug>,${MDM_IS_UNOPTIMISED}>>>)
         target_compile_options(mdm-flags INTERFACE $<${here}:-D_FORTIFY_SOURCE=2>)
