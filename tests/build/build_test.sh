@@ -112,5 +112,14 @@ subproject)
     configure "$source_dir/tests/build/super" -D BUILD_SHARED_LIBS=OFF
     expect_target mdm/libmdm-common.a
     ;;
+demo)
+    # On a machine that has nothing of what the tests and the benchmark need.
+    cmake --preset demo -S "$source_dir" -B "$build" -D CMAKE_DISABLE_FIND_PACKAGE_GTest=ON \
+        -D CMAKE_DISABLE_FIND_PACKAGE_benchmark=ON >"$work/log" 2>&1 || fail "$(cat "$work/log")"
+    expect_target examples/mdm-server
+    expect_target examples/mdm-client
+    steps=$(ninja -C "$build" -t commands all | wc -l)
+    [ "$steps" -lt 50 ] || fail "the demo takes $steps steps"
+    ;;
 *) fail "no such case: $1" ;;
 esac
