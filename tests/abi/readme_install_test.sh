@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# Installs the library with the commands of README.md, and then builds README's example with README's
-# command, as root of a machine whose /usr/local and /etc only this test sees.
+# Installs the library with README's commands, and then builds README's example with README's
+# compiler command, as root of a machine whose /usr/local and /etc only this test sees.
 # usage: readme_install_test.sh SOURCE_DIR WORK_DIR
 set -euo pipefail
 

@@ -24,9 +24,8 @@ configure() {
         fail "$(cat "$work/log")"
 }
 
-configure_without_tests() {
-    configure "$source_dir" -D CMAKE_EXPORT_COMPILE_COMMANDS=ON \
-        -D MDM_TESTS=OFF -D MDM_BENCH=OFF "$@"
+configure_for_flags() {
+    configure "$source_dir" -D CMAKE_EXPORT_COMPILE_COMMANDS=ON -D MDM_BENCH=OFF "$@"
 }
 
 targets() { ninja -C "$build" -t targets all | cut -d: -f1; }
@@ -51,10 +50,11 @@ expect_macro() { [ "$(macro_in "$1" "$2")" = "$3" ] || fail "$1: $2 is not '$3'"
 library=src/common/mdm_util.cpp
 library_object=CMakeFiles/mdm-common-objects.dir/$library.o
 example=examples/channel.c
+unoptimised=tests/support/walk.cpp
 
 case $1 in
 hardened)
-    configure_without_tests
+    configure_for_flags -D MDM_TESTS=OFF
     for source in $library $example; do
         expect_macro "$source" _FORTIFY_SOURCE 2
         expect_macro "$source" __SSP_STRONG__ 3
@@ -68,10 +68,13 @@ hardened)
     ;;
 builders-hardening)
     CXXFLAGS="-Wp,-D_FORTIFY_SOURCE=3 -fstack-protector-all -fplt" \
-        LDFLAGS="-Wl,-z,lazy -z norelro" configure_without_tests -D CMAKE_C_FLAGS_RELEASE="-O1 -fno-stack-protector"
+        LDFLAGS="-Wl,-z,lazy -z norelro" \
+        configure_for_flags -D CMAKE_C_FLAGS_RELEASE="-O1 -fno-stack-protector"
     expect_macro $library _FORTIFY_SOURCE 3
     expect_macro $library __SSP_ALL__ 2
     expect_no_word $library_object -fno-plt
+    # The C library would warn.
+    expect_macro $unoptimised _FORTIFY_SOURCE ""
     # Each language has its own flags.
     expect_macro $example _FORTIFY_SOURCE 2
     expect_macro $example __SSP_STRONG__ ""
@@ -85,7 +88,7 @@ compilers-hardening)
     # shellcheck disable=SC2016 # for the script that is written
     printf '#!/bin/sh\nexec %s -D_FORTIFY_SOURCE=3 "$@"\n' "$CXX" >"$work/c++"
     chmod +x "$work/c++"
-    configure_without_tests -D CMAKE_CXX_COMPILER="$work/c++"
+    configure_for_flags -D MDM_TESTS=OFF -D CMAKE_CXX_COMPILER="$work/c++"
     expect_macro $library _FORTIFY_SOURCE 3
     expect_macro $example _FORTIFY_SOURCE 2
     ;;
