@@ -14,15 +14,18 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include "mdm_log.hpp"
 #include "support/allocation_trace.hpp"
+#include "support/cancellable.hpp"
 #include "support/log_recorder.hpp"
 
 namespace mdm::test {
 namespace {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -30,6 +33,24 @@ std::string contents(const std::string &path)
 {
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> lines_of(const std::string &path)
+{
+    std::ifstream file(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// The one that the next file to be opened gets.
+int next_descriptor()
+{
+    const int next = dup(STDOUT_FILENO);
+    close(next);
+    return next;
 }
 
 std::vector<int> priorities(const LogRecorder &log)
@@ -285,12 +306,9 @@ TEST_F(Log, ALineLeavesNoDescriptorOpen)
     const LogRecorder log(MDM_LOG_INFO);
     const std::string file = path("log");
     mdm_log_set_path(file.c_str());
-    const int before = dup(STDOUT_FILENO);
-    close(before);
+    const int before = next_descriptor();
     __mdm_log_print(MDM_LOG_INFO, "TAG", "text");
-    const int after = dup(STDOUT_FILENO);
-    close(after);
-    EXPECT_EQ(after, before);
+    EXPECT_EQ(next_descriptor(), before);
 }
 
 int logs_every_kind_of_line(bool holds)
@@ -385,8 +403,7 @@ TEST_F(Log, ThreadsNeitherInterleaveNorLoseLines)
 
     std::multiset<std::string> seen;
     for (const std::string &name : files) {
-        std::ifstream file(name);
-        for (std::string line; std::getline(file, line);) {
+        for (const std::string &line : lines_of(name)) {
             seen.insert(line);
         }
     }
@@ -398,6 +415,89 @@ TEST_F(Log, ThreadsNeitherInterleaveNorLoseLines)
         }
     }
     EXPECT_TRUE(seen == expected);  // too long to print
+}
+
+class CancelledThread : public Log {
+    const Deadline deadline_{60};  // for TearDown(), too: it sets the path
+};
+
+// A thread that logs on and on is cancelled wherever it happens to be.
+TEST_F(CancelledThread, LeavesNoLockNoDescriptorAndNoPartOfALine)
+{
+    const std::string file = path("log");
+    const std::string text(200, '.');
+    mdm_log_set_path(file.c_str());
+    const int descriptor = next_descriptor();
+    for (int round = 0; round < 200; ++round) {
+        std::atomic<bool> logs = false;
+        const CancellableThread thread([&] {
+            for (;;) {
+                __mdm_log_print(MDM_LOG_INFO, "TAG", "%s", text.c_str());
+                logs = true;
+                pthread_testcancel();
+            }
+        });
+        while (!logs) {
+            std::this_thread::yield();
+        }
+        thread.cancel();
+        EXPECT_TRUE(thread.ends_cancelled());
+        __mdm_log_print(MDM_LOG_INFO, "TAG", "%s", text.c_str());
+    }
+    EXPECT_EQ(next_descriptor(), descriptor);
+    const auto lines = lines_of(file);
+    EXPECT_GE(lines.size(), 400U);
+    EXPECT_THAT(lines, Each("1 TAG " + text));
+}
+
+TEST_F(CancelledThread, LogsOnUntilItsNextCancellationPoint)
+{
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    const CancellableThread thread([] {
+        pthread_cancel(pthread_self());
+        __mdm_log_print(MDM_LOG_INFO, "TAG", "first");
+        __mdm_log_print(MDM_LOG_INFO, "TAG", "second");
+        pthread_testcancel();
+        __mdm_log_print(MDM_LOG_INFO, "TAG", "third");
+    });
+    EXPECT_TRUE(thread.ends_cancelled());
+    EXPECT_EQ(contents(file), "1 TAG first\n1 TAG second\n");
+}
+
+// With the asynchronous type a thread ends at once: but not within a line.
+TEST_F(CancelledThread, OfTheAsynchronousTypeEndsWithTheLine)
+{
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    LogRecorder log(MDM_LOG_INFO);
+    log.during_print([] { pthread_cancel(pthread_self()); });
+    const CancellableThread thread([] {
+        int type = 0;
+        pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, &type);
+        __mdm_log_print(MDM_LOG_INFO, "TAG", "first");
+        __mdm_log_print(MDM_LOG_INFO, "TAG", "second");
+    });
+    thread.ends_cancelled();  // glibc 2.36 ends the thread, but does not say how
+    log.during_print(nullptr);
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "third");
+    EXPECT_EQ(contents(file), "1 TAG first\n1 TAG third\n");
+    EXPECT_EQ(log.platform_lines().size(), 2U);
+}
+
+TEST_F(Log, ALineLeavesTheCancelabilityStateAsItWas)
+{
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    for (const int state : {PTHREAD_CANCEL_DISABLE, PTHREAD_CANCEL_ENABLE}) {
+        int previous = 0;
+        pthread_setcancelstate(state, &previous);
+        __mdm_log_print(MDM_LOG_INFO, "TAG", "emitted");
+        __mdm_log_print(MDM_LOG_DEBUG, "TAG", "dropped");
+        mdm_log_set_path(file.c_str());
+        pthread_setcancelstate(state, &previous);
+        EXPECT_EQ(previous, state);
+    }
 }
 
 }  // namespace

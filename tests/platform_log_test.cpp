@@ -9,6 +9,7 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
@@ -16,6 +17,7 @@
 
 #include "mdm/ipc.h"
 #include "mdm/log.h"
+#include "support/cancellable.hpp"
 #include "support/private_mounts.hpp"
 
 namespace {
@@ -154,6 +156,34 @@ TEST_F(PlatformLog, LinesOfTheLibraryArriveWithTagPrefixAndColour)
     EXPECT_EQ(line->severity, LOG_ERR);
     EXPECT_TRUE(line->text.starts_with("host: MDM_COMMON: mdm_ipc.cpp: ipc_deserialize("));
     EXPECT_TRUE(line->text.ends_with(") > \033[0;31m* Critical * _ASSERT fails\033[0;m"));
+    expect_silence();
+}
+
+int print(const char *format, ...) MDM_PRINTF(1, 2);
+
+// As a program calls it that does not log through the library.
+int print(const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    const int result =
+        platform_log_vprint(MDM_PLATFORM_LOG_SYSTEM, MDM_PLATFORM_LOG_INFO, "TAG", format, args);
+    va_end(args);
+    return result;
+}
+
+TEST_F(PlatformLog, IsNoCancellationPoint)
+{
+    int result = 0;
+    const mdm::test::CancellableThread thread([&result] {
+        pthread_cancel(pthread_self());
+        result = print("%s", "12345");
+        pthread_testcancel();
+        print("not reached");
+    });
+    EXPECT_TRUE(thread.ends_cancelled());
+    EXPECT_EQ(result, 5);
+    expect_line(LOG_USER, LOG_INFO, "host: TAG: 12345");
     expect_silence();
 }
 

@@ -10,8 +10,17 @@
  * is being replaced, and lines from different threads never interleave inside the file; the
  * order of lines may differ between the system log and the file.
  *
- * A child that a program with several threads forks must not log before it executes another
- * program: another thread may have held the logger's lock, which nobody then releases.
+ * Cancellation: no function here is a cancellation point. A thread that is cancelled while it logs
+ * ends after the line: cancellation is off for the whole of an emitted line, so that no lock stays
+ * locked, no file open and no line unfinished. A thread that does nothing but log needs
+ * pthread_testcancel(). With the asynchronous cancelability type a thread ends as soon as the line
+ * is done; it must set the deferred type before it calls any other function of the library.
+ *
+ * Signals: a signal handler must not call these functions. They take a lock and allocate memory,
+ * and the handler may have interrupted a thread that was doing so.
+ *
+ * Fork: a child that a program with several threads forks must not log before it executes another
+ * program. Another thread may have held the logger's lock, which nobody then releases.
  */
 #ifndef MDM_LOG_H
 #define MDM_LOG_H
@@ -100,8 +109,8 @@ MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *
  * host program opened it; it is a weak symbol, so a program that defines this function puts its
  * own log in its place.
  *
- * It is called without the logger's lock held, possibly from several threads at once. Status calls
- * (mdm/noti.h) log with the status store's lock held, so it must not make one.
+ * The logger calls it with cancellation off and without its lock, possibly from several threads at
+ * once. Status calls (mdm/noti.h) log with the status store's lock held, so it must not make one.
  *
  * The definition in the library keeps the order debug, info, warning, error; prints nothing for
  * #MDM_PLATFORM_LOG_SILENT; takes every other priority as a notice; and ignores @p buffer_id.

@@ -63,6 +63,7 @@ mdm_log_level_t mdm_log_get_level()
 
 int mdm_log_set_path(const char *path)
 {
+    const mdm::CancellationOff cancellation_off;
     pthread_mutex_lock(&mdm::log_mutex);
     mdm::log_path = path;
     return pthread_mutex_unlock(&mdm::log_mutex);
@@ -74,6 +75,7 @@ int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *format, 
         return 0;
     }
 
+    const mdm::CancellationOff cancellation_off;
     const int errno_before = errno;  // a caller's failure is often logged before it is handled
     va_list platform_args;
     va_list file_args;

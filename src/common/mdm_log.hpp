@@ -7,6 +7,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include <pthread.h>
+
 #include "mdm/log.h"
 
 namespace mdm {
@@ -18,6 +20,21 @@ inline bool log_passes(uint32_t level)
     const uint32_t threshold = log_level.load(std::memory_order_relaxed);
     return threshold != MDM_LOG_NONE && threshold <= level;
 }
+
+// Keeps the calling thread from being cancelled while it lives. A cancelled thread would leave its
+// locks locked, and everybody else would wait for them.
+class CancellationOff {
+public:
+    CancellationOff() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous_); }
+    // A thread with the asynchronous cancelability type may end here. That unwinds its stack, which
+    // noexcept would forbid.
+    ~CancellationOff() noexcept(false) { pthread_setcancelstate(previous_, &previous_); }
+    CancellationOff(const CancellationOff &) = delete;
+    CancellationOff &operator=(const CancellationOff &) = delete;
+
+private:
+    int previous_ = PTHREAD_CANCEL_ENABLE;
+};
 
 }  // namespace mdm
 

@@ -5,7 +5,7 @@
 #include <glib/gprintf.h>
 #include <syslog.h>
 
-#include "mdm/log.h"
+#include "mdm_log.hpp"
 
 namespace {
 
@@ -35,6 +35,7 @@ __attribute__((weak)) int platform_log_vprint(int /*buffer_id*/, int priority, c
     if (priority == MDM_PLATFORM_LOG_SILENT) {
         return 0;
     }
+    const mdm::CancellationOff cancellation_off;  // the program may call this itself
     gchar *text = nullptr;
     const int length = g_vasprintf(&text, format, args);
     if (length >= 0) {
