@@ -15,12 +15,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "mdm_log.hpp"
 #include "support/allocation_trace.hpp"
 #include "support/cancellable.hpp"
 #include "support/log_recorder.hpp"
+#include "support/no_memory.hpp"
 
 namespace mdm::test {
 namespace {
@@ -213,6 +215,69 @@ TEST_F(Log, NullTagReachesTheFileAsTheCLibraryPrintsIt)
     const char *volatile nothing = nullptr;
     __mdm_log_print(MDM_LOG_INFO, nothing, "text");
     EXPECT_EQ(contents(file), "1 (null) text\n");
+}
+
+TEST_F(Log, NullFormatReachesTheFileAsNoText)
+{
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    const char *volatile nothing = nullptr;
+    __mdm_log_print(MDM_LOG_INFO, "TAG", nothing, 0);
+    EXPECT_EQ(contents(file), "1 TAG \n");
+}
+
+// No character of the locale "C" stands for the wide one.
+TEST_F(Log, TextThatCannotBeFormattedReachesTheFileUpToThere)
+{
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    const std::array<wchar_t, 2> text = {L'\x20AC', 0};
+    errno = ENOMEM;  // an earlier failure of the caller's
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "%d %ls %d", 1, text.data(), 2);
+    EXPECT_EQ(contents(file), "1 TAG 1 \n");
+}
+
+TEST_F(Log, FileAndPlatformReceiveTheSameErrnoWhateverThePlatformDoesToIt)
+{
+    LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    log.during_print([] { errno = EDOM; });
+    errno = E2BIG;
+    const char *volatile format = "%s: %m";  // not in ISO C, so that no compiler may see it
+    __mdm_log_print(MDM_LOG_INFO, "TAG", format, "exec");
+    EXPECT_EQ(errno, E2BIG);
+    const std::string text = std::string("exec: ") + std::strerror(E2BIG);
+    EXPECT_EQ(log.platform_lines().at(0).text, text);
+    EXPECT_EQ(contents(file), "1 TAG " + text + "\n");
+}
+
+TEST_F(Log, ALineForWhichThereIsNoMemoryIsLeftOutOfTheFile)
+{
+    const LogRecorder log(MDM_LOG_INFO);
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "first");
+    {
+        const NoMemory no_memory;
+        EXPECT_EQ(__mdm_log_print(MDM_LOG_INFO, "TAG", "second"), recorder_result);
+    }
+    {
+        const NoMemoryForText no_memory;
+        EXPECT_EQ(__mdm_log_print(MDM_LOG_INFO, "TAG", "third"), recorder_result);
+    }
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "fourth");
+    EXPECT_EQ(contents(file), "1 TAG first\n1 TAG fourth\n");
+}
+
+TEST_F(Log, FileIsCreatedWithThePermissionsThatTheUmaskLeaves)
+{
+    const std::string file = path("log");
+    mdm_log_set_path(file.c_str());
+    const mode_t previous = umask(027);
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "text");
+    umask(previous);
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0640});
 }
 
 TEST_F(Log, FileReceivesLevelTagAndTextOfEveryEmittedLine)

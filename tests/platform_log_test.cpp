@@ -4,10 +4,13 @@
 // in a mount namespace that nobody else sees.
 #include <array>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <optional>
 #include <string>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/socket.h>
@@ -21,6 +24,21 @@
 #include "support/private_mounts.hpp"
 
 namespace {
+
+bool formatting_fails = false;
+
+// In the C library's place, for the library and for GLib alike.
+using Format = int(char **, const char *, va_list);
+
+int format_text(char **text, const char *format, va_list args)
+{
+    static auto *const real = reinterpret_cast<Format *>(dlsym(RTLD_NEXT, "vasprintf"));
+    if (formatting_fails) {
+        errno = ENOMEM;
+        return -1;
+    }
+    return real(text, format, args);
+}
 
 struct Received {
     int facility;
@@ -159,9 +177,19 @@ TEST_F(PlatformLog, LinesOfTheLibraryArriveWithTagPrefixAndColour)
     expect_silence();
 }
 
+TEST_F(PlatformLog, TextForWhichThereIsNoMemoryIsDropped)
+{
+    formatting_fails = true;
+    EXPECT_LT(__mdm_log_print(MDM_LOG_INFO, "TAG", "lost"), 0);
+    formatting_fails = false;
+    expect_silence();
+    __mdm_log_print(MDM_LOG_INFO, "TAG", "next");
+    expect_line(LOG_USER, LOG_INFO, "host: TAG: next");
+}
+
 int print(const char *format, ...) MDM_PRINTF(1, 2);
 
-// As a program calls it that does not log through the library.
+// As a program does that calls the platform's log itself.
 int print(const char *format, ...)
 {
     va_list args;
@@ -188,3 +216,18 @@ TEST_F(PlatformLog, IsNoCancellationPoint)
 }
 
 }  // namespace
+
+// Under both names that the compiler gives it. The library must see them.
+#pragma GCC visibility push(default)
+
+extern "C" int vasprintf(char **text, const char *format, va_list args)
+{
+    return format_text(text, format, args);
+}
+
+extern "C" int __vasprintf_chk(char **text, int /*flag*/, const char *format, va_list args)
+{
+    return format_text(text, format, args);
+}
+
+#pragma GCC visibility pop

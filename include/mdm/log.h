@@ -83,6 +83,11 @@ MDM_API mdm_log_level_t mdm_log_get_level(void);
  * and closed for every line; it may be rotated or deleted at any time. A file that cannot be
  * opened is skipped without report.
  *
+ * A line for which there is no memory is left out. Of a line that a full disk does not take whole,
+ * nothing stays, unless another process has meanwhile appended to the file. The signals of such
+ * writes do what the program has set: SIGXFSZ at a limit for the size of files, SIGPIPE for a FIFO
+ * whose reader is gone. A FIFO without a reader makes every line wait for one.
+ *
  * @param path  the file's path, which stays the caller's, or null.
  *
  * @return 0, the result of releasing the logger's mutex.
@@ -93,7 +98,8 @@ MDM_API int mdm_log_set_path(const char *path);
  * Emits one line, unless the threshold drops it.
  *
  * The file receives the level, a blank, @p tag, a blank, the formatted text and a newline. Neither
- * @p tag nor @p format is checked.
+ * @p tag nor @p format is checked. The text is the same in the system log and in the file: for "%m"
+ * both have the caller's errno, which the call leaves as it was.
  *
  * @param level   the line's level.
  * @param tag     who logs.
@@ -122,7 +128,7 @@ MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *
  * @param args       its arguments.
  *
  * @return The library's own: the number of characters of the formatted text; 0 for the silent
- *         priority; negative if the text could not be formatted.
+ *         priority; negative if the text could not be formatted or there was no memory for it.
  */
 MDM_API int platform_log_vprint(int buffer_id, int priority, const char *tag, const char *format,
                                 va_list args) MDM_PRINTF(4, 0);

@@ -5,8 +5,16 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <tuple>
+#include <utility>
 
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace mdm {
 
@@ -17,6 +25,9 @@ namespace {
 // The caller's own string, not a copy. Guarded by log_mutex, like every append to the file.
 const char *log_path = nullptr;
 pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
+
+// What the process's umask leaves of them, as for any text file.
+constexpr mode_t file_permissions = 0666;
 
 constexpr std::array<int, MDM_LOG_NONE + 1> platform_priorities = {
     MDM_PLATFORM_LOG_DEBUG, MDM_PLATFORM_LOG_INFO,   MDM_PLATFORM_LOG_WARN,
@@ -29,18 +40,92 @@ int platform_priority(uint32_t level)
                                               : MDM_PLATFORM_LOG_DEFAULT;
 }
 
-void append_line(const char *path, uint32_t level, const char *tag, const char *format,
-                 va_list args)
+struct Release {
+    void operator()(char *text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, Release>;
+
+// A line as a caller gives it, with the errno that its format may ask for ("%m").
+struct Line {
+    uint32_t level;
+    const char *tag;
+    const char *format;
+    int error;
+};
+
+// Tells by the result of a printing function. Whatever else it could not format is left out.
+bool had_memory(int result)
 {
-    // "e" keeps the descriptor from programs that another thread starts meanwhile.
-    FILE *file = std::fopen(path, "ae");
-    if (file == nullptr) {
+    return result >= 0 || errno != ENOMEM;
+}
+
+// The line as it stands in the file, null if there is no memory for it. It is whole before the
+// first byte is written.
+Text text_of(const Line &line, va_list args, size_t &size)
+{
+    char *bytes = nullptr;
+    FILE *stream = open_memstream(&bytes, &size);
+    if (stream == nullptr) {
+        return nullptr;
+    }
+    bool is_whole =
+        had_memory(std::fprintf(stream, "%d %s ", static_cast<int>(line.level), line.tag));
+    errno = line.error;
+    is_whole = had_memory(std::vfprintf(stream, line.format, args)) && is_whole;
+    is_whole = had_memory(std::fputc('\n', stream)) && is_whole;
+    is_whole = std::fclose(stream) == 0 && is_whole;
+    Text text(bytes);
+    return is_whole ? std::move(text) : nullptr;
+}
+
+// Cuts off the beginning of a line that the file did not take whole, so that the next line does not
+// run into it. Another process may append to the file as well: what stands among its lines is left.
+void take_back(int file, off_t begin, size_t length)
+{
+    struct stat state {};
+    if (fstat(file, &state) == 0 && S_ISREG(state.st_mode) &&
+        state.st_size == begin + static_cast<off_t>(length)) {
+        std::ignore = ftruncate(file, begin);  // or else the file keeps it
+    }
+}
+
+// One write is enough for a file that has room. Signals interrupt those to a FIFO or a terminal.
+void append(int file, std::string_view text)
+{
+    off_t begin = 0;
+    size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t count = write(file, text.data() + written, text.size() - written);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            break;
+        }
+        if (written == 0) {
+            begin = lseek(file, 0, SEEK_CUR) - count;
+        }
+        written += static_cast<size_t>(count);
+    }
+    if (written > 0 && written < text.size()) {
+        take_back(file, begin, written);
+    }
+}
+
+void append_line(const char *path, const Line &line, va_list args)
+{
+    // O_CLOEXEC keeps the descriptor from programs that another thread starts meanwhile, O_NOCTTY a
+    // terminal from becoming the process's own.
+    const int file =
+        open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, file_permissions);
+    if (file < 0) {
         return;
     }
-    std::fprintf(file, "%d %s ", static_cast<int>(level), tag);
-    std::vfprintf(file, format, args);
-    std::fputc('\n', file);
-    std::fclose(file);
+    size_t size = 0;
+    if (const Text text = text_of(line, args, size)) {
+        append(file, {text.get(), size});
+    }
+    close(file);
 }
 
 }  // namespace
@@ -87,7 +172,7 @@ int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *format, 
 
     pthread_mutex_lock(&mdm::log_mutex);
     if (mdm::log_path != nullptr) {
-        mdm::append_line(mdm::log_path, level, tag, format, file_args);
+        mdm::append_line(mdm::log_path, {level, tag, format, errno_before}, file_args);
     }
     pthread_mutex_unlock(&mdm::log_mutex);
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The adapter from the logger to this system's log, syslog(3).
-#include <glib.h>
-#include <glib/gprintf.h>
+#include <cstdio>
+#include <cstdlib>
+
 #include <syslog.h>
 
 #include "mdm_log.hpp"
@@ -36,11 +37,13 @@ __attribute__((weak)) int platform_log_vprint(int /*buffer_id*/, int priority, c
         return 0;
     }
     const mdm::CancellationOff cancellation_off;  // the program may call this itself
-    gchar *text = nullptr;
-    const int length = g_vasprintf(&text, format, args);
-    if (length >= 0) {
-        syslog(severity_of(priority), "%s: %s", tag, text);
+    // GLib's g_vasprintf() may end the process where there is no memory.
+    char *text = nullptr;
+    const int length = vasprintf(&text, format, args);
+    if (length < 0) {
+        return length;
     }
-    g_free(text);
+    syslog(severity_of(priority), "%s: %s", tag, text);
+    std::free(text);
     return length;
 }

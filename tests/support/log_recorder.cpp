@@ -155,13 +155,14 @@ extern "C" int platform_log_vprint(int buffer_id, int priority, const char *tag,
 {
     using namespace mdm::test;
     const AllocationTrace::Pause pause;  // the recorder's own blocks are nobody's business
+    std::string text = formatted(format, args);
     if (action_during_print) {
         action_during_print();
     }
     const std::lock_guard lock(mutex);
     if (recording) {
-        recorded.push_back({buffer_id, priority, optional_text(tag), optional_text(format),
-                            formatted(format, args)});
+        recorded.push_back(
+            {buffer_id, priority, optional_text(tag), optional_text(format), std::move(text)});
     }
     return recorder_result;
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/no_memory.hpp"
 
+#include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 
 #include <dlfcn.h>
 #include <glib.h>
@@ -12,13 +14,29 @@ namespace mdm::test {
 namespace {
 
 bool allocations_fail = false;
+bool formatting_fails = false;
 
 using Split = gchar **(const gchar *, const gchar *, gint);
+using OpenMemoryStream = FILE *(char **, size_t *);
+using Format = int(FILE *, const char *, va_list);
 
-Split *find_split()
+// The function in whose place one of those below stands.
+template <class Function>
+Function *find(const char *name)
 {
     const AllocationTrace::Pause pause;  // the linker's own blocks are nobody's business
-    return reinterpret_cast<Split *>(dlsym(RTLD_NEXT, "g_strsplit"));
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+int format_text(FILE *stream, const char *format, va_list args)
+{
+    static auto *const real = find<Format>("vfprintf");
+    if (formatting_fails) {
+        std::fputs("the beginning", stream);
+        errno = ENOMEM;
+        return -1;
+    }
+    return real(stream, format, args);
 }
 
 }  // namespace
@@ -33,9 +51,19 @@ NoMemory::~NoMemory()
     allocations_fail = false;
 }
 
+NoMemoryForText::NoMemoryForText()
+{
+    formatting_fails = true;
+}
+
+NoMemoryForText::~NoMemoryForText()
+{
+    formatting_fails = false;
+}
+
 }  // namespace mdm::test
 
-// In front of GLib's own.
+// In front of the libraries' own.
 
 extern "C" gpointer g_try_malloc0(gsize size)
 {
@@ -56,6 +84,24 @@ extern "C" gchar *g_strdup_printf(const gchar *format, ...)
 
 extern "C" gchar **g_strsplit(const gchar *text, const gchar *delimiter, gint max_tokens)
 {
-    static auto *const split = mdm::test::find_split();
+    static auto *const split = mdm::test::find<mdm::test::Split>("g_strsplit");
     return mdm::test::allocations_fail ? nullptr : split(text, delimiter, max_tokens);
+}
+
+extern "C" FILE *open_memstream(char **text, size_t *size)
+{
+    static auto *const open = mdm::test::find<mdm::test::OpenMemoryStream>("open_memstream");
+    return mdm::test::allocations_fail ? nullptr : open(text, size);
+}
+
+// Under both names that the compiler gives it.
+
+extern "C" int vfprintf(FILE *stream, const char *format, va_list args)
+{
+    return mdm::test::format_text(stream, format, args);
+}
+
+extern "C" int __vfprintf_chk(FILE *stream, int /*flag*/, const char *format, va_list args)
+{
+    return mdm::test::format_text(stream, format, args);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Lets the calls of GLib fail whose failure the library answers: g_try_malloc0(), g_strdup_printf()
-// and g_strsplit().
+// Lets those calls fail for want of memory whose failure the library answers: g_try_malloc0(),
+// g_strdup_printf(), g_strsplit() and open_memstream().
 #pragma once
 
 namespace mdm::test {
@@ -12,6 +12,15 @@ public:
     ~NoMemory();
     NoMemory(const NoMemory &) = delete;
     NoMemory &operator=(const NoMemory &) = delete;
+};
+
+// Lets formatting into a stream end early for want of memory: vfprintf().
+class NoMemoryForText {
+public:
+    NoMemoryForText();
+    ~NoMemoryForText();
+    NoMemoryForText(const NoMemoryForText &) = delete;
+    NoMemoryForText &operator=(const NoMemoryForText &) = delete;
 };
 
 }  // namespace mdm::test
