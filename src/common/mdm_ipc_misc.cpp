@@ -51,7 +51,8 @@ constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, "misc.book", url, title
 constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, "misc.pair", first, second);
 
 // The size of a body whose book record is missing. The envelope adds it like any other, and refuses
-// what is then too small for a message.
+// a sum below 8. Beside a header text of 967 bytes or more the sum is 8 or more: the message is then
+// written beyond its buffer.
 constexpr auto no_book_size = static_cast<uint32_t>(-999);
 
 // The strings of an array, which `data_size` counts; none for a negative one.

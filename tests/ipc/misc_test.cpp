@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "mdm_ipc_envelope.hpp"
 #include "mdm_ipc_handlers.hpp"
 #include "support/allocation_trace.hpp"
 #include "support/log_recorder.hpp"
@@ -916,6 +917,25 @@ TEST(Misc, MissingBookMakesNoMessage)
     EXPECT_EQ(length, 77U);
     EXPECT_THAT(log.take(), ElementsAre(critical("_size_of_misc", "p_book_info is NULL"),
                                         assert_fails("_alloc_msg"), assert_fails("ipc_serialize")));
+}
+
+// The envelope takes 8 bytes for a message. This one would be written beyond them, hence only its
+// size is asked for.
+TEST(Misc, MissingBookIsRefusedUpToAHeaderTextOf966Bytes)
+{
+    for (const int32_t type : {281, 283}) {
+        std::string text(966, 'x');
+        mdm_msg_t msg = message(17);
+        msg.hdr_text = text.data();
+        msg.body = body(type, 8, nullptr);
+        uint32_t length = 0;
+        EXPECT_EQ(ipc_serialize(&msg, &length), nullptr);
+        EXPECT_EQ(total_size(handler_row(17), &msg), 7);
+
+        text += 'x';
+        msg.hdr_text = text.data();
+        EXPECT_EQ(total_size(handler_row(17), &msg), 8);
+    }
 }
 
 }  // namespace
