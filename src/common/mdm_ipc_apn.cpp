@@ -68,7 +68,7 @@ uint32_t _size_of_apn(mdm_body_t *body)
         const auto profiles = size_of_records(info.data, profile_fields);
         if (!profiles) {
             MDM_CRITICAL("acconts is NULL");
-            return MDM_EXIT(no_room);
+            return MDM_EXIT(no_room);  // the line with the size is for a body that has one
         }
         size = empty_list_size + *profiles;
         info.data_size = static_cast<int32_t>(size);

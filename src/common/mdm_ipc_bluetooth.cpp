@@ -70,7 +70,7 @@ uint32_t _size_of_bluetooth(mdm_body_t *body)
     MDM_INFO("len : %d", length_of(info.data));
     size += word_size;
     for (const char *device_name : elements<char>(info.data)) {
-        if (device_name == nullptr) {
+        if (device_name == nullptr) {  // no "device_name" line: it is for a text
             MDM_CRITICAL("device_name is NULL");
             return MDM_EXIT(no_room);
         }

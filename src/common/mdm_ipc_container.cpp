@@ -133,7 +133,8 @@ static bool _get_container(In &in, mdm_container_info_t *info)
 
 MDM_HANDLERS(container)
 
-// For an item `data` keeps its old value.
+// Logs its entry and its exit even where there is nothing to release. For an item `data` keeps its
+// old value.
 void _free_container(mdm_body_t *body)
 {
     MDM_ENTER();

@@ -254,7 +254,7 @@ uint32_t _size_of_wifi(mdm_body_t *body)
         MDM_INFO("len : %d", length_of(info.data));
         size += word_size;
         for (const char *ssid : elements<char>(info.data)) {
-            if (ssid == nullptr) {
+            if (ssid == nullptr) {  // no "ssid" line: it is for a text
                 MDM_CRITICAL("ssid is NULL");
                 return MDM_EXIT(no_room);
             }
