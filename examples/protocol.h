@@ -69,8 +69,9 @@ enum {
 /* Discriminators of raw bytes and of bodies without a payload. */
 enum { FIREWALL_ADD_RULES = 1, VPN_SET_PROFILE = 1, VPN_SET_SECRET = 2, SET_POLICY = 1 };
 
-/* What the secret of VPN_SET_SECRET is encrypted with: a key and an initialisation vector of 16
- * characters each. A real service gives each device its own and keeps it out of its sources. */
+/* The secret of VPN_SET_SECRET travels as its ciphertext's base64 text. It is encrypted with a key
+ * and an initialisation vector of 16 characters each. A real service gives each device its own and
+ * keeps it out of its sources. */
 #define EXAMPLE_KEY_IV \
     "an example's key" \
     "and first vector"

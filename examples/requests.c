@@ -185,10 +185,20 @@ static bool ask_apn(int fd)
     return ask_with_payload(fd, TYPE_APN, APN_PROFILE, 1, &profile);
 }
 
+/* Sends a ciphertext as base64 text. Raw bytes would arrive cut at their first zero byte. */
+static bool ask_with_ciphertext(int fd, const uint8_t *ciphertext, uint32_t length)
+{
+    char *text = g_base64_encode(ciphertext, length);
+    const bool going_on = ask_with_text(fd, TYPE_VPN, VPN_SET_SECRET, text);
+    g_free(text);
+    return going_on;
+}
+
 static bool ask_vpn_secret(int fd)
 {
-    /* Zero-filled to a whole block: what stands behind the text is encrypted with it. */
-    const uint8_t secret[16] = "correct horse";
+    /* Zero-filled to a whole block: what stands behind the text is encrypted with it. The sixth
+     * byte of this one's ciphertext is zero. */
+    const uint8_t secret[16] = "first light";
     uint8_t *ciphertext = NULL;
     uint32_t length = 0;
     if (mdm_aes_encrypt(secret, (uint32_t)strlen((const char *)secret), EXAMPLE_KEY_IV, &ciphertext,
@@ -196,9 +206,8 @@ static bool ask_vpn_secret(int fd)
         return false;
     }
     /* Whole, and with a byte missing, which the server refuses. */
-    const bool going_on =
-        ask_with_payload(fd, TYPE_VPN, VPN_SET_SECRET, (int32_t)length, ciphertext) &&
-        ask_with_payload(fd, TYPE_VPN, VPN_SET_SECRET, (int32_t)length - 1, ciphertext);
+    const bool going_on = ask_with_ciphertext(fd, ciphertext, length) &&
+                          ask_with_ciphertext(fd, ciphertext, length - 1);
     g_free(ciphertext);
     return going_on;
 }

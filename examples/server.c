@@ -105,14 +105,25 @@ static void apply_firewall(struct server *server, const mdm_firewall_info_t *req
     reply->data = server->firewall_rules->str;
 }
 
+/* A new secret and its size, from a base64 text of whole blocks; null for any other text. */
+static uint8_t *decrypt_secret(const char *text, uint32_t *size)
+{
+    uint8_t *secret = NULL;
+    gsize length = 0;
+    uint8_t *ciphertext = g_base64_decode(text, &length);
+    if (length >= 16 && length % 16 == 0) {
+        mdm_aes_decrypt(ciphertext, (uint32_t)length, EXAMPLE_KEY_IV, &secret, size);
+    }
+    g_free(ciphertext);
+    return secret;
+}
+
 /* The reply tells the secret's length, and not the secret. */
 static bool apply_vpn_secret(const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
 {
-    uint8_t *secret = NULL;
     uint32_t size = 0;
-    if (request->data_size < 16 || request->data_size % 16 != 0 ||
-        mdm_aes_decrypt(request->data, (uint32_t)request->data_size, EXAMPLE_KEY_IV, &secret,
-                        &size) != MDM_RESULT_SUCCESS) {
+    uint8_t *secret = request->data_size >= 1 ? decrypt_secret(request->data, &size) : NULL;
+    if (secret == NULL) {
         return false;
     }
     printf("server  decrypted a secret: %s\n", (const char *)secret); /* because it is a demo */

@@ -195,20 +195,6 @@ static void show_single_list(const mdm_body_t *body)
     show_bytes(info->data_size, info->data);
 }
 
-static void show_vpn(const mdm_body_t *body)
-{
-    const mdm_vpn_info_t *info = &body->vpn;
-    if (info->type != VPN_SET_SECRET) {
-        show_single_list(body);
-        return;
-    }
-    SHOW_HEAD(info);
-    const uint8_t *ciphertext = info->data;
-    for (int32_t i = 0; ciphertext != NULL && i < info->data_size; ++i) {
-        printf(i == 0 ? " ciphertext=%02x" : "%02x", ciphertext[i]);
-    }
-}
-
 static void show_phone_res(const mdm_body_t *body)
 {
     const mdm_phone_res_info_t *info = &body->phone_res;
@@ -322,7 +308,7 @@ static struct category category_of(uint8_t type)
         [TYPE_BROWSER] = {"browser", show_single_list},
         [TYPE_DATE_TIME] = {"date_time", show_single_list},
         [TYPE_REMOTE] = {"remote", show_single_list},
-        [TYPE_VPN] = {"vpn", show_vpn},
+        [TYPE_VPN] = {"vpn", show_single_list},
         [TYPE_FIREWALL] = {"firewall", show_single_list},
         [TYPE_RES] = {"res", show_single_list},
         [TYPE_PHONE_RES] = {"phone_res", show_phone_res},

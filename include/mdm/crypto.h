@@ -28,6 +28,10 @@
  * begins 16 bytes past the start whatever the first one holds: where the key ends early, a string
  * must begin there, too. Further characters are ignored, but the terminator must not be missing.
  *
+ * Do not send a ciphertext in a message as it stands: it may hold zero bytes, and the raw bytes of a
+ * message end, for the receiver, at their first zero byte. Send it as text, in base64 (GLib's
+ * g_base64_encode()) or hexadecimal, and let the receiver check the length of what it decodes.
+ *
  * Thread safety: every call is independent of every other. The key schedule and the copies of the
  * key and the vector are wiped before a call returns.
  */
