@@ -169,7 +169,7 @@ TEST_F(LogFile, KeepsNoPartOfALineOnAFullDisk)
         GTEST_SKIP() << "this machine gives no private mount namespace: " << *reason;
     }
     log_text("first");
-    log_text(std::string(5000, '.'));
+    log_text(std::string(100000, '.'));
     log_text("third");
     EXPECT_TRUE(contents(path()) == "1 TAG first\n1 TAG third\n");
     mdm_log_set_path(nullptr);

@@ -539,6 +539,7 @@ TEST_F(CancelledThread, OfTheAsynchronousTypeEndsWithTheLine)
     log.during_print([] { pthread_cancel(pthread_self()); });
     const CancellableThread thread([] {
         int type = 0;
+        // NOLINTNEXTLINE(cert-pos47-c,concurrency-thread-canceltype-asynchronous): it is the point
         pthread_setcanceltype(PTHREAD_CANCEL_ASYNCHRONOUS, &type);
         __mdm_log_print(MDM_LOG_INFO, "TAG", "first");
         __mdm_log_print(MDM_LOG_INFO, "TAG", "second");

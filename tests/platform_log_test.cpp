@@ -217,15 +217,21 @@ TEST_F(PlatformLog, IsNoCancellationPoint)
 
 }  // namespace
 
-// Under both names that the compiler gives it. The library must see them.
+// Under both names that the compiler gives it. The library must see them. With names of their own
+// here, they do not meet the inline one that a hardened build has.
 #pragma GCC visibility push(default)
 
-extern "C" int vasprintf(char **text, const char *format, va_list args)
+extern "C" int format_text_plainly(char **text, const char *format,
+                                   va_list args) __asm__("vasprintf");
+extern "C" int format_text_hardened(char **text, int flag, const char *format,
+                                    va_list args) __asm__("__vasprintf_chk");
+
+extern "C" int format_text_plainly(char **text, const char *format, va_list args)
 {
     return format_text(text, format, args);
 }
 
-extern "C" int __vasprintf_chk(char **text, int /*flag*/, const char *format, va_list args)
+extern "C" int format_text_hardened(char **text, int /*flag*/, const char *format, va_list args)
 {
     return format_text(text, format, args);
 }
