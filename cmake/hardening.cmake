@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Hardening, as mdm-flags: each flag is a default, for a builder whose own flags do not speak of the
+# Hardening, as mdm-flags: each flag is a default, for a builder whose own flags do not set the
 # same thing.
 include(CheckSourceCompiles)
 

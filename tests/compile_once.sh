@@ -14,7 +14,8 @@ object=${words#* -o }
 object=${object%% *}
 command=$(grep "^ *\"command\": .* -o $object -c " "$MDM_BUILD_DIR/compile_commands.json" |
     sed 's/^ *"command": "//; s/",$//') || true
-if [ "$(echo "$words" | flags)" = "$(echo "$command" | flags)" ]; then
+if [ "$(echo "$words" | flags)" = "$(echo "$command" | flags)" ] &&
+    [ -f "$MDM_BUILD_DIR/$object" ]; then
     exec cp "$MDM_BUILD_DIR/$object" "$object"
 fi
 exec "$@"

@@ -11,8 +11,17 @@ if [ "$1" != --under-own-mounts ]; then
     work=$2
     rm -rf "$work"
     mkdir -p "$work/checkout" "$work/etc"
-    # Without what only root may read.
+    # Without what this user may not read, and without passwords.
     cp -R /etc/. "$work/etc" 2>/dev/null || true
+    rm -f "$work"/etc/*shadow*
+    for tool in cmake ninja cc pkg-config; do
+        case $(readlink -f "$(command -v $tool || true)") in
+        /usr/local/*)
+            printf '%s: Skipped\n%s is in /usr/local\n' "${0##*/}" $tool
+            exit 77
+            ;;
+        esac
+    done
     own_mounts=(unshare --mount)
     [ "$(id -u)" = 0 ] || own_mounts+=(--map-root-user)
     # shellcheck disable=SC2016 # for the inner shell
@@ -43,7 +52,7 @@ block() {
 
 # A checkout without builds in it.
 for file in "$source_dir"/*; do
-    [ "${file##*/}" = build ] || cp -R "$file" "$work/checkout"
+    [ "${file##*/}" = build ] || [ -e "$file/CMakeCache.txt" ] || cp -R "$file" "$work/checkout"
 done
 cd "$work/checkout"
 block Install sh >install.sh

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Configures the project in one of the ways that builders do, and looks at what would be built.
 # usage: build_test.sh CASE SOURCE_DIR WORK_DIR
-# environment: CC, CXX, and MDM_BENCH, whether the machine can build the benchmark
+# environment: CC, CXX, VERSION, and MDM_BENCH, whether the machine can build the benchmark
 set -euo pipefail
 
 source_dir=$2
@@ -60,9 +60,9 @@ hardened)
         expect_macro "$source" __SSP_STRONG__ 3
     done
     expect_word $library_object -fno-plt
-    for linked in libmdm-common.so.1.0.0 examples/mdm-server; do
+    for linked in "libmdm-common.so.$VERSION" examples/mdm-server; do
         for word in relro now noexecstack; do
-            expect_word $linked -Wl,-z,$word
+            expect_word "$linked" -Wl,-z,$word
         done
     done
     ;;
@@ -78,10 +78,10 @@ builders-hardening)
     # Each language has its own flags.
     expect_macro $example _FORTIFY_SOURCE 2
     expect_macro $example __SSP_STRONG__ ""
-    for linked in libmdm-common.so.1.0.0 examples/mdm-server; do
-        expect_no_word $linked -Wl,-z,now
-        expect_no_word $linked -Wl,-z,relro
-        expect_word $linked -Wl,-z,noexecstack
+    for linked in "libmdm-common.so.$VERSION" examples/mdm-server; do
+        expect_no_word "$linked" -Wl,-z,now
+        expect_no_word "$linked" -Wl,-z,relro
+        expect_word "$linked" -Wl,-z,noexecstack
     done
     ;;
 compilers-hardening)
