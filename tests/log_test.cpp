@@ -274,10 +274,10 @@ TEST_F(Log, FileIsCreatedWithThePermissionsThatTheUmaskLeaves)
 {
     const std::string file = path("log");
     mdm_log_set_path(file.c_str());
-    const mode_t previous = umask(027);
+    const mode_t previous = umask(002);
     __mdm_log_print(MDM_LOG_INFO, "TAG", "text");
     umask(previous);
-    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0640});
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0664});
 }
 
 TEST_F(Log, FileReceivesLevelTagAndTextOfEveryEmittedLine)

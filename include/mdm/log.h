@@ -13,11 +13,12 @@
  * Cancellation: no function here is a cancellation point. A thread that is cancelled while it logs
  * ends after the line: cancellation is off for the whole of an emitted line, so that no lock stays
  * locked, no file open and no line unfinished. A thread that does nothing but log needs
- * pthread_testcancel(). With the asynchronous cancelability type a thread ends as soon as the line
- * is done; it must set the deferred type before it calls any other function of the library.
+ * pthread_testcancel(). A thread with the asynchronous cancelability type must set the deferred type
+ * before it calls any function of this library, as it must for nearly every function of the C
+ * library.
  *
- * Signals: a signal handler must not call these functions. They take a lock and allocate memory,
- * and the handler may have interrupted a thread that was doing so.
+ * Signals: a signal handler must not log, nor set the path. Both take a lock, and logging allocates
+ * memory: the handler may have interrupted a thread that was doing so.
  *
  * Fork: a child that a program with several threads forks must not log before it executes another
  * program. Another thread may have held the logger's lock, which nobody then releases.
@@ -84,9 +85,12 @@ MDM_API mdm_log_level_t mdm_log_get_level(void);
  * opened is skipped without report.
  *
  * A line for which there is no memory is left out. Of a line that a full disk does not take whole,
- * nothing stays, unless another process has meanwhile appended to the file. The signals of such
+ * nothing stays, unless another process has meanwhile appended to the file. Where the file can only
+ * be appended to, the beginning stays, and the next line begins on a line of its own. The signals of
+ * such
  * writes do what the program has set: SIGXFSZ at a limit for the size of files, SIGPIPE for a FIFO
- * whose reader is gone. A FIFO without a reader makes every line wait for one.
+ * whose reader is gone. A FIFO without a reader makes every line wait for one,
+ * and cancellation does not end that wait.
  *
  * @param path  the file's path, which stays the caller's, or null.
  *

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string_view>
-#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -78,19 +78,40 @@ Text text_of(const Line &line, va_list args, size_t &size)
     return is_whole ? std::move(text) : nullptr;
 }
 
+// A regular file, and how long it is.
+struct FileState {
+    dev_t device;
+    ino_t inode;
+    off_t size;
+
+    friend bool operator==(const FileState &, const FileState &) = default;
+};
+
+std::optional<FileState> state_of(int file)
+{
+    struct stat state {};
+    if (fstat(file, &state) != 0 || !S_ISREG(state.st_mode)) {
+        return std::nullopt;
+    }
+    return FileState{state.st_dev, state.st_ino, state.st_size};
+}
+
+// The file that ends with the beginning of a line. Guarded by log_mutex.
+std::optional<FileState> torn_file;
+
 // Cuts off the beginning of a line that the file did not take whole, so that the next line does not
 // run into it. Another process may append to the file as well: what stands among its lines is left.
 void take_back(int file, off_t begin, size_t length)
 {
-    struct stat state {};
-    if (fstat(file, &state) == 0 && S_ISREG(state.st_mode) &&
-        state.st_size == begin + static_cast<off_t>(length)) {
-        std::ignore = ftruncate(file, begin);  // or else the file keeps it
+    const auto state = state_of(file);
+    if (state && state->size == begin + static_cast<off_t>(length) && ftruncate(file, begin) != 0) {
+        torn_file = state;  // it can only be appended to
     }
 }
 
-// One write is enough for a file that has room. Signals interrupt those to a FIFO or a terminal.
-void append(int file, std::string_view text)
+// How many bytes were written. One write is enough for a file that has room. Signals interrupt those
+// to a FIFO or a terminal.
+size_t append(int file, std::string_view text)
 {
     off_t begin = 0;
     size_t written = 0;
@@ -110,19 +131,37 @@ void append(int file, std::string_view text)
     if (written > 0 && written < text.size()) {
         take_back(file, begin, written);
     }
+    return written;
+}
+
+// Ends the line of which the file has only the beginning, if it still ends with that. False if there
+// is no room.
+bool end_torn_line(int file)
+{
+    if (!torn_file || torn_file != state_of(file)) {
+        torn_file.reset();
+        return true;
+    }
+    const bool is_ended = append(file, "\n") == 1;
+    if (is_ended) {
+        torn_file.reset();
+    }
+    return is_ended;
 }
 
 void append_line(const char *path, const Line &line, va_list args)
 {
-    // O_CLOEXEC keeps the descriptor from programs that another thread starts meanwhile, O_NOCTTY a
-    // terminal from becoming the process's own.
-    const int file =
-        open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, file_permissions);
+    // O_CLOEXEC keeps the descriptor from programs that another thread starts meanwhile.
+    int file = -1;
+    do {
+        file = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, file_permissions);
+    } while (file < 0 && errno == EINTR);
     if (file < 0) {
         return;
     }
     size_t size = 0;
-    if (const Text text = text_of(line, args, size)) {
+    const Text text = text_of(line, args, size);
+    if (text != nullptr && end_torn_line(file)) {
         append(file, {text.get(), size});
     }
     close(file);
@@ -148,7 +187,6 @@ mdm_log_level_t mdm_log_get_level()
 
 int mdm_log_set_path(const char *path)
 {
-    const mdm::CancellationOff cancellation_off;
     pthread_mutex_lock(&mdm::log_mutex);
     mdm::log_path = path;
     return pthread_mutex_unlock(&mdm::log_mutex);
