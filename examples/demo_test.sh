@@ -17,4 +17,4 @@ for side in client server; do
     grep "^$side" <<<"$output" | grep -Ev "$left_out" |
         diff <(grep -Ev "$left_out" "$here/demo_$side.txt") -
 done
-[ "$(grep -c '^3 MDM_COMMON mdm_ipc_guarded.cpp: ipc_open(.*Refused ' <<<"$output")" = 5 ]
+[ "$(grep -c '^3 MDM_COMMON mdm_ipc_guarded.cpp: ipc_open(.*Refused: ' <<<"$output")" = 5 ]

@@ -93,6 +93,12 @@ static void apply_pwd(struct server *server, const mdm_pwd_info_t *request, mdm_
     reply->data = &server->policy;
 }
 
+/* A text that is empty is no payload. */
+static void *payload_of(const GString *text)
+{
+    return text->len > 0 ? text->str : NULL;
+}
+
 static void apply_firewall(struct server *server, const mdm_firewall_info_t *request,
                            mdm_firewall_info_t *reply)
 {
@@ -102,7 +108,7 @@ static void apply_firewall(struct server *server, const mdm_firewall_info_t *req
     reply->type = request->type;
     reply->param = request->param;
     reply->data_size = (int32_t)server->firewall_rules->len;
-    reply->data = server->firewall_rules->str;
+    reply->data = payload_of(server->firewall_rules);
 }
 
 /* A new secret and its size, from a base64 text of whole blocks; null for any other text. */
@@ -145,7 +151,7 @@ static bool apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_
     reply->type = request->type;
     reply->param = request->param;
     reply->data_size = (int32_t)server->vpn_profile->len;
-    reply->data = server->vpn_profile->str;
+    reply->data = payload_of(server->vpn_profile);
     return true;
 }
 
@@ -283,16 +289,11 @@ static void release_reply(mdm_msg_t *reply)
     }
 }
 
-static bool send_refusal(int fd, const char *reason);
-
-/* What a client has put into its request may not be fit to be sent back: an empty name in a list
- * arrives as none. */
-static bool send_message(int fd, mdm_msg_t *reply)
+/* Takes the bytes of a sealed reply over; none if it could not be sealed. */
+static bool send_sealed(int fd, const mdm_msg_t *reply, uint8_t *bytes, uint32_t length)
 {
-    uint32_t length = 0;
-    uint8_t *bytes = ipc_seal(reply, &length, NULL);
     if (bytes == NULL) {
-        return send_refusal(fd, "an answer that cannot be sent");
+        return false;
     }
     show_message("server", "->", reply, length);
     const bool sent = channel_send(fd, bytes, length);
@@ -306,9 +307,21 @@ static bool send_refusal(int fd, const char *reason)
     mdm_msg_t reply = {.type = TYPE_ADMIN + 1, .hdr_word2 = (uint32_t)MDM_RESULT_FAILED};
     reply.body.admin.type = ADMIN_REFUSED;
     reply.body.admin.text = text;
-    const bool sent = send_message(fd, &reply);
+    uint32_t length = 0;
+    uint8_t *bytes = ipc_seal(&reply, &length, NULL);
+    const bool sent = send_sealed(fd, &reply, bytes, length);
     g_free(text);
     return sent;
+}
+
+/* What a client has put into its request may not be fit to be sent back: an empty name in a list
+ * arrives as none. */
+static bool send_message(int fd, mdm_msg_t *reply)
+{
+    uint32_t length = 0;
+    uint8_t *bytes = ipc_seal(reply, &length, NULL);
+    return bytes != NULL ? send_sealed(fd, reply, bytes, length)
+                         : send_refusal(fd, "an answer that cannot be sent");
 }
 
 /* Some requests are announced to the client as done before they are answered. */
@@ -340,8 +353,9 @@ static bool serve_packet(struct server *server, int fd, const GByteArray *packet
     ipc_fault_t fault;
     MDM_AUTO_CLOSE mdm_msg_t *request = ipc_open(packet->data, packet->len, &fault);
     if (request == NULL) {
-        printf("server  refused %u bytes: %s at offset %u needs %u, %u are left\n", packet->len,
-               fault.path, fault.offset, fault.needed, fault.left);
+        gchar *reason = ipc_fault_describe(&fault);
+        printf("server  refused %u bytes: %s\n", packet->len, reason);
+        g_free(reason);
         return send_refusal(fd, "not a message");
     }
     show_message("server", "<-", request, packet->len);

@@ -54,10 +54,8 @@ void promise_logged(const ipc_fault_t &fault)
 {
     const std::vector<std::string> lines = take_critical_lines();
     promise(!lines.empty(), "a refusal is logged");
-    for (const std::string &part : {std::string(fault.path), std::to_string(fault.offset),
-                                    std::to_string(fault.needed), std::to_string(fault.left)}) {
-        promise(mentions(lines.back(), part), "the log says what the fault says");
-    }
+    const Owned<gchar> sentence(ipc_fault_describe(&fault));
+    promise(mentions(lines.back(), sentence.get()), "the log says what the fault says");
 }
 
 }  // namespace mdm::fuzz

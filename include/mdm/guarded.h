@@ -18,6 +18,7 @@
  *   called with.
  *
  * There is deliberately no `g_autoptr(mdm_msg_t)`: it could not say which of the two it releases.
+ * Compilers warn of much that mixes the two up, but not of ipc_free() for an opened message.
  *
  * An opened message never goes to ipc_free(), and nothing in it is freed, reallocated or taken over
  * on its own: all of it is one region of memory. Otherwise it reads like the message that
@@ -35,11 +36,13 @@
  * A count of list elements below 1 announces an empty list on both paths; the count of misc 127 and
  * 128 has no sign.
  *
- * The functions keep no state: any number of threads may work on different messages at once. They
- * end the process, as GLib does, when there is no memory. An opened message takes at most 10 times
- * the bytes' length and 4 KiB, 6 times where pointers have 32 bits; no count or length in the bytes
- * allocates anything before it is known that the bytes that are left can be as many. How long a
- * message may be is the channel's to limit.
+ * The functions keep no state: any number of threads may work on different messages at once.
+ *
+ * No byte of a message makes ipc_open(), ipc_seal() or ipc_close() end the process. Where memory
+ * cannot be had, they refuse, with the path "memory" in the fault. An opened message takes at most 10 times the bytes'
+ * length and 4 KiB, 6 times where pointers have 32 bits. No count or length in the bytes allocates
+ * anything before it is known that the bytes that are left can be as many. How long a message may
+ * be is the channel's to limit.
  */
 #ifndef MDM_GUARDED_H
 #define MDM_GUARDED_H
@@ -54,19 +57,20 @@
 MDM_BEGIN_DECLS
 
 /**
- * Why bytes were not opened, or a message not sealed.
+ * Why bytes were not opened, or a message was not sealed. ipc_fault_describe() makes a sentence of
+ * it.
  *
  * A number above 4294967295 reads as 4294967295, and so does what a negative length would need.
  */
 typedef struct ipc_fault {
-    uint32_t offset;  /**< Where in the bytes: of a text, of raw bytes and of the elements of a list
-                          where they begin, behind their count. */
-    uint32_t needed;  /**< How many bytes were needed from there on. For "header.length" it is the
-                          whole message, as its length field or the smallest message has it, and 4
-                          where not even that field is there; for "header.type" the one byte that
-                          is no message type. 0 for a part of a sender's message that is missing or
-                          cannot be sent. */
-    uint32_t left;    /**< How many bytes were left there. */
+    uint32_t offset;  /**< Where in the bytes. For a text, for raw bytes and for the elements of a
+                          list: where they begin, behind their count. */
+    uint32_t needed;  /**< How many bytes were needed from there on. For "header.length": the whole
+                          message, as its length field or the smallest message has it, and 4 where
+                          not even that field is there. For "header.type": the one byte that is no
+                          message type. For "memory": how many bytes of memory could not be had. 0
+                          for a part of a sender's message that is missing or cannot be sent. */
+    uint32_t left;    /**< How many bytes were left there; 0 for "memory". */
     const char *path; /**< Which field, for example "wifi.network.detail.w3" or "header.hdr_text". A
                            static string. Elements of a list are named like one of them
                            ("security.account.str4"), their count like the list
@@ -75,13 +79,37 @@ typedef struct ipc_fault {
 } ipc_fault_t;
 
 /**
+ * Says in one sentence for a person what a fault says in numbers, without a full stop:
+ *
+ *     wifi.network.ssid at offset 56 needs 12 bytes, 3 are left
+ *     header.length announces a message of 60 bytes, 57 are there
+ *     wifi.data is missing
+ *
+ * The functions of this file log this sentence when they refuse. It is for reading: programs look
+ * at the fault itself.
+ *
+ * @param fault  a fault that one of these functions has written. Must not be null.
+ *
+ * @return A new string, which the caller releases with g_free(); never null. Without memory for it
+ *         the call ends the process, as GLib does.
+ */
+MDM_API gchar *ipc_fault_describe(const ipc_fault_t *fault);
+
+/**
+ * Gives back an opened message, with every string, record and list of it.
+ *
+ * @param msg  a message that ipc_open() returned, or null.
+ */
+MDM_API void ipc_close(mdm_msg_t *msg);
+
+/**
  * Opens received bytes: returns the message that ipc_deserialize() would make of them in a zeroed
  * record.
  *
- * Refused are bytes of which any check of the envelope fails, of which any read would leave the
- * buffer, of which a count or length cannot be true of the bytes that are left, or of which a size
- * is negative that the category uses as a length. One critical line in the log then says what the
- * fault says.
+ * It refuses bytes that fail a check of the envelope, and bytes from which any field would have to
+ * be read behind their end. It refuses a count or a length that cannot be true of the bytes that
+ * are left, and a negative size that the category uses as a length. It logs one critical line then,
+ * with the sentence of ipc_fault_describe().
  *
  * @param buffer  the received bytes, at any address; not changed and not kept. Nothing behind them
  *                is read.
@@ -94,14 +122,8 @@ typedef struct ipc_fault {
 MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault);
 
 /**
- * Gives back an opened message, with every string, record and list of it.
- *
- * @param msg  a message that ipc_open() returned, or null.
- */
-MDM_API void ipc_close(mdm_msg_t *msg);
-
-/**
- * Turns a message into the bytes that ipc_serialize() would return, if they are sound.
+ * Turns a message into the bytes that ipc_serialize() would return, if they are sound. What is
+ * sealed can be opened.
  *
  * Refused is a message that ipc_serialize() would write beyond the size that it has counted, of
  * which it would count other elements of a list than it writes (a null one, or one in front of the
@@ -150,7 +172,7 @@ static inline void mdm_auto_close(mdm_msg_t **msg)
  *
  *     MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes, length, NULL);
  */
-#define MDM_AUTO_CLOSE __attribute__((cleanup(mdm_auto_close)))
+#define MDM_AUTO_CLOSE __attribute__((__cleanup__(mdm_auto_close)))
 
 /* Makes g_auto(mdm_msg_t). */
 G_DEFINE_AUTO_CLEANUP_CLEAR_FUNC(mdm_msg_t, ipc_free)

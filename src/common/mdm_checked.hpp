@@ -10,6 +10,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -20,15 +21,11 @@
 #include <glib.h>
 
 #include "mdm/guarded.h"
+#include "mdm_ipc_fault.hpp"
 #include "mdm_region.hpp"
 #include "mdm_wire.hpp"
 
 namespace mdm {
-
-inline uint32_t saturated(uint64_t number)
-{
-    return static_cast<uint32_t>(std::min<uint64_t>(number, std::numeric_limits<uint32_t>::max()));
-}
 
 // Where a checked cursor is in a buffer.
 template <class Byte>
@@ -78,16 +75,27 @@ protected:
 
     [[gnu::cold]] void fail(uint64_t needed, const char *path)
     {
+        end_with({offset(), saturated(needed), static_cast<uint32_t>(left()), path});
+    }
+
+    [[gnu::cold]] void fail_without_memory(size_t size)
+    {
+        end_with(fault_without_memory(offset(), size));
+    }
+
+private:
+    uint32_t offset() const { return static_cast<uint32_t>(position_ - begin_); }
+
+    void end_with(const ipc_fault_t &fault)
+    {
         if (has_failed_) {
             return;  // the first fault counts
         }
-        fault_ = {static_cast<uint32_t>(position_ - begin_), saturated(needed),
-                  static_cast<uint32_t>(left()), path};
+        fault_ = fault;
         has_failed_ = true;
         end_ = position_;
     }
 
-private:
     Byte *begin_;
     Byte *position_;
     Byte *end_;
@@ -241,6 +249,9 @@ public:
     CheckedReader(const uint8_t *buffer, uint32_t length, uint32_t offset, ipc_fault_t &fault)
         : Region(length), CheckedPosition(buffer, length, offset, fault)
     {
+        if (message() == nullptr) [[unlikely]] {
+            fail_without_memory(Region::capacity());
+        }
     }
 
     using Region::message;
@@ -293,9 +304,7 @@ public:
     template <class Record, class... Fields>
     Record *record(const FieldList<Record, Fields...> &list)
     {
-        static_assert(alignof(Record) <= alignof(void *));
-        auto *record = is_whole(list) ? static_cast<Record *>(Region::take(sizeof(Record), left()))
-                                      : make<Record>();
+        auto *record = is_whole(list) ? place<Record>() : make<Record>();
         fields(*record, list);
         return record;
     }
@@ -306,8 +315,7 @@ public:
     template <class Record>
     Record *make()
     {
-        static_assert(alignof(Record) <= alignof(void *));
-        return static_cast<Record *>(Region::take_zeroed(sizeof(Record), left()));
+        return static_cast<Record *>(std::memset(place<Record>(), 0, sizeof(Record)));
     }
 
     template <class Record>
@@ -322,7 +330,11 @@ public:
             return {};
         }
         const auto size = static_cast<uint32_t>(count);
-        return {static_cast<char **>(Region::take_zeroed(size * sizeof(char *), left())), size};
+        void *place = take(size * sizeof(char *));
+        if (place == nullptr) {
+            return {};
+        }
+        return {static_cast<char **>(std::memset(place, 0, size * sizeof(char *))), size};
     }
 
     class List {
@@ -331,7 +343,7 @@ public:
 
         void append(void *element)
         {
-            auto *cell = static_cast<GList *>(in_.Region::take(sizeof(GList), in_.left()));
+            auto *cell = in_.place<GList>();
             *cell = {element, nullptr, tail_};
             (tail_ == nullptr ? head_ : tail_->next) = cell;
             tail_ = cell;
@@ -346,6 +358,39 @@ public:
     List new_list() { return List(*this); }
 
 private:
+    // Null without memory, which ends the cursor.
+    void *take(size_t size)
+    {
+        void *place = Region::take(size);
+        return place != nullptr ? place : take_from_new_block(size);
+    }
+
+    [[gnu::cold, gnu::noinline]] void *take_from_new_block(size_t size)
+    {
+        void *place = grow(size, left()) ? Region::take(size) : nullptr;
+        if (place == nullptr) {
+            fail_without_memory(Region::capacity());
+        }
+        return place;
+    }
+
+    // Room for a record or a cell. Without memory it is a place that no message keeps: whoever is
+    // reading need not look for null, and the message is dropped.
+    template <class Record>
+    Record *place()
+    {
+        static_assert(alignof(Record) <= alignof(void *));
+        static_assert(sizeof(Record) <= largest_record);
+        void *place = Region::take(sizeof(Record));
+        return static_cast<Record *>(place != nullptr ? place : place_in_new_block(sizeof(Record)));
+    }
+
+    [[gnu::cold, gnu::noinline]] void *place_in_new_block(size_t size)
+    {
+        void *place = take_from_new_block(size);
+        return place != nullptr ? place : dropped_.data();
+    }
+
     // As the writer's.
     struct Claim {
         const uint8_t *position;
@@ -418,6 +463,9 @@ private:
         Region::text_to(text + length + 1);
         return text;
     }
+
+    static constexpr size_t largest_record = 256;
+    alignas(void *) std::array<std::byte, largest_record> dropped_;
 };
 
 }  // namespace mdm

@@ -87,7 +87,10 @@ uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
     MDM_ASSERT(total >= 1, nullptr);
     MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
 
-    return new_buffer(msg, static_cast<uint32_t>(total));
+    const auto length = static_cast<uint32_t>(total);
+    auto *buffer = static_cast<uint8_t *>(g_malloc0(buffer_size(length)));
+    set_envelope(buffer, msg, length);
+    return buffer;
 }
 
 uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length)

@@ -35,6 +35,7 @@ inline constexpr auto head_fields =
 inline constexpr uint32_t uncounted_size = 8;
 inline constexpr uint32_t smallest_length_field = smallest_size(head_fields);
 static_assert(smallest_length_field == 32);
+inline constexpr uint32_t smallest_message = uncounted_size + smallest_length_field;
 
 // The size of the whole message, as its size handler counts the body. That may be a negative number
 // of bytes; the sum wraps and is judged as a signed total.
@@ -49,20 +50,22 @@ inline constexpr size_t trailer_size = 5;
 inline constexpr size_t guard_offset = 1;
 inline constexpr std::array<uint8_t, 4> guard = {0xF4, 0xF4, 0xF4, 0xF4};
 
-// A new buffer for a message of `total` bytes, with its length field, type byte, header byte and
-// guard bytes set.
-inline uint8_t *new_buffer(const mdm_msg_t &msg, uint32_t total)
+// The size of the buffer for a message of `total` bytes.
+inline size_t buffer_size(uint32_t total)
 {
-    const size_t size = total;
-    auto *buffer = static_cast<uint8_t *>(g_malloc0(size + trailer_size));
+    return size_t{total} + trailer_size;
+}
+
+// Sets the length field, type byte, header byte and guard bytes in a zero-filled buffer.
+inline void set_envelope(uint8_t *buffer, const mdm_msg_t &msg, uint32_t total)
+{
     store_u32(buffer + ipc_head::length, total - uncounted_size);
     buffer[ipc_head::type] = msg.type;
     buffer[ipc_head::hdr_byte] = msg.hdr_byte;
-    std::memcpy(buffer + size + guard_offset, guard.data(), guard.size());
-    return buffer;
+    std::memcpy(buffer + total + guard_offset, guard.data(), guard.size());
 }
 
-// The same; null for a total below 8.
+// A new buffer with its envelope set; null for a total below 8.
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total);
 
 // What the exported functions of the same names do once the row is known.

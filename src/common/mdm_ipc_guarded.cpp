@@ -12,11 +12,6 @@
 namespace mdm {
 namespace {
 
-constexpr uint32_t smallest_message = uncounted_size + smallest_length_field;
-
-constexpr const char *length_path = "header.length";
-constexpr const char *type_path = "header.type";
-
 bool has_envelope(const uint8_t *buffer, uint32_t length)
 {
     return buffer != nullptr && length >= smallest_message &&
@@ -28,16 +23,16 @@ bool has_envelope(const uint8_t *buffer, uint32_t length)
 [[gnu::cold, gnu::noinline]] ipc_fault_t fault_of_envelope(const uint8_t *buffer, uint32_t length)
 {
     if (buffer == nullptr || length < word_size) {
-        return {ipc_head::length, word_size, buffer == nullptr ? 0 : length, length_path};
+        return {ipc_head::length, word_size, buffer == nullptr ? 0 : length, fault_path::length};
     }
     const uint64_t claimed = uint64_t{load_u32(buffer + ipc_head::length)} + uncounted_size;
     if (claimed != length) {
-        return {ipc_head::length, saturated(claimed), length, length_path};
+        return {ipc_head::length, saturated(claimed), length, fault_path::length};
     }
     if (length < smallest_message) {
-        return {ipc_head::length, smallest_message, length, length_path};
+        return {ipc_head::length, smallest_message, length, fault_path::length};
     }
-    return {ipc_head::type, 1, length - ipc_head::type, type_path};
+    return {ipc_head::type, 1, length - ipc_head::type, fault_path::type};
 }
 
 // Null, and the fault, on refusal.
@@ -49,6 +44,9 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
     }
     CheckedReader in(buffer, length, ipc_head::fields, fault);
     mdm_msg_t *msg = in.message();
+    if (msg == nullptr) [[unlikely]] {
+        return nullptr;
+    }
     msg->type = buffer[ipc_head::type];
     msg->hdr_byte = buffer[ipc_head::hdr_byte];
     in.fields(*msg, head_fields);
@@ -67,10 +65,10 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
 std::optional<ipc_fault_t> fault_of_message(const mdm_msg_t *msg)
 {
     if (msg == nullptr) {
-        return ipc_fault_t{0, 0, 0, "message"};
+        return ipc_fault_t{0, 0, 0, fault_path::message};
     }
     if (!is_message_type(msg->type) || guarded_row(msg->type).seal == nullptr) {
-        return ipc_fault_t{ipc_head::type, 0, 0, type_path};
+        return ipc_fault_t{ipc_head::type, 0, 0, fault_path::type};
     }
     if (const char *path = guarded_row(msg->type).unsound(&msg->body)) {
         return ipc_fault_t{uncounted_size + size_of_fields(*msg, head_fields), 0, 0, path};
@@ -83,11 +81,16 @@ uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 {
     const int32_t total = total_size(handler_row(msg->type), msg);
     if (total < static_cast<int32_t>(uncounted_size)) {
-        fault = {ipc_head::length, smallest_message, 0, length_path};
+        fault = {ipc_head::length, smallest_message, 0, fault_path::length};
         return nullptr;
     }
     const auto length = static_cast<uint32_t>(total);
-    uint8_t *buffer = new_buffer(*msg, length);
+    auto *buffer = static_cast<uint8_t *>(g_try_malloc0(buffer_size(length)));
+    if (buffer == nullptr) [[unlikely]] {
+        fault = fault_without_memory(0, buffer_size(length));
+        return nullptr;
+    }
+    set_envelope(buffer, *msg, length);
     CheckedWriter out(buffer, length, ipc_head::fields, fault);
     out.fields(*msg, head_fields);
     if (out) {
@@ -116,12 +119,18 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
     return buffer;
 }
 
+// Logs why an exported function refuses, in its name, and tells whoever asked.
+[[gnu::cold, gnu::noinline]] void refuse(const char *function, int line, const ipc_fault_t &found,
+                                         ipc_fault_t *fault)
+{
+    MDM_CRITICAL_OF(function, line, "Refused: %s", FaultText(found).c_str());
+    if (fault != nullptr) {
+        *fault = found;
+    }
+}
+
 }  // namespace
 }  // namespace mdm
-
-#define LOG_REFUSAL(fault)                                                                  \
-    MDM_CRITICAL("Refused %s: offset %u, needed %u, left %u", (fault).path, (fault).offset, \
-                 (fault).needed, (fault).left)
 
 mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
 {
@@ -129,10 +138,7 @@ mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
     ipc_fault_t found;  // written on refusal
     mdm_msg_t *msg = mdm::open(buffer, length, found);
     if (msg == nullptr) {
-        LOG_REFUSAL(found);
-        if (fault != nullptr) {
-            *fault = found;
-        }
+        mdm::refuse(__func__, __LINE__, found, fault);
     }
     return MDM_EXIT(msg);
 }
@@ -150,10 +156,7 @@ uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault)
     ipc_fault_t found;  // written on refusal
     uint8_t *buffer = mdm::seal(msg, out_length, found);
     if (buffer == nullptr) {
-        LOG_REFUSAL(found);
-        if (fault != nullptr) {
-            *fault = found;
-        }
+        mdm::refuse(__func__, __LINE__, found, fault);
     }
     return MDM_EXIT(buffer);
 }

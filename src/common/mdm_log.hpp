@@ -39,19 +39,24 @@ private:
 }  // namespace mdm
 
 // One line with the prefix of the place that logs. Log in the handler or exported function
-// itself (or a named step of the envelope), never in a lambda or a helper: the reader of the log
-// looks for the function's name.
-#define MDM_LOG_LINE(level, text, ...)                                                        \
+// itself (or a named step of the envelope), never in a lambda: the reader of the log looks for the
+// function's name.
+#define MDM_LOG_LINE(level, text, ...) \
+    MDM_LOG_LINE_OF(__func__, __LINE__, level, text __VA_OPT__(, ) __VA_ARGS__)
+
+// The same for a helper that logs in the name of a function and a line that it was told.
+#define MDM_LOG_LINE_OF(function, line, level, text, ...)                                     \
     (::mdm::log_passes(level) ? static_cast<void>(__mdm_log_print(                            \
                                     level, "MDM_COMMON", "%s: %s(%d) > " text, __FILE_NAME__, \
-                                    __func__, __LINE__ __VA_OPT__(, ) __VA_ARGS__))           \
+                                    function, line __VA_OPT__(, ) __VA_ARGS__))               \
                               : static_cast<void>(0))
 
 #define MDM_DEBUG(text, ...) MDM_LOG_LINE(MDM_LOG_DEBUG, text __VA_OPT__(, ) __VA_ARGS__)
 #define MDM_INFO(text, ...) MDM_LOG_LINE(MDM_LOG_INFO, text __VA_OPT__(, ) __VA_ARGS__)
-#define MDM_CRITICAL(text, ...)    \
-    MDM_LOG_LINE(MDM_LOG_CRITICAL, \
-                 "\033[0;31m* Critical * " text "\033[0;m" __VA_OPT__(, ) __VA_ARGS__)
+#define MDM_CRITICAL(text, ...) MDM_CRITICAL_OF(__func__, __LINE__, text __VA_OPT__(, ) __VA_ARGS__)
+#define MDM_CRITICAL_OF(function, line, text, ...)    \
+    MDM_LOG_LINE_OF(function, line, MDM_LOG_CRITICAL, \
+                    "\033[0;31m* Critical * " text "\033[0;m" __VA_OPT__(, ) __VA_ARGS__)
 
 #define MDM_ENTER() MDM_DEBUG("\033[0;32mENTER >>>>\033[0;m")
 

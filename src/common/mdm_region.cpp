@@ -13,17 +13,22 @@ constexpr size_t growth = (sizeof(GList) + sizeof(void *)) / word_size;
 }  // namespace
 
 // Twice the newest block, but no more than what is left may need.
-void Region::grow(size_t size, size_t left)
+bool Region::grow(size_t size, size_t left)
 {
+    size = room_of(size);
     const uint64_t needed = size + uint64_t{left} * growth;
     capacity_ =
         allocation_size(std::min(std::max<uint64_t>(size, uint64_t{capacity_} * 2), needed));
-    auto *block = static_cast<Block *>(g_malloc(capacity_));
+    auto *block = static_cast<Block *>(g_try_malloc(capacity_));
+    if (block == nullptr) {
+        return false;
+    }
     Block *first = first_block(msg_);
     block->next = first->next;
     first->next = block;
     begin_ = reinterpret_cast<std::byte *>(block + 1);
     end_ = reinterpret_cast<std::byte *>(block) + capacity_;
+    return true;
 }
 
 void Region::release_further(const Block *first)

@@ -21,10 +21,14 @@ namespace mdm {
 class Region {
 public:
     // For a message of `length` bytes. It is zero but for those fields of the header that are read.
+    // Without memory there is no message.
     explicit Region(uint32_t length)
         : capacity_(allocation_size(sizeof(mdm_msg_t) + uint64_t{length} * 2))
     {
-        auto *block = static_cast<Block *>(g_malloc(capacity_));
+        auto *block = static_cast<Block *>(g_try_malloc(capacity_));
+        if (block == nullptr) [[unlikely]] {
+            return;
+        }
         block->next = nullptr;
         msg_ = reinterpret_cast<mdm_msg_t *>(block + 1);
         msg_->hdr_aux = 0;
@@ -36,6 +40,9 @@ public:
 
     mdm_msg_t *message() const { return msg_; }
 
+    // The bytes of the newest block, or of the one that could not be had.
+    size_t capacity() const { return capacity_; }
+
     // Gives back a message with all that belongs to it.
     static void release(mdm_msg_t *msg)
     {
@@ -46,20 +53,21 @@ public:
         g_free(first);
     }
 
-    // Aligned for whatever holds pointers. `left` bytes of the message may still ask for more.
-    void *take(size_t size, size_t left)
+    // A place in the newest block, aligned for whatever holds pointers; null if there is no room.
+    void *take(size_t size)
     {
-        constexpr size_t step = alignof(void *);
-        const size_t room = (size + step - 1) / step * step;
+        const size_t room = room_of(size);
         if (room > static_cast<size_t>(end_ - begin_)) [[unlikely]] {
-            grow(room, left);
+            return nullptr;
         }
         std::byte *place = begin_;
         begin_ += room;
         return place;
     }
 
-    void *take_zeroed(size_t size, size_t left) { return std::memset(take(size, left), 0, size); }
+    // Makes a block with room for `size` bytes, and for more, because `left` bytes of the message
+    // may still ask for it. False without memory.
+    bool grow(size_t size, size_t left);
 
     // Where the next text goes.
     char *text() const { return reinterpret_cast<char *>(text_); }
@@ -72,23 +80,28 @@ private:
     };
     static_assert(alignof(mdm_msg_t) <= alignof(Block));
 
+    static constexpr size_t room_of(size_t size)
+    {
+        constexpr size_t step = alignof(void *);
+        return (size + step - 1) / step * step;
+    }
+
     static Block *first_block(mdm_msg_t *msg) { return reinterpret_cast<Block *>(msg) - 1; }
 
-    // With the block's head; g_malloc() ends the process for what cannot be had.
+    // With the block's head.
     static size_t allocation_size(uint64_t capacity)
     {
         return static_cast<size_t>(
             std::min<uint64_t>(sizeof(Block) + capacity, std::numeric_limits<size_t>::max()));
     }
 
-    void grow(size_t size, size_t left);
     static void release_further(const Block *first);
 
-    size_t capacity_;  // of the newest block
-    mdm_msg_t *msg_;
-    std::byte *begin_;
-    std::byte *end_;
-    std::byte *text_;
+    size_t capacity_;
+    mdm_msg_t *msg_ = nullptr;
+    std::byte *begin_ = nullptr;
+    std::byte *end_ = nullptr;
+    std::byte *text_ = nullptr;
 };
 
 }  // namespace mdm

@@ -84,11 +84,15 @@ static void check_guarded_codec(void)
     ipc_close(opened);
     ipc_close(NULL);
 
-    CHECK(ipc_open(buffer, 3, &fault) == NULL);
+    opened = ipc_open(buffer, 3, &fault);
+    CHECK(opened == NULL);
     CHECK(fault.offset == 0);
     CHECK(fault.needed == 4);
     CHECK(fault.left == 3);
     CHECK(strcmp(fault.path, "header.length") == 0);
+    gchar *text = ipc_fault_describe(&fault);
+    CHECK(strcmp(text, "header.length at offset 0 needs 4 bytes, 3 are left") == 0);
+    g_free(text);
     g_free(buffer);
 }
 

@@ -14,6 +14,7 @@
 #include <sys/mman.h>
 
 #include "mdm/guarded.h"
+#include "support/fault.hpp"
 #include "support/guard_page.hpp"
 #include "support/log_recorder.hpp"
 #include "support/shapes.hpp"
@@ -156,6 +157,105 @@ TEST(Fault, OfAHeaderThatItsTextPushesOutIsTheFieldThatIsHit)
     EXPECT_EQ(fault_of(with_word(bytes, 16, most)), (Fault{20, most, 28, "header.hdr_text"}));
     EXPECT_EQ(fault_of(with_word(bytes, 16, 0x80000000)),
               (Fault{20, 0x80000000, 28, "header.hdr_text"}));
+}
+
+// The sentence.
+
+TEST(FaultSentence, SaysWhatIsNeededAndWhatIsLeft)
+{
+    EXPECT_EQ(sentence({56, 12, 3, "wifi.network.ssid"}),
+              "wifi.network.ssid at offset 56 needs 12 bytes, 3 are left");
+    EXPECT_EQ(sentence({56, 1, 0, "misc_cb.num6"}),
+              "misc_cb.num6 at offset 56 needs 1 byte, 0 are left");
+    EXPECT_EQ(sentence({40, 4, 1, "res.type"}), "res.type at offset 40 needs 4 bytes, 1 is left");
+    EXPECT_EQ(sentence({52, most, 4, "app.packages"}),
+              "app.packages at offset 52 needs 4294967295 bytes or more, 4 are left");
+}
+
+TEST(FaultSentence, SaysThatASizeIsNegative)
+{
+    EXPECT_EQ(sentence({52, most, 4, "apn.data"}), "apn.data at offset 52 has a negative size");
+    EXPECT_EQ(sentence({52, most - 1, 4, "apn.data"}),
+              "apn.data at offset 52 needs 4294967294 bytes, 4 are left");
+    // So much could also be needed by an array that is as long.
+    EXPECT_EQ(sentence({52, most, 4, "misc.array"}),
+              "misc.array at offset 52 needs 4294967295 bytes or more, 4 are left");
+}
+
+TEST(FaultSentence, SaysBothLengthsThatDoNotFit)
+{
+    EXPECT_EQ(sentence({0, 60, 57, "header.length"}),
+              "header.length announces a message of 60 bytes, 57 are there");
+    EXPECT_EQ(sentence({0, 8, 40, "header.length"}),
+              "header.length announces a message of 8 bytes, 40 are there");
+    EXPECT_EQ(sentence({0, 40, 41, "header.length"}),
+              "header.length announces a message of 40 bytes, 41 are there");
+    EXPECT_EQ(sentence({0, most, 41, "header.length"}),
+              "header.length announces a message of 4294967295 bytes or more, 41 are there");
+}
+
+// Which length field these bytes have cannot be told from the fault.
+TEST(FaultSentence, SaysHowLongAMessageIsAtLeast)
+{
+    EXPECT_EQ(sentence({0, 40, 39, "header.length"}),
+              "header.length: a message has 40 bytes or more, 39 are there");
+    EXPECT_EQ(sentence({0, 40, 1, "header.length"}),
+              "header.length: a message has 40 bytes or more, 1 is there");
+    EXPECT_EQ(sentence({0, 41, 39, "header.length"}),
+              "header.length announces a message of 41 bytes, 39 are there");
+}
+
+TEST(FaultSentence, SaysThatNotEvenALengthIsThere)
+{
+    EXPECT_EQ(sentence({0, 4, 3, "header.length"}),
+              "header.length at offset 0 needs 4 bytes, 3 are left");
+    EXPECT_EQ(sentence({0, 4, 0, "header.length"}),
+              "header.length at offset 0 needs 4 bytes, 0 are left");
+}
+
+TEST(FaultSentence, SaysThatATypeIsNone)
+{
+    EXPECT_EQ(sentence({4, 1, 36, "header.type"}), "header.type at offset 4 is no message type");
+}
+
+TEST(FaultSentence, SaysWhatIsMissing)
+{
+    EXPECT_EQ(sentence({0, 0, 0, "message"}), "message is missing");
+    EXPECT_EQ(sentence({40, 0, 0, "wifi.data"}), "wifi.data is missing");
+    EXPECT_EQ(sentence({40, 0, 0, "phone_res.ext.detail"}), "phone_res.ext.detail is missing");
+    EXPECT_EQ(sentence({60, 0, 17, "app_res.item.name"}), "app_res.item.name is missing");
+}
+
+TEST(FaultSentence, SaysWhatCannotBeSent)
+{
+    EXPECT_EQ(sentence({40, 0, 0, "eas.data_size"}),
+              "eas.data_size is no size that the payload can be sent with");
+    EXPECT_EQ(sentence({40, 0, 0, "phone_res.type"}), "phone_res.type is no type that can be sent");
+    EXPECT_EQ(sentence({4, 0, 0, "header.type"}), "header.type is no type that can be sent");
+    EXPECT_EQ(sentence({52, 0, 9, "app.packages"}),
+              "app.packages has a null element, or is not handed over by its first cell");
+    EXPECT_EQ(sentence({0, 40, 0, "header.length"}),
+              "header.length: the message adds up to no size that it can have");
+}
+
+TEST(FaultSentence, SaysHowMuchMemoryCouldNotBeHad)
+{
+    EXPECT_EQ(sentence({0, 4000, 0, "memory"}), "there is no memory for 4000 bytes");
+    EXPECT_EQ(sentence({0, most, 0, "memory"}), "there is no memory for 4294967295 bytes or more");
+}
+
+// Nothing was refused yet.
+TEST(FaultSentence, SaysSoOfAFaultThatNobodyHasWritten)
+{
+    EXPECT_EQ(sentence({}), "there is no fault");
+    EXPECT_EQ(sentence({1, 2, 3, ""}), "there is no fault");
+}
+
+// A fault's path is the library's own; a longer one is cut, and does no harm.
+TEST(FaultSentence, CutsAPathThatIsLongerThanAnyField)
+{
+    const std::string path(1000, 'p');
+    EXPECT_EQ(sentence({1, 2, 3, path.c_str()}), std::string(255, 'p'));
 }
 
 // Bodies: some by hand.

@@ -4,22 +4,29 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
+#include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "mdm/guarded.h"
+#include "mdm_region.hpp"
 #include "support/allocation_trace.hpp"
+#include "support/fault.hpp"
 #include "support/log_recorder.hpp"
+#include "support/no_memory.hpp"
 #include "support/shapes.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 // What the header promises.
@@ -268,6 +275,130 @@ TEST(Memory, OfEveryShapeIsWithinTheBound)
     for (const GoodMessage &good : good_messages()) {
         expect_little_opened(good.bytes);
     }
+}
+
+// Without memory.
+
+struct Refusal {
+    ipc_fault_t fault{};
+    std::vector<LogLine> lines;
+};
+
+// Opens with so many allocations that succeed. Nothing if that is enough.
+std::optional<Refusal> refusal_of_opening(const Bytes &bytes, size_t allocations)
+{
+    Refusal refusal;
+    LogRecorder log(MDM_LOG_CRITICAL);
+    AllocationTrace trace;
+    mdm_msg_t *msg = nullptr;
+    {
+        const NoMemory no_memory(allocations);
+        msg = ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), &refusal.fault);
+    }
+    ipc_close(msg);
+    trace.stop();
+    EXPECT_THAT(trace.kept(), IsEmpty());
+    refusal.lines = log.take();
+    return msg == nullptr ? std::optional(refusal) : std::nullopt;
+}
+
+// Takes one allocation after the other away. Returns how many it takes to open the bytes.
+size_t expect_refusals_without_memory(const Bytes &bytes)
+{
+    for (size_t allocations = 0;; ++allocations) {
+        const auto refusal = refusal_of_opening(bytes, allocations);
+        if (!refusal) {
+            return allocations;
+        }
+        EXPECT_STREQ(refusal->fault.path, "memory");
+        EXPECT_LE(refusal->fault.offset, bytes.size());
+        EXPECT_GT(refusal->fault.needed, 0U);
+        EXPECT_LE(refusal->fault.needed, times_length * bytes.size() + constant);
+        EXPECT_EQ(refusal->fault.left, 0U);
+        EXPECT_THAT(refusal->lines,
+                    ElementsAre(critical("ipc_open", refusal_line(refusal->fault))));
+    }
+}
+
+TEST(NoMemoryToOpen, IsAFaultForEveryShape)
+{
+    for (const GoodMessage &good : good_messages()) {
+        SCOPED_TRACE(good.name);
+        EXPECT_GE(expect_refusals_without_memory(good.bytes), 1U);
+    }
+}
+
+TEST_P(WorstList, IsRefusedWithoutMemory)
+{
+    const uint32_t count = fitting(GetParam(), 5000);
+    const size_t size = size_t{count} * GetParam().smallest;
+    // Empty strings of one category do not arrive: they need no cells.
+    const size_t least = std::string(GetParam().name) == "security_strings" ? 1 : 2;
+    EXPECT_GE(expect_refusals_without_memory(listed(GetParam(), count, size)), least);
+}
+
+TEST(NoMemoryToOpen, IsAFaultForAnArray)
+{
+    EXPECT_EQ(expect_refusals_without_memory(misc_array(1000, 4000)), 2U);
+}
+
+TEST(NoMemoryToOpen, IsAFaultForARecordThatIsLargerThanItsBytes)
+{
+    const Bytes network = framed(7, head_bytes(345, 1) + str("") + word(1) + word(7));
+    EXPECT_GE(expect_refusals_without_memory(network), sizeof(void *) == 8 ? 2U : 1U);
+}
+
+// The region by itself: what is smaller than a pointer takes the place of one.
+TEST(Region, HasRoomForWhatItHasGrownFor)
+{
+    Region region(0);
+    mdm_msg_t *msg = region.message();
+    ASSERT_NE(msg, nullptr);
+    EXPECT_EQ(region.take(1), nullptr);
+    EXPECT_TRUE(region.grow(1, 0));
+    EXPECT_NE(region.take(1), nullptr);
+    EXPECT_EQ(region.take(1), nullptr);
+    Region::release(msg);
+}
+
+// What is said of the first block.
+TEST(NoMemoryToOpen, SaysWhatWasAskedFor)
+{
+    const Bytes bytes = framed(19, {}, "text");
+    const auto refusal = refusal_of_opening(bytes, 0);
+    ASSERT_TRUE(refusal.has_value());
+    EXPECT_EQ(refusal->fault.offset, 8U);
+    EXPECT_EQ(refusal->fault.needed, sizeof(void *) + sizeof(mdm_msg_t) + 2 * bytes.size());
+}
+
+TEST(NoMemoryToSeal, IsAFaultThatLeavesTheMessageAsItWas)
+{
+    mdm_apn_account_t profile{};
+    mdm_msg_t msg = message(21);
+    msg.body.apn.type = 387;
+    msg.body.apn.data_size = 1;
+    msg.body.apn.data = &profile;
+    LogRecorder log(MDM_LOG_CRITICAL);
+    uint32_t length = 0xC0C1C2C3;
+    ipc_fault_t fault{};
+    uint8_t *buffer = nullptr;
+    {
+        const NoMemory no_memory;
+        buffer = ipc_seal(&msg, &length, &fault);
+    }
+    EXPECT_EQ(buffer, nullptr);
+    EXPECT_EQ(length, 0xC0C1C2C3);
+    EXPECT_STREQ(fault.path, "memory");
+    EXPECT_EQ(fault.offset, 0U);
+    EXPECT_EQ(fault.needed, 113U + 5);
+    EXPECT_EQ(fault.left, 0U);
+    EXPECT_EQ(msg.body.apn.data_size, 1);
+    EXPECT_THAT(log.take(),
+                ElementsAre(critical("ipc_seal", "Refused: there is no memory for 118 bytes")));
+
+    buffer = ipc_seal(&msg, &length, &fault);
+    EXPECT_EQ(length, 113U);
+    g_free(buffer);
 }
 
 }  // namespace

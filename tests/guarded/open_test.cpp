@@ -20,6 +20,7 @@
 
 #include "mdm/guarded.h"
 #include "support/allocation_trace.hpp"
+#include "support/fault.hpp"
 #include "support/guard_page.hpp"
 #include "support/log_recorder.hpp"
 #include "support/shapes.hpp"
@@ -133,11 +134,7 @@ struct Outcome {
 // The line that a refusal logs, from the function's name on.
 std::string line_of(const ipc_fault_t &fault)
 {
-    return critical("ipc_open", std::string("Refused ") + fault.path + ": offset " +
-                                    std::to_string(fault.offset) + ", needed " +
-                                    std::to_string(fault.needed) + ", left " +
-                                    std::to_string(fault.left))
-        .text;
+    return critical("ipc_open", refusal_line(fault)).text;
 }
 
 void note(Outcome &outcome, const mdm_msg_t *msg, const LogRecorder &log, size_t lines_before)
@@ -388,7 +385,7 @@ TEST(Open, LogsWhatDeserialisingLogs)
         }
         mdm_msg_t msg = zeroed();
         AllocationTrace trace;
-        ipc_deserialize(&msg, good.bytes.data(), size_of(good.bytes));
+        EXPECT_EQ(ipc_deserialize(&msg, good.bytes.data(), size_of(good.bytes)), 0);
         trace.stop();
         release_blocks(trace.kept());
         EXPECT_EQ(lines, log.take()) << good.name;
@@ -400,11 +397,13 @@ TEST(Open, LogsNothingButTheRefusalInFrontOfTheExit)
     const Bytes bytes = framed(19, {});
     LogRecorder log;
     EXPECT_EQ(ipc_open(bytes.data(), 39, nullptr), nullptr);
-    EXPECT_THAT(log.take(),
-                ::testing::ElementsAre(
-                    enter("ipc_open"),
-                    critical("ipc_open", "Refused header.length: offset 0, needed 40, left 39"),
-                    leave("ipc_open")));
+    EXPECT_THAT(
+        log.take(),
+        ::testing::ElementsAre(
+            enter("ipc_open"),
+            critical("ipc_open",
+                     "Refused: header.length: a message has 40 bytes or more, 39 are there"),
+            leave("ipc_open")));
 }
 
 TEST(Open, ManyThreadsMayOpenAtOnce)

@@ -17,6 +17,7 @@
 #include "mdm/guarded.h"
 #include "mdm_checked.hpp"
 #include "support/allocation_trace.hpp"
+#include "support/fault.hpp"
 #include "support/log_recorder.hpp"
 #include "support/shapes.hpp"
 #include "support/wire.hpp"
@@ -93,7 +94,7 @@ void expect_refusal(mdm_msg_t &msg, const ipc_fault_t &expected)
     EXPECT_TRUE(msg == before);
     EXPECT_EQ(length, untouched_length);
     EXPECT_THAT(trace.kept(), IsEmpty());
-    EXPECT_THAT(lines_of_sealing(log), ElementsAre(critical("ipc_seal", text_of(expected))));
+    EXPECT_THAT(lines_of_sealing(log), ElementsAre(critical("ipc_seal", refusal_line(expected))));
 }
 
 // A part that is missing, where the body is not even begun.
@@ -219,8 +220,9 @@ TEST(Seal, ANullMessageIsRefused)
     EXPECT_EQ(ipc_seal(nullptr, &length, &fault), nullptr);
     EXPECT_EQ(text_of(fault), "Refused message: offset 0, needed 0, left 0");
     EXPECT_EQ(length, untouched_length);
-    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_seal"), critical("ipc_seal", text_of(fault)),
-                                        leave("ipc_seal")));
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter("ipc_seal"), critical("ipc_seal", refusal_line(fault)),
+                            leave("ipc_seal")));
 }
 
 TEST(Seal, TypesWithoutACategoryAreRefused)

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 
 #include <dlfcn.h>
 #include <glib.h>
@@ -13,8 +14,21 @@
 namespace mdm::test {
 namespace {
 
-bool allocations_fail = false;
+bool memory_is_short = false;
+size_t allocations_left = 0;
 bool formatting_fails = false;
+
+bool allocation_fails()
+{
+    if (!memory_is_short) {
+        return false;
+    }
+    if (allocations_left == 0) {
+        return true;
+    }
+    --allocations_left;
+    return false;
+}
 
 using Split = gchar **(const gchar *, const gchar *, gint);
 using OpenMemoryStream = FILE *(char **, size_t *);
@@ -41,14 +55,15 @@ int format_text(FILE *stream, const char *format, va_list args)
 
 }  // namespace
 
-NoMemory::NoMemory()
+NoMemory::NoMemory(size_t after)
 {
-    allocations_fail = true;
+    memory_is_short = true;
+    allocations_left = after;
 }
 
 NoMemory::~NoMemory()
 {
-    allocations_fail = false;
+    memory_is_short = false;
 }
 
 NoMemoryForText::NoMemoryForText()
@@ -65,14 +80,19 @@ NoMemoryForText::~NoMemoryForText()
 
 // In front of the libraries' own.
 
+extern "C" gpointer g_try_malloc(gsize size)
+{
+    return mdm::test::allocation_fails() ? nullptr : std::malloc(size);
+}
+
 extern "C" gpointer g_try_malloc0(gsize size)
 {
-    return mdm::test::allocations_fail ? nullptr : g_malloc0(size);
+    return mdm::test::allocation_fails() ? nullptr : std::calloc(1, size);
 }
 
 extern "C" gchar *g_strdup_printf(const gchar *format, ...)
 {
-    if (mdm::test::allocations_fail) {
+    if (mdm::test::allocation_fails()) {
         return nullptr;
     }
     va_list args;
@@ -85,13 +105,13 @@ extern "C" gchar *g_strdup_printf(const gchar *format, ...)
 extern "C" gchar **g_strsplit(const gchar *text, const gchar *delimiter, gint max_tokens)
 {
     static auto *const split = mdm::test::find<mdm::test::Split>("g_strsplit");
-    return mdm::test::allocations_fail ? nullptr : split(text, delimiter, max_tokens);
+    return mdm::test::allocation_fails() ? nullptr : split(text, delimiter, max_tokens);
 }
 
 extern "C" FILE *open_memstream(char **text, size_t *size)
 {
     static auto *const open = mdm::test::find<mdm::test::OpenMemoryStream>("open_memstream");
-    return mdm::test::allocations_fail ? nullptr : open(text, size);
+    return mdm::test::allocation_fails() ? nullptr : open(text, size);
 }
 
 // Under both names that the compiler gives it.

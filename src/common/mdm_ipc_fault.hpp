@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Faults: what the guarded path reports, and the sentence that tells a person.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "mdm/guarded.h"
+
+namespace mdm {
+
+// Paths that name no field of a body.
+namespace fault_path {
+inline constexpr const char *message = "message";
+inline constexpr const char *memory = "memory";
+inline constexpr const char *length = "header.length";
+inline constexpr const char *type = "header.type";
+}  // namespace fault_path
+
+constexpr uint32_t saturated(uint64_t number)
+{
+    return static_cast<uint32_t>(std::min<uint64_t>(number, std::numeric_limits<uint32_t>::max()));
+}
+
+// So many bytes of memory could not be had.
+inline ipc_fault_t fault_without_memory(uint32_t offset, size_t size)
+{
+    return {offset, saturated(size), 0, fault_path::memory};
+}
+
+// The sentence of a fault. It takes no memory, because that may be what is missing. A path is never
+// so long that the sentence would be cut.
+class FaultText {
+public:
+    explicit FaultText(const ipc_fault_t &fault);
+    const char *c_str() const { return text_.data(); }
+
+private:
+    std::array<char, 256> text_;
+};
+
+}  // namespace mdm
