@@ -38,9 +38,6 @@ constexpr uint8_t entry_of_list = 4;
 constexpr uint8_t kinds_of_steps = 6;
 constexpr uint8_t ways_of_steps = 10;
 
-// Some categories add as many zeros to a message: more of them would be slow, and nothing else.
-constexpr int32_t largest_data_size = 65536;
-
 struct Step {
     uint8_t kind;
     uint8_t which;
@@ -120,7 +117,7 @@ private:
         }
         constexpr auto least = std::numeric_limits<int32_t>::min();
         const int32_t size = *parts_.data_size;
-        const std::array sizes = {0, 1, -1, least, size / 2, 7, 8, 12, 400, largest_data_size};
+        const std::array sizes = {0, 1, -1, least, size / 2, 7, 8, 12, 400, MDM_MAX_PADDING};
         const int32_t changed = std::min(sizes[step.how % sizes.size()], parts_.largest_data_size);
         // Of what was longer no terminator is left.
         const bool is_cut = parts_.takes_data_size_for_length && changed != size;
@@ -200,12 +197,13 @@ bool has_null_element(const ListPart &list)
     return g_list_find(list.head, nullptr) != nullptr;
 }
 
-// Whether an opened message has all that it needs to be sent on. A negative size may be added to.
+// Whether an opened message has all that it needs to be sent on, and a size that any category
+// accepts.
 bool is_whole(mdm_msg_t &msg)
 {
     const Parts parts = parts_of(msg);
     return parts.has_category && !parts.is_incomplete && !parts.is_raw_record &&
-           data_size_of(msg) >= 0 &&
+           data_size_of(msg) >= 0 && data_size_of(msg) <= MDM_MAX_PADDING &&
            std::none_of(parts.lists.begin(), parts.lists.end(), has_null_element);
 }
 
@@ -289,7 +287,6 @@ void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
     constexpr uint32_t untouched = 0x5A5A5A5A;
     mdm_msg_t before;
     std::memcpy(&before, &msg, sizeof msg);
-    const int32_t data_size = data_size_of(msg);
     uint32_t length = untouched;
     ipc_fault_t fault = mdm::fuzz::untouched_fault();
     const Owned<uint8_t> bytes(ipc_seal(&msg, &length, &fault));
@@ -300,16 +297,9 @@ void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
     }
     promise(mdm::fuzz::is_untouched(fault), "nothing is at fault in what is sealed");
     promise(!parts_of(msg).lacks_payload, "a missing payload is not announced");
-    // A size that is added to a negative one may come to none: then no payload is sent.
-    const bool has_lost_size = data_size != 0 && data_size_of(msg) == 0;
     const Block sealed({bytes.get(), length});
     promise_serialized(before, msg, sealed);
-    promise_openable(msg, sealed, keeps_its_fields && !has_lost_size);
-}
-
-bool is_for_sealing(mdm_msg_t &msg)
-{
-    return data_size_of(msg) <= largest_data_size;
+    promise_openable(msg, sealed, keeps_its_fields);
 }
 
 void seal_after(const std::vector<Step> &steps, Bytes message)
@@ -318,7 +308,7 @@ void seal_after(const std::vector<Step> &steps, Bytes message)
     const Block bytes(message);
     const Opened msg(ipc_open(bytes.data(), bytes.size(), nullptr));
     mdm::fuzz::take_critical_lines();
-    if (msg == nullptr || !is_for_sealing(*msg)) {
+    if (msg == nullptr) {
         return;
     }
     Disturbed disturbed(*msg);

@@ -54,6 +54,9 @@
 #include "mdm/ipc.h"
 #include "mdm/message.h"
 
+/** The most zeros that ipc_seal() adds to a message because the sender's `data_size` says so. */
+#define MDM_MAX_PADDING 65536
+
 MDM_BEGIN_DECLS
 
 /**
@@ -125,26 +128,76 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
  * Turns a message into the bytes that ipc_serialize() would return, if they are sound. What is
  * sealed can be opened.
  *
- * Refused is a message that ipc_serialize() would write beyond the size that it has counted, of
- * which it would count other elements of a list than it writes (a null one, or one in front of the
- * cell that the list is handed over by), whose body it could not write, or that ipc_open() would
- * refuse. What is sealed can be opened. Refused as well are a null message ("message"), a type
- * without a category ("header.type") and a size that no message has ("header.length"). One critical
- * line in the log says what the fault says, beside what the category's own code may log.
+ * It refuses
  *
- * A message that was opened may be sealed, as it is or changed. For its sake two kinds of payload
- * are always refused, because a receiver's copy of them is not what a sender's was: phone_res 439
- * and 440, which are sized by following the pointers in them, and app 140 and 141 of another
- * `data_size` than 8. Refused, too, is what was opened with less than it announces:
+ * - a null message ("message"), a type without a category ("header.type"), and a size that no
+ *   message has ("header.length");
+ * - a body without the payload that its `data_size` announces, and a part that is missing in a
+ *   payload (the path of that part); but not a security item, 56 or 76, whose `data_size` sealing
+ *   sets;
+ * - a body with anything in `data` that would not travel, because its `data_size` says that there is
+ *   no payload, or because the format has none in `data`: location, roaming_res, misc 123, 127 and
+ *   128, container except 628 to 632 (the path of the size);
+ * - a list with a null element, and a list that is not handed over by its first cell: not as many
+ *   elements would be written as are counted (the path of the list);
+ * - a negative `data_size` of raw bytes or of an array, and one to which the category adds the
+ *   payload's size: apn 387 and 393, eas 104 (the path of the size);
+ * - more than #MDM_MAX_PADDING zeros: wifi pairs, DHCP settings and triples, apn 387 and 393, and
+ *   eas 104 add as many zeros to a message as the sender's `data_size` says. No sender means more
+ *   than a few: any size makes the payload travel (the path of the size);
+ * - an app 140 or 141 of another `data_size` than 8 (the path of the size), and a phone_res 439 or
+ *   440 with a payload (the path of the type), because a receiver's copy of them is not what the
+ *   sender's was;
+ * - a message for which there is no memory ("memory").
  *
- * - any payload of browser and enterprise, which a receiver does not take;
- * - a list with an empty string in it, or an item of app_res with an empty name: they are null;
- * - an empty list, or an empty text of kiosk, of which `data_size` is not 0;
- * - raw bytes of a negative `data_size`.
+ * It logs one critical line then, with the sentence of ipc_fault_describe(), beside what the
+ * category's own code may log.
  *
- * And its `data_size` is the sender's number: where a category adds as many zeros to a message (wifi
- * pairs, DHCP and triples, apn profiles, eas settings) or adds the payload's size to it, set it anew
- * first.
+ * A message that was opened may be sealed, as it is or changed. These are refused as they are, and
+ * no others, but for one that would reach 2 GiB and one for which there is no memory:
+ *
+ * | category   | `type`               | opened with                         | path of the fault          |
+ * |------------|----------------------|-------------------------------------|----------------------------|
+ * | security   | 68, 69               | a list without a text               | `security.data`            |
+ * | security   | 70, 71               | an empty list                       | `security.data`            |
+ * | security   | raw bytes            | a `data_size` below 0               | `security.data_size`       |
+ * | wifi       | pairs, 88, 319       | a `data_size` above 65536           | `wifi.data_size`           |
+ * | wifi       | lists                | an empty text in the list           | `wifi.ssids`               |
+ * | bluetooth  | lists                | an empty text in the list           | `bluetooth.names`          |
+ * | eas        | 104                  | a `data_size` below 0               | `eas.data_size`            |
+ * | eas        | 104                  | a `data_size` above 65536           | `eas.data_size`            |
+ * | eas        | 106                  | an empty list                       | `eas.data`                 |
+ * | app        | 4, 15                | an empty text in the list           | `app.packages`             |
+ * | app        | 140, 141             | a `data_size` above 0 that is not 8 | `app.data_size`            |
+ * | app_res    | package names        | an empty text in the list           | `app_res.packages`         |
+ * | app_res    | 140, 141, 142        | an empty text in the list           | `app_res.item.name`        |
+ * | app_res    | 172, 173, 174, 175   | an empty text in the list           | `app_res.control.pkg_list` |
+ * | misc       | 127, 128             | an empty text in the list           | `misc.param_list`          |
+ * | apn        | 387, 393             | a `data_size` below 0               | `apn.data_size`            |
+ * | apn        | 387, 393             | a `data_size` above 65536           | `apn.data_size`            |
+ * | apn        | 389, 390, 391        | an empty list                       | `apn.data`                 |
+ * | browser    | any                  | a `data_size` above 0               | `browser.data`             |
+ * | browser    | any                  | a `data_size` below 0               | `browser.data_size`        |
+ * | date_time  | any                  | a `data_size` below 0               | `date_time.data_size`      |
+ * | remote     | any                  | a `data_size` below 0               | `remote.data_size`         |
+ * | vpn        | any                  | a `data_size` below 0               | `vpn.data_size`            |
+ * | firewall   | any                  | a `data_size` below 0               | `firewall.data_size`       |
+ * | res        | any                  | a `data_size` below 0               | `res.data_size`            |
+ * | enterprise | any                  | a `data_size` above 0               | `enterprise.data`          |
+ * | enterprise | any                  | a `data_size` below 0               | `enterprise.data_size`     |
+ * | phone_res  | 439, 440             | a `data_size` above 0               | `phone_res.type`           |
+ * | email      | 363                  | an empty list                       | `email.data`               |
+ * | kiosk      | 612, 614             | an empty text                       | `kiosk.data`               |
+ * | kiosk      | 618, 619, 621        | an empty list                       | `kiosk.data`               |
+ * | none       | any                  | anything                            | `header.type`              |
+ *
+ * An empty list or text counts only where `data_size` announces it. A message of the category
+ * "none" has a type without a category.
+ *
+ * A message that is sealed again need not have the bytes that it was opened from: a security list
+ * has lost its empty strings, and some categories store a `data_size` of their own. Where a
+ * category adds `data_size` zeros to a message, or the payload's size to `data_size`, set it anew
+ * first: it is the other sender's number.
  *
  * What a body points at must otherwise be what its discriminator says, and as long as its
  * `data_size` says: that is the caller's word, and cannot be checked.

@@ -36,11 +36,22 @@ constexpr auto profile_fields =
 
 const char *unsound_part(const mdm_apn_info_t &info)
 {
-    if (lacks_payload(info)) {
-        return "apn.data";
+    constexpr auto paths = MDM_PAYLOAD_PATHS(apn);
+    switch (shape_of(info.type)) {
+    case Shape::profile:
+        if (!is_padding(info.data_size)) {
+            return paths.data_size;
+        }
+        break;
+    case Shape::profiles:
+        if (info.data_size != 0 && has_null_element(info.data)) {
+            return "apn.profiles";
+        }
+        break;
+    case Shape::raw:
+        return unsound_bytes(info.data_size, info.data, paths);
     }
-    const bool is_list = shape_of(info.type) == Shape::profiles;
-    return is_list && has_payload(info) && has_null_element(info.data) ? "apn.profiles" : nullptr;
+    return unsound_payload(info.data_size != 0, info.data, paths);
 }
 
 }  // namespace

@@ -41,15 +41,18 @@ constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, secon
 // Two numbers are all that a receiver of a pair of them has of it, whatever `data_size` says.
 const char *unsound_part(const mdm_app_info_t &info)
 {
-    if (info.data_size < 1 || shape_of(info.type) == Shape::packages) {
-        return nullptr;
+    constexpr auto paths = MDM_PAYLOAD_PATHS(app);
+    const Shape shape = shape_of(info.type);
+    const bool is_announced = info.data_size >= 1;
+    if (shape == Shape::packages) {
+        return unsound_list(is_announced, info.data, paths);
     }
-    if (info.data == nullptr) {
-        return "app.data";
+    if (const char *path = unsound_payload(is_announced, info.data, paths)) {
+        return path;
     }
     constexpr auto num_pair_size = static_cast<int32_t>(smallest_size(num_pair_fields));
-    const bool is_num_pair = shape_of(info.type) == Shape::num_pair;
-    return is_num_pair && info.data_size != num_pair_size ? "app.num_pair" : nullptr;
+    const bool is_num_pair = is_announced && shape == Shape::num_pair;
+    return is_num_pair && info.data_size != num_pair_size ? paths.data_size : nullptr;
 }
 
 }  // namespace

@@ -51,8 +51,10 @@ constexpr auto item_fields = MDM_FIELDS(mdm_app_res_item_t, "app_res.item", name
 
 const char *unsound_part(const mdm_app_res_info_t &info)
 {
-    const bool is_raw = shape_of(info.type) == Shape::raw;
-    return is_raw && lacks_positive_payload(info) ? "app_res.data" : nullptr;
+    constexpr auto paths = MDM_PAYLOAD_PATHS(app_res);
+    const bool is_announced = info.data_size >= 1;
+    return shape_of(info.type) == Shape::raw ? unsound_payload(is_announced, info.data, paths)
+                                             : unsound_list(is_announced, info.data, paths);
 }
 
 // One line an item. Discriminator 142 has a conversion of its own; the receiver has another one

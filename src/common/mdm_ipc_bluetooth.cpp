@@ -39,10 +39,15 @@ constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(bluetooth);
 
 const char *unsound_part(const mdm_bluetooth_info_t &info)
 {
+    constexpr auto paths = MDM_PAYLOAD_PATHS(bluetooth);
+    const bool is_announced = info.data_size >= 1;
     if (shape_of(info.type) == Shape::raw) {
-        return lacks_positive_payload(info) ? "bluetooth.data" : nullptr;
+        return unsound_payload(is_announced, info.data, paths);
     }
-    return info.data_size >= 1 && has_null_element(info.data) ? "bluetooth.names" : nullptr;
+    if (const char *path = unsound_list(is_announced, info.data, paths)) {
+        return path;
+    }
+    return has_null_element(info.data) ? "bluetooth.names" : nullptr;
 }
 
 // Only these lists are released; every other payload stays with the owner of the message.

@@ -44,8 +44,17 @@ constexpr auto short_item_fields = MDM_FIELDS(ShortItem, "container.short_item",
 
 const char *unsound_part(const mdm_container_info_t &info)
 {
-    return lacks_payload(info) && shape_of(info.type) != Shape::nothing ? "container.data"
-                                                                        : nullptr;
+    constexpr auto paths = MDM_PAYLOAD_PATHS(container);
+    switch (shape_of(info.type)) {
+    case Shape::nothing:
+        return unsound_nothing(info.data, paths);
+    case Shape::raw:
+        return unsound_bytes(info.data_size, info.data, paths);
+    case Shape::item:
+    case Shape::short_item:
+        break;
+    }
+    return unsound_payload(info.data_size != 0, info.data, paths);
 }
 
 }  // namespace

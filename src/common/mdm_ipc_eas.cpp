@@ -38,11 +38,23 @@ constexpr auto forms =
 
 const char *unsound_part(const mdm_eas_info_t &info)
 {
-    if (lacks_payload(info)) {
-        return "eas.data";
+    constexpr auto paths = MDM_PAYLOAD_PATHS(eas);
+    switch (shape_of(info.type)) {
+    case MailShape::settings:
+        if (!is_padding(info.data_size)) {
+            return paths.data_size;
+        }
+        break;
+    case MailShape::accounts:
+        if (info.data_size != 0 && has_null_element(info.data)) {
+            return "eas.accounts";
+        }
+        break;
+    case MailShape::account:
+    case MailShape::value:
+        break;
     }
-    const bool is_list = shape_of(info.type) == MailShape::accounts;
-    return is_list && has_payload(info) && has_null_element(info.data) ? "eas.accounts" : nullptr;
+    return unsound_payload(info.data_size != 0, info.data, paths);
 }
 
 }  // namespace

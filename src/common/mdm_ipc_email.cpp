@@ -44,7 +44,7 @@ constexpr auto forms =
 
 const char *unsound_part(const mdm_email_info_t &info)
 {
-    return lacks_payload(info) ? "email.data" : nullptr;
+    return unsound_payload(info.data_size != 0, info.data, MDM_PAYLOAD_PATHS(email));
 }
 
 }  // namespace

@@ -44,6 +44,51 @@ struct GuardedRow {
     UnsoundHandler *unsound;
 };
 
+// What an unsound handler finds wrong with the payload that `data` points to.
+
+struct PayloadPaths {
+    const char *data;
+    const char *data_size;
+};
+#define MDM_PAYLOAD_PATHS(category)               \
+    ::mdm::PayloadPaths                           \
+    {                                             \
+#category ".data", #category ".data_size" \
+    }
+
+// A payload that is announced and not there, or there and not announced.
+inline const char *unsound_payload(bool is_announced, const void *data, const PayloadPaths &paths)
+{
+    if (is_announced == (data != nullptr)) {
+        return nullptr;
+    }
+    return is_announced ? paths.data : paths.data_size;
+}
+
+// A payload where the format has none: no size lets it travel.
+inline const char *unsound_nothing(const void *data, const PayloadPaths &paths)
+{
+    return unsound_payload(false, data, paths);
+}
+
+// A list: one that is announced may be null, because that is an empty one.
+inline const char *unsound_list(bool is_announced, const void *data, const PayloadPaths &paths)
+{
+    return is_announced ? nullptr : unsound_nothing(data, paths);
+}
+
+// Raw bytes that are counted with the sign of their size: fewer than none would cut the message.
+inline const char *unsound_bytes(int32_t size, const void *data, const PayloadPaths &paths)
+{
+    return size < 0 ? paths.data_size : unsound_payload(size != 0, data, paths);
+}
+
+// Whether a message may be as many zeros longer than its payload. Fewer than none would cut it.
+constexpr bool is_padding(int32_t size)
+{
+    return size >= 0 && size <= MDM_MAX_PADDING;
+}
+
 inline constexpr uint8_t last_message_type = 80;
 
 // Seven pointers, and room for an eighth: so a shift finds a row.

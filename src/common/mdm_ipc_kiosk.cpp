@@ -46,7 +46,10 @@ constexpr uint32_t key_pair_size = word_size + word_size;
 
 const char *unsound_part(const mdm_kiosk_info_t &info)
 {
-    return lacks_payload(info) ? "kiosk.data" : nullptr;
+    constexpr auto paths = MDM_PAYLOAD_PATHS(kiosk);
+    return shape_of(info.type) == Shape::raw
+               ? unsound_bytes(info.data_size, info.data, paths)
+               : unsound_payload(info.data_size != 0, info.data, paths);
 }
 
 }  // namespace

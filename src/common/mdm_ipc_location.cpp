@@ -10,10 +10,9 @@ namespace {
 
 constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(location);
 
-// There is nothing in it that could be missing.
-const char *unsound_part(const mdm_location_info_t & /*info*/)
+const char *unsound_part(const mdm_location_info_t &info)
 {
-    return nullptr;
+    return unsound_nothing(info.data, MDM_PAYLOAD_PATHS(location));
 }
 
 }  // namespace

@@ -79,22 +79,20 @@ uint32_t store_size(mdm_misc_info_t &info, const FieldList<Record, Fields...> &l
 // An array cannot have a negative length, although none would be written.
 const char *unsound_part(const mdm_misc_info_t &info)
 {
+    constexpr auto paths = MDM_PAYLOAD_PATHS(misc);
     switch (shape_of(info.type)) {
+    case Shape::nothing:
+    case Shape::param_list:  // in `param`, and not in `data`
+        return unsound_nothing(info.data, paths);
     case Shape::array:
-        if (info.data_size < 0) {
-            return "misc.array";
-        }
-        [[fallthrough]];
+    case Shape::raw:
+        return unsound_bytes(info.data_size, info.data, paths);
     case Shape::text:
     case Shape::book:
     case Shape::pair:
-    case Shape::raw:
-        return lacks_payload(info) ? "misc.data" : nullptr;
-    case Shape::nothing:
-    case Shape::param_list:
         break;
     }
-    return nullptr;
+    return unsound_payload(info.data_size != 0, info.data, paths);
 }
 
 }  // namespace

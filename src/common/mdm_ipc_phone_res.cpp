@@ -45,14 +45,13 @@ constexpr int32_t record_data_size = 12;
 // be bytes that somebody has sent.
 const char *unsound_part(const mdm_phone_res_info_t &info)
 {
-    if (lacks_positive_payload(info)) {
-        return "phone_res.data";
-    }
-    if (!has_payload(info)) {
-        return nullptr;
+    const bool is_announced = info.data_size >= 1;
+    const char *path = unsound_payload(is_announced, info.data, MDM_PAYLOAD_PATHS(phone_res));
+    if (path != nullptr || !is_announced) {
+        return path;
     }
     if (shape_of(info.type) != wire_shape_of(info.type)) {
-        return "phone_res.data";
+        return "phone_res.type";
     }
     const bool is_ext = shape_of(info.type) == Shape::ext;
     return is_ext && payload<mdm_phone_res_ext_t>(info).detail == nullptr ? "phone_res.ext.detail"

@@ -29,7 +29,7 @@ bool sends_payload(const mdm_pwd_info_t &info)
 
 const char *unsound_part(const mdm_pwd_info_t &info)
 {
-    return lacks_positive_payload(info) ? "pwd.data" : nullptr;
+    return unsound_payload(info.data_size >= 1, info.data, MDM_PAYLOAD_PATHS(pwd));
 }
 
 }  // namespace

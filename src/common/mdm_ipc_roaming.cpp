@@ -21,10 +21,9 @@ const char *unsound_part(const mdm_roaming_info_t &info)
     return info.data == nullptr ? "roaming.data" : nullptr;
 }
 
-// There is nothing in it that could be missing.
-const char *unsound_part(const mdm_roaming_res_info_t & /*info*/)
+const char *unsound_part(const mdm_roaming_res_info_t &info)
 {
-    return nullptr;
+    return unsound_nothing(info.data, MDM_PAYLOAD_PATHS(roaming_res));
 }
 
 }  // namespace

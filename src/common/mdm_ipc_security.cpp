@@ -33,13 +33,24 @@ constexpr Shape shape_of(uint32_t type)
 
 constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(security);
 
+// An item or a list that is there travels, whatever `data_size` says.
 const char *unsound_part(const mdm_security_info_t &info)
 {
-    const Shape shape = shape_of(info.type);
-    if (shape != Shape::item && lacks_positive_payload(info)) {
-        return "security.data";
+    constexpr auto paths = MDM_PAYLOAD_PATHS(security);
+    switch (shape_of(info.type)) {
+    case Shape::item:
+        return nullptr;
+    case Shape::strings:
+        break;
+    case Shape::accounts:
+        if (has_null_element(info.data)) {
+            return "security.accounts";
+        }
+        break;
+    case Shape::raw:
+        return unsound_bytes(info.data_size, info.data, paths);
     }
-    return shape == Shape::accounts && has_null_element(info.data) ? "security.accounts" : nullptr;
+    return info.data == nullptr && info.data_size >= 1 ? paths.data : nullptr;
 }
 
 // The fifth field travels before the fourth; word2 does not travel.

@@ -32,13 +32,6 @@ void leave_payload(In & /*in*/, Body &info, const char * /*path*/)
     }
 }
 
-// Where the payload is not taken back, too, there must be one to send.
-template <class Body>
-const char *unsound_payload(const Body &info, const char *path)
-{
-    return lacks_positive_payload(info) ? path : nullptr;
-}
-
 template <class Body>
 void release_payload(Body &info)
 {
@@ -84,7 +77,8 @@ void release_payload(Body &info)
                                                                                    \
     static const char *unsound_part(const mdm_##category##_info_t &info)           \
     {                                                                              \
-        return unsound_payload(info, #category ".data");                           \
+        constexpr auto paths = MDM_PAYLOAD_PATHS(category);                        \
+        return unsound_bytes(info.data_size, info.data, paths);                    \
     }                                                                              \
                                                                                    \
     MDM_HANDLERS(category)                                                         \

@@ -114,17 +114,27 @@ const char *unsound_part_of(const mdm_wifi_network_t &network)
 
 const char *unsound_part(const mdm_wifi_info_t &info)
 {
+    constexpr auto paths = MDM_PAYLOAD_PATHS(wifi);
     const Shape shape = shape_of(info.type);
-    if (info.data_size < 1) {
-        return nullptr;
+    const bool is_announced = info.data_size >= 1;
+    const char *path = shape == Shape::ssids ? unsound_list(is_announced, info.data, paths)
+                                             : unsound_payload(is_announced, info.data, paths);
+    if (path != nullptr || !is_announced) {
+        return path;
     }
-    if (shape == Shape::ssids) {
+    switch (shape) {
+    case Shape::pair:
+    case Shape::dhcp:
+    case Shape::triple:
+        return is_padding(info.data_size) ? nullptr : paths.data_size;
+    case Shape::ssids:
         return has_null_element(info.data) ? "wifi.ssids" : nullptr;
+    case Shape::network:
+        return unsound_part_of(payload<mdm_wifi_network_t>(info));
+    case Shape::raw:
+        break;
     }
-    if (info.data == nullptr) {
-        return "wifi.data";
-    }
-    return shape == Shape::network ? unsound_part_of(payload<mdm_wifi_network_t>(info)) : nullptr;
+    return nullptr;
 }
 
 uint32_t size_of_detail(const mdm_wifi_network_t &network)

@@ -262,20 +262,6 @@ bool has_payload(const Body &body)
     return body.data != nullptr && body.data_size != 0;
 }
 
-// Whether such a category's body announces a payload that is not there.
-template <class Body>
-bool lacks_payload(const Body &body)
-{
-    return body.data == nullptr && body.data_size != 0;
-}
-
-// The same for the other categories, where only a positive `data_size` announces one.
-template <class Body>
-bool lacks_positive_payload(const Body &body)
-{
-    return body.data == nullptr && body.data_size >= 1;
-}
-
 // The record that a body's `data` points to.
 template <class Record, class Body>
 Record &payload(const Body &body)

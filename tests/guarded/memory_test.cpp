@@ -401,5 +401,28 @@ TEST(NoMemoryToSeal, IsAFaultThatLeavesTheMessageAsItWas)
     g_free(buffer);
 }
 
+// 60 bytes that ask for 2 GiB of zeros.
+TEST(NoMemoryToSeal, IsNotAskedForZerosThatNoSenderMeans)
+{
+    const std::vector<std::pair<uint8_t, uint32_t>> forms = {{7, 305},  {8, 88},   {7, 319},
+                                                             {21, 387}, {22, 393}, {11, 104}};
+    for (const auto &[message_type, type] : forms) {
+        SCOPED_TRACE(type);
+        const Bytes bytes = framed(message_type, head_bytes(type, 0x7FFFFF00) + Bytes(60));
+        MDM_AUTO_CLOSE mdm_msg_t *msg =
+            ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
+        ASSERT_NE(msg, nullptr);
+        uint32_t length = 0;
+        ipc_fault_t fault{};
+        AllocationTrace trace;
+        uint8_t *buffer = ipc_seal(msg, &length, &fault);
+        trace.stop();
+        g_free(buffer);
+        ASSERT_EQ(buffer, nullptr);
+        EXPECT_THAT(trace.allocated_sizes(), ::testing::Each(::testing::Lt(constant)));
+        EXPECT_TRUE(std::string_view(fault.path).ends_with(".data_size")) << fault.path;
+    }
+}
+
 }  // namespace
 }  // namespace mdm::test

@@ -28,7 +28,7 @@ struct SentMessage {
     bool sends_pointer_as_param = false;
     bool is_received = true;      // or left unread
     bool is_all_released = true;  // or some blocks stay with the owner of the message
-    bool is_whole = true;         // or elements are counted that are not sent
+    bool is_whole = true;         // or not all that the message holds is sent
     bool is_whole_again = true;   // the same for a receiver that sends it on
 
     // What the body's data points at holds these pointers and lists; where each stands, and their
