@@ -277,7 +277,8 @@ void decode_library(benchmark::State &state, const Message &message, mdm_log_lev
     mdm_msg_t msg{};
     mdm_log_set_level(threshold);
     for (auto _ : state) {
-        ipc_deserialize(&msg, bytes.data(), static_cast<uint32_t>(bytes.size()));
+        benchmark::DoNotOptimize(
+            ipc_deserialize(&msg, bytes.data(), static_cast<uint32_t>(bytes.size())));
         benchmark::DoNotOptimize(msg);
         ipc_free(&msg);
         run(message.after_free, msg);

@@ -168,7 +168,7 @@ TEST_F(PlatformLog, TextThatCannotBeFormattedIsDropped)
 TEST_F(PlatformLog, LinesOfTheLibraryArriveWithTagPrefixAndColour)
 {
     mdm_log_set_level(MDM_LOG_INFO);
-    ipc_deserialize(nullptr, nullptr, 0);
+    EXPECT_EQ(ipc_deserialize(nullptr, nullptr, 0), MDM_RESULT_FAILED);
     const auto line = receive();
     ASSERT_TRUE(line.has_value());
     EXPECT_EQ(line->severity, LOG_ERR);

@@ -96,7 +96,8 @@ typedef struct ipc_fault {
  * @return A new string, which the caller releases with g_free(); never null. Without memory for it
  *         the call ends the process, as GLib does.
  */
-MDM_API gchar *ipc_fault_describe(const ipc_fault_t *fault);
+MDM_API gchar *ipc_fault_describe(const ipc_fault_t *fault)
+    MDM_RELEASED_BY(g_free) MDM_WARN_UNUSED MDM_RETURNS_NONNULL MDM_NONNULL(1);
 
 /**
  * Gives back an opened message, with every string, record and list of it.
@@ -122,7 +123,8 @@ MDM_API void ipc_close(mdm_msg_t *msg);
  * @return A message that the caller gives back with ipc_close(); null on refusal. A message type
  *         without a category has the header only.
  */
-MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault);
+MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
+    MDM_RELEASED_BY(ipc_close) MDM_WARN_UNUSED;
 
 /**
  * Turns a message into the bytes that ipc_serialize() would return, if they are sound. What is
@@ -210,7 +212,8 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
  * @return A new buffer of `*out_length` bytes, which the caller releases with g_free(); null on
  *         refusal.
  */
-MDM_API uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault);
+MDM_API uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault)
+    MDM_RELEASED_BY(g_free) MDM_WARN_UNUSED MDM_NONNULL(2);
 
 MDM_END_DECLS
 

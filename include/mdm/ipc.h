@@ -15,6 +15,7 @@
 #ifndef MDM_IPC_H
 #define MDM_IPC_H
 
+#include <glib.h>
 #include <stdint.h>
 
 #include "mdm/api.h"
@@ -43,7 +44,8 @@ MDM_BEGIN_DECLS
  *         @p msg is null, its type is 0 or above 80, its type has no category, or the computed
  *         length is negative or below 8.
  */
-MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length);
+MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
+    MDM_RELEASED_BY(g_free) MDM_WARN_UNUSED MDM_NONNULL(2);
 
 /**
  * Checks a received buffer and rebuilds the message from it.
@@ -65,7 +67,8 @@ MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length);
  *         in the log). #MDM_RESULT_FAILED if @p msg or @p buffer is null, the length field is not
  *         @p length - 8 or is below 32, or the type is 0 or above 80.
  */
-MDM_API int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length);
+MDM_API int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer,
+                                uint32_t length) MDM_WARN_UNUSED;
 
 /**
  * Releases what a received message owns: `hdr_text`, always, and then the heap parts of the body

@@ -1,0 +1,9 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* An opened message is not a block of its own. */
+#include <mdm/guarded.h>
+
+void use(const uint8_t *bytes, uint32_t length)
+{
+    mdm_msg_t *msg = ipc_open(bytes, length, NULL);
+    g_free(msg);
+}
