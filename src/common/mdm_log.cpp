@@ -90,10 +90,9 @@ struct FileState {
 std::optional<FileState> state_of(int file)
 {
     struct stat state {};
-    if (fstat(file, &state) != 0 || !S_ISREG(state.st_mode)) {
-        return std::nullopt;
-    }
-    return FileState{state.st_dev, state.st_ino, state.st_size};
+    const bool is_regular = fstat(file, &state) == 0 && S_ISREG(state.st_mode);
+    return is_regular ? std::optional(FileState{state.st_dev, state.st_ino, state.st_size})
+                      : std::nullopt;
 }
 
 // The file that ends with the beginning of a line. Guarded by log_mutex.

@@ -1052,6 +1052,28 @@ TEST(SealWriter, NeedsTheBytesOfATextBehindItsCount)
     EXPECT_EQ(buffer[7], 0);
 }
 
+constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, "it", first, second);
+
+TEST(SealWriter, WritesNoRecordForWhoseWordsThereIsNoRoom)
+{
+    std::array<uint8_t, 8> buffer{};
+    ipc_fault_t fault = untouched;
+    CheckedWriter out(buffer.data(), buffer.size(), 1, fault);
+    out.fields(mdm_misc_str_pair_t{nullptr, nullptr}, pair_fields);
+    EXPECT_FALSE(out);
+    EXPECT_EQ(text_of(fault), text_of({5, 4, 3, "it.second"}));
+}
+
+TEST(SealWriter, WritesNoRecordForWhoseTextsThereIsNoRoom)
+{
+    std::array<uint8_t, 16> buffer{};
+    ipc_fault_t fault = untouched;
+    CheckedWriter out(buffer.data(), buffer.size(), 0, fault);
+    out.fields(mdm_misc_str_pair_t{bc, some_bytes}, pair_fields);
+    EXPECT_FALSE(out);
+    EXPECT_EQ(text_of(fault), text_of({10, 10, 6, "it.second"}));
+}
+
 // The stored size.
 
 template <auto category>
