@@ -29,7 +29,9 @@ namespace {
 
 using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 std::string contents(const std::string &path)
 {
@@ -378,6 +380,7 @@ TEST_F(Log, ALineLeavesNoDescriptorOpen)
 
 int logs_every_kind_of_line(bool holds)
 {
+    const mdm::Log log(MDM_ORIGIN("some_function"));
     MDM_ENTER();
     MDM_INFO("Size = %d", 7);
     MDM_CRITICAL("p_msg is NULL");
@@ -385,17 +388,25 @@ int logs_every_kind_of_line(bool holds)
     return MDM_EXIT(5);
 }
 
+// The text behind the number of the source line.
+std::string text_of(const PlatformLine &line)
+{
+    return line.text.substr(line.text.find(')'));
+}
+
 TEST_F(Log, MacrosUseTheLibrarysTagPrefixAndColours)
 {
     LogRecorder log(MDM_LOG_DEBUG);
     EXPECT_EQ(logs_every_kind_of_line(true), 5);
     ASSERT_EQ(log.platform_lines().size(), 4U);
-    EXPECT_EQ(log.platform_lines()[0].tag, "MDM_COMMON");
-    EXPECT_EQ(log.platform_lines()[0].format, "%s: %s(%d) > \033[0;32mENTER >>>>\033[0;m");
-    EXPECT_EQ(log.platform_lines()[1].format, "%s: %s(%d) > Size = %d");
-    EXPECT_EQ(log.platform_lines()[2].format,
-              "%s: %s(%d) > \033[0;31m* Critical * p_msg is NULL\033[0;m");
-    EXPECT_EQ(log.platform_lines()[3].format, "%s: %s(%d) > \033[0;32mEXIT  <<<<\033[0;m");
+    for (const PlatformLine &line : log.platform_lines()) {
+        EXPECT_EQ(line.tag, "MDM_COMMON");
+        EXPECT_THAT(line.text, StartsWith("log_test.cpp: some_function("));
+    }
+    EXPECT_EQ(text_of(log.platform_lines()[0]), ") > \033[0;32mENTER >>>>\033[0;m");
+    EXPECT_EQ(text_of(log.platform_lines()[1]), ") > Size = 7");
+    EXPECT_EQ(text_of(log.platform_lines()[2]), ") > \033[0;31m* Critical * p_msg is NULL\033[0;m");
+    EXPECT_EQ(text_of(log.platform_lines()[3]), ") > \033[0;32mEXIT  <<<<\033[0;m");
     EXPECT_THAT(priorities(log), ElementsAre(3, 4, 6, 3));
 }
 
@@ -404,30 +415,63 @@ TEST_F(Log, FailedAssertReturnsWithoutExitLine)
     LogRecorder log(MDM_LOG_DEBUG);
     EXPECT_EQ(logs_every_kind_of_line(false), -195);
     ASSERT_EQ(log.platform_lines().size(), 4U);
-    EXPECT_EQ(log.platform_lines()[3].format,
-              "%s: %s(%d) > \033[0;31m* Critical * _ASSERT fails\033[0;m");
+    EXPECT_EQ(text_of(log.platform_lines()[3]), ") > \033[0;31m* Critical * _ASSERT fails\033[0;m");
+}
+
+int log_failure()
+{
+    const mdm::Log log(MDM_ORIGIN("log_failure"));
+    MDM_CRITICAL("p_msg is NULL");
+    return __LINE__ - 1;
 }
 
 TEST_F(Log, FileLineOfTheLibraryReadsAsDocumented)
 {
-    const LogRecorder log(MDM_LOG_INFO);
+    const LogRecorder recorder(MDM_LOG_INFO);
     const std::string file = path("log");
     mdm_log_set_path(file.c_str());
-    const int line = __LINE__ + 1;
-    MDM_CRITICAL("p_msg is NULL");
-    EXPECT_EQ(contents(file), "3 MDM_COMMON log_test.cpp: TestBody(" + std::to_string(line) +
+    const int line = log_failure();
+    EXPECT_EQ(contents(file), "3 MDM_COMMON log_test.cpp: log_failure(" + std::to_string(line) +
                                   ") > \033[0;31m* Critical * p_msg is NULL\033[0;m\n");
 }
 
 TEST_F(Log, FilteredMacroEvaluatesNoArgument)
 {
-    const LogRecorder log(MDM_LOG_CRITICAL);
+    const LogRecorder recorder(MDM_LOG_CRITICAL);
+    const mdm::Log log(MDM_ORIGIN("TestBody"));
     int evaluated = 0;
     MDM_DEBUG("%d", ++evaluated);
     MDM_INFO("%d", ++evaluated);
     EXPECT_EQ(evaluated, 0);
     MDM_CRITICAL("%d", ++evaluated);
     EXPECT_EQ(evaluated, 1);
+}
+
+TEST_F(Log, SilentLogSaysNothing)
+{
+    LogRecorder recorder(MDM_LOG_DEBUG);
+    const mdm::Log log(MDM_ORIGIN("TestBody"), mdm::Log::Function::silent);
+    int evaluated = 0;
+    MDM_ENTER();
+    MDM_DEBUG("%d", ++evaluated);
+    MDM_INFO("%d", ++evaluated);
+    MDM_CRITICAL("%d", ++evaluated);
+    EXPECT_EQ(MDM_EXIT(3), 3);
+    EXPECT_EQ(evaluated, 0);
+    EXPECT_THAT(recorder.platform_lines(), IsEmpty());
+}
+
+// As long as the longest texts that are allowed.
+TEST_F(Log, LongLinesAreWhole)
+{
+    LogRecorder recorder(MDM_LOG_DEBUG);
+    const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_of_data_calls_parse_parameters"));
+    MDM_CRITICAL("0123456789012345678901234567890123456789012345678901234567890123456789012345678"
+                 "9012345678901234567890123456789012345678901234567890123456789012345678901234567"
+                 "890123456789012345678901234567%s",
+                 "!");
+    ASSERT_EQ(recorder.platform_lines().size(), 1U);
+    EXPECT_THAT(recorder.platform_lines()[0].text, EndsWith("4567!\033[0;m"));
 }
 
 // 8 threads write lines that are longer than any buffer, while another one changes path and

@@ -67,6 +67,7 @@ uint8_t *new_bytes(size_t count)
 int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, uint8_t **out,
                         uint32_t *out_len)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_aes_encrypt"));
     MDM_ASSERT(in != nullptr, MDM_RESULT_FAILED);
     MDM_ASSERT(key_iv != nullptr, MDM_RESULT_FAILED);
 
@@ -84,6 +85,7 @@ int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, 
 int32_t mdm_aes_decrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, uint8_t **out,
                         uint32_t *out_len)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_aes_decrypt"));
     MDM_ASSERT(in != nullptr, MDM_RESULT_FAILED);
     MDM_ASSERT(key_iv != nullptr, MDM_RESULT_FAILED);
 

@@ -2,78 +2,42 @@
 //
 // The message envelope: frames a body with the 40-byte-plus-text header, checks and reads the
 // header of received bytes, and dispatches by message type.
-#include <array>
-#include <cstddef>
-
 #include "mdm_ipc_envelope.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 
-#define MDM_ROW(category) MDM_ROW_RELEASED_BY(category, _free_##category)
-#define MDM_ROW_RELEASED_BY(category, free)                            \
-    {                                                                  \
-        {_set_##category, _get_##category, _size_of_##category, free}, \
-        {                                                              \
-            _open_##category, _seal_##category, _unsound_in_##category \
-        }                                                              \
-    }
+void set_envelope(uint8_t *buffer, const mdm_msg_t &msg, uint32_t total)
+{
+    store_u32(buffer + ipc_head::length, total - uncounted_size);
+    buffer[ipc_head::type] = msg.type;
+    buffer[ipc_head::hdr_byte] = msg.hdr_byte;
+    buffer[ipc_head::reserved] = 0;
+    buffer[ipc_head::reserved + 1] = 0;
+    buffer[total] = 0;
+    std::memcpy(buffer + total + guard_offset, guard.data(), guard.size());
+}
 
-constexpr std::array<MessageRow, last_message_type + 1> message_rows = [] {
-    std::array<MessageRow, last_message_type + 1> rows{};
-    rows[1] = rows[2] = MDM_ROW(admin);
-    rows[3] = rows[4] = MDM_ROW(pwd);
-    rows[5] = rows[6] = MDM_ROW(security);
-    rows[7] = rows[8] = MDM_ROW(wifi);
-    rows[9] = rows[10] = MDM_ROW(bluetooth);
-    rows[11] = rows[12] = MDM_ROW(eas);
-    rows[13] = MDM_ROW(app);
-    rows[14] = MDM_ROW(app_res);
-    rows[15] = MDM_ROW(roaming);
-    rows[16] = MDM_ROW_RELEASED_BY(roaming_res, _free_roaming);
-    rows[17] = rows[18] = MDM_ROW(misc);
-    rows[21] = rows[22] = MDM_ROW(apn);
-    rows[23] = rows[24] = MDM_ROW(browser);
-    rows[25] = rows[26] = MDM_ROW(date_time);
-    rows[27] = rows[28] = MDM_ROW(remote);
-    rows[29] = rows[30] = MDM_ROW(vpn);
-    rows[31] = rows[32] = MDM_ROW(firewall);
-    rows[33] = rows[34] = MDM_ROW(res);
-    rows[35] = rows[36] = MDM_ROW(phone_res);
-    rows[37] = rows[38] = MDM_ROW(enterprise);
-    rows[39] = rows[40] = MDM_ROW(email);
-    rows[45] = rows[46] = MDM_ROW(kiosk);
-    rows[47] = rows[48] = MDM_ROW(container);
-    rows[49] = rows[50] = MDM_ROW(location);
-    rows[51] = rows[52] = MDM_ROW(log_manager);
-    rows[53] = rows[54] = MDM_ROW(platform);
-    rows[61] = MDM_ROW(app_cb);
-    rows[63] = MDM_ROW(misc_cb);
-    return rows;
-}();
+uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
+{
+    static constexpr Log log(MDM_ORIGIN("_alloc_msg"));
+    // Two checks, so that the log tells a nonsensical size from one that is merely too small.
+    MDM_ASSERT(total >= 1, nullptr);
+    MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
+
+    const auto length = static_cast<uint32_t>(total);
+    auto *buffer = static_cast<uint8_t *>(g_malloc(buffer_size(length)));
+    set_envelope(buffer, msg, length);
+    return buffer;
+}
 
 namespace {
-
-uint8_t *_set_ipc_head(uint8_t *buffer, const mdm_msg_t &msg)
-{
-    Writer out(buffer + ipc_head::fields);
-    out.fields(msg, head_fields);
-    return out.position();
-}
-
-const uint8_t *_get_ipc_head(mdm_msg_t &msg, const uint8_t *buffer)
-{
-    release_string(msg.hdr_text);
-    Reader in(buffer + ipc_head::fields);
-    in.fields(msg, head_fields);
-    return in.position();
-}
 
 void check_footer(const uint8_t *buffer, uint8_t type)
 {
     const uint32_t length = load_u32(buffer + ipc_head::length);
     const uint8_t *end = buffer + length + uncounted_size + guard_offset;
     if (std::memcmp(end, guard.data(), guard.size()) != 0) {
+        static constexpr Log log(MDM_ORIGIN("check_footer"));
         MDM_CRITICAL("Serialization has corrupted memory!!!!! (msg type=%d, len=%d)", type,
                      static_cast<int>(length));
     }
@@ -81,44 +45,37 @@ void check_footer(const uint8_t *buffer, uint8_t type)
 
 }  // namespace
 
-uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
+uint8_t *ipc_serialize(const Category &category, mdm_msg_t *msg, uint32_t *out_length)
 {
-    // Two checks, so that the log tells a nonsensical size from one that is merely too small.
-    MDM_ASSERT(total >= 1, nullptr);
-    MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
-
-    const auto length = static_cast<uint32_t>(total);
-    auto *buffer = static_cast<uint8_t *>(g_malloc0(buffer_size(length)));
-    set_envelope(buffer, msg, length);
-    return buffer;
-}
-
-uint8_t *ipc_serialize(const ipc_handler_row &row, mdm_msg_t *msg, uint32_t *out_length)
-{
-    const int32_t total = total_size(row, msg);
+    static constexpr Log log(MDM_ORIGIN("ipc_serialize"));
+    const ipc_handler_row &row = category.row;
+    const int32_t total = total_size(row, msg, category.log(Log::Function::size));
     uint8_t *buffer = _alloc_msg(*msg, total);
     MDM_ASSERT(buffer != nullptr, nullptr);
 
-    uint8_t *lp_body = _set_ipc_head(buffer, *msg);
-    if (row.set != nullptr) {
-        lp_body = row.set(lp_body, &msg->body);
-        if (lp_body == nullptr) {
-            MDM_CRITICAL("lp_body is NULL");
-        } else {
-            check_footer(buffer, msg->type);
-        }
+    const auto length = static_cast<uint32_t>(total);
+    Writer out(buffer, ipc_head::fields, length, category.log(Log::Function::set));
+    out.message_head(*msg);
+    const bool is_written = row.set == nullptr || row.set(out, &msg->body);
+    out.clear_rest();
+    if (!is_written) {
+        MDM_CRITICAL("lp_body is NULL");
+    } else if (row.set != nullptr) {
+        check_footer(buffer, msg->type);
     }
-    *out_length = static_cast<uint32_t>(total);
+    *out_length = length;
     return MDM_EXIT(buffer);
 }
 
-int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_t *buffer)
+int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t *buffer)
 {
+    static constexpr Log log(MDM_ORIGIN("ipc_deserialize"));
     msg->type = buffer[ipc_head::type];
     msg->hdr_byte = buffer[ipc_head::hdr_byte];
-
-    const uint8_t *lp_body = _get_ipc_head(*msg, buffer);
-    if (row.get != nullptr && row.get(&msg->body, lp_body) == nullptr) {
+    release_string(msg->hdr_text);
+    Reader in(buffer, ipc_head::fields, category.log(Log::Function::get));
+    in.message_head(*msg);
+    if (category.row.get != nullptr && !category.row.get(in, &msg->body)) {
         MDM_CRITICAL("lp_body is NULL");
     }
     return MDM_EXIT(MDM_RESULT_SUCCESS);
@@ -130,19 +87,18 @@ int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_
 // part.
 [[gnu::flatten]] uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
 {
+    static constexpr mdm::Log log(MDM_ORIGIN("ipc_serialize"));
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, nullptr);
     MDM_ASSERT(mdm::is_message_type(msg->type), nullptr);
 
-    const mdm::ipc_handler_row &row = mdm::handler_row(msg->type);
-    if (row.size == nullptr) {
-        return nullptr;
-    }
-    return mdm::ipc_serialize(row, msg, out_length);
+    const mdm::Category category = mdm::category_of(msg->type);
+    return category.row.size == nullptr ? nullptr : mdm::ipc_serialize(category, msg, out_length);
 }
 
 [[gnu::flatten]] int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
 {
+    static constexpr mdm::Log log(MDM_ORIGIN("ipc_deserialize"));
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, MDM_RESULT_FAILED);
     MDM_ASSERT(buffer != nullptr, MDM_RESULT_FAILED);
@@ -155,7 +111,7 @@ int32_t ipc_deserialize(const ipc_handler_row &row, mdm_msg_t *msg, const uint8_
     const uint8_t type = buffer[mdm::ipc_head::type];
     MDM_ASSERT(mdm::is_message_type(type), MDM_RESULT_FAILED);
 
-    return mdm::ipc_deserialize(mdm::handler_row(type), msg, buffer);
+    return mdm::ipc_deserialize(mdm::category_of(type), msg, buffer);
 }
 
 int32_t ipc_free(mdm_msg_t *msg)
@@ -167,9 +123,9 @@ int32_t ipc_free(mdm_msg_t *msg)
         return MDM_RESULT_FAILED;
     }
     mdm::release_string(msg->hdr_text);
-    const mdm::ipc_handler_row &row = mdm::handler_row(msg->type);
-    if (row.free != nullptr) {
-        row.free(&msg->body);
+    const mdm::Category category = mdm::category_of(msg->type);
+    if (category.row.free != nullptr) {
+        category.row.free(category.log(mdm::Log::Function::free), &msg->body);
     }
     return MDM_RESULT_SUCCESS;
 }

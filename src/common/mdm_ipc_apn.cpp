@@ -7,59 +7,57 @@
 //        391        a count and profiles
 //   any other       data_size raw bytes
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-enum class Shape { profile, profiles, raw };
+enum class Form { profile, profiles, raw };
 
-constexpr Shape shape_of(uint32_t type)
+constexpr Form form_of(uint32_t type)
 {
     switch (type) {
     case 387:
     case 393:
-        return Shape::profile;
+        return Form::profile;
     case 389:
     case 390:
     case 391:
-        return Shape::profiles;
+        return Form::profiles;
     default:
-        return Shape::raw;
+        return Form::raw;
     }
 }
 
-constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(apn);
 constexpr auto profile_fields =
     MDM_FIELDS(mdm_apn_account_t, "apn.profile", num0, num1, profile_name, str3, str4, str5, str6,
                str7, str8, str9, str10, str11, str12, str13, str14);
 
-const char *unsound_part(const mdm_apn_info_t &info)
+}  // namespace
+
+const char *_validate_apn(const mdm_body_t &body, Names names)
 {
-    constexpr auto paths = MDM_PAYLOAD_PATHS(apn);
-    switch (shape_of(info.type)) {
-    case Shape::profile:
+    const mdm_apn_info_t &info = body.apn;
+    switch (form_of(info.type)) {
+    case Form::profile:
         if (!is_padding(info.data_size)) {
-            return paths.data_size;
+            return names.data_size();
         }
         break;
-    case Shape::profiles:
+    case Form::profiles:
         if (info.data_size != 0 && has_null_element(info.data)) {
             return "apn.profiles";
         }
         break;
-    case Shape::raw:
-        return unsound_bytes(info.data_size, info.data, paths);
+    case Form::raw:
+        return validate_bytes(info.data_size, info.data, names);
     }
-    return unsound_payload(info.data_size != 0, info.data, paths);
+    return validate_payload(info.data_size != 0, info.data, names);
 }
-
-}  // namespace
 
 // Stores `data_size`: of a list the whole body's size. A single profile's size is added to what
 // was there, with every call anew: the sum is sent and sized, and as many bytes as there were
 // before stay zero at the end of the body.
-uint32_t _size_of_apn(mdm_body_t *body)
+uint32_t _size_of_apn(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     MDM_ASSERT(body != nullptr, 0);
@@ -69,23 +67,21 @@ uint32_t _size_of_apn(mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(size);
     }
-    switch (shape_of(info.type)) {
-    case Shape::profile:
+    switch (form_of(info.type)) {
+    case Form::profile:
         info.data_size = static_cast<int32_t>(static_cast<uint32_t>(info.data_size) +
                                               size_of_fields(info.data, profile_fields));
         size += static_cast<uint32_t>(info.data_size);
         break;
-    case Shape::profiles: {
-        const auto profiles = size_of_records(info.data, profile_fields);
-        if (!profiles) {
+    case Form::profiles:
+        if (has_null_element(info.data)) {
             MDM_CRITICAL("acconts is NULL");
             return MDM_EXIT(no_room);  // the line with the size is for a body that has one
         }
-        size = empty_list_size + *profiles;
+        size = empty_list_size + size_of_records_before_null(info.data, profile_fields);
         info.data_size = static_cast<int32_t>(size);
         break;
-    }
-    case Shape::raw:
+    case Form::raw:
         size += static_cast<uint32_t>(info.data_size);
         break;
     }
@@ -93,88 +89,88 @@ uint32_t _size_of_apn(mdm_body_t *body)
     return MDM_EXIT(size);
 }
 
-template <class Out>
-static bool _set_apn(Out &out, const mdm_apn_info_t *info)
+bool _set_apn(Writer &out, mdm_body_t *body)
 {
+    const Log &log = out.log();
     MDM_ENTER();
-    MDM_ASSERT(out && info != nullptr, false);
+    MDM_ASSERT(out && body != nullptr, false);
 
-    out.body_head(*info, head_fields);
-    if (!has_payload(*info)) {
+    const mdm_apn_info_t &info = body->apn;
+    out.body_head(info);
+    if (!has_payload(info)) {
         return MDM_EXIT(true);
     }
-    switch (shape_of(info->type)) {
-    case Shape::profile:
-        out.record(info->data, profile_fields);
+    switch (form_of(info.type)) {
+    case Form::profile:
+        out.fields(info.data, profile_fields);
         break;
-    case Shape::profiles:
-        out.count(info->data, "apn.profiles");
-        for (const auto *profile : elements<mdm_apn_account_t>(info->data)) {
+    case Form::profiles:
+        out.count(info.data, "apn.profiles");
+        for (const auto *profile : elements<mdm_apn_account_t>(info.data)) {
             if (profile != nullptr) {  // counted all the same
                 MDM_INFO("ProfileName [%s]", profile->profile_name);
-                out.fields(*profile, profile_fields);
+                out.fields(profile, profile_fields);
             }
         }
         break;
-    case Shape::raw:
-        out.bytes(info->data, info->data_size, "apn.data");
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
         break;
     }
     return MDM_EXIT(true);
 }
 
-template <class In>
-static bool _get_apn(In &in, mdm_apn_info_t *info)
+bool _get_apn(Reader &in, mdm_body_t *body)
 {
+    const Log &log = in.log();
     MDM_ENTER();
-    MDM_ASSERT(in && info != nullptr, false);
+    MDM_ASSERT(in && body != nullptr, false);
 
-    in.body_head(*info, head_fields);
-    if (info->data_size == 0) {
-        info->data = nullptr;
+    mdm_apn_info_t &info = body->apn;
+    in.body_head(info);
+    if (info.data_size == 0) {
+        info.data = nullptr;
         return MDM_EXIT(true);
     }
-    switch (shape_of(info->type)) {
-    case Shape::profile:
-        info->data = in.record(profile_fields);
+    switch (form_of(info.type)) {
+    case Form::profile:
+        info.data = in.record(profile_fields);
         break;
-    case Shape::profiles: {
+    case Form::profiles: {
         const int32_t count = in.count("apn.profiles", smallest_size(profile_fields));
-        auto profiles = in.new_list();
+        Reader::List profiles(in);
         for (int32_t i = 0; in && i < count; ++i) {
             auto *profile = in.record(profile_fields);
             MDM_INFO("ProfileName [%s]", profile->profile_name);
             profiles.append(profile);
         }
-        info->data = profiles.head();
+        info.data = profiles.head();
         break;
     }
-    case Shape::raw:
-        info->data = in.bytes(info->data_size, "apn.data");
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
         break;
     }
     return MDM_EXIT(true);
 }
 
-MDM_HANDLERS(apn)
-
 // For a profile and a list `data` keeps its old value.
-void _free_apn(mdm_body_t *body)
+void _free_apn(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     if (body == nullptr || !has_payload(body->apn)) {
         return MDM_EXIT();
     }
     mdm_apn_info_t &info = body->apn;
-    switch (shape_of(info.type)) {
-    case Shape::profile:
+    switch (form_of(info.type)) {
+    case Form::profile:
         release_record(info.data, profile_fields);
         break;
-    case Shape::profiles:
+    case Form::profiles:
         release_records(info.data, profile_fields);
         break;
-    case Shape::raw:
-        release_data(info);
+    case Form::raw:
+        release_data(info.data);
         info.data_size = 0;
         break;
     }

@@ -11,14 +11,13 @@
 // its entry; the size and free handlers log their exit where nothing is to be done.
 #include "mdm_ipc_app_head.hpp"
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-enum class Shape { packages, items, controls, raw };
+enum class Form { packages, items, controls, raw };
 
-constexpr Shape shape_of(int32_t type)
+constexpr Form form_of(int32_t type)
 {
     switch (type) {
     case 3:
@@ -31,68 +30,70 @@ constexpr Shape shape_of(int32_t type)
     case 171:
     case 176:
     case 177:
-        return Shape::packages;
+        return Form::packages;
     case 140:
     case 141:
     case 142:
-        return Shape::items;
+        return Form::items;
     case 172:
     case 173:
     case 174:
     case 175:
-        return Shape::controls;
+        return Form::controls;
     default:
-        return Shape::raw;
+        return Form::raw;
     }
 }
 
 constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app_res);
 constexpr auto item_fields = MDM_FIELDS(mdm_app_res_item_t, "app_res.item", name, value);
 
-const char *unsound_part(const mdm_app_res_info_t &info)
+// One line an item, whose value the receiver takes for a signed number. Discriminator 142 has an
+// unsigned one on both sides.
+void log_item(const Log &log, int line, const char *text, const mdm_app_res_item_t &item)
 {
-    constexpr auto paths = MDM_PAYLOAD_PATHS(app_res);
-    const bool is_announced = info.data_size >= 1;
-    return shape_of(info.type) == Shape::raw ? unsound_payload(is_announced, info.data, paths)
-                                             : unsound_list(is_announced, info.data, paths);
+    log.info(line, text, item.name, item.value);
 }
 
-// One line an item. Discriminator 142 has a conversion of its own; the receiver has another one
-// for the other two. A macro, so that the line carries the handler's name.
-#define LOG_ITEM(type, conversion, item)                                                        \
-    ((type) == 142 ? MDM_INFO("%s(%lu)", (item).name, static_cast<unsigned long>((item).value)) \
-                   : MDM_INFO("%s(" conversion ")", (item).name, (item).value))
+constexpr const char *received_item(int32_t type)
+{
+    return type == 142 ? "%s(%u)" : "%s(%d)";
+}
 
 }  // namespace
 
+const char *_validate_app_res(const mdm_body_t &body, Names names)
+{
+    const mdm_app_res_info_t &info = body.app_res;
+    const bool is_announced = info.data_size >= 1;
+    return form_of(info.type) == Form::raw ? validate_payload(is_announced, info.data, names)
+                                           : validate_list(is_announced, info.data, names);
+}
+
 // An item without a name is sized, but not written: 8 bytes stay zero at the end of the body.
-uint32_t _size_of_app_res(mdm_body_t *body)
+uint32_t _size_of_app_res(const Log &log, mdm_body_t *body)
 {
     if (body == nullptr) {
         MDM_CRITICAL("p_data is NULL!");
         return MDM_EXIT(0);
     }
     const mdm_app_res_info_t &info = body->app_res;
-    uint32_t size = size_of_fields(info, head_fields);
+    uint32_t size = size_of_fields(&info, head_fields);
     if (info.data_size >= 1) {
-        switch (shape_of(info.type)) {
-        case Shape::packages:
+        switch (form_of(info.type)) {
+        case Form::packages:
             MDM_INFO("len : %d", length_of(info.data));
-            size += word_size;
-            for (const char *name : elements_before_null<char>(info.data)) {
-                MDM_INFO("pkg : %s", name);
-                size += size_of_str(name);
-            }
+            size += word_size + size_of_strings_before_null(info.data, log, MDM_EACH("pkg : %s"));
             break;
-        case Shape::items:
+        case Form::items:
             MDM_INFO("len : %d", length_of(info.data));
             size += word_size;
             for (const auto *item : elements_before_null<mdm_app_res_item_t>(info.data)) {
-                LOG_ITEM(info.type, "%u", *item);
-                size += size_of_fields(*item, item_fields);
+                log_item(log, __LINE__, "%s(%u)", *item);
+                size += size_of_fields(item, item_fields);
             }
             break;
-        case Shape::controls:
+        case Form::controls:
             MDM_INFO("len : %d", length_of(info.data));
             size += word_size;
             for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
@@ -100,10 +101,10 @@ uint32_t _size_of_app_res(mdm_body_t *body)
                 if (control->pkg_list != nullptr) {
                     MDM_INFO("len2 : %d", length_of(control->pkg_list));
                 }
-                size += word_size + word_size + size_of_strings_before_null(control->pkg_list);
+                size += word_size + word_size + size_of_strings_before_null(control->pkg_list, log);
             }
             break;
-        case Shape::raw:
+        case Form::raw:
             size += static_cast<uint32_t>(info.data_size);
             break;
         }
@@ -112,39 +113,40 @@ uint32_t _size_of_app_res(mdm_body_t *body)
     return size;
 }
 
-template <class Out>
-static bool _set_app_res(Out &out, const mdm_app_res_info_t *info)
+bool _set_app_res(Writer &out, mdm_body_t *body)
 {
-    MDM_ASSERT(out && info != nullptr, false);
+    const Log &log = out.log();
+    MDM_ASSERT(out && body != nullptr, false);
 
-    out.fields(*info, head_fields);
-    if (info->data_size < 1) {
+    const mdm_app_res_info_t &info = body->app_res;
+    out.fields(&info, head_fields);
+    if (info.data_size < 1) {
         return true;
     }
-    switch (shape_of(info->type)) {
-    case Shape::packages: {
-        const uint32_t count = out.count(info->data, "app_res.packages");
+    switch (form_of(info.type)) {
+    case Form::packages: {
+        const uint32_t count = out.count(info.data, "app_res.packages");
         MDM_INFO("len : %d", count);
-        out.strings_before_null(info->data, "app_res.packages");
+        out.strings_before_null(info.data, "app_res.packages");
         break;
     }
-    case Shape::items: {
-        const uint32_t count = out.count(info->data, "app_res.items");
+    case Form::items: {
+        const uint32_t count = out.count(info.data, "app_res.items");
         MDM_INFO("len : %d", count);
-        for (const auto *item : elements_before_null<mdm_app_res_item_t>(info->data)) {
-            LOG_ITEM(info->type, "%u", *item);
+        for (const auto *item : elements_before_null<mdm_app_res_item_t>(info.data)) {
+            log_item(log, __LINE__, "%s(%u)", *item);
             if (item->name != nullptr) {
-                out.fields(*item, item_fields);
+                out.fields(item, item_fields);
             } else {
                 out.omit("app_res.item.name");
             }
         }
         break;
     }
-    case Shape::controls: {
-        const uint32_t count = out.count(info->data, "app_res.controls");
+    case Form::controls: {
+        const uint32_t count = out.count(info.data, "app_res.controls");
         MDM_INFO("len : %d", count);
-        for (const auto *control : elements_before_null<mdm_app_control_info_t>(info->data)) {
+        for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
             out.i32(control->client_id, "app_res.control.client_id");
             MDM_INFO("app_control_info->client_id : %d", control->client_id);
             const uint32_t package_count = out.count(control->pkg_list, "app_res.control.pkg_list");
@@ -153,74 +155,68 @@ static bool _set_app_res(Out &out, const mdm_app_res_info_t *info)
         }
         break;
     }
-    case Shape::raw:
-        out.bytes(info->data, info->data_size, "app_res.data");
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
         break;
     }
     return true;
 }
 
-template <class In>
-static bool _get_app_res(In &in, mdm_app_res_info_t *info)
+bool _get_app_res(Reader &in, mdm_body_t *body)
 {
-    MDM_ASSERT(in && info != nullptr, false);
+    const Log &log = in.log();
+    MDM_ASSERT(in && body != nullptr, false);
 
-    in.fields(*info, head_fields);
-    if (info->data_size < 1) {
-        info->data = nullptr;
+    mdm_app_res_info_t &info = body->app_res;
+    in.fields(&info, head_fields);
+    if (info.data_size < 1) {
+        info.data = nullptr;
         return true;
     }
-    switch (shape_of(info->type)) {
-    case Shape::packages: {
+    switch (form_of(info.type)) {
+    case Form::packages: {
         const int32_t count = in.count("app_res.packages", word_size);
         MDM_INFO("len : %d", count);
-        info->data = in.strings(count, "app_res.packages");
+        info.data = in.strings(count, "app_res.packages");
         break;
     }
-    case Shape::items: {
+    case Form::items: {
         const int32_t count = in.count("app_res.items", smallest_size(item_fields));
         MDM_INFO("len : %d", count);
-        auto items = in.new_list();
+        Reader::List items(in);
         for (int32_t i = 0; in && i < count; ++i) {
             auto *item = in.record(item_fields);
-            LOG_ITEM(info->type, "%d", *item);
+            log_item(log, __LINE__, received_item(info.type), *item);
             items.append(item);
         }
-        info->data = items.head();
+        info.data = items.head();
         break;
     }
-    case Shape::controls: {
+    case Form::controls: {
         const int32_t count = in.count("app_res.controls", word_size + word_size);
         MDM_INFO("len : %d", count);
-        auto controls = in.new_list();
+        Reader::List controls(in);
         for (int32_t i = 0; in && i < count; ++i) {
-            auto *control = in.template make<mdm_app_control_info_t>();
+            auto *control = in.make<mdm_app_control_info_t>();
             control->client_id = in.i32("app_res.control.client_id");
             MDM_INFO("client_id : %d", control->client_id);
             const int32_t package_count = in.count("app_res.control.pkg_list", word_size);
             MDM_INFO("len2 : %d", package_count);
-            auto names = in.new_list();
-            for (int32_t j = 0; in && j < package_count; ++j) {
-                char *name = in.str("app_res.control.pkg_list");
-                MDM_INFO("name : %s", name);
-                names.append(name);
-            }
-            control->pkg_list = names.head();
+            control->pkg_list =
+                in.strings(package_count, "app_res.control.pkg_list", MDM_EACH("name : %s"));
             controls.append(control);
         }
-        info->data = controls.head();
+        info.data = controls.head();
         break;
     }
-    case Shape::raw:
-        info->data = in.bytes(info->data_size, "app_res.data");
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
         break;
     }
     return true;
 }
 
-MDM_HANDLERS(app_res)
-
-void _free_app_res(mdm_body_t *body)
+void _free_app_res(const Log &log, mdm_body_t *body)
 {
     if (body == nullptr) {
         return MDM_EXIT();
@@ -232,19 +228,19 @@ void _free_app_res(mdm_body_t *body)
     if (info.data == nullptr) {
         return MDM_EXIT();  // `pkg` stays allocated
     }
-    switch (shape_of(info.type)) {
-    case Shape::packages:
+    switch (form_of(info.type)) {
+    case Form::packages:
         release_elements(info.data);
         info.data = nullptr;
         break;
-    case Shape::items:
+    case Form::items:
         for (auto *item : elements_before_null<mdm_app_res_item_t>(info.data)) {
-            LOG_ITEM(info.type, "%u", *item);
+            log_item(log, __LINE__, "%s(%u)", *item);
             release_record(item, item_fields);
         }
         release_cells(info.data);  // `data` keeps its old value
         break;
-    case Shape::controls:
+    case Form::controls:
         // The records themselves stay allocated.
         for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
             release_elements(control->pkg_list);
@@ -252,8 +248,8 @@ void _free_app_res(mdm_body_t *body)
         release_cells(info.data);
         info.data = nullptr;
         break;
-    case Shape::raw:
-        release_data(info);
+    case Form::raw:
+        release_data(info.data);
         break;
     }
     release_string(info.pkg);

@@ -5,14 +5,13 @@
 //   device-name lists   a count and strings
 //   any other           data_size raw bytes
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-enum class Shape { names, raw };
+enum class Form { names, raw };
 
-constexpr Shape shape_of(uint32_t type)
+constexpr Form form_of(uint32_t type)
 {
     switch (type) {
     case 91:
@@ -29,25 +28,10 @@ constexpr Shape shape_of(uint32_t type)
     case 234:
     case 235:
     case 237:
-        return Shape::names;
+        return Form::names;
     default:
-        return Shape::raw;
+        return Form::raw;
     }
-}
-
-constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(bluetooth);
-
-const char *unsound_part(const mdm_bluetooth_info_t &info)
-{
-    constexpr auto paths = MDM_PAYLOAD_PATHS(bluetooth);
-    const bool is_announced = info.data_size >= 1;
-    if (shape_of(info.type) == Shape::raw) {
-        return unsound_payload(is_announced, info.data, paths);
-    }
-    if (const char *path = unsound_list(is_announced, info.data, paths)) {
-        return path;
-    }
-    return has_null_element(info.data) ? "bluetooth.names" : nullptr;
 }
 
 // Only these lists are released; every other payload stays with the owner of the message.
@@ -58,7 +42,20 @@ constexpr bool is_released(uint32_t type)
 
 }  // namespace
 
-uint32_t _size_of_bluetooth(mdm_body_t *body)
+const char *_validate_bluetooth(const mdm_body_t &body, Names names)
+{
+    const mdm_bluetooth_info_t &info = body.bluetooth;
+    const bool is_announced = info.data_size >= 1;
+    if (form_of(info.type) == Form::raw) {
+        return validate_payload(is_announced, info.data, names);
+    }
+    if (const char *path = validate_list(is_announced, info.data, names)) {
+        return path;
+    }
+    return has_null_element(info.data) ? "bluetooth.names" : nullptr;
+}
+
+uint32_t _size_of_bluetooth(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     MDM_ASSERT(body != nullptr, 0);
@@ -69,70 +66,60 @@ uint32_t _size_of_bluetooth(mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(size);
     }
-    if (shape_of(info.type) == Shape::raw) {
+    if (form_of(info.type) == Form::raw) {
         return MDM_EXIT(size + static_cast<uint32_t>(info.data_size));
     }
     MDM_INFO("len : %d", length_of(info.data));
-    size += word_size;
-    for (const char *device_name : elements<char>(info.data)) {
-        if (device_name == nullptr) {  // no "device_name" line: it is for a text
-            MDM_CRITICAL("device_name is NULL");
-            return MDM_EXIT(no_room);
-        }
-        MDM_INFO("device_name : %s", device_name);
-        size += size_of_str(device_name);
+    size += word_size + size_of_strings_before_null(info.data, log, MDM_EACH("device_name : %s"));
+    if (has_null_element(info.data)) {
+        MDM_CRITICAL("device_name is NULL");
+        return MDM_EXIT(no_room);
     }
     return MDM_EXIT(size);
 }
 
-template <class Out>
-static bool _set_bluetooth(Out &out, const mdm_bluetooth_info_t *info)
+bool _set_bluetooth(Writer &out, mdm_body_t *body)
 {
+    const Log &log = out.log();
     MDM_ENTER();
-    MDM_ASSERT(out && info != nullptr, false);
+    MDM_ASSERT(out && body != nullptr, false);
 
-    out.body_head(*info, head_fields);
-    if (info->data_size < 1) {
+    const mdm_bluetooth_info_t &info = body->bluetooth;
+    out.body_head(info);
+    if (info.data_size < 1) {
         return MDM_EXIT(true);
     }
-    if (shape_of(info->type) == Shape::raw) {
-        out.bytes(info->data, info->data_size, "bluetooth.data");
+    if (form_of(info.type) == Form::raw) {
+        out.raw_bytes(info.data, info.data_size);
         return MDM_EXIT(true);
     }
-    MDM_INFO("length : %d", length_of(info->data));
-    out.strings_or_gaps(info->data, info->data_size, "bluetooth.names");
+    MDM_INFO("length : %d", length_of(info.data));
+    out.strings_or_gaps(info.data, info.data_size, "bluetooth.names");
     return MDM_EXIT(true);
 }
 
-template <class In>
-static bool _get_bluetooth(In &in, mdm_bluetooth_info_t *info)
+bool _get_bluetooth(Reader &in, mdm_body_t *body)
 {
+    const Log &log = in.log();
     MDM_ENTER();
-    MDM_ASSERT(in && info != nullptr, false);
+    MDM_ASSERT(in && body != nullptr, false);
 
-    in.body_head(*info, head_fields);
-    if (info->data_size < 1) {
+    mdm_bluetooth_info_t &info = body->bluetooth;
+    in.body_head(info);
+    if (info.data_size < 1) {
         return MDM_EXIT(true);  // `data` stays as it was
     }
-    if (shape_of(info->type) == Shape::raw) {
-        info->data = in.bytes(info->data_size, "bluetooth.data");
+    if (form_of(info.type) == Form::raw) {
+        info.data = in.raw_bytes(info.data_size);
         return MDM_EXIT(true);
     }
     const int32_t count = in.count("bluetooth.names", word_size);
     MDM_INFO("length : %d", count);
-    auto names = in.new_list();
-    for (int32_t i = 0; in && i < count; ++i) {
-        char *device_name = in.str("bluetooth.names");
-        MDM_INFO("device_name : %s", device_name);
-        names.append(device_name);
-    }
-    info->data = names.head();
+    info.data = in.strings(count, "bluetooth.names", MDM_EACH("device_name : %s"));
     return MDM_EXIT(true);
 }
 
-MDM_HANDLERS(bluetooth)
-
-void _free_bluetooth(mdm_body_t *body)
+void _free_bluetooth(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     if (body == nullptr) {

@@ -7,27 +7,25 @@
 //   type 363    a count and accounts: num0 to num8, str9 to str21
 //   any other   num0, str1
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_ipc_mail.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-constexpr MailShape shape_of(uint32_t type)
+enum class Form { account, settings, accounts, value };
+
+constexpr Form form_of(uint32_t type)
 {
     switch (type) {
     case 359:
-        return MailShape::account;
+        return Form::account;
     case 362:
-        return MailShape::settings;
+        return Form::settings;
     case 363:
-        return MailShape::accounts;
+        return Form::accounts;
     default:
-        return MailShape::value;
+        return Form::value;
     }
 }
-
-constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(email);
 
 // An account on its own has fewer fields than one in a list, and an order of its own.
 constexpr auto account_fields =
@@ -39,19 +37,34 @@ constexpr auto element_fields = MDM_FIELDS(
 constexpr auto settings_fields =
     MDM_FIELDS(mdm_email_account_t, "email.settings", str16, str15, str14);
 constexpr auto value_fields = MDM_FIELDS(mdm_email_value_t, "email.value", num0, str1);
-constexpr auto forms =
-    MailForms{"email.accounts", account_fields, settings_fields, element_fields, value_fields};
 
-const char *unsound_part(const mdm_email_info_t &info)
+// The record of each form; of a list, that of its elements.
+constexpr Fields fields_of(Form form)
 {
-    return unsound_payload(info.data_size != 0, info.data, MDM_PAYLOAD_PATHS(email));
+    switch (form) {
+    case Form::account:
+        return account_fields;
+    case Form::settings:
+        return settings_fields;
+    case Form::accounts:
+        return element_fields;
+    case Form::value:
+        break;
+    }
+    return value_fields;
 }
 
 }  // namespace
 
+const char *_validate_email(const mdm_body_t &body, Names names)
+{
+    const mdm_email_info_t &info = body.email;
+    return validate_payload(info.data_size != 0, info.data, names);
+}
+
 // Stores `data_size`: the payload of a record, but the whole body of a list. The size of a list
 // ends at its first null element, while the accounts behind it are written: past the counted size.
-uint32_t _size_of_email(mdm_body_t *body)
+uint32_t _size_of_email(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     MDM_ASSERT(body != nullptr, 0);
@@ -60,79 +73,72 @@ uint32_t _size_of_email(mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(body_head_size);
     }
-    uint32_t payload_size = 0;
-    switch (shape_of(info.type)) {
-    case MailShape::account:
-        payload_size = size_of_fields(info.data, account_fields);
-        break;
-    case MailShape::settings:
-        payload_size = size_of_fields(info.data, settings_fields);
-        break;
-    case MailShape::accounts: {
-        uint32_t size = empty_list_size;
-        for (const auto *account : elements_before_null<mdm_email_account_t>(info.data)) {
-            size += size_of_fields(*account, element_fields);
-        }
+    const Form form = form_of(info.type);
+    if (form == Form::accounts) {
+        const uint32_t size =
+            empty_list_size + size_of_records_before_null(info.data, element_fields);
         info.data_size = static_cast<int32_t>(size);
         return MDM_EXIT(size);
     }
-    case MailShape::value:
-        payload_size = size_of_fields(info.data, value_fields);
-        break;
-    }
+    const uint32_t payload_size = size_of_fields(info.data, fields_of(form));
     info.data_size = static_cast<int32_t>(payload_size);
     return MDM_EXIT(body_head_size + payload_size);
 }
 
-template <class Out>
-static bool _set_email(Out &out, const mdm_email_info_t *info)
+bool _set_email(Writer &out, mdm_body_t *body)
 {
+    const Log &log = out.log();
     MDM_ENTER();
-    MDM_ASSERT(out && info != nullptr, false);
+    MDM_ASSERT(out && body != nullptr, false);
 
-    out.body_head(*info, head_fields);
-    if (has_payload(*info)) {
-        write_mail(out, shape_of(info->type), info->data, forms);
+    const mdm_email_info_t &info = body->email;
+    out.body_head(info);
+    if (!has_payload(info)) {
+        return MDM_EXIT(true);
+    }
+    const Form form = form_of(info.type);
+    if (form == Form::accounts) {
+        out.records(info.data, "email.accounts", fields_of(form));
+    } else {
+        out.fields(info.data, fields_of(form));
     }
     return MDM_EXIT(true);
 }
 
-template <class In>
-static bool _get_email(In &in, mdm_email_info_t *info)
+bool _get_email(Reader &in, mdm_body_t *body)
 {
+    const Log &log = in.log();
     MDM_ENTER();
-    MDM_ASSERT(in && info != nullptr, false);
+    MDM_ASSERT(in && body != nullptr, false);
 
-    in.body_head(*info, head_fields);
-    info->data = info->data_size == 0 ? nullptr : read_mail(in, shape_of(info->type), forms);
+    mdm_email_info_t &info = body->email;
+    in.body_head(info);
+    if (info.data_size == 0) {
+        info.data = nullptr;
+        return MDM_EXIT(true);
+    }
+    const Form form = form_of(info.type);
+    info.data = form == Form::accounts ? in.records("email.accounts", fields_of(form))
+                                       : in.record(fields_of(form));
     return MDM_EXIT(true);
 }
 
-MDM_HANDLERS(email)
-
 // Leaves `data` and `data_size` as they were.
-void _free_email(mdm_body_t *body)
+void _free_email(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     if (body == nullptr || !has_payload(body->email)) {
         return MDM_EXIT();
     }
     const mdm_email_info_t &info = body->email;
-    switch (shape_of(info.type)) {
-    case MailShape::account:
-        // str9 to str12 do not travel in this form, and are not released.
-        release_record(info.data, account_fields);
-        break;
-    case MailShape::settings:
-        // The record itself stays allocated.
-        release_strings(payload<mdm_email_account_t>(info), settings_fields);
-        break;
-    case MailShape::accounts:
-        release_records(info.data, element_fields);
-        break;
-    case MailShape::value:
-        release_record(info.data, value_fields);
-        break;
+    const Form form = form_of(info.type);
+    if (form == Form::accounts) {
+        release_records(info.data, fields_of(form));
+    } else if (form == Form::settings) {
+        release_strings(info.data, fields_of(form));  // the record itself stays allocated
+    } else {
+        // str9 to str12 of an account do not travel in this form, and are not released.
+        release_record(info.data, fields_of(form));
     }
     return MDM_EXIT();
 }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The guarded path: the envelope's checks, and the categories' reading and writing code over the
-// checked cursors.
+// The guarded path: the envelope's checks, and the categories' handlers over guarded cursors. No
+// handler logs on it.
 #include "mdm/guarded.h"
 
 #include <optional>
 
 #include "mdm_ipc_envelope.hpp"
-#include "mdm_log.hpp"
+#include "mdm_ipc_fault.hpp"
 
 namespace mdm {
 namespace {
@@ -42,17 +42,19 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
         fault = fault_of_envelope(buffer, length);
         return nullptr;
     }
-    CheckedReader in(buffer, length, ipc_head::fields, fault);
-    mdm_msg_t *msg = in.message();
+    Region region(length);
+    mdm_msg_t *msg = region.message();
     if (msg == nullptr) [[unlikely]] {
+        fault = fault_without_memory(ipc_head::fields, region.capacity());
         return nullptr;
     }
     msg->type = buffer[ipc_head::type];
     msg->hdr_byte = buffer[ipc_head::hdr_byte];
-    in.fields(*msg, head_fields);
-    const GuardedRow &row = guarded_row(msg->type);
-    if (in && row.open != nullptr) {
-        row.open(in, msg->body);
+    const Category category = category_of(msg->type);
+    Reader in(buffer, ipc_head::fields, length, category.log(Log::Function::silent), fault, region);
+    in.message_head(*msg);
+    if (in && category.row.get != nullptr) {
+        category.row.get(in, &msg->body);
     }
     if (!in) {
         Region::release(msg);
@@ -67,39 +69,42 @@ std::optional<ipc_fault_t> fault_of_message(const mdm_msg_t *msg)
     if (msg == nullptr) {
         return ipc_fault_t{0, 0, 0, fault_path::message};
     }
-    if (!is_message_type(msg->type) || guarded_row(msg->type).seal == nullptr) {
+    if (!is_message_type(msg->type) || category_of(msg->type).row.size == nullptr) {
         return ipc_fault_t{ipc_head::type, 0, 0, fault_path::type};
     }
-    if (const char *path = guarded_row(msg->type).unsound(&msg->body)) {
-        return ipc_fault_t{uncounted_size + size_of_fields(*msg, head_fields), 0, 0, path};
-    }
-    return std::nullopt;
+    const Category category = category_of(msg->type);
+    ValidateHandler *validate = category.row.validate;
+    const char *path = validate != nullptr ? validate(msg->body, category.names) : nullptr;
+    return path != nullptr ? std::optional(ipc_fault_t{head_size(*msg), 0, 0, path}) : std::nullopt;
 }
 
 // The same for a message that nothing keeps from being sized.
 uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 {
-    const int32_t total = total_size(handler_row(msg->type), msg);
+    const Category category = category_of(msg->type);
+    const Log silence = category.log(Log::Function::silent);
+    const int32_t total = total_size(category.row, msg, silence);
     if (total < static_cast<int32_t>(uncounted_size)) {
         fault = {ipc_head::length, smallest_message, 0, fault_path::length};
         return nullptr;
     }
     const auto length = static_cast<uint32_t>(total);
-    auto *buffer = static_cast<uint8_t *>(g_try_malloc0(buffer_size(length)));
+    auto *buffer = static_cast<uint8_t *>(g_try_malloc(buffer_size(length)));
     if (buffer == nullptr) [[unlikely]] {
         fault = fault_without_memory(0, buffer_size(length));
         return nullptr;
     }
     set_envelope(buffer, *msg, length);
-    CheckedWriter out(buffer, length, ipc_head::fields, fault);
-    out.fields(*msg, head_fields);
-    if (out) {
-        guarded_row(msg->type).seal(out, msg->body);
+    Writer out(buffer, ipc_head::fields, length, silence, fault);
+    out.message_head(*msg);
+    if (out && !category.row.set(out, &msg->body)) {
+        out.omit(category.names.data());
     }
     if (!out) {
         g_free(buffer);
         return nullptr;
     }
+    out.clear_rest();
     *out_length = length;
     return buffer;
 }
@@ -119,11 +124,11 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
     return buffer;
 }
 
-// Logs why an exported function refuses, in its name, and tells whoever asked.
-[[gnu::cold, gnu::noinline]] void refuse(const char *function, int line, const ipc_fault_t &found,
+// Logs why an exported function refuses, and tells whoever asked.
+[[gnu::cold, gnu::noinline]] void refuse(const Log &log, int line, const ipc_fault_t &found,
                                          ipc_fault_t *fault)
 {
-    MDM_CRITICAL_OF(function, line, "Refused: %s", FaultText(found).c_str());
+    log.critical(line, "Refused: %s", FaultText(found).c_str());
     if (fault != nullptr) {
         *fault = found;
     }
@@ -134,11 +139,12 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 
 mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
 {
+    static constexpr mdm::Log log(MDM_ORIGIN("ipc_open"));
     MDM_ENTER();
     ipc_fault_t found;  // written on refusal
     mdm_msg_t *msg = mdm::open(buffer, length, found);
     if (msg == nullptr) {
-        mdm::refuse(__func__, __LINE__, found, fault);
+        mdm::refuse(log, __LINE__, found, fault);
     }
     return MDM_EXIT(msg);
 }
@@ -152,11 +158,12 @@ void ipc_close(mdm_msg_t *msg)
 
 uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault)
 {
+    static constexpr mdm::Log log(MDM_ORIGIN("ipc_seal"));
     MDM_ENTER();
     ipc_fault_t found;  // written on refusal
     uint8_t *buffer = mdm::seal(msg, out_length, found);
     if (buffer == nullptr) {
-        mdm::refuse(__func__, __LINE__, found, fault);
+        mdm::refuse(log, __LINE__, found, fault);
     }
     return MDM_EXIT(buffer);
 }

@@ -1,87 +1,107 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The handlers of a category: how the envelope calls them, how a category defines them, and the
-// categories that exist.
+// The handlers of a category: how the envelope calls them, and the categories that exist.
 #pragma once
 
 #include <array>
 #include <cstdint>
 
 #include "mdm/ipc.h"
-#include "mdm_checked.hpp"
+#include "mdm_cursor.hpp"
+#include "mdm_fields.hpp"
+#include "mdm_log.hpp"
 #include "mdm_wire.hpp"
 
 namespace mdm {
 
-// Writes the body; returns the position after it, or null on failure.
-using SetHandler = uint8_t *(uint8_t *position, mdm_body_t *body);
-// Reads the body; returns the position after it, or null on failure.
-using GetHandler = const uint8_t *(mdm_body_t *body, const uint8_t *position);
+// Writes the body; false on failure.
+using SetHandler = bool(Writer &out, mdm_body_t *body);
+// Reads the body; false on failure.
+using GetHandler = bool(Reader &in, mdm_body_t *body);
 // Returns the body's byte count on the wire. Runs before the set handler, and may store the
 // `data_size` that the set handler sends.
-using SizeHandler = uint32_t(mdm_body_t *body);
+using SizeHandler = uint32_t(const Log &log, mdm_body_t *body);
 // Releases the heap parts of a received body.
-using FreeHandler = void(mdm_body_t *body);
+using FreeHandler = void(const Log &log, mdm_body_t *body);
+// Returns the path of what keeps a body from being sized safely, or its receiver from finding what
+// is announced; null for a sound body. Runs on the guarded path alone, before the size handler,
+// which follows the body's pointers. A category has none if nothing in its bodies could be missing.
+using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 
-// One row of the dispatch table; any handler may be null.
+// One row of the dispatch table. An empty one has no handlers.
 struct ipc_handler_row {
     SetHandler *set;
     GetHandler *get;
     SizeHandler *size;
     FreeHandler *free;
+    ValidateHandler *validate = nullptr;
 };
 
-// The same for the guarded path, where a cursor tells of a failure.
-using OpenHandler = void(CheckedReader &in, mdm_body_t &body);
-using SealHandler = void(CheckedWriter &out, const mdm_body_t &body);
-// Returns the path of what keeps a body from being sized safely, or its receiver from finding what
-// is announced; null for a sound body. Runs before the size handler, which follows its pointers.
-using UnsoundHandler = const char *(const mdm_body_t *body);
+// A category as the envelope meets it: its handlers, and the names that they use.
+struct Category {
+    const ipc_handler_row &row;
+    Names names;
 
-struct GuardedRow {
-    OpenHandler *open;
-    SealHandler *seal;
-    UnsoundHandler *unsound;
+    // The lines of a handler.
+    Log log(Log::Function function) const { return Log(names.origin(), function); }
 };
 
-// What an unsound handler finds wrong with the payload that `data` points to.
+inline constexpr uint8_t last_message_type = 80;
 
-struct PayloadPaths {
-    const char *data;
-    const char *data_size;
+// Where the row and the names of a message type are found.
+struct TypeEntry {
+    uint8_t row;
+    uint16_t names;
 };
-#define MDM_PAYLOAD_PATHS(category)               \
-    ::mdm::PayloadPaths                           \
-    {                                             \
-#category ".data", #category ".data_size" \
-    }
+[[gnu::visibility("hidden")]] extern const ipc_handler_row handler_rows[];
+[[gnu::visibility("hidden")]] extern const char category_names[];
+[[gnu::visibility("hidden")]] extern const std::array<TypeEntry, last_message_type + 1>
+    type_entries;
+
+// The category of a message type from 0 to 80. A type without a category has an empty row.
+inline Category category_of(uint8_t type)
+{
+    const TypeEntry &entry = type_entries[type];
+    return {handler_rows[entry.row], Names(category_names + entry.names)};
+}
+
+// The payload that a body's `data` points to.
+
+// For the categories that test `data_size` against zero, so that a negative one announces a payload
+// too.
+template <class Body>
+bool has_payload(const Body &body)
+{
+    return body.data != nullptr && body.data_size != 0;
+}
+
+// The record that a body's `data` points to.
+template <class Record, class Body>
+Record &payload(const Body &body)
+{
+    return *static_cast<Record *>(body.data);
+}
+
+// Releases what a body's `data` points at, if that owns nothing further.
+inline void release_data(void *&data)
+{
+    g_free(data);
+    data = nullptr;
+}
+
+// The size of a list's strings, without a count, up to the first null one. Each is logged.
+uint32_t size_of_strings_before_null(void *strings, const Log &log, EachLine each = no_line);
+
+// What is wrong with the payload that `data` points to.
 
 // A payload that is announced and not there, or there and not announced.
-inline const char *unsound_payload(bool is_announced, const void *data, const PayloadPaths &paths)
-{
-    if (is_announced == (data != nullptr)) {
-        return nullptr;
-    }
-    return is_announced ? paths.data : paths.data_size;
-}
-
+const char *validate_payload(bool is_announced, const void *data, Names names);
 // A payload where the format has none: no size lets it travel.
-inline const char *unsound_nothing(const void *data, const PayloadPaths &paths)
-{
-    return unsound_payload(false, data, paths);
-}
-
+const char *validate_nothing(const void *data, Names names);
 // A list: one that is announced may be null, because that is an empty one.
-inline const char *unsound_list(bool is_announced, const void *data, const PayloadPaths &paths)
-{
-    return is_announced ? nullptr : unsound_nothing(data, paths);
-}
-
+const char *validate_list(bool is_announced, const void *data, Names names);
 // Raw bytes that are counted with the sign of their size: fewer than none would cut the message.
-inline const char *unsound_bytes(int32_t size, const void *data, const PayloadPaths &paths)
-{
-    return size < 0 ? paths.data_size : unsound_payload(size != 0, data, paths);
-}
+const char *validate_bytes(int32_t size, const void *data, Names names);
 
 // Whether a message may be as many zeros longer than its payload. Fewer than none would cut it.
 constexpr bool is_padding(int32_t size)
@@ -89,74 +109,10 @@ constexpr bool is_padding(int32_t size)
     return size >= 0 && size <= MDM_MAX_PADDING;
 }
 
-inline constexpr uint8_t last_message_type = 80;
-
-// Seven pointers, and room for an eighth: so a shift finds a row.
-struct alignas(8 * sizeof(void *)) MessageRow {
-    ipc_handler_row handlers;
-    GuardedRow guarded;
-};
-[[gnu::visibility("hidden")]] extern const std::array<MessageRow, last_message_type + 1>
-    message_rows;
-
-// The handlers of a message type from 0 to 80.
-inline const ipc_handler_row &handler_row(uint8_t type)
-{
-    return message_rows[type].handlers;
-}
-
-inline const GuardedRow &guarded_row(uint8_t type)
-{
-    return message_rows[type].guarded;
-}
-
-// Defines the handlers of a category that run over a cursor. Its cursor handlers,
-//     template <class Out> bool _set_<category>(Out &out, const mdm_<category>_info_t *info)
-//     template <class In> bool _get_<category>(In &in, mdm_<category>_info_t *info)
-// stand in front; false stands for failure. So does what its unsound handler calls,
-//     const char *unsound_part(const mdm_<category>_info_t &info)
-#define MDM_HANDLERS(category)                                                   \
-    uint8_t *_set_##category(uint8_t *position, mdm_body_t *body)                \
-    {                                                                            \
-        Writer out(position);                                                    \
-        const bool done = _set_##category(out, MDM_BODY_MEMBER(body, category)); \
-        return done ? out.position() : nullptr;                                  \
-    }                                                                            \
-    const uint8_t *_get_##category(mdm_body_t *body, const uint8_t *position)    \
-    {                                                                            \
-        Reader in(position);                                                     \
-        const bool done = _get_##category(in, MDM_BODY_MEMBER(body, category));  \
-        return done ? in.position() : nullptr;                                   \
-    }                                                                            \
-    void _open_##category(CheckedReader &in, mdm_body_t &body)                   \
-    {                                                                            \
-        _get_##category(in, &body.category);                                     \
-    }                                                                            \
-    void _seal_##category(CheckedWriter &out, const mdm_body_t &body)            \
-    {                                                                            \
-        if (!_set_##category(out, &body.category)) {                             \
-            out.omit(#category ".data");                                         \
-        }                                                                        \
-    }                                                                            \
-    const char *_unsound_in_##category(const mdm_body_t *body)                   \
-    {                                                                            \
-        return unsound_part(body->category);                                     \
-    }
-
-// Every member of the union has the union's own address; null stays null.
-#define MDM_BODY_MEMBER(body, category) \
-    (static_cast<mdm_##category##_info_t *>(static_cast<void *>(body)))
-
-#define MDM_DECLARE_HANDLERS(category)       \
-    MDM_DECLARE_SENT_AND_RECEIVED(category); \
-    FreeHandler _free_##category
-#define MDM_DECLARE_SENT_AND_RECEIVED(category) \
-    SetHandler _set_##category;                 \
-    GetHandler _get_##category;                 \
-    SizeHandler _size_of_##category;            \
-    OpenHandler _open_##category;               \
-    SealHandler _seal_##category;               \
-    UnsoundHandler _unsound_in_##category
+#define MDM_DECLARE_HANDLERS(category) \
+    SetHandler _set_##category;        \
+    GetHandler _get_##category;        \
+    SizeHandler _size_of_##category
 
 MDM_DECLARE_HANDLERS(admin);
 MDM_DECLARE_HANDLERS(pwd);
@@ -167,17 +123,11 @@ MDM_DECLARE_HANDLERS(eas);
 MDM_DECLARE_HANDLERS(app);
 MDM_DECLARE_HANDLERS(app_res);
 MDM_DECLARE_HANDLERS(roaming);
-MDM_DECLARE_SENT_AND_RECEIVED(roaming_res);  // released by _free_roaming()
+MDM_DECLARE_HANDLERS(roaming_res);
 MDM_DECLARE_HANDLERS(misc);
 MDM_DECLARE_HANDLERS(apn);
-MDM_DECLARE_HANDLERS(browser);
-MDM_DECLARE_HANDLERS(date_time);
-MDM_DECLARE_HANDLERS(remote);
-MDM_DECLARE_HANDLERS(vpn);
-MDM_DECLARE_HANDLERS(firewall);
-MDM_DECLARE_HANDLERS(res);
+MDM_DECLARE_HANDLERS(single_list);
 MDM_DECLARE_HANDLERS(phone_res);
-MDM_DECLARE_HANDLERS(enterprise);
 MDM_DECLARE_HANDLERS(email);
 MDM_DECLARE_HANDLERS(kiosk);
 MDM_DECLARE_HANDLERS(container);
@@ -186,5 +136,18 @@ MDM_DECLARE_HANDLERS(log_manager);
 MDM_DECLARE_HANDLERS(platform);
 MDM_DECLARE_HANDLERS(app_cb);
 MDM_DECLARE_HANDLERS(misc_cb);
+
+FreeHandler _free_admin, _free_pwd, _free_security, _free_wifi, _free_bluetooth, _free_eas,
+    _free_app, _free_app_res, _free_roaming, _free_misc, _free_apn, _free_single_list,
+    _free_phone_res, _free_email, _free_kiosk, _free_container, _free_location, _free_log_manager,
+    _free_platform, _free_app_cb, _free_misc_cb;
+
+ValidateHandler _validate_pwd, _validate_security, _validate_wifi, _validate_bluetooth,
+    _validate_eas, _validate_app, _validate_app_res, _validate_roaming, _validate_roaming_res,
+    _validate_misc, _validate_apn, _validate_single_list, _validate_phone_res, _validate_email,
+    _validate_kiosk, _validate_container, _validate_location;
+
+// What browser and enterprise have of their own.
+GetHandler _get_single_list_size;
 
 }  // namespace mdm

@@ -9,30 +9,27 @@
 //
 // No handler logs its entry, and only the free handler its exit, for a null body.
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-enum class Shape { text, keys, key_pairs, raw };
+enum class Form { text, keys, key_pairs, raw };
 
-constexpr Shape shape_of(uint32_t type)
+constexpr Form form_of(uint32_t type)
 {
     switch (type) {
     case 612:
     case 614:
-        return Shape::text;
+        return Form::text;
     case 618:
     case 621:
-        return Shape::keys;
+        return Form::keys;
     case 619:
-        return Shape::key_pairs;
+        return Form::key_pairs;
     default:
-        return Shape::raw;
+        return Form::raw;
     }
 }
-
-constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(kiosk);
 
 // What an element of a list of keys points at: a number on its own.
 struct Key {
@@ -44,19 +41,19 @@ constexpr auto key_fields = MDM_FIELDS(Key, "kiosk.key", number);
 constexpr auto key_pair_fields = MDM_FIELDS(mdm_kiosk_key_pair_t, "kiosk.key_pair", key, value);
 constexpr uint32_t key_pair_size = word_size + word_size;
 
-const char *unsound_part(const mdm_kiosk_info_t &info)
-{
-    constexpr auto paths = MDM_PAYLOAD_PATHS(kiosk);
-    return shape_of(info.type) == Shape::raw
-               ? unsound_bytes(info.data_size, info.data, paths)
-               : unsound_payload(info.data_size != 0, info.data, paths);
-}
-
 }  // namespace
+
+const char *_validate_kiosk(const mdm_body_t &body, Names names)
+{
+    const mdm_kiosk_info_t &info = body.kiosk;
+    return form_of(info.type) == Form::raw
+               ? validate_bytes(info.data_size, info.data, names)
+               : validate_payload(info.data_size != 0, info.data, names);
+}
 
 // Stores the payload's size in `data_size`, but for raw bytes; the size of a list leaves its count
 // out there. Null elements are sized and counted, although they are not written.
-uint32_t _size_of_kiosk(mdm_body_t *body)
+uint32_t _size_of_kiosk(const Log &log, mdm_body_t *body)
 {
     MDM_ASSERT(body != nullptr, 0);
 
@@ -66,84 +63,84 @@ uint32_t _size_of_kiosk(mdm_body_t *body)
     }
     uint32_t base = body_head_size;
     uint32_t payload_size = 0;
-    switch (shape_of(info.type)) {
-    case Shape::text:
+    switch (form_of(info.type)) {
+    case Form::text:
         payload_size = size_of_str(static_cast<const char *>(info.data));
         break;
-    case Shape::keys:
+    case Form::keys:
         base = empty_list_size;
         payload_size = length_of(info.data) * word_size;
         break;
-    case Shape::key_pairs:
+    case Form::key_pairs:
         base = empty_list_size;
         payload_size = length_of(info.data) * key_pair_size;
         break;
-    case Shape::raw:
+    case Form::raw:
         return base + static_cast<uint32_t>(info.data_size);
     }
     info.data_size = static_cast<int32_t>(payload_size);
     return base + payload_size;
 }
 
-template <class Out>
-static bool _set_kiosk(Out &out, const mdm_kiosk_info_t *info)
+bool _set_kiosk(Writer &out, mdm_body_t *body)
 {
-    MDM_ASSERT(out && info != nullptr, false);
+    const Log &log = out.log();
+    MDM_ASSERT(out && body != nullptr, false);
 
-    out.body_head(*info, head_fields);
-    if (!has_payload(*info)) {
+    const mdm_kiosk_info_t &info = body->kiosk;
+    out.body_head(info);
+    if (!has_payload(info)) {
         return true;
     }
-    switch (shape_of(info->type)) {
-    case Shape::text:
-        out.str(static_cast<const char *>(info->data), "kiosk.text");
+    switch (form_of(info.type)) {
+    case Form::text:
+        out.str(static_cast<const char *>(info.data), "kiosk.text");
         break;
-    case Shape::keys:
+    case Form::keys:
         MDM_INFO("MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
-        out.records(info->data, "kiosk.keys", key_fields);
+        out.records(info.data, "kiosk.keys", key_fields);
         break;
-    case Shape::key_pairs:
+    case Form::key_pairs:
         MDM_INFO("MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
-        out.records(info->data, "kiosk.key_pairs", key_pair_fields);
+        out.records(info.data, "kiosk.key_pairs", key_pair_fields);
         break;
-    case Shape::raw:
-        out.bytes(info->data, info->data_size, "kiosk.data");
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
         break;
     }
     return true;
 }
 
-template <class In>
-static bool _get_kiosk(In &in, mdm_kiosk_info_t *info)
+bool _get_kiosk(Reader &in, mdm_body_t *body)
 {
-    MDM_ASSERT(in && info != nullptr, false);
+    const Log &log = in.log();
+    MDM_ASSERT(in && body != nullptr, false);
 
-    in.body_head(*info, head_fields);
-    if (info->data_size == 0) {
-        info->data = nullptr;
+    mdm_kiosk_info_t &info = body->kiosk;
+    in.body_head(info);
+    if (info.data_size == 0) {
+        info.data = nullptr;
         return true;
     }
-    switch (shape_of(info->type)) {
-    case Shape::text:
-        info->data = in.str("kiosk.text");
+    switch (form_of(info.type)) {
+    case Form::text:
+        info.data = in.str("kiosk.text");
         break;
-    case Shape::keys:
-        info->data = in.records("kiosk.keys", key_fields);
+    case Form::keys:
+        info.data = in.records("kiosk.keys", key_fields);
         break;
-    case Shape::key_pairs:
-        info->data = in.records("kiosk.key_pairs", key_pair_fields);
+    case Form::key_pairs:
+        info.data = in.records("kiosk.key_pairs", key_pair_fields);
         break;
-    case Shape::raw:
-        info->data = in.bytes(info->data_size, "kiosk.data");
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
         break;
     }
     return true;
 }
-
-MDM_HANDLERS(kiosk)
 
 // `data` and `data_size` keep their values, but for raw bytes.
-void _free_kiosk(mdm_body_t *body)
+void _free_kiosk(const Log &log, mdm_body_t *body)
 {
     if (body == nullptr) {
         return MDM_EXIT();
@@ -152,17 +149,17 @@ void _free_kiosk(mdm_body_t *body)
     if (!has_payload(info)) {
         return;
     }
-    switch (shape_of(info.type)) {
-    case Shape::text:
+    switch (form_of(info.type)) {
+    case Form::text:
         g_free(info.data);
         break;
-    case Shape::keys:
-    case Shape::key_pairs:
+    case Form::keys:
+    case Form::key_pairs:
         release_elements(info.data);
         break;
-    case Shape::raw:
+    case Form::raw:
         info.data_size = 0;
-        release_data(info);
+        release_data(info.data);
         break;
     }
 }

@@ -3,47 +3,39 @@
 // Body of message types 49 and 50: location. The body head and nothing else, whatever `data_size`
 // says.
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
-namespace {
 
-constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(location);
-
-const char *unsound_part(const mdm_location_info_t &info)
+const char *_validate_location(const mdm_body_t &body, Names names)
 {
-    return unsound_nothing(info.data, MDM_PAYLOAD_PATHS(location));
+    return validate_nothing(body.location.data, names);
 }
 
-}  // namespace
-
 // Each handler checks the pointer that it checks, and no other.
-uint32_t _size_of_location(mdm_body_t * /*body*/)
+uint32_t _size_of_location(const Log & /*log*/, mdm_body_t * /*body*/)
 {
     return body_head_size;
 }
 
-template <class Out>
-static bool _set_location(Out &out, const mdm_location_info_t *info)
+bool _set_location(Writer &out, mdm_body_t *body)
 {
+    const Log &log = out.log();
     MDM_ENTER();
     MDM_ASSERT(out, false);
-    out.body_head(*info, head_fields);
+    out.body_head(body->location);
     return MDM_EXIT(true);
 }
 
-template <class In>
-static bool _get_location(In &in, mdm_location_info_t *info)
+bool _get_location(Reader &in, mdm_body_t *body)
 {
+    const Log &log = in.log();
     MDM_ENTER();
-    MDM_ASSERT(info != nullptr, false);
-    in.body_head(*info, head_fields);
+    MDM_ASSERT(body != nullptr, false);
+    in.body_head(body->location);
     return MDM_EXIT(true);
 }
 
-MDM_HANDLERS(location)
-
-void _free_location(mdm_body_t * /*body*/)
+void _free_location(const Log & /*log*/, mdm_body_t * /*body*/)
 {
 }
 

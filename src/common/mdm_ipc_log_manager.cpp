@@ -5,27 +5,20 @@
 //   type 638    type, value as a string
 //   any other   type, value as one byte
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-enum class Shape { text, byte };
+enum class Form { text, byte };
 
-constexpr Shape shape_of(uint32_t type)
+constexpr Form form_of(uint32_t type)
 {
-    return type == 638 ? Shape::text : Shape::byte;
-}
-
-// There is nothing in it that could be missing.
-const char *unsound_part(const mdm_log_manager_info_t & /*info*/)
-{
-    return nullptr;
+    return type == 638 ? Form::text : Form::byte;
 }
 
 }  // namespace
 
-uint32_t _size_of_log_manager(mdm_body_t *body)
+uint32_t _size_of_log_manager(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     if (body == nullptr) {
@@ -34,38 +27,39 @@ uint32_t _size_of_log_manager(mdm_body_t *body)
     }
     const mdm_log_manager_info_t &info = body->log_manager;
     const uint32_t value_size =
-        shape_of(info.type) == Shape::text ? size_of_str(info.value.text) : sizeof info.value.byte;
+        form_of(info.type) == Form::text ? size_of_str(info.value.text) : sizeof info.value.byte;
     return MDM_EXIT(word_size + value_size);
 }
 
 // Without a body nothing is written, and that is no failure.
-template <class Out>
-static bool _set_log_manager(Out &out, const mdm_log_manager_info_t *info)
+bool _set_log_manager(Writer &out, mdm_body_t *body)
 {
+    const Log &log = out.log();
     MDM_ENTER();
     if (!out) {
         MDM_CRITICAL("buffer is NULL!");
         return MDM_EXIT(false);
     }
-    if (info == nullptr) {
+    if (body == nullptr) {
         MDM_CRITICAL("info is NULL!");
         return MDM_EXIT(true);
     }
-    out.u32(info->type, "log_manager.type");
-    if (shape_of(info->type) == Shape::text) {
-        out.str(info->value.text, "log_manager.value");
+    const mdm_log_manager_info_t &info = body->log_manager;
+    out.u32(info.type, "log_manager.type");
+    if (form_of(info.type) == Form::text) {
+        out.str(info.value.text, "log_manager.value");
     } else {
-        out.u8(info->value.byte, "log_manager.value");
+        out.u8(info.value.byte, "log_manager.value");
     }
     return MDM_EXIT(true);
 }
 
 // Without a body nothing is read, and that is no failure.
-template <class In>
-static bool _get_log_manager(In &in, mdm_log_manager_info_t *info)
+bool _get_log_manager(Reader &in, mdm_body_t *body)
 {
+    const Log &log = in.log();
     MDM_ENTER();
-    if (info == nullptr) {
+    if (body == nullptr) {
         MDM_CRITICAL("info is NULL!");
         return MDM_EXIT(true);
     }
@@ -73,23 +67,22 @@ static bool _get_log_manager(In &in, mdm_log_manager_info_t *info)
         MDM_CRITICAL("buffer is NULL!");
         return MDM_EXIT(false);
     }
-    info->value.word = 0;
-    info->type = in.u32("log_manager.type");
-    if (shape_of(info->type) == Shape::text) {
-        info->value.text = in.str("log_manager.value");
+    mdm_log_manager_info_t &info = body->log_manager;
+    info.value.word = 0;
+    info.type = in.u32("log_manager.type");
+    if (form_of(info.type) == Form::text) {
+        info.value.text = in.str("log_manager.value");
     } else {
-        info->value.byte = in.u8("log_manager.value");
+        info.value.byte = in.u8("log_manager.value");
     }
     return MDM_EXIT(true);
 }
 
-MDM_HANDLERS(log_manager)
-
 // The pointer keeps its old value.
-void _free_log_manager(mdm_body_t *body)
+void _free_log_manager(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
-    if (body != nullptr && shape_of(body->log_manager.type) == Shape::text) {
+    if (body != nullptr && form_of(body->log_manager.type) == Form::text) {
         g_free(body->log_manager.value.text);
     }
     return MDM_EXIT();

@@ -13,39 +13,37 @@
 #include <span>
 
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-enum class Shape { array, nothing, text, param_list, book, pair, raw };
+enum class Form { array, nothing, text, param_list, book, pair, raw };
 
-constexpr Shape shape_of(int32_t type)
+constexpr Form form_of(int32_t type)
 {
     switch (type) {
     case 122:
-        return Shape::array;
+        return Form::array;
     case 123:
-        return Shape::nothing;
+        return Form::nothing;
     case 124:
     case 125:
     case 126:
-        return Shape::text;
+        return Form::text;
     case 127:
     case 128:
-        return Shape::param_list;
+        return Form::param_list;
     case 281:
     case 283:
-        return Shape::book;
+        return Form::book;
     case 288:
     case 289:
-        return Shape::pair;
+        return Form::pair;
     default:
-        return Shape::raw;
+        return Form::raw;
     }
 }
 
-constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(misc);
 constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, "misc.text", value);
 constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, "misc.book", url, title);
 constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, "misc.pair", first, second);
@@ -64,41 +62,40 @@ std::span<char *> texts_of(const mdm_misc_info_t &info)
 // The list in `param` travels whatever `data_size` says.
 bool announces_payload(const mdm_misc_info_t &info)
 {
-    return info.data_size != 0 || shape_of(info.type) == Shape::param_list;
+    return info.data_size != 0 || form_of(info.type) == Form::param_list;
 }
 
 // Stores the size of a record in `data_size`, and returns it.
-template <class Record, class... Fields>
-uint32_t store_size(mdm_misc_info_t &info, const FieldList<Record, Fields...> &list)
+uint32_t store_size(mdm_misc_info_t &info, Fields list)
 {
     const uint32_t size = size_of_fields(info.data, list);
     info.data_size = static_cast<int32_t>(size);
     return size;
 }
 
-// An array cannot have a negative length, although none would be written.
-const char *unsound_part(const mdm_misc_info_t &info)
-{
-    constexpr auto paths = MDM_PAYLOAD_PATHS(misc);
-    switch (shape_of(info.type)) {
-    case Shape::nothing:
-    case Shape::param_list:  // in `param`, and not in `data`
-        return unsound_nothing(info.data, paths);
-    case Shape::array:
-    case Shape::raw:
-        return unsound_bytes(info.data_size, info.data, paths);
-    case Shape::text:
-    case Shape::book:
-    case Shape::pair:
-        break;
-    }
-    return unsound_payload(info.data_size != 0, info.data, paths);
-}
-
 }  // namespace
 
+// An array cannot have a negative length, although none would be written.
+const char *_validate_misc(const mdm_body_t &body, Names names)
+{
+    const mdm_misc_info_t &info = body.misc;
+    switch (form_of(info.type)) {
+    case Form::nothing:
+    case Form::param_list:  // in `param`, and not in `data`
+        return validate_nothing(info.data, names);
+    case Form::array:
+    case Form::raw:
+        return validate_bytes(info.data_size, info.data, names);
+    case Form::text:
+    case Form::book:
+    case Form::pair:
+        break;
+    }
+    return validate_payload(info.data_size != 0, info.data, names);
+}
+
 // A null element of a list counts 4 bytes, although nothing is written for it.
-uint32_t _size_of_misc(mdm_body_t *body)
+uint32_t _size_of_misc(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     MDM_ASSERT(body != nullptr, 0);
@@ -108,92 +105,92 @@ uint32_t _size_of_misc(mdm_body_t *body)
     if (!announces_payload(info)) {
         return MDM_EXIT(size);
     }
-    switch (shape_of(info.type)) {
-    case Shape::array:
+    switch (form_of(info.type)) {
+    case Form::array:
         for (const char *text : texts_of(info)) {
             size += size_of_str(text);
         }
         break;
-    case Shape::nothing:
+    case Form::nothing:
         break;
-    case Shape::text:
+    case Form::text:
         size += store_size(info, text_fields);
         break;
-    case Shape::param_list:
+    case Form::param_list:
         size += word_size;
         for (const char *text : elements<char>(info.param_list)) {
             size += size_of_str(text);
         }
         break;
-    case Shape::book:
+    case Form::book:
         if (info.data == nullptr) {
             MDM_CRITICAL("p_book_info is NULL");
             return MDM_EXIT(no_book_size);
         }
         size += store_size(info, book_fields);
         break;
-    case Shape::pair:
+    case Form::pair:
         if (info.data != nullptr) {
             size += store_size(info, pair_fields);
         }
         break;
-    case Shape::raw:
+    case Form::raw:
         size += static_cast<uint32_t>(info.data_size);
         break;
     }
     return MDM_EXIT(size);
 }
 
-template <class Out>
-static bool _set_misc(Out &out, const mdm_misc_info_t *info)
+bool _set_misc(Writer &out, mdm_body_t *body)
 {
+    const Log &log = out.log();
     MDM_ENTER();
-    MDM_ASSERT(out && info != nullptr, false);
+    MDM_ASSERT(out && body != nullptr, false);
 
-    out.body_head(*info, head_fields);
-    MDM_INFO("data: %p, data_size: %d", info->data, info->data_size);
-    if (!announces_payload(*info)) {
+    const mdm_misc_info_t &info = body->misc;
+    out.body_head(info);
+    MDM_INFO("data: %p, data_size: %d", info.data, info.data_size);
+    if (!announces_payload(info)) {
         return MDM_EXIT(true);
     }
     MDM_INFO("serializing...");
-    switch (shape_of(info->type)) {
-    case Shape::array:
-        for (const char *text : texts_of(*info)) {
+    switch (form_of(info.type)) {
+    case Form::array:
+        for (const char *text : texts_of(info)) {
             out.str(text, "misc.array");
         }
         break;
-    case Shape::nothing:
+    case Form::nothing:
         break;
-    case Shape::text:
-        if (info->data == nullptr) {
+    case Form::text:
+        if (info.data == nullptr) {
             return MDM_EXIT(false);
         }
-        out.record(info->data, text_fields);
+        out.fields(info.data, text_fields);
         break;
-    case Shape::param_list:
-        out.strings_or_gaps(info->param_list, 0, "misc.param_list");
+    case Form::param_list:
+        out.strings_or_gaps(info.param_list, 0, "misc.param_list");
         break;
-    case Shape::book: {
-        MDM_ASSERT(info->data != nullptr, false);
-        const auto &book = payload<mdm_book_info_t>(*info);
+    case Form::book: {
+        MDM_ASSERT(info.data != nullptr, false);
+        const auto &book = payload<mdm_book_info_t>(info);
         MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);
-        out.fields(book, book_fields);
+        out.fields(&book, book_fields);
         break;
     }
-    case Shape::pair:
-        if (info->data != nullptr) {
-            out.record(info->data, pair_fields);
+    case Form::pair:
+        if (info.data != nullptr) {
+            out.fields(info.data, pair_fields);
         }
         break;
-    case Shape::raw:
-        out.bytes(info->data, info->data_size, "misc.data");
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
         break;
     }
     return MDM_EXIT(true);
 }
 
-template <class In>
-static char **read_array(In &in, int32_t count)
+static char **read_array(Reader &in, int32_t count)
 {
     const auto texts = in.make_array(count, "misc.array");
     for (char *&text : texts) {
@@ -202,91 +199,90 @@ static char **read_array(In &in, int32_t count)
     return texts.data();
 }
 
-template <class In>
-static bool _get_misc(In &in, mdm_misc_info_t *info)
+bool _get_misc(Reader &in, mdm_body_t *body)
 {
+    const Log &log = in.log();
     MDM_ENTER();
-    MDM_ASSERT(in && info != nullptr, false);
+    MDM_ASSERT(in && body != nullptr, false);
 
-    in.body_head(*info, head_fields);
-    MDM_INFO("data: %p, data_size: %d", info->data, info->data_size);
-    if (!announces_payload(*info)) {
-        info->data = nullptr;
+    mdm_misc_info_t &info = body->misc;
+    in.body_head(info);
+    MDM_INFO("data: %p, data_size: %d", info.data, info.data_size);
+    if (!announces_payload(info)) {
+        info.data = nullptr;
         return MDM_EXIT(true);
     }
-    switch (shape_of(info->type)) {
-    case Shape::array:
-        info->data = read_array(in, info->data_size);
+    switch (form_of(info.type)) {
+    case Form::array:
+        info.data = read_array(in, info.data_size);
         break;
-    case Shape::nothing:
+    case Form::nothing:
         break;  // `data` stays as it was
-    case Shape::text: {
-        auto *text = in.template try_make<mdm_misc_str_t>();
+    case Form::text: {
+        auto *text = in.try_make<mdm_misc_str_t>();
         if (text == nullptr) {
             return MDM_EXIT(false);
         }
-        in.fields(*text, text_fields);
-        info->data = text;
+        in.fields(text, text_fields);
+        info.data = text;
         break;
     }
-    case Shape::param_list:
+    case Form::param_list:
         // The number in `param` was the sender's pointer; `data` stays as it was.
-        info->param_list =
+        info.param_list =
             in.strings(in.unsigned_count("misc.param_list", word_size), "misc.param_list");
         break;
-    case Shape::book:
-        info->data = in.record(book_fields);
+    case Form::book:
+        info.data = in.record(book_fields);
         break;
-    case Shape::pair: {
-        auto *pair = in.template try_make<mdm_misc_str_pair_t>();
+    case Form::pair: {
+        auto *pair = in.try_make<mdm_misc_str_pair_t>();
         if (pair != nullptr) {
-            in.fields(*pair, pair_fields);
-            info->data = pair;
+            in.fields(pair, pair_fields);
+            info.data = pair;
         }
         break;
     }
-    case Shape::raw:
-        info->data = in.bytes(info->data_size, "misc.data");
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
         break;
     }
     return MDM_EXIT(true);
 }
 
-MDM_HANDLERS(misc)
-
 // Looks at `data` first: where it is null, as in a received list, nothing is released.
-void _free_misc(mdm_body_t *body)
+void _free_misc(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     if (body == nullptr || body->misc.data == nullptr) {
         return MDM_EXIT();
     }
     mdm_misc_info_t &info = body->misc;
-    switch (shape_of(info.type)) {
-    case Shape::array:
+    switch (form_of(info.type)) {
+    case Form::array:
         for (char *text : texts_of(info)) {
             g_free(text);
         }
         g_free(info.data);  // `data` keeps its old value
         break;
-    case Shape::nothing:
+    case Form::nothing:
         break;
-    case Shape::text:
+    case Form::text:
         release_record(info.data, text_fields);
         info.data = nullptr;
         break;
-    case Shape::param_list:
+    case Form::param_list:
         release_elements(info.param_list);  // and so does `param`
         break;
-    case Shape::book:
+    case Form::book:
         release_record(info.data, book_fields);
         info.data = nullptr;
         break;
-    case Shape::pair:
+    case Form::pair:
         release_record(info.data, pair_fields);  // `data` keeps its old value
         break;
-    case Shape::raw:
-        release_data(info);
+    case Form::raw:
+        release_data(info.data);
         break;
     }
     return MDM_EXIT();

@@ -7,50 +7,27 @@
 //   type 70, 71   a count and accounts: num0 to num3, str4 to str25
 //   any other     data_size raw bytes
 #include "mdm_ipc_handlers.hpp"
-#include "mdm_log.hpp"
 
 namespace mdm {
 namespace {
 
-enum class Shape { item, strings, accounts, raw };
+enum class Form { item, strings, accounts, raw };
 
-constexpr Shape shape_of(uint32_t type)
+constexpr Form form_of(uint32_t type)
 {
     switch (type) {
     case 56:
     case 76:
-        return Shape::item;
+        return Form::item;
     case 68:
     case 69:
-        return Shape::strings;
+        return Form::strings;
     case 70:
     case 71:
-        return Shape::accounts;
+        return Form::accounts;
     default:
-        return Shape::raw;
+        return Form::raw;
     }
-}
-
-constexpr auto head_fields = MDM_BODY_HEAD_FIELDS(security);
-
-// An item or a list that is there travels, whatever `data_size` says.
-const char *unsound_part(const mdm_security_info_t &info)
-{
-    constexpr auto paths = MDM_PAYLOAD_PATHS(security);
-    switch (shape_of(info.type)) {
-    case Shape::item:
-        return nullptr;
-    case Shape::strings:
-        break;
-    case Shape::accounts:
-        if (has_null_element(info.data)) {
-            return "security.accounts";
-        }
-        break;
-    case Shape::raw:
-        return unsound_bytes(info.data_size, info.data, paths);
-    }
-    return info.data == nullptr && info.data_size >= 1 ? paths.data : nullptr;
 }
 
 // The fifth field travels before the fourth; word2 does not travel.
@@ -63,77 +40,97 @@ constexpr auto account_fields =
 
 }  // namespace
 
+// An item or a list that is there travels, whatever `data_size` says.
+const char *_validate_security(const mdm_body_t &body, Names names)
+{
+    const mdm_security_info_t &info = body.security;
+    switch (form_of(info.type)) {
+    case Form::item:
+        return nullptr;
+    case Form::strings:
+        break;
+    case Form::accounts:
+        if (has_null_element(info.data)) {
+            return "security.accounts";
+        }
+        break;
+    case Form::raw:
+        return validate_bytes(info.data_size, info.data, names);
+    }
+    return info.data == nullptr && info.data_size >= 1 ? names.data() : nullptr;
+}
+
 // Stores `data_size`: an item's payload alone, but the whole body of a list. What was there before
 // decides nothing, except the length of raw bytes.
-uint32_t _size_of_security(mdm_body_t *body)
+uint32_t _size_of_security(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     MDM_ASSERT(body != nullptr, 0);
 
     mdm_security_info_t &info = body->security;
     uint32_t size = body_head_size;
-    switch (shape_of(info.type)) {
-    case Shape::item:
+    switch (form_of(info.type)) {
+    case Form::item:
         if (info.data != nullptr) {
             size += size_of_fields(info.data, item_fields);
         }
         info.data_size = static_cast<int32_t>(size - body_head_size);
         break;
-    case Shape::strings:
+    case Form::strings:
         size = empty_list_size;
         if (info.data != nullptr) {
-            size += size_of_strings_before_null(info.data);
+            size += size_of_strings_before_null(info.data, log);
             info.data_size = static_cast<int32_t>(size);
         }
         break;
-    case Shape::accounts:
+    case Form::accounts:
         size = empty_list_size;
         if (info.data != nullptr) {
-            const auto accounts = size_of_records(info.data, account_fields);
-            if (!accounts) {
+            if (has_null_element(info.data)) {
                 MDM_CRITICAL("acconts is NULL");
                 return MDM_EXIT(no_room);
             }
-            size += *accounts;
+            size += size_of_records_before_null(info.data, account_fields);
             info.data_size = static_cast<int32_t>(size);
         }
         break;
-    case Shape::raw:
+    case Form::raw:
         size += static_cast<uint32_t>(info.data_size);
         break;
     }
     return MDM_EXIT(size);
 }
 
-template <class Out>
-static bool _set_security(Out &out, const mdm_security_info_t *info)
+bool _set_security(Writer &out, mdm_body_t *body)
 {
+    const Log &log = out.log();
     MDM_ENTER();
-    MDM_ASSERT(out && info != nullptr, false);
+    MDM_ASSERT(out && body != nullptr, false);
 
-    out.body_head(*info, head_fields);
-    if (info->data_size < 1) {
+    const mdm_security_info_t &info = body->security;
+    out.body_head(info);
+    if (info.data_size < 1) {
         return MDM_EXIT(true);
     }
-    switch (shape_of(info->type)) {
-    case Shape::item:
-        if (info->data != nullptr) {
-            out.record(info->data, item_fields);
+    switch (form_of(info.type)) {
+    case Form::item:
+        if (info.data != nullptr) {
+            out.fields(info.data, item_fields);
         } else {
-            out.skip(info->data_size, "security.item");
+            out.skip(info.data_size, "security.item");
         }
         break;
-    case Shape::strings:
-        MDM_ASSERT(info->data != nullptr, false);
-        out.count(info->data, "security.strings");
-        out.strings_before_null(info->data, "security.strings");
+    case Form::strings:
+        MDM_ASSERT(info.data != nullptr, false);
+        out.count(info.data, "security.strings");
+        out.strings_before_null(info.data, "security.strings");
         break;
-    case Shape::accounts:
-        MDM_ASSERT(info->data != nullptr, false);
-        out.records(info->data, "security.accounts", account_fields);
+    case Form::accounts:
+        MDM_ASSERT(info.data != nullptr, false);
+        out.records(info.data, "security.accounts", account_fields);
         break;
-    case Shape::raw:
-        out.bytes(info->data, info->data_size, "security.data");
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
         break;
     }
     return MDM_EXIT(true);
@@ -141,10 +138,9 @@ static bool _set_security(Out &out, const mdm_security_info_t *info)
 
 // Empty strings are not appended, and of every other one a second copy is: the first stays
 // allocated, with nothing pointing at it.
-template <class In>
-static GList *read_strings(In &in)
+static GList *read_strings(Reader &in)
 {
-    auto strings = in.new_list();
+    Reader::List strings(in);
     const int32_t count = in.count("security.strings", word_size);
     for (int32_t i = 0; in && i < count; ++i) {
         char *text = in.str("security.strings");
@@ -155,63 +151,62 @@ static GList *read_strings(In &in)
     return strings.head();
 }
 
-template <class In>
-static bool _get_security(In &in, mdm_security_info_t *info)
+bool _get_security(Reader &in, mdm_body_t *body)
 {
+    const Log &log = in.log();
     MDM_ENTER();
-    MDM_ASSERT(in && info != nullptr, false);
+    MDM_ASSERT(in && body != nullptr, false);
 
-    in.body_head(*info, head_fields);
-    if (info->data_size < 1) {
+    mdm_security_info_t &info = body->security;
+    in.body_head(info);
+    if (info.data_size < 1) {
         return MDM_EXIT(true);  // `data` stays as it was
     }
-    switch (shape_of(info->type)) {
-    case Shape::item:
-        info->data = in.record(item_fields);
+    switch (form_of(info.type)) {
+    case Form::item:
+        info.data = in.record(item_fields);
         break;
-    case Shape::strings:
-        info->data = read_strings(in);
+    case Form::strings:
+        info.data = read_strings(in);
         break;
-    case Shape::accounts:
-        info->data = in.records("security.accounts", account_fields);
+    case Form::accounts:
+        info.data = in.records("security.accounts", account_fields);
         break;
-    case Shape::raw:
-        info->data = in.bytes(info->data_size, "security.data");
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
         break;
     }
     return MDM_EXIT(true);
 }
 
-MDM_HANDLERS(security)
-
 // A list's `data` and `data_size` keep their values.
-void _free_security(mdm_body_t *body)
+void _free_security(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     if (body == nullptr) {
         return MDM_EXIT();
     }
     mdm_security_info_t &info = body->security;
-    switch (shape_of(info.type)) {
-    case Shape::item:
+    switch (form_of(info.type)) {
+    case Form::item:
         if (info.data == nullptr) {
             return MDM_EXIT();
         }
         release_record(info.data, item_fields);
         break;
-    case Shape::strings:
+    case Form::strings:
         release_elements(info.data);
         return MDM_EXIT();
-    case Shape::accounts:
+    case Form::accounts:
         // All strings of all accounts go first.
         for (auto *account : elements<mdm_security_account_t>(info.data)) {
             if (account != nullptr) {
-                release_strings(*account, account_fields);
+                release_strings(account, account_fields);
             }
         }
         release_elements(info.data);
         return MDM_EXIT();
-    case Shape::raw:
+    case Form::raw:
         g_free(info.data);
         break;
     }

@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -22,8 +23,9 @@ constinit std::atomic<uint32_t> log_level{MDM_LOG_INFO};
 
 namespace {
 
-// The caller's own string, not a copy. Guarded by log_mutex, like every append to the file.
-const char *log_path = nullptr;
+// The caller's own string, not a copy. It changes under log_mutex, which also guards every append to
+// the file; whether there is one is seen without.
+constinit std::atomic<const char *> log_path{nullptr};
 pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
 
 // What the process's umask leaves of them, as for any text file.
@@ -166,7 +168,115 @@ void append_line(const char *path, const Line &line, va_list args)
     close(file);
 }
 
+// Step by step: the platform's log, then the file. `line.error` is the caller's errno.
+int emit(const Line &line, va_list args)
+{
+    const CancellationOff cancellation_off;
+    va_list platform_args;
+    va_copy(platform_args, args);
+    const int result = platform_log_vprint(MDM_PLATFORM_LOG_SYSTEM, platform_priority(line.level),
+                                           line.tag, line.format, platform_args);
+    va_end(platform_args);
+
+    if (log_path.load(std::memory_order_relaxed) != nullptr) {
+        pthread_mutex_lock(&log_mutex);
+        if (const char *path = log_path.load(std::memory_order_relaxed)) {
+            append_line(path, line, args);
+        }
+        pthread_mutex_unlock(&log_mutex);
+    }
+    errno = line.error;
+    return result;
+}
+
+const char *prefix_of(Log::Function function)
+{
+    switch (function) {
+    case Log::Function::set:
+        return "_set_";
+    case Log::Function::get:
+        return "_get_";
+    case Log::Function::size:
+        return "_size_of_";
+    case Log::Function::free:
+        return "_free_";
+    case Log::Function::named:
+    case Log::Function::silent:
+        break;
+    }
+    return "";
+}
+
+// A number as text.
+class Digits {
+public:
+    explicit Digits(unsigned number)
+    {
+        text_.back() = '\0';
+        do {
+            *--first_ = static_cast<char>('0' + number % 10);
+            number /= 10;
+        } while (number != 0);
+    }
+    const char *c_str() const { return first_; }
+
+private:
+    std::array<char, 11> text_;
+    char *first_ = &text_.back();
+};
+
 }  // namespace
+
+bool Log::says(uint32_t level) const
+{
+    return function_ != Function::silent && log_passes(level);
+}
+
+// The place stands in the format, because an argument list cannot be added to. Neither a file's nor
+// a function's name has a conversion in it.
+void Log::print(uint32_t level, int line, const char *text, va_list args) const
+{
+    if (!says(level)) {
+        return;
+    }
+    const bool is_failure = level == MDM_LOG_CRITICAL;
+    const Digits digits(static_cast<unsigned>(line));
+    constexpr size_t room_for_place = 128;
+    std::array<char, room_for_place + longest_text> format;
+    char *end = format.data();
+    for (const char *part :
+         {origin_, ": ", prefix_of(function_), origin_ + std::strlen(origin_) + 1, "(",
+          digits.c_str(), ") > ", is_failure ? "\033[0;31m* Critical * " : "", text,
+          is_failure ? "\033[0;m" : ""}) {
+        end = stpcpy(end, part);
+    }
+    emit({level, "MDM_COMMON", format.data(), errno}, args);
+}
+
+void Log::debug(int line, const char *text, ...) const
+{
+    va_list args;
+    va_start(args, text);
+    print(MDM_LOG_DEBUG, line, text, args);
+    va_end(args);
+}
+
+void Log::info(int line, const char *text, ...) const
+{
+    va_list args;
+    va_start(args, text);
+    print(MDM_LOG_INFO, line, text, args);
+    va_end(args);
+}
+
+void Log::critical(int line, const char *text, ...) const
+{
+    va_list args;
+    va_start(args, text);
+    print(MDM_LOG_CRITICAL, line, text, args);
+    va_end(args);
+}
+
 }  // namespace mdm
 
 void mdm_log_set_enabled(int flag)
@@ -187,7 +297,7 @@ mdm_log_level_t mdm_log_get_level()
 int mdm_log_set_path(const char *path)
 {
     pthread_mutex_lock(&mdm::log_mutex);
-    mdm::log_path = path;
+    mdm::log_path.store(path, std::memory_order_relaxed);
     return pthread_mutex_unlock(&mdm::log_mutex);
 }
 
@@ -196,25 +306,9 @@ int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *format, 
     if (!mdm::log_passes(level)) {
         return 0;
     }
-
-    const mdm::CancellationOff cancellation_off;
-    const int errno_before = errno;  // a caller's failure is often logged before it is handled
-    va_list platform_args;
-    va_list file_args;
-    va_start(platform_args, format);
-    va_copy(file_args, platform_args);
-
-    const int result = platform_log_vprint(MDM_PLATFORM_LOG_SYSTEM, mdm::platform_priority(level),
-                                           tag, format, platform_args);
-
-    pthread_mutex_lock(&mdm::log_mutex);
-    if (mdm::log_path != nullptr) {
-        mdm::append_line(mdm::log_path, {level, tag, format, errno_before}, file_args);
-    }
-    pthread_mutex_unlock(&mdm::log_mutex);
-
-    va_end(file_args);
-    va_end(platform_args);
-    errno = errno_before;
+    va_list args;
+    va_start(args, format);
+    const int result = mdm::emit({level, tag, format, errno}, args);
+    va_end(args);
     return result;
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The library's own logging macros. A line that the threshold drops costs one relaxed load: no
-// argument of it is evaluated.
+// The library's own log lines.
 #pragma once
 
 #include <atomic>
+#include <cstdarg>
+#include <cstddef>
 #include <cstdint>
 
 #include <pthread.h>
@@ -13,12 +14,12 @@
 
 namespace mdm {
 
-extern std::atomic<uint32_t> log_level;
+[[gnu::visibility("hidden")]] extern std::atomic<uint32_t> log_level;
 
 inline bool log_passes(uint32_t level)
 {
     const uint32_t threshold = log_level.load(std::memory_order_relaxed);
-    return threshold != MDM_LOG_NONE && threshold <= level;
+    return threshold <= level && threshold != MDM_LOG_NONE;
 }
 
 // Keeps the calling thread from being cancelled while it lives. A cancelled thread would leave its
@@ -36,32 +37,74 @@ private:
     int previous_ = PTHREAD_CANCEL_ENABLE;
 };
 
+// The lines of one function. Each begins with the file and the function that it comes from, which
+// are said here, and with the number of the line that logs.
+class Log {
+public:
+    // The functions of a category are called after what they do. A silent one has no lines, whatever
+    // the threshold.
+    enum class Function : uint8_t { silent, named, set, get, size, free };
+
+    // `origin` is MDM_ORIGIN(), or begins as that does.
+    explicit constexpr Log(const char *origin, Function function = Function::named)
+        : origin_(origin), function_(function)
+    {
+    }
+
+    const char *origin() const { return origin_; }
+
+    // Whether a line of this level is logged.
+    bool says(uint32_t level) const;
+
+    void enter(int line) const
+    {
+        if (log_passes(MDM_LOG_DEBUG)) [[unlikely]] {
+            debug(line, "\033[0;32mENTER >>>>\033[0;m");
+        }
+    }
+    void exit(int line) const
+    {
+        if (log_passes(MDM_LOG_DEBUG)) [[unlikely]] {
+            debug(line, "\033[0;32mEXIT  <<<<\033[0;m");
+        }
+    }
+    [[gnu::format(printf, 3, 4)]] void debug(int line, const char *text, ...) const;
+    [[gnu::format(printf, 3, 4)]] void info(int line, const char *text, ...) const;
+    // A failure.
+    [[gnu::format(printf, 3, 4)]] void critical(int line, const char *text, ...) const;
+
+    // A text of this size, its terminator included, leaves room for what is put around it.
+    static constexpr size_t longest_text = 192;
+
+private:
+    void print(uint32_t level, int line, const char *text, va_list args) const;
+
+    const char *origin_;
+    Function function_;
+};
+
 }  // namespace mdm
 
-// One line with the prefix of the place that logs. Log in the handler or exported function
-// itself (or a named step of the envelope), never in a lambda: the reader of the log looks for the
-// function's name.
-#define MDM_LOG_LINE(level, text, ...) \
-    MDM_LOG_LINE_OF(__func__, __LINE__, level, text __VA_OPT__(, ) __VA_ARGS__)
+// Where a function's lines come from, as Log takes it: the file without its directory, and behind
+// its terminator the function.
+#define MDM_ORIGIN(function) __FILE_NAME__ "\0" function
 
-// The same for a helper that logs in the name of a function and a line that it was told.
-#define MDM_LOG_LINE_OF(function, line, level, text, ...)                                     \
-    (::mdm::log_passes(level) ? static_cast<void>(__mdm_log_print(                            \
-                                    level, "MDM_COMMON", "%s: %s(%d) > " text, __FILE_NAME__, \
-                                    function, line __VA_OPT__(, ) __VA_ARGS__))               \
-                              : static_cast<void>(0))
+// Lines of the Log called `log`. The arguments of a line that is not logged are not evaluated.
+#define MDM_LOG_LINE(print, level, text, ...)                    \
+    do {                                                         \
+        static_assert(sizeof(text) <= ::mdm::Log::longest_text); \
+        __VA_OPT__(if (log.says(level)))                         \
+        log.print(__LINE__, text __VA_OPT__(, ) __VA_ARGS__);    \
+    } while (0)
+#define MDM_DEBUG(text, ...) MDM_LOG_LINE(debug, MDM_LOG_DEBUG, text __VA_OPT__(, ) __VA_ARGS__)
+#define MDM_INFO(text, ...) MDM_LOG_LINE(info, MDM_LOG_INFO, text __VA_OPT__(, ) __VA_ARGS__)
+#define MDM_CRITICAL(text, ...) \
+    MDM_LOG_LINE(critical, MDM_LOG_CRITICAL, text __VA_OPT__(, ) __VA_ARGS__)
 
-#define MDM_DEBUG(text, ...) MDM_LOG_LINE(MDM_LOG_DEBUG, text __VA_OPT__(, ) __VA_ARGS__)
-#define MDM_INFO(text, ...) MDM_LOG_LINE(MDM_LOG_INFO, text __VA_OPT__(, ) __VA_ARGS__)
-#define MDM_CRITICAL(text, ...) MDM_CRITICAL_OF(__func__, __LINE__, text __VA_OPT__(, ) __VA_ARGS__)
-#define MDM_CRITICAL_OF(function, line, text, ...)    \
-    MDM_LOG_LINE_OF(function, line, MDM_LOG_CRITICAL, \
-                    "\033[0;31m* Critical * " text "\033[0;m" __VA_OPT__(, ) __VA_ARGS__)
-
-#define MDM_ENTER() MDM_DEBUG("\033[0;32mENTER >>>>\033[0;m")
+#define MDM_ENTER() log.enter(__LINE__)
 
 // Logs the exit line, then yields the result, if one is given: return MDM_EXIT(result);
-#define MDM_EXIT(...) (MDM_DEBUG("\033[0;32mEXIT  <<<<\033[0;m") __VA_OPT__(, ) __VA_ARGS__)
+#define MDM_EXIT(...) (log.exit(__LINE__) __VA_OPT__(, ) __VA_ARGS__)
 
 // An argument check: the function that fails it returns `result` without an exit line.
 #define MDM_ASSERT(condition, result)      \

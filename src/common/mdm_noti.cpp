@@ -24,11 +24,6 @@ std::mutex store_mutex;
 // More than the eleven characters of the longest status and their terminator; a longer word is cut.
 constexpr size_t word_size = 64;
 
-void throw_on_failure(std::ios &file)
-{
-    file.exceptions(std::ios::failbit | std::ios::badbit);
-}
-
 // The number at the start of a word. When there is none, or none that fits, errno says which: 0, or
 // ERANGE also where the host's long holds what a status does not.
 int32_t status_of(const char *word)
@@ -45,77 +40,72 @@ int32_t status_of(const char *word)
     }
 }
 
-}  // namespace
+void read(std::fstream &file, int32_t *status)
+{
+    char word[word_size];
+    file >> word;
+    file.close();
+    *status = status_of(word);
+}
 
-// How both functions answer an exception of their file handling or conversion: a macro, because the
-// lines carry the name of the function.
-#define MDM_CATCH_AND_LOG()                                                                     \
-    catch (const std::ios::failure &failure)                                                    \
-    {                                                                                           \
-        MDM_CRITICAL("Opening/reading/closing file exception, ['%s'] thrown.", failure.what()); \
-        MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));                             \
-    }                                                                                           \
-    catch (...)                                                                                 \
-    {                                                                                           \
-        MDM_CRITICAL("Unknown exception thrown.");                                              \
-        MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));                             \
+void write(std::fstream &file, int32_t *status)
+{
+    file << std::to_string(*status);
+    file.close();
+}
+
+using Use = void(std::fstream &file, int32_t *status);
+
+// Opens the file of a key, lets it be used, and logs `done` with the status and the path.
+int32_t with_file(const Log &log, const char *directory, const char *key, std::ios::openmode mode,
+                  Use *use, int32_t *status, const char *done)
+{
+    try {
+        const std::string path = std::string(directory) + key;
+        std::fstream file;
+        file.exceptions(std::ios::failbit | std::ios::badbit);
+        file.open(path, mode);
+        // For a stream library whose open() fails without throwing: not the one of the tests.
+        if (!file.is_open()) {  // GCOVR_EXCL_START
+            MDM_CRITICAL("File [%s] has not been opened.", path.c_str());
+            return MDM_RESULT_FAILED;
+        }  // GCOVR_EXCL_STOP
+        use(file, status);
+        log.debug(__LINE__, done, static_cast<uint32_t>(*status), path.c_str());
+        return MDM_RESULT_SUCCESS;
+    } catch (const std::ios::failure &failure) {
+        MDM_CRITICAL("Opening/reading/closing file exception, ['%s'] thrown.", failure.what());
+    } catch (...) {
+        MDM_CRITICAL("Unknown exception thrown.");
     }
+    MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));
+    return MDM_RESULT_FAILED;
+}
+
+}  // namespace
 
 int32_t mdm_read_noti(const char *directory, const char *p_key, int32_t *p_status)
 {
+    const Log log(MDM_ORIGIN("mdm_read_noti"));
     const std::lock_guard lock(store_mutex);
     if (p_key == nullptr) {
         MDM_CRITICAL("p_key argument = NULL");
         return MDM_RESULT_INVALID_ARGUMENT;
     }
-
-    try {
-        const std::string path = std::string(directory) + p_key;
-        std::ifstream file;
-        throw_on_failure(file);
-        file.open(path);
-        // For a stream library whose open() fails without throwing: not the one of the tests.
-        if (!file.is_open()) {  // GCOVR_EXCL_START
-            MDM_CRITICAL("File [%s] has not been opened.", path.c_str());
-            return MDM_RESULT_FAILED;
-        }  // GCOVR_EXCL_STOP
-        char word[word_size];
-        file >> word;
-        file.close();
-        *p_status = status_of(word);
-        MDM_DEBUG("Red status [0x%08x] from \"%s\"", static_cast<uint32_t>(*p_status),
-                  path.c_str());
-        return MDM_RESULT_SUCCESS;
-    }
-    MDM_CATCH_AND_LOG()
-    return MDM_RESULT_FAILED;
+    return with_file(log, directory, p_key, std::ios::in, read, p_status,
+                     "Red status [0x%08x] from \"%s\"");
 }
 
 int32_t mdm_write_noti(const char *directory, const char *noti, int32_t status)
 {
+    const Log log(MDM_ORIGIN("mdm_write_noti"));
     const std::lock_guard lock(store_mutex);
     if (noti == nullptr) {
         MDM_CRITICAL("noti argument = NULL");
         return MDM_RESULT_INVALID_ARGUMENT;
     }
-
-    try {
-        const std::string path = std::string(directory) + noti;
-        std::fstream file;
-        throw_on_failure(file);
-        file.open(path, std::ios::in | std::ios::out | std::ios::trunc);
-        // For a stream library whose open() fails without throwing: not the one of the tests.
-        if (!file.is_open()) {  // GCOVR_EXCL_START
-            MDM_CRITICAL("File [%s] has not been opened.", path.c_str());
-            return MDM_RESULT_FAILED;
-        }  // GCOVR_EXCL_STOP
-        file << std::to_string(status);
-        file.close();
-        MDM_DEBUG("Wrote status [0x%08x] into \"%s\"", static_cast<uint32_t>(status), path.c_str());
-        return MDM_RESULT_SUCCESS;
-    }
-    MDM_CATCH_AND_LOG()
-    return MDM_RESULT_FAILED;
+    return with_file(log, directory, noti, std::ios::in | std::ios::out | std::ios::trunc, write,
+                     &status, "Wrote status [0x%08x] into \"%s\"");
 }
 
 }  // namespace mdm

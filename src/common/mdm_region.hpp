@@ -7,6 +7,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -15,11 +16,14 @@
 #include <glib.h>
 
 #include "mdm/message.h"
+#include "mdm_wire.hpp"
 
 namespace mdm {
 
 class Region {
 public:
+    static constexpr size_t largest_record = UINT8_MAX;
+
     // For a message of `length` bytes. It is zero but for those fields of the header that are read.
     // Without memory there is no message.
     explicit Region(uint32_t length)
@@ -46,11 +50,12 @@ public:
     // Gives back a message with all that belongs to it.
     static void release(mdm_msg_t *msg)
     {
-        Block *first = first_block(msg);
-        if (first->next != nullptr) [[unlikely]] {
-            release_further(first);
+        Block *block = first_block(msg);
+        while (block != nullptr) {
+            Block *next = block->next;
+            g_free(block);
+            block = next;
         }
-        g_free(first);
     }
 
     // A place in the newest block, aligned for whatever holds pointers; null if there is no room.
@@ -66,8 +71,31 @@ public:
     }
 
     // Makes a block with room for `size` bytes, and for more, because `left` bytes of the message
-    // may still ask for it. False without memory.
-    bool grow(size_t size, size_t left);
+    // may still ask for it: twice the newest block, but no more than what is left may need. False
+    // without memory.
+    [[gnu::cold]] bool grow(size_t size, size_t left)
+    {
+        // What a byte of a message needs at most, texts aside: four of them may be a number in a
+        // list, with a record and a cell of its own.
+        constexpr size_t growth = (sizeof(GList) + sizeof(void *)) / word_size;
+        size = room_of(size);
+        const uint64_t needed = size + uint64_t{left} * growth;
+        capacity_ =
+            allocation_size(std::min(std::max<uint64_t>(size, uint64_t{capacity_} * 2), needed));
+        auto *block = static_cast<Block *>(g_try_malloc(capacity_));
+        if (block == nullptr) {
+            return false;
+        }
+        Block *first = first_block(msg_);
+        block->next = first->next;
+        first->next = block;
+        begin_ = reinterpret_cast<std::byte *>(block + 1);
+        end_ = reinterpret_cast<std::byte *>(block) + capacity_;
+        return true;
+    }
+
+    // A place for a record or a cell of a message that is dropped, because there is no memory.
+    void *dropped() { return dropped_.data(); }
 
     // Where the next text goes.
     char *text() const { return reinterpret_cast<char *>(text_); }
@@ -95,13 +123,12 @@ private:
             std::min<uint64_t>(sizeof(Block) + capacity, std::numeric_limits<size_t>::max()));
     }
 
-    static void release_further(const Block *first);
-
     size_t capacity_;
     mdm_msg_t *msg_ = nullptr;
     std::byte *begin_ = nullptr;
     std::byte *end_ = nullptr;
     std::byte *text_ = nullptr;
+    alignas(void *) std::array<std::byte, largest_record + 1> dropped_;
 };
 
 }  // namespace mdm

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "mdm/util.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <string_view>
@@ -24,6 +23,7 @@ bool is_package_name_char(unsigned char byte)
 
 int32_t mdm_get_list_data_size(GList *pkg_list)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_get_list_data_size"));
     if (pkg_list == nullptr) {
         MDM_CRITICAL("pkg_list is NULL!");
         return MDM_EXIT(0);
@@ -45,6 +45,7 @@ int32_t mdm_get_list_data_size(GList *pkg_list)
 
 int32_t mdm_is_valid_package_name(const char *package_name)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_is_valid_package_name"));
     if (package_name == nullptr) {
         MDM_CRITICAL("package_name is NULL!");
         return MDM_EXIT(0);
@@ -54,5 +55,10 @@ int32_t mdm_is_valid_package_name(const char *package_name)
         MDM_CRITICAL("package_name is BLANK!");
         return MDM_EXIT(0);
     }
-    return std::all_of(name.begin(), name.end(), mdm::is_package_name_char) ? 1 : 0;
+    for (const char letter : name) {
+        if (!mdm::is_package_name_char(static_cast<unsigned char>(letter))) {
+            return 0;
+        }
+    }
+    return 1;
 }

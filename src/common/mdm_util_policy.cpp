@@ -57,6 +57,7 @@ int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(gchar **&token_vector
                                                            uint32_t &send_limit,
                                                            uint32_t &recv_limit)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_of_data_calls_parse_parameters"));
     MDM_INFO("Checking: \"%s\" == MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING (\"%s\").", text,
              MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING);
     if (g_strcmp0(text, MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING) == 0) {
@@ -93,6 +94,7 @@ int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(gchar **&token_vector
 int32_t mdm_phone_res_limit_serialize(int32_t limit_type, const int32_t *limit_data,
                                       char **serialized_data, uint32_t *serialized_data_size)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_serialize"));
     MDM_ENTER();
     if (!mdm::is_limit_type(limit_type)) {
         MDM_CRITICAL("Incorrect limit_type: %d!", limit_type);
@@ -121,6 +123,7 @@ int32_t mdm_phone_res_limit_serialize(int32_t limit_type, const int32_t *limit_d
 int32_t mdm_phone_res_limit_deserialize(const char *serialized_data, int32_t *limit_type,
                                         int32_t *limit_data)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_deserialize"));
     MDM_ENTER();
     if (serialized_data == nullptr) {
         MDM_CRITICAL("serialized_data == NULL");
@@ -153,6 +156,7 @@ int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(const char *text, int
                                                            uint32_t *p_send_limit,
                                                            uint32_t *p_recv_limit)
 {
+    const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_of_data_calls_parse_parameters"));
     MDM_ENTER();
     if (text == nullptr || p_date_set == nullptr || p_period == nullptr ||
         p_send_limit == nullptr || p_recv_limit == nullptr) {

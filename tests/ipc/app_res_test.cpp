@@ -10,7 +10,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "mdm_ipc_handlers.hpp"
 #include "support/allocation_trace.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
@@ -570,37 +569,6 @@ TEST(AppRes, ItemsAreLoggedUpToANullOne)
                      {"len : 4", "a(4294967295)", "(null)(2)", "size : 37"},
                      {"len : 4", "a(4294967295)", "(null)(2)"},
                      {"len : 4", received, "(null)(0)", "(null)(0)", "(null)(0)"});
-    }
-}
-
-// What the platform's log got to print, without the prefix.
-std::vector<std::string> item_formats(LogRecorder &log)
-{
-    const std::string prefix = "%s: %s(%d) > ";
-    std::vector<std::string> formats;
-    for (const PlatformLine &line : log.platform_lines()) {
-        const std::string format = line.format.value_or("").substr(prefix.size());
-        if (format.starts_with("%s(")) {
-            formats.push_back(format);
-        }
-    }
-    return formats;
-}
-
-TEST(AppRes, ValuesOfItemsHaveAConversionByTypeAndHandler)
-{
-    mdm_app_res_item_t item = {borrowed("a"), 1};
-    const Cells list = cells({&item});
-    for (const int32_t type : item_types) {
-        mdm_body_t sent = body(type, 1, list.get());
-        LogRecorder log;
-        _size_of_app_res(&sent);
-        Received received = read(write_body(type_app_res, sent));
-        release(received.body);
-        const bool is_long = type == 142;
-        const char *sender = is_long ? "%s(%lu)" : "%s(%u)";
-        EXPECT_THAT(item_formats(log),
-                    ElementsAre(sender, sender, is_long ? "%s(%lu)" : "%s(%d)", sender));
     }
 }
 

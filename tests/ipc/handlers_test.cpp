@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What the handlers of many categories have in common: the answer to a null argument.
+#include <map>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,7 @@ std::ostream &operator<<(std::ostream &out, const Category &category)
 
 class NullArguments : public ::testing::TestWithParam<Category> {
 protected:
-    static const ipc_handler_row &row() { return handler_row(GetParam().type); }
+    static Handlers row() { return Handlers(GetParam().type); }
     static Manner manner() { return GetParam().manner; }
 
     static std::string handler(const char *kind)
@@ -133,6 +134,46 @@ INSTANTIATE_TEST_SUITE_P(
         Category{"kiosk", 45, Manner::quiet}, Category{"container", 47, Manner::entering}),
     [](const auto &test) { return std::string(test.param.name); });
 
+// Where the lines of each category come from. Both types of a pair have one row.
+TEST(HandlerLines, SayTheirFileAndTheirFunction)
+{
+    const std::map<std::string, std::string> shared_files = {
+        {"roaming_res", "mdm_ipc_roaming.cpp"},   {"browser", "mdm_ipc_single_list.cpp"},
+        {"date_time", "mdm_ipc_single_list.cpp"}, {"remote", "mdm_ipc_single_list.cpp"},
+        {"vpn", "mdm_ipc_single_list.cpp"},       {"firewall", "mdm_ipc_single_list.cpp"},
+        {"res", "mdm_ipc_single_list.cpp"},       {"enterprise", "mdm_ipc_single_list.cpp"},
+    };
+    const std::map<uint8_t, std::string> categories = {
+        {1, "admin"},        {3, "pwd"},          {5, "security"},   {7, "wifi"},
+        {9, "bluetooth"},    {11, "eas"},         {13, "app"},       {14, "app_res"},
+        {15, "roaming"},     {16, "roaming_res"}, {17, "misc"},      {21, "apn"},
+        {23, "browser"},     {25, "date_time"},   {27, "remote"},    {29, "vpn"},
+        {31, "firewall"},    {33, "res"},         {35, "phone_res"}, {37, "enterprise"},
+        {39, "email"},       {45, "kiosk"},       {47, "container"}, {49, "location"},
+        {51, "log_manager"}, {53, "platform"},    {61, "app_cb"},    {63, "misc_cb"},
+    };
+    for (const auto &[type, name] : categories) {
+        const auto shared = shared_files.find(name);
+        const std::string file =
+            shared != shared_files.end() ? shared->second : "mdm_ipc_" + name + ".cpp";
+        const mdm::Category category = category_of(type);
+        LogRecorder recorder;
+        for (const auto function :
+             {Log::Function::set, Log::Function::get, Log::Function::size, Log::Function::free}) {
+            const Log log = category.log(function);
+            MDM_ENTER();
+        }
+        const std::vector<LogLine> lines = recorder.take();
+        EXPECT_THAT(lines,
+                    ElementsAreArray(
+                        {enter(("_set_" + name).c_str()), enter(("_get_" + name).c_str()),
+                         enter(("_size_of_" + name).c_str()), enter(("_free_" + name).c_str())}));
+        for (const LogLine &line : lines) {
+            EXPECT_EQ(line.file, file);
+        }
+    }
+}
+
 // Payloads that cannot be sized, written or read. The lines that they log are in each category's
 // own test.
 class FailingPayloads : public ::testing::Test {
@@ -187,7 +228,7 @@ TEST_F(FailingPayloads, AreNotWrittenWithTheLoggerOff)
              Sent{35, headed_body<&mdm_body_t::phone_res>(422, 1, &no_detail)},
          }) {
         Bytes buffer(64);
-        EXPECT_EQ(handler_row(sent.type).set(buffer.data(), &sent.body), nullptr) << int{sent.type};
+        EXPECT_EQ(Handlers(sent.type).set(buffer.data(), &sent.body), nullptr) << int{sent.type};
     }
 }
 

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
-#include "mdm_ipc_handlers.hpp"
 #include "support/allocation_trace.hpp"
 #include "support/log_recorder.hpp"
 #include "support/senders.hpp"
@@ -43,7 +42,7 @@ Bytes expect_bytes(mdm_msg_t &msg, const Bytes &body, bool sends_pointer_as_para
 // was written, and no more than was counted.
 void expect_bounds(mdm_msg_t &msg, const Bytes &body, bool is_received)
 {
-    const ipc_handler_row &row = handler_row(msg.type);
+    const Handlers row(msg.type);
     Bytes space(body.size() + 65536);
     const uint8_t *end = row.set(space.data(), &msg.body);
     RC_ASSERT(end != nullptr);

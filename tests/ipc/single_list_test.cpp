@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "mdm_ipc_handlers.hpp"
 #include "support/allocation_trace.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
@@ -43,7 +42,7 @@ protected:
     }
 
     static uint8_t type() { return GetParam().type; }
-    static const ipc_handler_row &row() { return handler_row(type()); }
+    static Handlers row() { return Handlers(type()); }
 
     // The name of a handler, as its log lines give it.
     static std::string handler(const char *kind)

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "mdm_wire.hpp"
+#include "mdm_ipc_handlers.hpp"
 
 #include <array>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "mdm/message.h"
 #include "support/allocation_trace.hpp"
 #include "support/wire.hpp"
 
@@ -18,12 +18,33 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
+// The cursors of a category.
+constexpr Log silence(MDM_NAMES("some_file.cpp", "some"), Log::Function::silent);
+
+Writer writer(uint8_t *position)
+{
+    return {position, 0, 0, silence};
+}
+
+Reader reader(const uint8_t *position)
+{
+    return {position, 0, silence};
+}
+
 Bytes written_str(const char *text)
 {
     Bytes buffer(64, 0xEE);
-    const uint8_t *end = write_str(buffer.data(), text);
-    buffer.resize(static_cast<size_t>(end - buffer.data()));
+    Writer out = writer(buffer.data());
+    out.str(text, "");
+    buffer.resize(static_cast<size_t>(out.position() - buffer.data()));
     return buffer;
+}
+
+const uint8_t *read_str(const uint8_t *position, char **text)
+{
+    Reader in = reader(position);
+    *text = in.str("");
+    return in.position();
 }
 
 TEST(WireWords, AreLittleEndianAtAnyAlignment)
@@ -108,7 +129,9 @@ TEST(WireStr, LongTextSurvives)
 {
     const std::string text(70000, 'x');
     Bytes buffer(4 + text.size());
-    EXPECT_EQ(write_str(buffer.data(), text.c_str()), buffer.data() + buffer.size());
+    Writer out = writer(buffer.data());
+    out.str(text.c_str(), "");
+    EXPECT_EQ(out.position(), buffer.data() + buffer.size());
     EXPECT_EQ(load_u32(buffer.data()), 70000U);
     char *back = nullptr;
     EXPECT_EQ(read_str(buffer.data(), &back), buffer.data() + buffer.size());
@@ -120,7 +143,7 @@ TEST(WireStr, WritingAllocatesNothing)
 {
     std::array<uint8_t, 16> buffer{};
     AllocationTrace trace;
-    write_str(buffer.data(), "abc");
+    writer(buffer.data()).str("abc", "");
     trace.stop();
     EXPECT_THAT(trace.allocated(), IsEmpty());
 }
@@ -134,7 +157,9 @@ TEST(WireBodyHead, CarriesTypeParamAndDataSize)
     body.data_size = -2;
     body.data = sentinel();
     Bytes buffer(12);
-    EXPECT_EQ(write_body_head(buffer.data(), &body), buffer.data() + 12);
+    Writer out = writer(buffer.data());
+    out.body_head(body);
+    EXPECT_EQ(out.position(), buffer.data() + 12);
     EXPECT_EQ(buffer, hex("04 03 02 01 14 13 12 11 FE FF FF FF"));
 }
 
@@ -144,7 +169,9 @@ TEST(WireBodyHead, LeavesAuxAndDataAlone)
     body.aux = 0xAAAAAAAA;
     body.data = sentinel();
     const Bytes buffer = hex("04 03 02 01 14 13 12 11 FE FF FF FF");
-    EXPECT_EQ(read_body_head(buffer.data(), &body), buffer.data() + 12);
+    Reader in = reader(buffer.data());
+    in.body_head(body);
+    EXPECT_EQ(in.position(), buffer.data() + 12);
     EXPECT_EQ(body.type, 0x01020304U);
     EXPECT_EQ(body.aux, 0xAAAAAAAAU);
     EXPECT_EQ(body.param, 0x11121314U);
@@ -159,14 +186,14 @@ TEST(WireBodyHead, ServesEveryBodyWithTheseFields)
     body.aux = 0xAAAAAAAA;
     body.data = sentinel();
     const Bytes buffer = hex("FF FF FF FF 14 13 12 11 02 00 00 00");
-    read_body_head(buffer.data(), &body);
+    reader(buffer.data()).body_head(body);
     EXPECT_LT(body.type, 0);
     EXPECT_EQ(body.aux, 0xAAAAAAAAU);
     EXPECT_EQ(body.param, 0x11121314U);
     EXPECT_EQ(body.data_size, 2);
     EXPECT_EQ(body.data, sentinel());
     Bytes back(12);
-    write_body_head(back.data(), &body);
+    writer(back.data()).body_head(body);
     EXPECT_EQ(back, buffer);
 }
 
@@ -191,23 +218,26 @@ const Bytes sample_bytes = hex("02 00 00 00 68 69 05 00 00 00 7F FF FF FF FF 00 
 TEST(WireFields, SizeCountsEachFieldInItsWireForm)
 {
     char text[] = "hi";
-    EXPECT_EQ(size_of_fields(sample(nullptr, nullptr), sample_fields), 4U + 4 + 1 + 4 + 4);
-    EXPECT_EQ(size_of_fields(sample(text, nullptr), sample_fields), sample_bytes.size());
+    const Sample empty = sample(nullptr, nullptr);
+    EXPECT_EQ(size_of_fields(&empty, sample_fields), 4U + 4 + 1 + 4 + 4);
+    const Sample filled = sample(text, nullptr);
+    EXPECT_EQ(size_of_fields(&filled, sample_fields), sample_bytes.size());
 }
 
 TEST(WireFields, AreWrittenInListOrder)
 {
     char text[] = "hi";
     Bytes buffer(sample_bytes.size());
-    Writer out(buffer.data());
-    out.fields(sample(text, nullptr), sample_fields);
+    Writer out = writer(buffer.data());
+    const Sample record = sample(text, nullptr);
+    out.fields(&record, sample_fields);
     EXPECT_EQ(out.position(), buffer.data() + buffer.size());
     EXPECT_EQ(buffer, sample_bytes);
 }
 
 TEST(WireFields, AreReadIntoANewZeroedRecord)
 {
-    Reader in(sample_bytes.data());
+    Reader in = reader(sample_bytes.data());
     AllocationTrace trace;
     auto *record = in.record(sample_fields);
     trace.stop();
@@ -230,7 +260,7 @@ TEST(WireFields, StringsAreReleasedInListOrderAndSetToNull)
     char *last = heap_text("2");
     Sample record = sample(first, last);
     AllocationTrace trace;
-    release_strings(record, sample_fields);
+    release_strings(&record, sample_fields);
     trace.stop();
     EXPECT_THAT(trace.released(), ElementsAre(first, last));
     EXPECT_EQ(record.first, nullptr);
@@ -240,10 +270,27 @@ TEST(WireFields, StringsAreReleasedInListOrderAndSetToNull)
 
 TEST(WireFields, CarryTheirPaths)
 {
-    std::vector<std::string> paths;
-    for_each_field(sample_fields, [&](const auto &field) { paths.emplace_back(field.path); });
-    EXPECT_THAT(paths, ElementsAre("sample.first", "sample.number", "sample.byte", "sample.amount",
-                                   "sample.last"));
+    const char *path = Fields(sample_fields).paths();
+    for (const char *expected :
+         {"sample.first", "sample.number", "sample.byte", "sample.amount", "sample.last"}) {
+        EXPECT_STREQ(path, expected);
+        path += std::strlen(path) + 1;
+    }
+}
+
+TEST(WireFields, AreRunsOfNeighboursOfOneKind)
+{
+    constexpr auto pair_fields = MDM_FIELDS(mdm_wifi_pair_t, "pair", ssid, value);
+    std::vector<int> counts;
+    for (const mdm::Run run : Fields(pair_fields)) {
+        counts.push_back(run.count);
+    }
+    EXPECT_THAT(counts, ElementsAre(2));
+    counts.clear();
+    for (const mdm::Run run : Fields(sample_fields)) {  // in another order than in the record
+        counts.push_back(run.count);
+    }
+    EXPECT_THAT(counts, ElementsAre(1, 1, 1, 1, 1));
 }
 
 TEST(WireFields, TellTheSmallestSizeOfARecord)
@@ -257,15 +304,16 @@ TEST(WireFields, AListMayBeAsLongAsTheLongestRecord)
         MDM_FIELDS(mdm_security_account_t, "account", num0, num1, num2, num3, str4, str5, str6,
                    str7, str8, str9, str10, str11, str12, str13, str14, str15, str16, str17, str18,
                    str19, str20, str21, str22, str23, str24, str25);
-    EXPECT_EQ(size_of_fields(mdm_security_account_t{}, account_fields), 4U * 26);
+    const mdm_security_account_t account{};
+    EXPECT_EQ(size_of_fields(&account, account_fields), 4U * 26);
 }
 
 TEST(WireReader, RawBytesComeBackAsAString)
 {
     const Bytes bytes = hex("61 62 00 63 64");
-    Reader in(bytes.data());
+    Reader in = reader(bytes.data());
     AllocationTrace trace;
-    char *text = in.bytes(5, "");
+    char *text = in.raw_bytes(5);
     trace.stop();
     EXPECT_EQ(in.position(), bytes.data() + 5);
     EXPECT_THAT(trace.allocated(), ElementsAre(Block{text, 6}));
@@ -275,7 +323,7 @@ TEST(WireReader, RawBytesComeBackAsAString)
 
 TEST(WireReader, RecordsStartZeroed)
 {
-    Reader in(nullptr);
+    Reader in = reader(nullptr);
     auto *record = in.make<mdm_pwd_policy_t>();
     EXPECT_EQ(record->num8, 0U);
     EXPECT_EQ(record->str10, nullptr);
@@ -285,7 +333,7 @@ TEST(WireReader, RecordsStartZeroed)
 TEST(WireReader, StringsKeepWireOrderAndNullElements)
 {
     const Bytes bytes = hex("01 00 00 00 61 00 00 00 00 01 00 00 00 62");
-    Reader in(bytes.data());
+    Reader in = reader(bytes.data());
     GList *list = in.strings(3, "");
     EXPECT_EQ(in.position(), bytes.data() + bytes.size());
     ASSERT_EQ(g_list_length(list), 3U);
@@ -301,7 +349,7 @@ TEST(WireReader, RecordsComeBackInWireOrder)
 {
     const Bytes bytes = hex("02 00 00 00") + sample_bytes +
                         hex("00 00 00 00 06 00 00 00 00 00 00 00 00 00 00 00 00");
-    Reader in(bytes.data());
+    Reader in = reader(bytes.data());
     GList *list = in.records("", sample_fields);
     EXPECT_EQ(in.position(), bytes.data() + bytes.size());
     ASSERT_EQ(g_list_length(list), 2U);
@@ -314,7 +362,7 @@ TEST(WireReader, ListsAndArraysOfCountBelow1AreNull)
 {
     for (const int32_t count : {0, -1, INT32_MIN}) {
         const Bytes bytes = word(static_cast<uint32_t>(count)) + hex("01 00 00 00 61");
-        Reader in(bytes.data());
+        Reader in = reader(bytes.data());
         EXPECT_EQ(in.strings(count, ""), nullptr);
         EXPECT_TRUE(in.make_array(count, "").empty());
         EXPECT_EQ(in.make_array(count, "").data(), nullptr);
@@ -326,7 +374,7 @@ TEST(WireReader, ListsAndArraysOfCountBelow1AreNull)
 
 TEST(WireReader, ArraysStartZeroed)
 {
-    Reader in(nullptr);
+    Reader in = reader(nullptr);
     AllocationTrace trace;
     const auto array = in.make_array(3, "");
     trace.stop();
@@ -367,9 +415,9 @@ TEST_F(WireLists, AreCountedFromWhereTheyAreGiven)
 
 TEST_F(WireLists, MayEndAtTheFirstNullElement)
 {
-    EXPECT_EQ(size_of_strings_before_null(list_), 5U);
+    EXPECT_EQ(size_of_strings_before_null(list_, silence), 5U);
     Bytes buffer(5);
-    Writer out(buffer.data());
+    Writer out = writer(buffer.data());
     out.strings_before_null(list_, "");
     EXPECT_EQ(buffer, hex("01 00 00 00 61"));
     EXPECT_EQ(out.position(), buffer.data() + 5);
@@ -378,7 +426,7 @@ TEST_F(WireLists, MayEndAtTheFirstNullElement)
 TEST_F(WireLists, MayLeaveAGapForANullElement)
 {
     Bytes buffer(16, 0xEE);
-    Writer out(buffer.data());
+    Writer out = writer(buffer.data());
     out.strings_or_gaps(list_, 2, "");
     EXPECT_EQ(buffer, hex("03 00 00 00 01 00 00 00 61 EE EE 01 00 00 00 62"));
     EXPECT_EQ(out.position(), buffer.data() + 16);
@@ -390,11 +438,12 @@ TEST(WireListsOfRecords, SkipNullElementsButCountThem)
     Sample record = sample(text, nullptr);
     GList *list = g_list_append(g_list_append(nullptr, nullptr), &record);
     Bytes buffer(4 + sample_bytes.size());
-    Writer out(buffer.data());
+    Writer out = writer(buffer.data());
     out.records(list, "", sample_fields);
     EXPECT_EQ(buffer, hex("02 00 00 00") + sample_bytes);
-    EXPECT_EQ(size_of_records(list, sample_fields), std::nullopt);
-    EXPECT_EQ(size_of_records(list->next, sample_fields), std::nullopt);
+    EXPECT_TRUE(has_null_element(list));
+    EXPECT_TRUE(has_null_element(list->next));
+    EXPECT_EQ(size_of_records_before_null(list, sample_fields), 0U);
     g_list_free(list);
 }
 
@@ -416,8 +465,8 @@ TEST(WireListsOfRecords, AreReleasedRecordByRecordFromTheFirst)
 TEST(WireEmptyLists, EmptyOnesAreNull)
 {
     EXPECT_EQ(length_of(nullptr), 0U);
-    EXPECT_EQ(size_of_strings_before_null(nullptr), 0U);
-    EXPECT_EQ(size_of_records(nullptr, sample_fields), 0U);
+    EXPECT_EQ(size_of_strings_before_null(nullptr, silence), 0U);
+    EXPECT_EQ(size_of_records_before_null(nullptr, sample_fields), 0U);
     release_records(nullptr, sample_fields);
     release_elements(nullptr);
 }
@@ -425,10 +474,10 @@ TEST(WireEmptyLists, EmptyOnesAreNull)
 TEST(WireCursors, TellWhetherTheyHaveAPosition)
 {
     uint8_t byte = 0;
-    EXPECT_FALSE(Writer(nullptr));
-    EXPECT_TRUE(Writer(&byte));
-    EXPECT_FALSE(Reader(nullptr));
-    EXPECT_TRUE(Reader(&byte));
+    EXPECT_FALSE(writer(nullptr));
+    EXPECT_TRUE(writer(&byte));
+    EXPECT_FALSE(reader(nullptr));
+    EXPECT_TRUE(reader(&byte));
 }
 
 }  // namespace

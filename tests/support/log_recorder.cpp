@@ -52,12 +52,12 @@ uint32_t level_of(int priority)
 // "file: function(line) > text", as every line of the library reads.
 LogLine parsed(const PlatformLine &line)
 {
-    static const std::regex prefix("^[^ :/]+: ([^ (]+)\\(([0-9]+)\\) > ");
+    static const std::regex prefix("^([^ :/]+): ([^ (]+)\\(([0-9]+)\\) > ");
     std::smatch match;
     if (!std::regex_search(line.text, match, prefix)) {
         throw std::invalid_argument("no prefix: " + line.text);
     }
-    return {level_of(line.priority), match[1], match.suffix(), std::stoi(match[2])};
+    return {level_of(line.priority), match[2], match.suffix(), match[1], std::stoi(match[3])};
 }
 
 }  // namespace

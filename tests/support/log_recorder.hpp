@@ -24,11 +24,12 @@ struct PlatformLine {
 };
 
 // A line of the library: its level, the function that logged it, what follows the prefix, and
-// where in its file it was logged. Expected lines leave the last to the code.
+// where it was logged. Expected lines leave the last two to the code.
 struct LogLine {
     uint32_t level;
     std::string function;
     std::string text;
+    std::string file = {};
     int source_line = 0;
 
     friend bool operator==(const LogLine &left, const LogLine &right)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 
 namespace mdm::test {
 namespace {
@@ -173,13 +174,13 @@ int32_t deserialize(mdm_msg_t &msg, const Bytes &bytes)
 
 uint32_t size_body(uint8_t type, mdm_body_t &body)
 {
-    return handler_row(type).size(&body);
+    return Handlers(type).size(&body);
 }
 
 Bytes write_body(uint8_t type, mdm_body_t &body)
 {
     Bytes buffer(4096);
-    const uint8_t *end = handler_row(type).set(buffer.data(), &body);
+    const uint8_t *end = Handlers(type).set(buffer.data(), &body);
     EXPECT_NE(end, nullptr);
     buffer.resize(static_cast<size_t>(end - buffer.data()));
     return buffer;
@@ -188,7 +189,7 @@ Bytes write_body(uint8_t type, mdm_body_t &body)
 size_t read_body(uint8_t type, mdm_body_t &body, const Bytes &bytes)
 {
     const auto copy = exact_copy(bytes);
-    const uint8_t *end = handler_row(type).get(&body, copy.get());
+    const uint8_t *end = Handlers(type).get(&body, copy.get());
     EXPECT_NE(end, nullptr);
     return static_cast<size_t>(end - copy.get());
 }
@@ -196,7 +197,7 @@ size_t read_body(uint8_t type, mdm_body_t &body, const Bytes &bytes)
 std::vector<const void *> free_body(uint8_t type, mdm_body_t &body)
 {
     AllocationTrace trace;
-    handler_row(type).free(&body);
+    Handlers(type).free(&body);
     trace.stop();
     return trace.released();
 }

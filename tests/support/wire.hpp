@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "mdm/ipc.h"
-#include "mdm_ipc_handlers.hpp"
+#include "support/handlers.hpp"
 
 namespace mdm::test {
 

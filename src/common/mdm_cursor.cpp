@@ -1,0 +1,602 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The fields of a record, a head and a list of strings are most of what travels. One comparison
+// claims all that has a fixed size in a record or a head, and each string costs one more. Only if
+// not all of it fits are the fields looked at one by one, to find the first that does not.
+#include "mdm_cursor.hpp"
+
+#include <bit>
+#include <cstring>
+
+#include "mdm_ipc_fault.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr auto head_fields = MDM_FIELDS(mdm_msg_t, "header", hdr_word1, hdr_word2, hdr_text,
+                                        hdr_word3, hdr_word6, hdr_word7, hdr_word4, hdr_word5);
+static_assert(smallest_size(head_fields) == smallest_head_size);
+
+// Fewer than none are more than there can be.
+constexpr uint64_t bytes_needed(int32_t count, uint32_t element_size)
+{
+    return count < 0 ? UINT64_MAX : uint64_t{element_size} * static_cast<uint32_t>(count);
+}
+
+// Copies words between a record and the wire, whose byte order the host need not have.
+inline void copy_words(uint8_t *to, const uint8_t *from, size_t count)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(to, from, count * word_size);
+    } else {
+        for (size_t i = 0; i < count * word_size; i += word_size) {
+            store_u32(to + i, load_u32(from + i));
+        }
+    }
+}
+
+const char *text_at(const uint8_t *member)
+{
+    return *reinterpret_cast<char *const *>(member);
+}
+
+// Calls visit(kind, member, path) for each field in turn, until that is false.
+template <class Byte, class Visit>
+void for_each_field(Byte *record, Fields list, Visit visit)
+{
+    const char *path = list.paths();
+    for (const Run run : list) {
+        Byte *member = record + run.offset;
+        for (uint8_t i = 0; i < run.count; ++i) {
+            if (!visit(run.kind, member, path)) {
+                return;
+            }
+            member += size_of(run.kind);
+            path += std::strlen(path) + 1;
+        }
+    }
+}
+
+}  // namespace
+
+const char *Names::text_at(const char *texts, int index)
+{
+    for (; index > 0; --index) {
+        texts += std::strlen(texts) + 1;
+    }
+    return texts;
+}
+
+// What both cursors share.
+
+bool Cursor::fail(uint64_t needed, const char *path)
+{
+    if (!is_guarded()) {
+        return false;
+    }
+    end_with({offset(), saturated(needed), static_cast<uint32_t>(left_), path});
+    return true;
+}
+
+void Cursor::fail_without_memory(size_t size)
+{
+    end_with(fault_without_memory(offset(), size));
+}
+
+void Cursor::fail_in_body_head()
+{
+    for (const char *path : {names().type(), names().param(), names().data_size()}) {
+        if (!has(word_size, path)) {
+            return;
+        }
+        left_ -= word_size;
+    }
+}
+
+void Cursor::end_with(const ipc_fault_t &fault)
+{
+    if (has_failed_) {
+        return;  // the first fault counts
+    }
+    *fault_ = fault;
+    has_failed_ = true;
+    left_ = 0;
+}
+
+// Writing.
+
+void Writer::message_head(const mdm_msg_t &msg)
+{
+    const size_t length = text_length(msg.hdr_text);
+    if (left() < smallest_head_size || left() - smallest_head_size < length) [[unlikely]] {
+        return fail_at_first_missing(reinterpret_cast<const uint8_t *>(&msg), head_fields);
+    }
+    uint8_t *position = pass(smallest_head_size + length);
+    position = store_u32(position, msg.hdr_word1);
+    position = store_u32(position, msg.hdr_word2);
+    position = write_str(position, msg.hdr_text, static_cast<uint32_t>(length));
+    position = store_u32(position, msg.hdr_word3);
+    position = store_u32(position, msg.hdr_word6);
+    position = store_u32(position, msg.hdr_word7);
+    position = store_u32(position, msg.hdr_word4);
+    store_u32(position, msg.hdr_word5);
+}
+
+// `aux` stands between `type` and `param` in memory and is not sent.
+void Writer::write_body_head(uint32_t type, uint32_t param, uint32_t data_size)
+{
+    if (left() < body_head_size) [[unlikely]] {
+        return fail_in_body_head();
+    }
+    uint8_t *position = pass(body_head_size);
+    position = store_u32(position, type);
+    position = store_u32(position, param);
+    store_u32(position, data_size);
+}
+
+void Writer::u8(uint8_t value, const char *path)
+{
+    if (has(sizeof value, path)) {
+        *pass(sizeof value) = value;
+    }
+}
+
+void Writer::u32(uint32_t value, const char *path)
+{
+    if (has(word_size, path)) {
+        store_u32(pass(word_size), value);
+    }
+}
+
+void Writer::str(const char *text, const char *path)
+{
+    write_text(text, path);
+}
+
+inline void Writer::write_text(const char *text, const char *path)
+{
+    const uint32_t length = text_length(text);
+    if (left() < word_size || left() - word_size < length) [[unlikely]] {
+        if (!has(word_size, path)) {
+            return;
+        }
+        pass(word_size);
+        fail(length, path);
+        return;
+    }
+    write_str(pass(size_t{word_size} + length), text, length);
+}
+
+void Writer::fields(const void *record, Fields list)
+{
+    const auto *bytes = static_cast<const uint8_t *>(record);
+    if (!fields_at_once(bytes, list)) [[unlikely]] {
+        fail_at_first_missing(bytes, list);
+    }
+}
+
+// False, and the cursor stays, if not all of the fields have room. The position is in a register: a
+// member might be changed by any text that is copied. What is spare is for texts.
+inline bool Writer::fields_at_once(const uint8_t *record, Fields list)
+{
+    if (list.smallest_size() > left()) {
+        return false;
+    }
+    size_t spare = left() - list.smallest_size();
+    uint8_t *position = position_;
+    for (const Run run : list) {
+        const uint8_t *member = record + run.offset;
+        size_t count = run.count;
+        switch (run.kind) {
+        case Kind::word:
+            copy_words(position, member, count);
+            position += count * word_size;
+            break;
+        case Kind::text:
+            do {
+                const uint32_t length = text_length(text_at(member));
+                if (length > spare) {
+                    return false;
+                }
+                spare -= length;
+                position = write_str(position, text_at(member), length);
+                member += sizeof(char *);
+            } while (--count > 0);
+            break;
+        case Kind::byte:
+        case Kind::none:
+            std::memcpy(position, member, count);
+            position += count;
+            break;
+        }
+    }
+    move_to(position, spare);
+    return true;
+}
+
+void Writer::fail_at_first_missing(const uint8_t *record, Fields list)
+{
+    for_each_field(record, list, [this](Kind kind, const uint8_t *member, const char *path) {
+        if (!has(smallest_size(kind), path)) {
+            return false;
+        }
+        pass(smallest_size(kind));
+        const uint32_t length = kind == Kind::text ? text_length(text_at(member)) : 0;
+        if (!has(length, path)) {
+            return false;
+        }
+        pass(length);
+        return true;
+    });
+}
+
+void Writer::raw_bytes(const void *data, int32_t data_size)
+{
+    if (bytes_needed(data_size, 1) > left()) [[unlikely]] {
+        if (fail(bytes_needed(data_size, 1), names().data())) {
+            return;
+        }
+    }
+    const auto size = static_cast<size_t>(data_size);
+    if (size != 0) {
+        std::memcpy(pass(size), data, size);
+    }
+}
+
+uint32_t Writer::count(void *list, const char *path)
+{
+    const auto *cell = static_cast<GList *>(list);
+    if (cell != nullptr && cell->prev != nullptr) {
+        omit(path);
+    }
+    uint32_t count = 0;
+    for (; cell != nullptr; cell = cell->next) {
+        if (cell->data == nullptr) {
+            omit(path);
+        }
+        ++count;
+    }
+    u32(count, path);
+    return count;
+}
+
+void Writer::records(void *records, const char *path, Fields list)
+{
+    count(records, path);
+    for (const void *record : elements<void>(records)) {
+        if (record != nullptr) {
+            fields(record, list);
+        }
+    }
+}
+
+void Writer::strings_before_null(void *strings, const char *path, EachLine each)
+{
+    each = logged(each);
+    for (const char *text : elements_before_null<char>(strings)) {
+        log_each(each, text);
+        write_text(text, path);
+    }
+}
+
+void Writer::strings_or_gaps(void *strings, int32_t gap, const char *path)
+{
+    count(strings, path);
+    for (const char *text : elements<char>(strings)) {
+        if (text != nullptr) {
+            write_text(text, path);
+        } else {
+            skip(gap, path);
+        }
+    }
+}
+
+void Writer::skip(int32_t count, const char *path)
+{
+    omit(path);
+    if (*this) {
+        clear(static_cast<uint32_t>(count));
+        pass(static_cast<uint32_t>(count));
+    }
+}
+
+// What is beyond the message is nobody's to clear.
+void Writer::clear(size_t count)
+{
+    if (position_ < end_) {
+        std::memset(position_, 0, std::min(count, static_cast<size_t>(end_ - position_)));
+    }
+}
+
+// Reading.
+
+void Reader::message_head(mdm_msg_t &msg)
+{
+    const size_t smallest_to_text = size_t{3} * word_size;
+    const uint8_t *position = position_;
+    const size_t length =
+        left() < smallest_to_text ? 0 : load_u32(position + size_t{2} * word_size);
+    if (left() < smallest_head_size || left() - smallest_head_size < length) [[unlikely]] {
+        return fail_at_first_missing(reinterpret_cast<uint8_t *>(&msg), head_fields);
+    }
+    pass(smallest_head_size + length);
+    msg.hdr_word1 = load_u32(position);
+    msg.hdr_word2 = load_u32(position + word_size);
+    position += smallest_to_text;
+    const uint8_t *behind_text = position + length;
+    msg.hdr_word3 = load_u32(behind_text);
+    msg.hdr_word6 = load_u32(behind_text + word_size);
+    msg.hdr_word7 = load_u32(behind_text + size_t{2} * word_size);
+    msg.hdr_word4 = load_u32(behind_text + size_t{3} * word_size);
+    msg.hdr_word5 = load_u32(behind_text + size_t{4} * word_size);
+    msg.hdr_text = length == 0 ? nullptr : new_text(position, length);
+}
+
+void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
+{
+    if (left() < body_head_size) [[unlikely]] {
+        type = param = 0;
+        data_size = 0;
+        return fail_in_body_head();
+    }
+    const uint8_t *position = pass(body_head_size);
+    type = load_u32(position);
+    param = load_u32(position + word_size);
+    data_size = static_cast<int32_t>(load_u32(position + size_t{2} * word_size));
+}
+
+uint8_t Reader::u8(const char *path)
+{
+    return has(sizeof(uint8_t), path) ? *pass(sizeof(uint8_t)) : 0;
+}
+
+uint32_t Reader::u32(const char *path)
+{
+    return read_word(path);
+}
+
+inline uint32_t Reader::read_word(const char *path)
+{
+    return has(word_size, path) ? load_u32(pass(word_size)) : 0;
+}
+
+int32_t Reader::count(const char *path, uint32_t smallest)
+{
+    const auto count = static_cast<int32_t>(read_word(path));
+    return count < 1 || has(bytes_needed(count, smallest), path) ? count : 0;
+}
+
+uint32_t Reader::unsigned_count(const char *path, uint32_t smallest)
+{
+    const uint32_t count = read_word(path);
+    return has(uint64_t{smallest} * count, path) ? count : 0;
+}
+
+char *Reader::str(const char *path)
+{
+    return read_text(path);
+}
+
+inline char *Reader::read_text(const char *path)
+{
+    const uint32_t length = read_word(path);
+    return length != 0 && has(length, path) ? new_text(pass(length), length) : nullptr;
+}
+
+char *Reader::raw_bytes(int32_t data_size)
+{
+    if (bytes_needed(data_size, 1) > left()) [[unlikely]] {
+        if (fail(bytes_needed(data_size, 1), names().data())) {
+            return nullptr;
+        }
+    }
+    const auto size = static_cast<size_t>(data_size);
+    return new_text(pass(size), size);
+}
+
+void Reader::fields(void *record, Fields list)
+{
+    auto *bytes = static_cast<uint8_t *>(record);
+    if (!fields_at_once(bytes, list)) [[unlikely]] {
+        fail_at_first_missing(bytes, list);
+    }
+}
+
+// Reads strings, and returns the position after them; null if `spare` is less than their bytes, and
+// it is less by them otherwise.
+template <class NewText>
+static const uint8_t *read_texts(const uint8_t *position, char **texts, size_t count, size_t &spare,
+                                 NewText new_text)
+{
+    size_t left = spare;
+    for (char **end = texts + count; texts != end; ++texts) {
+        const size_t length = load_u32(position);
+        position += word_size;
+        if (length == 0) {
+            *texts = nullptr;
+            continue;
+        }
+        if (length > left) [[unlikely]] {
+            return nullptr;
+        }
+        left -= length;
+        *texts = copy_text(new_text(length + 1), position, length);
+        position += length;
+    }
+    spare = left;
+    return position;
+}
+
+inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_t count,
+                                    size_t &spare)
+{
+    if (!is_guarded()) {
+        return read_texts(position, texts, count, spare,
+                          [](size_t size) { return static_cast<char *>(g_malloc(size)); });
+    }
+    char *next = region_->text();
+    position = read_texts(position, texts, count, spare, [&next](size_t size) {
+        char *text = next;
+        next += size;
+        return text;
+    });
+    region_->text_to(next);
+    return position;
+}
+
+// As the writer's.
+inline bool Reader::fields_at_once(uint8_t *record, Fields list)
+{
+    if (list.smallest_size() > left()) {
+        return false;
+    }
+    size_t spare = left() - list.smallest_size();
+    const uint8_t *position = position_;
+    for (const Run run : list) {
+        uint8_t *member = record + run.offset;
+        switch (run.kind) {
+        case Kind::word:
+            copy_words(member, position, run.count);
+            position += run.count * word_size;
+            break;
+        case Kind::text:
+            position = texts(position, reinterpret_cast<char **>(member), run.count, spare);
+            if (position == nullptr) {
+                return false;
+            }
+            break;
+        case Kind::byte:
+        case Kind::none:
+            std::memcpy(member, position, run.count);
+            position += run.count;
+            break;
+        }
+    }
+    move_to(position, spare);
+    return true;
+}
+
+// Leaves zeros in all fields: whoever is reading may look at them.
+void Reader::fail_at_first_missing(uint8_t *record, Fields list)
+{
+    for (const Run run : list) {
+        std::memset(record + run.offset, 0, run.count * size_of(run.kind));
+    }
+    for_each_field(record, list, [this](Kind kind, uint8_t * /*member*/, const char *path) {
+        if (!has(smallest_size(kind), path)) {
+            return false;
+        }
+        const uint8_t *value = pass(smallest_size(kind));
+        const uint32_t length = kind == Kind::text ? load_u32(value) : 0;
+        if (!has(length, path)) {
+            return false;
+        }
+        pass(length);
+        return true;
+    });
+}
+
+void *Reader::record(Fields list)
+{
+    void *record = list.is_whole() ? place(list.record_size()) : make(list.record_size());
+    fields(record, list);
+    return record;
+}
+
+GList *Reader::records(const char *path, Fields list)
+{
+    const int32_t count = this->count(path, list.smallest_size());
+    List records(*this);
+    for (int32_t i = 0; *this && i < count; ++i) {
+        records.add(record(list));
+    }
+    return records.head();
+}
+
+GList *Reader::strings(int64_t count, const char *path, EachLine each)
+{
+    each = logged(each);
+    List strings(*this);
+    for (int64_t i = 0; *this && i < count; ++i) {
+        char *text = read_text(path);
+        log_each(each, text);
+        strings.add(text);
+    }
+    return strings.head();
+}
+
+std::span<char *> Reader::make_array(int32_t count, const char *path)
+{
+    if (!is_guarded()) {
+        const auto size = static_cast<size_t>(std::max(count, 0));
+        return {static_cast<char **>(g_malloc0(size * sizeof(char *))), size};
+    }
+    if (!has(bytes_needed(count, word_size), path)) {
+        return {};
+    }
+    const auto size = static_cast<uint32_t>(count);
+    void *array = take(size * sizeof(char *));
+    if (array == nullptr) {
+        return {};
+    }
+    return {static_cast<char **>(std::memset(array, 0, size * sizeof(char *))), size};
+}
+
+void Reader::List::append(void *element)
+{
+    add(element);
+}
+
+inline void Reader::List::add(void *element)
+{
+    auto *cell = in_.is_guarded() ? static_cast<GList *>(in_.place(sizeof(GList))) : g_list_alloc();
+    *cell = {element, nullptr, tail_};
+    (tail_ == nullptr ? head_ : tail_->next) = cell;
+    tail_ = cell;
+}
+
+void *Reader::make(size_t size)
+{
+    return std::memset(place(size), 0, size);
+}
+
+void *Reader::try_make(size_t size)
+{
+    return is_guarded() ? make(size) : g_try_malloc0(size);
+}
+
+// Room for a record or a cell.
+inline void *Reader::place(size_t size)
+{
+    if (!is_guarded()) {
+        return g_malloc(size);
+    }
+    void *place = take(size);
+    return place != nullptr ? place : region_->dropped();
+}
+
+// Of the region. Null without memory, which ends the cursor.
+inline void *Reader::take(size_t size)
+{
+    void *place = region_->take(size);
+    if (place != nullptr) [[likely]] {
+        return place;
+    }
+    place = region_->grow(size, left()) ? region_->take(size) : nullptr;
+    if (place == nullptr) {
+        fail_without_memory(region_->capacity());
+    }
+    return place;
+}
+
+inline char *Reader::new_text(const uint8_t *bytes, size_t length)
+{
+    if (!is_guarded()) {
+        return copy_text(static_cast<char *>(g_malloc(length + 1)), bytes, length);
+    }
+    char *text = copy_text(region_->text(), bytes, length);
+    region_->text_to(text + length + 1);
+    return text;
+}
+
+}  // namespace mdm

@@ -1,0 +1,331 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The cursors: what writes a message's bytes, and what reads them.
+//
+// A trusting cursor believes its pointers and the counts that it reads, and takes memory from the
+// heap. A guarded one is for bytes and messages that nobody vouched for: it knows where the buffer
+// ends, and reads into the message's own region. The first step that it cannot take is kept as a
+// fault and ends it: it has nothing left, so every later step that needs a byte fails, too; it
+// writes nothing more, or reads zeros and empty lists.
+//
+// Each step takes the path of the field that it is at, for the fault.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include <glib.h>
+
+#include "mdm/guarded.h"
+#include "mdm/message.h"
+#include "mdm_fields.hpp"
+#include "mdm_log.hpp"
+#include "mdm_region.hpp"
+#include "mdm_wire.hpp"
+
+namespace mdm {
+
+// What a category is called. Texts stand one behind the other: the origin of its lines (the file,
+// then the name, which completes its handlers' names), and the paths of the fields that most bodies
+// begin with.
+class Names {
+public:
+    explicit constexpr Names(const char *texts) : texts_(texts) {}
+
+    const char *origin() const { return texts_; }
+    const char *type() const { return text(2); }
+    const char *param() const { return text(3); }
+    const char *data_size() const { return text(4); }
+    const char *data() const { return text(5); }
+
+private:
+    const char *text(int index) const { return text_at(texts_, index); }
+    static const char *text_at(const char *texts, int index);
+
+    const char *texts_;
+};
+
+#define MDM_NAMES(file, category)                                           \
+    file "\0" category "\0" category ".type\0" category ".param\0" category \
+         ".data_size\0" category ".data"
+
+// A line that is logged for each element of a list, with its text.
+struct EachLine {
+    int line;
+    const char *text;
+};
+#define MDM_EACH(text) (::mdm::EachLine{__LINE__, text})
+inline constexpr EachLine no_line = {0, nullptr};
+
+// The message head without its text, from offset 8 of a message on.
+inline constexpr uint32_t smallest_head_size = 8 * word_size;
+
+class Cursor {
+public:
+    // Whether it has a buffer and has not failed.
+    explicit operator bool() const { return !has_failed_; }
+
+    // The lines of the handler that it was made for.
+    const Log &log() const { return log_; }
+
+protected:
+    // A trusting one if `fault` is null, and a guarded one of a message of `total` bytes otherwise.
+    Cursor(const void *buffer, size_t left, size_t total, Log log, ipc_fault_t *fault)
+        : left_(left), total_(total), fault_(fault), has_failed_(buffer == nullptr), log_(log)
+    {
+    }
+
+    bool is_guarded() const { return fault_ != nullptr; }
+    Names names() const { return Names(log_.origin()); }
+
+    size_t left() const { return left_; }
+    void set_left(size_t left) { left_ = left; }
+
+    // Whether `count` more bytes are there for the field.
+    bool has(uint64_t count, const char *path) { return count <= left_ || !fail(count, path); }
+
+    // The bytes that has() has found, which the cursor leaves behind.
+    template <class Byte>
+    Byte *pass(Byte *&position, size_t count)
+    {
+        Byte *bytes = position;
+        position += count;
+        left_ -= count;
+        return bytes;
+    }
+
+    // False for a trusting cursor, which goes on.
+    [[gnu::cold]] bool fail(uint64_t needed, const char *path);
+    [[gnu::cold]] void fail_without_memory(size_t size);
+
+    // What keeps a body head from being written or read: its first word that has no room.
+    [[gnu::cold]] void fail_in_body_head();
+
+    // Of the elements of a list: a guarded cursor logs nothing that a message says.
+    EachLine logged(EachLine each) const { return is_guarded() ? no_line : each; }
+    void log_each(EachLine each, const char *text) const
+    {
+        if (each.text != nullptr && log_passes(MDM_LOG_INFO)) {
+            log_.info(each.line, each.text, text);
+        }
+    }
+
+private:
+    void end_with(const ipc_fault_t &fault);
+    uint32_t offset() const { return static_cast<uint32_t>(total_ - left_); }
+
+    size_t left_;
+    size_t total_;
+    ipc_fault_t *fault_;
+    bool has_failed_;
+    Log log_;
+};
+
+// What a trusting cursor has left: no end is in sight.
+inline constexpr size_t no_end = SIZE_MAX;
+
+class Writer : public Cursor {
+public:
+    // Writes from `offset` on. Gaps are cleared up to the end of the message, at `total`.
+    Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log)
+        : Cursor(buffer, no_end, 0, log, nullptr), position_(buffer + offset), end_(buffer + total)
+    {
+    }
+    // The guarded one, which writes no further than that.
+    Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log, ipc_fault_t &fault)
+        : Cursor(buffer, total - offset, total, log, &fault), position_(buffer + offset),
+          end_(buffer + total)
+    {
+    }
+
+    uint8_t *position() const { return position_; }
+
+    void message_head(const mdm_msg_t &msg);
+
+    template <class Body>
+    void body_head(const Body &body)
+    {
+        write_body_head(static_cast<uint32_t>(body.type), body.param,
+                        static_cast<uint32_t>(body.data_size));
+    }
+
+    void u8(uint8_t value, const char *path);
+    void u32(uint32_t value, const char *path);
+    void i32(int32_t value, const char *path) { u32(static_cast<uint32_t>(value), path); }
+    void str(const char *text, const char *path);
+
+    void fields(const void *record, Fields list);
+
+    // What a body's `data` points to, as `data_size` bytes.
+    void raw_bytes(const void *data, int32_t data_size);
+
+    // The count of a list, null elements included. A guarded cursor refuses one that is not that of
+    // the elements written: a null one is counted, but not written, and what stands in front of the
+    // given cell is written, but not counted.
+    uint32_t count(void *list, const char *path);
+
+    // The list's count, then its records; a null one is counted, but not written.
+    void records(void *records, const char *path, Fields list);
+
+    // The list's strings, without a count, up to the first null one.
+    void strings_before_null(void *strings, const char *path, EachLine each = no_line);
+
+    // The list's count, then its strings; in a null one's place `gap` bytes stay zero.
+    void strings_or_gaps(void *strings, int32_t gap, const char *path);
+
+    // An element that was counted is not written: to a guarded cursor, what a receiver would look
+    // for in vain is no message.
+    void omit(const char *path)
+    {
+        if (is_guarded()) {
+            fail(0, path);
+        }
+    }
+
+    // Bytes that stay zero, which a guarded cursor refuses, too.
+    void skip(int32_t count, const char *path);
+
+    // Nothing more will be written.
+    void clear_rest() { clear(SIZE_MAX); }
+
+private:
+    void write_text(const char *text, const char *path);
+    void write_body_head(uint32_t type, uint32_t param, uint32_t data_size);
+    bool fields_at_once(const uint8_t *record, Fields list);
+    void fail_at_first_missing(const uint8_t *record, Fields list);
+    void clear(size_t count);
+    uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
+    void move_to(uint8_t *position, size_t left)
+    {
+        position_ = position;
+        set_left(left);
+    }
+
+    uint8_t *position_;
+    uint8_t *end_;
+};
+
+class Reader : public Cursor {
+public:
+    Reader(const uint8_t *buffer, uint32_t offset, Log log)
+        : Cursor(buffer, no_end, 0, log, nullptr), position_(buffer + offset)
+    {
+    }
+    // The guarded one. The region is the message's.
+    Reader(const uint8_t *buffer, uint32_t offset, uint32_t length, Log log, ipc_fault_t &fault,
+           Region &region)
+        : Cursor(buffer, length - offset, length, log, &fault), position_(buffer + offset),
+          region_(&region)
+    {
+    }
+
+    const uint8_t *position() const { return position_; }
+
+    // The text that is there is overwritten, not released.
+    void message_head(mdm_msg_t &msg);
+
+    // `aux` and `data` stay as they were.
+    template <class Body>
+    void body_head(Body &body)
+    {
+        read_body_head(reinterpret_cast<uint32_t &>(body.type), body.param, body.data_size);
+    }
+
+    uint8_t u8(const char *path);
+    uint32_t u32(const char *path);
+    int32_t i32(const char *path) { return static_cast<int32_t>(u32(path)); }
+
+    // How many elements follow, each of `smallest` bytes or more; below 1 none do. A guarded cursor
+    // refuses a number that the bytes left have no room for.
+    int32_t count(const char *path, uint32_t smallest);
+    // The same for a list that may be longer than a signed number tells.
+    uint32_t unsigned_count(const char *path, uint32_t smallest);
+
+    // A new string, or null for an empty one.
+    char *str(const char *path);
+
+    // A new string of the next `data_size` bytes and a terminator; a zero byte ends its text early.
+    char *raw_bytes(int32_t data_size);
+
+    void fields(void *record, Fields list);
+
+    // A new record with the listed fields read and every other byte zero.
+    template <class Record, size_t size>
+    Record *record(const FieldList<Record, size> &list)
+    {
+        static_assert(sizeof(Record) <= field_list::largest_record);
+        return static_cast<Record *>(record(Fields(list)));
+    }
+    void *record(Fields list);
+
+    // A new list of records, from its count on; null for a count below 1.
+    GList *records(const char *path, Fields list);
+
+    // A new list of strings, an empty one a null element; null for a count below 1.
+    GList *strings(int64_t count, const char *path, EachLine each = no_line);
+
+    // A second copy of a string that str() returned. Of a region, where nothing is released on its
+    // own, one is enough.
+    char *copy(char *text) { return is_guarded() ? text : g_strdup(text); }
+
+    // A new zero-filled record.
+    template <class Record>
+    Record *make()
+    {
+        static_assert(alignof(Record) <= alignof(void *));
+        return static_cast<Record *>(make(sizeof(Record)));
+    }
+
+    // The same where a category says what happens without memory: null. A guarded cursor fails, and
+    // returns a place that no message keeps.
+    template <class Record>
+    Record *try_make()
+    {
+        return static_cast<Record *>(try_make(sizeof(Record)));
+    }
+
+    // A new zero-filled array for as many strings as follow; of null for a count below 1.
+    std::span<char *> make_array(int32_t count, const char *path);
+
+    // A new list, null until something is appended.
+    class List {
+    public:
+        explicit List(Reader &in) : in_(in) {}
+        void append(void *element);
+        GList *head() const { return head_; }
+
+    private:
+        friend Reader;
+        void add(void *element);
+
+        Reader &in_;
+        GList *head_ = nullptr;
+        GList *tail_ = nullptr;
+    };
+
+private:
+    uint32_t read_word(const char *path);
+    char *read_text(const char *path);
+    void read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size);
+    bool fields_at_once(uint8_t *record, Fields list);
+    const uint8_t *texts(const uint8_t *position, char **texts, size_t count, size_t &spare);
+    void fail_at_first_missing(uint8_t *record, Fields list);
+    void *make(size_t size);
+    void *try_make(size_t size);
+    void *place(size_t size);
+    void *take(size_t size);
+    char *new_text(const uint8_t *bytes, size_t length);
+
+    const uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
+    void move_to(const uint8_t *position, size_t left)
+    {
+        position_ = position;
+        set_left(left);
+    }
+
+    const uint8_t *position_;
+    Region *region_ = nullptr;
+};
+
+}  // namespace mdm

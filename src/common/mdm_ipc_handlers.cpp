@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "mdm_ipc_handlers.hpp"
+
+#include <array>
+
+namespace mdm {
+
+namespace {
+
+// The rows, in order. Seven categories share two.
+enum class Row : uint8_t {
+    none,
+    admin,
+    pwd,
+    security,
+    wifi,
+    bluetooth,
+    eas,
+    app,
+    app_res,
+    roaming,
+    roaming_res,
+    misc,
+    apn,
+    single_list,
+    single_list_size,
+    phone_res,
+    email,
+    kiosk,
+    container,
+    location,
+    log_manager,
+    platform,
+    app_cb,
+    misc_cb
+};
+
+}  // namespace
+
+#define MDM_HANDLERS(category, reader, releaser) \
+    _set_##category, _get_##reader, _size_of_##category, _free_##releaser
+#define MDM_ROW_OF(category, reader, releaser)                         \
+    {                                                                  \
+        MDM_HANDLERS(category, reader, releaser), _validate_##category \
+    }
+#define MDM_ROW(category) MDM_ROW_OF(category, category, category)
+#define MDM_ROW_WITHOUT_VALIDATION(category)       \
+    {                                              \
+        MDM_HANDLERS(category, category, category) \
+    }
+constexpr ipc_handler_row handler_rows[] = {
+    {nullptr, nullptr, nullptr, nullptr},
+    MDM_ROW_WITHOUT_VALIDATION(admin),
+    MDM_ROW(pwd),
+    MDM_ROW(security),
+    MDM_ROW(wifi),
+    MDM_ROW(bluetooth),
+    MDM_ROW(eas),
+    MDM_ROW(app),
+    MDM_ROW(app_res),
+    MDM_ROW(roaming),
+    MDM_ROW_OF(roaming_res, roaming_res, roaming),
+    MDM_ROW(misc),
+    MDM_ROW(apn),
+    MDM_ROW(single_list),
+    MDM_ROW_OF(single_list, single_list_size, single_list),
+    MDM_ROW(phone_res),
+    MDM_ROW(email),
+    MDM_ROW(kiosk),
+    MDM_ROW(container),
+    MDM_ROW(location),
+    MDM_ROW_WITHOUT_VALIDATION(log_manager),
+    MDM_ROW_WITHOUT_VALIDATION(platform),
+    MDM_ROW_WITHOUT_VALIDATION(app_cb),
+    MDM_ROW_WITHOUT_VALIDATION(misc_cb),
+};
+
+// Each category: its message types from the first to the last, its name, its row, and the file of its
+// handlers.
+#define MDM_CATEGORIES(CATEGORY)                                \
+    CATEGORY(1, 2, admin, admin, admin)                         \
+    CATEGORY(3, 4, pwd, pwd, pwd)                               \
+    CATEGORY(5, 6, security, security, security)                \
+    CATEGORY(7, 8, wifi, wifi, wifi)                            \
+    CATEGORY(9, 10, bluetooth, bluetooth, bluetooth)            \
+    CATEGORY(11, 12, eas, eas, eas)                             \
+    CATEGORY(13, 13, app, app, app)                             \
+    CATEGORY(14, 14, app_res, app_res, app_res)                 \
+    CATEGORY(15, 15, roaming, roaming, roaming)                 \
+    CATEGORY(16, 16, roaming_res, roaming_res, roaming)         \
+    CATEGORY(17, 18, misc, misc, misc)                          \
+    CATEGORY(21, 22, apn, apn, apn)                             \
+    CATEGORY(23, 24, browser, single_list_size, single_list)    \
+    CATEGORY(25, 26, date_time, single_list, single_list)       \
+    CATEGORY(27, 28, remote, single_list, single_list)          \
+    CATEGORY(29, 30, vpn, single_list, single_list)             \
+    CATEGORY(31, 32, firewall, single_list, single_list)        \
+    CATEGORY(33, 34, res, single_list, single_list)             \
+    CATEGORY(35, 36, phone_res, phone_res, phone_res)           \
+    CATEGORY(37, 38, enterprise, single_list_size, single_list) \
+    CATEGORY(39, 40, email, email, email)                       \
+    CATEGORY(45, 46, kiosk, kiosk, kiosk)                       \
+    CATEGORY(47, 48, container, container, container)           \
+    CATEGORY(49, 50, location, location, location)              \
+    CATEGORY(51, 52, log_manager, log_manager, log_manager)     \
+    CATEGORY(53, 54, platform, platform, platform)              \
+    CATEGORY(61, 61, app_cb, app_cb, app_cb)                    \
+    CATEGORY(63, 63, misc_cb, misc_cb, misc_cb)
+
+#define MDM_NAMES_OF(first, last, name, row, file) MDM_NAMES("mdm_ipc_" #file ".cpp", #name) "\0"
+constexpr char category_names[] = MDM_CATEGORIES(MDM_NAMES_OF);
+
+constexpr std::array<TypeEntry, last_message_type + 1> type_entries = [] {
+    std::array<TypeEntry, last_message_type + 1> entries{};
+    uint16_t names = 0;
+#define MDM_ENTER_TYPES(first, last, name, row, file)            \
+    for (size_t type = first; type <= last; ++type) {            \
+        entries[type] = {static_cast<uint8_t>(Row::row), names}; \
+    }                                                            \
+    names += sizeof(MDM_NAMES_OF(first, last, name, row, file)) - 1;
+    MDM_CATEGORIES(MDM_ENTER_TYPES)
+    return entries;
+}();
+
+uint32_t size_of_strings_before_null(void *strings, const Log &log, EachLine each)
+{
+    uint32_t size = 0;
+    for (const char *text : elements_before_null<char>(strings)) {
+        if (each.text != nullptr && log_passes(MDM_LOG_INFO)) {
+            log.info(each.line, each.text, text);
+        }
+        size += size_of_str(text);
+    }
+    return size;
+}
+
+const char *validate_payload(bool is_announced, const void *data, Names names)
+{
+    if (is_announced == (data != nullptr)) {
+        return nullptr;
+    }
+    return is_announced ? names.data() : names.data_size();
+}
+
+const char *validate_nothing(const void *data, Names names)
+{
+    return validate_payload(false, data, names);
+}
+
+const char *validate_list(bool is_announced, const void *data, Names names)
+{
+    return is_announced ? nullptr : validate_nothing(data, names);
+}
+
+const char *validate_bytes(int32_t size, const void *data, Names names)
+{
+    return size < 0 ? names.data_size() : validate_payload(size != 0, data, names);
+}
+
+}  // namespace mdm

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/handlers.hpp"
+
+#include "mdm_ipc_handlers.hpp"
+
+namespace mdm::test {
+
+uint8_t *Handlers::set(uint8_t *position, mdm_body_t *body) const
+{
+    const Category category = category_of(type_);
+    Writer out(position, 0, 0, category.log(Log::Function::set));
+    return category.row.set(out, body) ? out.position() : nullptr;
+}
+
+const uint8_t *Handlers::get(mdm_body_t *body, const uint8_t *position) const
+{
+    const Category category = category_of(type_);
+    Reader in(position, 0, category.log(Log::Function::get));
+    return category.row.get(in, body) ? in.position() : nullptr;
+}
+
+uint32_t Handlers::size(mdm_body_t *body) const
+{
+    const Category category = category_of(type_);
+    return category.row.size(category.log(Log::Function::size), body);
+}
+
+void Handlers::free(mdm_body_t *body) const
+{
+    const Category category = category_of(type_);
+    category.row.free(category.log(Log::Function::free), body);
+}
+
+}  // namespace mdm::test
