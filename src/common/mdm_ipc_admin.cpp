@@ -27,8 +27,7 @@ constexpr Fields fields_of(const mdm_admin_info_t &info)
 
 uint32_t _size_of_admin(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     const mdm_admin_info_t &info = body->admin;
     return MDM_EXIT(word_size + size_of_fields(&info, fields_of(info)));

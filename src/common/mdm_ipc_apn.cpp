@@ -59,8 +59,7 @@ const char *_validate_apn(const mdm_body_t &body, Names names)
 // before stay zero at the end of the body.
 uint32_t _size_of_apn(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     mdm_apn_info_t &info = body->apn;
     uint32_t size = body_head_size;
@@ -92,8 +91,7 @@ uint32_t _size_of_apn(const Log &log, mdm_body_t *body)
 bool _set_apn(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_apn_info_t &info = body->apn;
     out.body_head(info);
@@ -123,8 +121,7 @@ bool _set_apn(Writer &out, mdm_body_t *body)
 bool _get_apn(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_apn_info_t &info = body->apn;
     in.body_head(info);

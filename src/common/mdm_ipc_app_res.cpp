@@ -19,30 +19,16 @@ enum class Form { packages, items, controls, raw };
 
 constexpr Form form_of(int32_t type)
 {
-    switch (type) {
-    case 3:
-    case 155:
-    case 159:
-    case 162:
-    case 168:
-    case 169:
-    case 170:
-    case 171:
-    case 176:
-    case 177:
+    if (is_any(type, 3, 155, 159, 162, 168, 169, 170, 171, 176, 177)) {
         return Form::packages;
-    case 140:
-    case 141:
-    case 142:
-        return Form::items;
-    case 172:
-    case 173:
-    case 174:
-    case 175:
-        return Form::controls;
-    default:
-        return Form::raw;
     }
+    if (is_any(type, 140, 141, 142)) {
+        return Form::items;
+    }
+    if (is_any(type, 172, 173, 174, 175)) {
+        return Form::controls;
+    }
+    return Form::raw;
 }
 
 constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app_res);

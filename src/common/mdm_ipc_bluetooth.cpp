@@ -13,25 +13,10 @@ enum class Form { names, raw };
 
 constexpr Form form_of(uint32_t type)
 {
-    switch (type) {
-    case 91:
-    case 220:
-    case 221:
-    case 222:
-    case 223:
-    case 224:
-    case 225:
-    case 227:
-    case 230:
-    case 231:
-    case 233:
-    case 234:
-    case 235:
-    case 237:
+    if (is_any(type, 91, 220, 221, 222, 223, 224, 225, 227, 230, 231, 233, 234, 235, 237)) {
         return Form::names;
-    default:
-        return Form::raw;
     }
+    return Form::raw;
 }
 
 // Only these lists are released; every other payload stays with the owner of the message.
@@ -57,8 +42,7 @@ const char *_validate_bluetooth(const mdm_body_t &body, Names names)
 
 uint32_t _size_of_bluetooth(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     const mdm_bluetooth_info_t &info = body->bluetooth;
     MDM_INFO("data_size : %d", info.data_size);
@@ -81,8 +65,7 @@ uint32_t _size_of_bluetooth(const Log &log, mdm_body_t *body)
 bool _set_bluetooth(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_bluetooth_info_t &info = body->bluetooth;
     out.body_head(info);
@@ -101,8 +84,7 @@ bool _set_bluetooth(Writer &out, mdm_body_t *body)
 bool _get_bluetooth(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_bluetooth_info_t &info = body->bluetooth;
     in.body_head(info);

@@ -60,8 +60,7 @@ const char *_validate_container(const mdm_body_t &body, Names names)
 // Stores an item's payload size in `data_size`.
 uint32_t _size_of_container(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     mdm_container_info_t &info = body->container;
     if (!has_payload(info)) {
@@ -88,8 +87,7 @@ uint32_t _size_of_container(const Log &log, mdm_body_t *body)
 bool _set_container(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_container_info_t &info = body->container;
     out.body_head(info);
@@ -115,8 +113,7 @@ bool _set_container(Writer &out, mdm_body_t *body)
 bool _get_container(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_container_info_t &info = body->container;
     in.body_head(info);

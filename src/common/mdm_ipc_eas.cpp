@@ -76,8 +76,7 @@ const char *_validate_eas(const mdm_body_t &body, Names names)
 // strings are added to what was there, with every call anew; the sum is sent and sized.
 uint32_t _size_of_eas(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     mdm_eas_info_t &info = body->eas;
     if (!has_payload(info)) {
@@ -105,8 +104,7 @@ uint32_t _size_of_eas(const Log &log, mdm_body_t *body)
 bool _set_eas(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_eas_info_t &info = body->eas;
     out.body_head(info);
@@ -125,8 +123,7 @@ bool _set_eas(Writer &out, mdm_body_t *body)
 bool _get_eas(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_eas_info_t &info = body->eas;
     in.body_head(info);

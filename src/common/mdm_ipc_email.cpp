@@ -66,8 +66,7 @@ const char *_validate_email(const mdm_body_t &body, Names names)
 // ends at its first null element, while the accounts behind it are written: past the counted size.
 uint32_t _size_of_email(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     mdm_email_info_t &info = body->email;
     if (!has_payload(info)) {
@@ -88,8 +87,7 @@ uint32_t _size_of_email(const Log &log, mdm_body_t *body)
 bool _set_email(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_email_info_t &info = body->email;
     out.body_head(info);
@@ -108,8 +106,7 @@ bool _set_email(Writer &out, mdm_body_t *body)
 bool _get_email(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_email_info_t &info = body->email;
     in.body_head(info);

@@ -65,6 +65,13 @@ inline Category category_of(uint8_t type)
     return {handler_rows[entry.row], Names(category_names + entry.names)};
 }
 
+// Whether a discriminator is among those listed.
+template <class Type, class... Types>
+constexpr bool is_any(Type type, Types... listed)
+{
+    return ((type == static_cast<Type>(listed)) || ...);
+}
+
 // The payload that a body's `data` points to.
 
 // For the categories that test `data_size` against zero, so that a negative one announces a payload

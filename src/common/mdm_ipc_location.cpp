@@ -20,8 +20,7 @@ uint32_t _size_of_location(const Log & /*log*/, mdm_body_t * /*body*/)
 bool _set_location(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out, false);
+    MDM_ENTER_IF(out, false);
     out.body_head(body->location);
     return MDM_EXIT(true);
 }
@@ -29,8 +28,7 @@ bool _set_location(Writer &out, mdm_body_t *body)
 bool _get_location(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, false);
+    MDM_ENTER_IF(body != nullptr, false);
     in.body_head(body->location);
     return MDM_EXIT(true);
 }

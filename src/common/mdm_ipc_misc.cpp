@@ -97,8 +97,7 @@ const char *_validate_misc(const mdm_body_t &body, Names names)
 // A null element of a list counts 4 bytes, although nothing is written for it.
 uint32_t _size_of_misc(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     mdm_misc_info_t &info = body->misc;
     uint32_t size = body_head_size;
@@ -144,8 +143,7 @@ uint32_t _size_of_misc(const Log &log, mdm_body_t *body)
 bool _set_misc(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_misc_info_t &info = body->misc;
     out.body_head(info);
@@ -202,8 +200,7 @@ static char **read_array(Reader &in, int32_t count)
 bool _get_misc(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_misc_info_t &info = body->misc;
     in.body_head(info);

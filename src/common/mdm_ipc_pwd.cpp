@@ -37,8 +37,7 @@ const char *_validate_pwd(const mdm_body_t &body, Names names)
 // record's length follows from its fields.
 uint32_t _size_of_pwd(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     const mdm_pwd_info_t &info = body->pwd;
     uint32_t size = body_head_size;
@@ -52,8 +51,7 @@ uint32_t _size_of_pwd(const Log &log, mdm_body_t *body)
 bool _set_pwd(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_pwd_info_t &info = body->pwd;
     out.body_head(info);
@@ -71,8 +69,7 @@ bool _set_pwd(Writer &out, mdm_body_t *body)
 bool _get_pwd(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_pwd_info_t &info = body->pwd;
     in.body_head(info);

@@ -23,8 +23,7 @@ const char *_validate_roaming(const mdm_body_t &body, Names names)
 // `data_size` is neither computed nor looked at: the record travels whatever it says.
 uint32_t _size_of_roaming(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
     MDM_ASSERT(body->roaming.data != nullptr, 0);
     return MDM_EXIT(body_head_size + size_of_fields(body->roaming.data, data_fields));
 }
@@ -32,8 +31,7 @@ uint32_t _size_of_roaming(const Log &log, mdm_body_t *body)
 bool _set_roaming(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_roaming_info_t &info = body->roaming;
     out.body_head(info);
@@ -46,8 +44,7 @@ bool _set_roaming(Writer &out, mdm_body_t *body)
 bool _get_roaming(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_roaming_info_t &info = body->roaming;
     in.body_head(info);
@@ -62,16 +59,14 @@ const char *_validate_roaming_res(const mdm_body_t &body, Names names)
 
 uint32_t _size_of_roaming_res(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
     return MDM_EXIT(body_head_size);
 }
 
 bool _set_roaming_res(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
     out.body_head(body->roaming_res);
     return MDM_EXIT(true);
 }
@@ -80,8 +75,7 @@ bool _set_roaming_res(Writer &out, mdm_body_t *body)
 bool _get_roaming_res(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
     in.body_head(body->roaming_res);
     return MDM_EXIT(true);
 }

@@ -64,8 +64,7 @@ const char *_validate_security(const mdm_body_t &body, Names names)
 // decides nothing, except the length of raw bytes.
 uint32_t _size_of_security(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     mdm_security_info_t &info = body->security;
     uint32_t size = body_head_size;
@@ -104,8 +103,7 @@ uint32_t _size_of_security(const Log &log, mdm_body_t *body)
 bool _set_security(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_security_info_t &info = body->security;
     out.body_head(info);
@@ -154,8 +152,7 @@ static GList *read_strings(Reader &in)
 bool _get_security(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_security_info_t &info = body->security;
     in.body_head(info);

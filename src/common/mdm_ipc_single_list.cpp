@@ -22,16 +22,14 @@ const char *_validate_single_list(const mdm_body_t &body, Names names)
 // Trusts the sign of `data_size`: a negative one counts fewer bytes than the head that is written.
 uint32_t _size_of_single_list(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
     return MDM_EXIT(body_head_size + static_cast<uint32_t>(body->res.data_size));
 }
 
 bool _set_single_list(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_res_info_t &info = body->res;
     out.body_head(info);
@@ -44,8 +42,7 @@ bool _set_single_list(Writer &out, mdm_body_t *body)
 bool _get_single_list(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_res_info_t &info = body->res;
     in.body_head(info);
@@ -58,8 +55,7 @@ bool _get_single_list(Reader &in, mdm_body_t *body)
 bool _get_single_list_size(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_res_info_t &info = body->res;
     in.body_head(info);

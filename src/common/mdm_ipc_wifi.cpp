@@ -17,38 +17,22 @@ enum class Form { pair, ssids, dhcp, triple, network, raw };
 
 constexpr Form form_of(uint32_t type)
 {
-    switch (type) {
-    case 305:
-    case 307:
-    case 309:
-    case 311:
-    case 313:
-    case 315:
-    case 317:
-    case 324:
-    case 326:
-    case 328:
-    case 330:
-    case 332:
-    case 339:
+    if (is_any(type, 305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339)) {
         return Form::pair;
-    case 290:
-    case 344:
-    case 346:
-    case 348:
-    case 349:
-    case 350:
-    case 352:
-        return Form::ssids;
-    case 88:
-        return Form::dhcp;
-    case 319:
-        return Form::triple;
-    case 345:
-        return Form::network;
-    default:
-        return Form::raw;
     }
+    if (is_any(type, 290, 344, 346, 348, 349, 350, 352)) {
+        return Form::ssids;
+    }
+    if (type == 88) {
+        return Form::dhcp;
+    }
+    if (type == 319) {
+        return Form::triple;
+    }
+    if (type == 345) {
+        return Form::network;
+    }
+    return Form::raw;
 }
 
 enum class Detail { none, number, text, mixed, texts };
@@ -191,8 +175,7 @@ const char *_validate_wifi(const mdm_body_t &body, Names names)
 // bytes stay zero at the end of the body.
 uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
 {
-    MDM_ENTER();
-    MDM_ASSERT(body != nullptr, 0);
+    MDM_ENTER_IF(body != nullptr, 0);
 
     const mdm_wifi_info_t &info = body->wifi;
     uint32_t size = body_head_size;
@@ -242,8 +225,7 @@ uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
 bool _set_wifi(Writer &out, mdm_body_t *body)
 {
     const Log &log = out.log();
-    MDM_ENTER();
-    MDM_ASSERT(out && body != nullptr, false);
+    MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_wifi_info_t &info = body->wifi;
     out.body_head(info);
@@ -284,8 +266,7 @@ bool _set_wifi(Writer &out, mdm_body_t *body)
 bool _get_wifi(Reader &in, mdm_body_t *body)
 {
     const Log &log = in.log();
-    MDM_ENTER();
-    MDM_ASSERT(in && body != nullptr, false);
+    MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_wifi_info_t &info = body->wifi;
     in.body_head(info);

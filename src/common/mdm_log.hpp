@@ -114,3 +114,8 @@ private:
             return result;                 \
         }                                  \
     } while (0)
+
+// The entry line and the first argument check.
+#define MDM_ENTER_IF(condition, result) \
+    MDM_ENTER();                        \
+    MDM_ASSERT(condition, result)
