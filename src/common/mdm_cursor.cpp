@@ -29,8 +29,11 @@ inline void copy_words(uint8_t *to, const uint8_t *from, size_t count)
     if constexpr (std::endian::native == std::endian::little) {
         std::memcpy(to, from, count * word_size);
     } else {
-        for (size_t i = 0; i < count * word_size; i += word_size) {
-            store_u32(to + i, load_u32(from + i));
+        for (; count > 0; --count, to += word_size, from += word_size) {
+            uint32_t word = 0;
+            std::memcpy(&word, from, word_size);
+            word = GUINT32_TO_LE(word);
+            std::memcpy(to, &word, word_size);
         }
     }
 }
@@ -150,21 +153,11 @@ void Writer::u32(uint32_t value, const char *path)
 
 void Writer::str(const char *text, const char *path)
 {
-    write_text(text, path);
-}
-
-inline void Writer::write_text(const char *text, const char *path)
-{
     const uint32_t length = text_length(text);
-    if (left() < word_size || left() - word_size < length) [[unlikely]] {
-        if (!has(word_size, path)) {
-            return;
-        }
-        pass(word_size);
-        fail(length, path);
-        return;
+    u32(length, path);
+    if (length != 0 && has(length, path)) {
+        std::memcpy(pass(length), text, length);
     }
-    write_str(pass(size_t{word_size} + length), text, length);
 }
 
 void Writer::fields(const void *record, Fields list)
@@ -217,16 +210,8 @@ inline bool Writer::fields_at_once(const uint8_t *record, Fields list)
 void Writer::fail_at_first_missing(const uint8_t *record, Fields list)
 {
     for_each_field(record, list, [this](Kind kind, const uint8_t *member, const char *path) {
-        if (!has(smallest_size(kind), path)) {
-            return false;
-        }
-        pass(smallest_size(kind));
-        const uint32_t length = kind == Kind::text ? text_length(text_at(member)) : 0;
-        if (!has(length, path)) {
-            return false;
-        }
-        pass(length);
-        return true;
+        return skips(smallest_size(kind), path) &&
+               (kind != Kind::text || skips(text_length(text_at(member)), path));
     });
 }
 
@@ -270,21 +255,21 @@ void Writer::records(void *records, const char *path, Fields list)
     }
 }
 
-void Writer::strings_before_null(void *strings, const char *path, EachLine each)
+[[gnu::flatten]] void Writer::strings_before_null(void *strings, const char *path, EachLine each)
 {
     each = logged(each);
     for (const char *text : elements_before_null<char>(strings)) {
         log_each(each, text);
-        write_text(text, path);
+        str(text, path);
     }
 }
 
-void Writer::strings_or_gaps(void *strings, int32_t gap, const char *path)
+[[gnu::flatten]] void Writer::strings_or_gaps(void *strings, int32_t gap, const char *path)
 {
     count(strings, path);
     for (const char *text : elements<char>(strings)) {
         if (text != nullptr) {
-            write_text(text, path);
+            str(text, path);
         } else {
             skip(gap, path);
         }
@@ -352,34 +337,24 @@ uint8_t Reader::u8(const char *path)
 
 uint32_t Reader::u32(const char *path)
 {
-    return read_word(path);
-}
-
-inline uint32_t Reader::read_word(const char *path)
-{
     return has(word_size, path) ? load_u32(pass(word_size)) : 0;
 }
 
 int32_t Reader::count(const char *path, uint32_t smallest)
 {
-    const auto count = static_cast<int32_t>(read_word(path));
+    const auto count = static_cast<int32_t>(u32(path));
     return count < 1 || has(bytes_needed(count, smallest), path) ? count : 0;
 }
 
 uint32_t Reader::unsigned_count(const char *path, uint32_t smallest)
 {
-    const uint32_t count = read_word(path);
+    const uint32_t count = u32(path);
     return has(uint64_t{smallest} * count, path) ? count : 0;
 }
 
 char *Reader::str(const char *path)
 {
-    return read_text(path);
-}
-
-inline char *Reader::read_text(const char *path)
-{
-    const uint32_t length = read_word(path);
+    const uint32_t length = u32(path);
     return length != 0 && has(length, path) ? new_text(pass(length), length) : nullptr;
 }
 
@@ -483,16 +458,9 @@ void Reader::fail_at_first_missing(uint8_t *record, Fields list)
         std::memset(record + run.offset, 0, run.count * size_of(run.kind));
     }
     for_each_field(record, list, [this](Kind kind, uint8_t * /*member*/, const char *path) {
-        if (!has(smallest_size(kind), path)) {
-            return false;
-        }
-        const uint8_t *value = pass(smallest_size(kind));
-        const uint32_t length = kind == Kind::text ? load_u32(value) : 0;
-        if (!has(length, path)) {
-            return false;
-        }
-        pass(length);
-        return true;
+        const uint8_t *value = position_;
+        return skips(smallest_size(kind), path) &&
+               (kind != Kind::text || skips(load_u32(value), path));
     });
 }
 
@@ -508,19 +476,19 @@ GList *Reader::records(const char *path, Fields list)
     const int32_t count = this->count(path, list.smallest_size());
     List records(*this);
     for (int32_t i = 0; *this && i < count; ++i) {
-        records.add(record(list));
+        records.append(record(list));
     }
     return records.head();
 }
 
-GList *Reader::strings(int64_t count, const char *path, EachLine each)
+[[gnu::flatten]] GList *Reader::strings(int64_t count, const char *path, EachLine each)
 {
     each = logged(each);
     List strings(*this);
     for (int64_t i = 0; *this && i < count; ++i) {
-        char *text = read_text(path);
+        char *text = str(path);
         log_each(each, text);
-        strings.add(text);
+        strings.append(text);
     }
     return strings.head();
 }
@@ -544,12 +512,7 @@ std::span<char *> Reader::make_array(int32_t count, const char *path)
 
 void Reader::List::append(void *element)
 {
-    add(element);
-}
-
-inline void Reader::List::add(void *element)
-{
-    auto *cell = in_.is_guarded() ? static_cast<GList *>(in_.place(sizeof(GList))) : g_list_alloc();
+    auto *cell = static_cast<GList *>(in_.is_guarded() ? in_.place(sizeof(GList)) : g_list_alloc());
     *cell = {element, nullptr, tail_};
     (tail_ == nullptr ? head_ : tail_->next) = cell;
     tail_ = cell;
@@ -565,38 +528,13 @@ void *Reader::try_make(size_t size)
     return is_guarded() ? make(size) : g_try_malloc0(size);
 }
 
-// Room for a record or a cell.
-inline void *Reader::place(size_t size)
+void *Reader::take_from_new_block(size_t size)
 {
-    if (!is_guarded()) {
-        return g_malloc(size);
-    }
-    void *place = take(size);
-    return place != nullptr ? place : region_->dropped();
-}
-
-// Of the region. Null without memory, which ends the cursor.
-inline void *Reader::take(size_t size)
-{
-    void *place = region_->take(size);
-    if (place != nullptr) [[likely]] {
-        return place;
-    }
-    place = region_->grow(size, left()) ? region_->take(size) : nullptr;
+    void *place = region_->grow(size, left()) ? region_->take(size) : nullptr;
     if (place == nullptr) {
         fail_without_memory(region_->capacity());
     }
     return place;
-}
-
-inline char *Reader::new_text(const uint8_t *bytes, size_t length)
-{
-    if (!is_guarded()) {
-        return copy_text(static_cast<char *>(g_malloc(length + 1)), bytes, length);
-    }
-    char *text = copy_text(region_->text(), bytes, length);
-    region_->text_to(text + length + 1);
-    return text;
 }
 
 }  // namespace mdm

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include <glib.h>
@@ -96,11 +97,11 @@ protected:
     }
 
     // False for a trusting cursor, which goes on.
-    [[gnu::cold]] bool fail(uint64_t needed, const char *path);
-    [[gnu::cold]] void fail_without_memory(size_t size);
+    [[gnu::cold, gnu::noinline]] bool fail(uint64_t needed, const char *path);
+    [[gnu::cold, gnu::noinline]] void fail_without_memory(size_t size);
 
     // What keeps a body head from being written or read: its first word that has no room.
-    [[gnu::cold]] void fail_in_body_head();
+    [[gnu::cold, gnu::noinline]] void fail_in_body_head();
 
     // Of the elements of a list: a guarded cursor logs nothing that a message says.
     EachLine logged(EachLine each) const { return is_guarded() ? no_line : each; }
@@ -190,12 +191,15 @@ public:
     void clear_rest() { clear(SIZE_MAX); }
 
 private:
-    void write_text(const char *text, const char *path);
     void write_body_head(uint32_t type, uint32_t param, uint32_t data_size);
     bool fields_at_once(const uint8_t *record, Fields list);
     void fail_at_first_missing(const uint8_t *record, Fields list);
     void clear(size_t count);
     uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
+    bool skips(size_t count, const char *path)
+    {
+        return has(count, path) && pass(count) != nullptr;
+    }
     void move_to(uint8_t *position, size_t left)
     {
         position_ = position;
@@ -296,28 +300,51 @@ public:
         GList *head() const { return head_; }
 
     private:
-        friend Reader;
-        void add(void *element);
-
         Reader &in_;
         GList *head_ = nullptr;
         GList *tail_ = nullptr;
     };
 
 private:
-    uint32_t read_word(const char *path);
-    char *read_text(const char *path);
     void read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size);
     bool fields_at_once(uint8_t *record, Fields list);
     const uint8_t *texts(const uint8_t *position, char **texts, size_t count, size_t &spare);
     void fail_at_first_missing(uint8_t *record, Fields list);
     void *make(size_t size);
     void *try_make(size_t size);
-    void *place(size_t size);
-    void *take(size_t size);
-    char *new_text(const uint8_t *bytes, size_t length);
+
+    // Room for a record or a cell.
+    void *place(size_t size)
+    {
+        if (!is_guarded()) {
+            return g_malloc(size);
+        }
+        void *place = take(size);
+        return place != nullptr ? place : region_->dropped();
+    }
+    // Of the region. Null without memory, which ends the cursor.
+    void *take(size_t size)
+    {
+        void *place = region_->take(size);
+        return place != nullptr ? place : take_from_new_block(size);
+    }
+    [[gnu::cold, gnu::noinline]] void *take_from_new_block(size_t size);
+
+    char *new_text(const uint8_t *bytes, size_t length)
+    {
+        if (!is_guarded()) {
+            return copy_text(static_cast<char *>(g_malloc(length + 1)), bytes, length);
+        }
+        char *text = copy_text(region_->text(), bytes, length);
+        region_->text_to(text + length + 1);
+        return text;
+    }
 
     const uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
+    bool skips(size_t count, const char *path)
+    {
+        return has(count, path) && pass(count) != nullptr;
+    }
     void move_to(const uint8_t *position, size_t left)
     {
         position_ = position;

@@ -4,76 +4,36 @@
 #include <array>
 
 namespace mdm {
-
 namespace {
 
-// The rows, in order. Seven categories share two.
-enum class Row : uint8_t {
-    none,
-    admin,
-    pwd,
-    security,
-    wifi,
-    bluetooth,
-    eas,
-    app,
-    app_res,
-    roaming,
-    roaming_res,
-    misc,
-    apn,
-    single_list,
-    single_list_size,
-    phone_res,
-    email,
-    kiosk,
-    container,
-    location,
-    log_manager,
-    platform,
-    app_cb,
-    misc_cb
-};
+// What rows have in common, under the names of the row.
+constexpr SetHandler *_set_single_list_size = _set_single_list;
+constexpr SizeHandler *_size_of_single_list_size = _size_of_single_list;
+constexpr FreeHandler *_free_single_list_size = _free_single_list;
+constexpr ValidateHandler *_validate_single_list_size = _validate_single_list;
+constexpr FreeHandler *_free_roaming_res = _free_roaming;
+constexpr ValidateHandler *no_validation = nullptr;
+constexpr auto _validate_admin = no_validation, _validate_log_manager = no_validation,
+               _validate_platform = no_validation, _validate_app_cb = no_validation,
+               _validate_misc_cb = no_validation;
+
+// The rows behind the empty one. Seven categories share two.
+#define MDM_ROWS(ROW)                                                                             \
+    ROW(admin)                                                                                    \
+    ROW(pwd)                                                                                      \
+    ROW(security) ROW(wifi) ROW(bluetooth) ROW(eas) ROW(app) ROW(app_res) ROW(roaming)            \
+        ROW(roaming_res) ROW(misc) ROW(apn) ROW(single_list) ROW(single_list_size) ROW(phone_res) \
+            ROW(email) ROW(kiosk) ROW(container) ROW(location) ROW(log_manager) ROW(platform)     \
+                ROW(app_cb) ROW(misc_cb)
+
+#define MDM_ENUMERATOR(row) row,
+enum class Row : uint8_t { none, MDM_ROWS(MDM_ENUMERATOR) };
 
 }  // namespace
 
-#define MDM_HANDLERS(category, reader, releaser) \
-    _set_##category, _get_##reader, _size_of_##category, _free_##releaser
-#define MDM_ROW_OF(category, reader, releaser)                         \
-    {                                                                  \
-        MDM_HANDLERS(category, reader, releaser), _validate_##category \
-    }
-#define MDM_ROW(category) MDM_ROW_OF(category, category, category)
-#define MDM_ROW_WITHOUT_VALIDATION(category)       \
-    {                                              \
-        MDM_HANDLERS(category, category, category) \
-    }
-constexpr ipc_handler_row handler_rows[] = {
-    {nullptr, nullptr, nullptr, nullptr},
-    MDM_ROW_WITHOUT_VALIDATION(admin),
-    MDM_ROW(pwd),
-    MDM_ROW(security),
-    MDM_ROW(wifi),
-    MDM_ROW(bluetooth),
-    MDM_ROW(eas),
-    MDM_ROW(app),
-    MDM_ROW(app_res),
-    MDM_ROW(roaming),
-    MDM_ROW_OF(roaming_res, roaming_res, roaming),
-    MDM_ROW(misc),
-    MDM_ROW(apn),
-    MDM_ROW(single_list),
-    MDM_ROW_OF(single_list, single_list_size, single_list),
-    MDM_ROW(phone_res),
-    MDM_ROW(email),
-    MDM_ROW(kiosk),
-    MDM_ROW(container),
-    MDM_ROW(location),
-    MDM_ROW_WITHOUT_VALIDATION(log_manager),
-    MDM_ROW_WITHOUT_VALIDATION(platform),
-    MDM_ROW_WITHOUT_VALIDATION(app_cb),
-    MDM_ROW_WITHOUT_VALIDATION(misc_cb),
-};
+#define MDM_ROW(row) {_set_##row, _get_##row, _size_of_##row, _free_##row, _validate_##row},
+constexpr ipc_handler_row handler_rows[] = {{nullptr, nullptr, nullptr, nullptr},
+                                            MDM_ROWS(MDM_ROW)};
 
 // Each category: its message types from the first to the last, its name, its row, and the file of its
 // handlers.
