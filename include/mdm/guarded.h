@@ -38,11 +38,15 @@
  *
  * The functions keep no state: any number of threads may work on different messages at once.
  *
+ * The log: no text of a message reaches it. ipc_open() and ipc_seal() log their entry and exit at
+ * level 0 and, if they refuse, one line at level 3: "Refused: " and the sentence of
+ * ipc_fault_describe(). ipc_close() and ipc_fault_describe() log nothing.
+ *
  * No byte of a message makes ipc_open(), ipc_seal() or ipc_close() end the process. Where memory
- * cannot be had, they refuse, with the path "memory" in the fault. An opened message takes at most 10 times the bytes'
- * length and 4 KiB, 6 times where pointers have 32 bits. No count or length in the bytes allocates
- * anything before it is known that the bytes that are left can be as many. How long a message may
- * be is the channel's to limit.
+ * cannot be had, they refuse, with the path "memory" in the fault. An opened message takes at most
+ * 10 times the bytes' length and 4 KiB, 6 times where pointers have 32 bits. No count or length in
+ * the bytes allocates anything before it is known that the bytes that are left can be as many. How
+ * long a message may be is the channel's to limit.
  */
 #ifndef MDM_GUARDED_H
 #define MDM_GUARDED_H
@@ -112,8 +116,7 @@ MDM_API void ipc_close(mdm_msg_t *msg);
  *
  * It refuses bytes that fail a check of the envelope, and bytes from which any field would have to
  * be read behind their end. It refuses a count or a length that cannot be true of the bytes that
- * are left, and a negative size that the category uses as a length. It logs one critical line then,
- * with the sentence of ipc_fault_describe().
+ * are left, and a negative size that the category uses as a length.
  *
  * @param buffer  the received bytes, at any address; not changed and not kept. Nothing behind them
  *                is read.
@@ -151,9 +154,6 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
  *   440 with a payload (the path of the type), because a receiver's copy of them is not what the
  *   sender's was;
  * - a message for which there is no memory ("memory").
- *
- * It logs one critical line then, with the sentence of ipc_fault_describe(), beside what the
- * category's own code may log.
  *
  * A message that was opened may be sealed, as it is or changed. These are refused as they are, and
  * no others, but for one that would reach 2 GiB and one for which there is no memory:

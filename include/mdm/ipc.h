@@ -11,6 +11,14 @@
  * the count of the header's text and every count and length inside a body are believed. Bytes
  * whose sender could lie about them must not reach ipc_deserialize(), but ipc_open() of
  * mdm/guarded.h.
+ *
+ * The log: these functions log texts of a message as they are. Level 0 has the package name of an
+ * admin query. Level 1 has names of wifi networks, settings of a wifi pair (which may be a secret),
+ * names of bluetooth devices, package names and pairs of app, package names and items of app_res,
+ * bookmarks of misc, and names of apn profiles. Level 1 is logged by default.
+ * mdm_log_set_level(#MDM_LOG_WARN), or a higher threshold, silences both levels. docs/security.md
+ * has a table of these lines ("What the log repeats"). The functions of mdm/guarded.h log no text
+ * of a message.
  */
 #ifndef MDM_IPC_H
 #define MDM_IPC_H
@@ -27,8 +35,9 @@ MDM_BEGIN_DECLS
 /**
  * Turns a message into one contiguous buffer.
  *
- * The body's size is computed first, then one zero-filled buffer is allocated and written. Some
- * categories store the computed `data_size` in the body; nothing else in @p msg changes.
+ * The body's size is computed first, then one buffer is allocated and written. Bytes of the message
+ * that nobody writes are zero. Some categories store the computed `data_size` in the body; nothing
+ * else in @p msg changes.
  *
  * A body that cannot be written is only reported in the log: the buffer is still returned, with
  * whatever was written before the failure. A body that cannot be sized, or that a category counts

@@ -6,6 +6,10 @@
  * Every line goes to the platform's system log; when a path has been set, the same line is also
  * appended to that file. One threshold for the whole process decides which lines are emitted.
  *
+ * Texts of a message: the functions of mdm/ipc.h repeat some of them in lines of the levels 0 and 1.
+ * mdm/ipc.h says which texts; mdm_log_set_level(#MDM_LOG_WARN) silences these lines. The functions
+ * of mdm/util_policy.h log texts, too, some of them at level 3.
+ *
  * Any thread may call any of these functions at any time. A line is never written to a path that
  * is being replaced, and lines from different threads never interleave inside the file; the
  * order of lines may differ between the system log and the file.
@@ -37,8 +41,9 @@ MDM_BEGIN_DECLS
 typedef uint32_t mdm_log_level_t;
 
 enum {
-    MDM_LOG_DEBUG = 0,    /**< Function entry and exit, some field dumps. */
-    MDM_LOG_INFO = 1,     /**< Field values and sizes. The threshold at load time. */
+    MDM_LOG_DEBUG = 0,    /**< Function entry and exit, some field dumps, texts among them. */
+    MDM_LOG_INFO = 1,     /**< Field values, texts among them, and sizes. The threshold at load
+                               time. */
     MDM_LOG_WARN = 2,     /**< Not used by the library; available to callers. */
     MDM_LOG_CRITICAL = 3, /**< Every failure. */
     MDM_LOG_NONE = 4,     /**< As a threshold: silence everything. */
@@ -62,7 +67,8 @@ enum {
 /**
  * Turns the logger on or off.
  *
- * @param flag  0 sets the threshold #MDM_LOG_NONE, anything else #MDM_LOG_INFO.
+ * @param flag  0 sets the threshold #MDM_LOG_NONE, anything else #MDM_LOG_INFO, whatever the
+ *              threshold was before.
  */
 MDM_API void mdm_log_set_enabled(int flag);
 
@@ -87,10 +93,9 @@ MDM_API mdm_log_level_t mdm_log_get_level(void);
  * A line for which there is no memory is left out. Of a line that a full disk does not take whole,
  * nothing stays, unless another process has meanwhile appended to the file. Where the file can only
  * be appended to, the beginning stays, and the next line begins on a line of its own. The signals of
- * such
- * writes do what the program has set: SIGXFSZ at a limit for the size of files, SIGPIPE for a FIFO
- * whose reader is gone. A FIFO without a reader makes every line wait for one,
- * and cancellation does not end that wait.
+ * such writes do what the program has set: SIGXFSZ at a limit for the size of files, SIGPIPE for a
+ * FIFO whose reader is gone. A FIFO without a reader makes every line wait for one, and cancellation
+ * does not end that wait.
  *
  * @param path  the file's path, which stays the caller's, or null.
  *
@@ -128,7 +133,8 @@ MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *
  * @param buffer_id  #MDM_PLATFORM_LOG_SYSTEM.
  * @param priority   one of the platform's priorities above.
  * @param tag        who logs.
- * @param format     the text, as for vprintf(3).
+ * @param format     the text, as for vprintf(3), valid until the call returns. In a line of the
+ *                   library itself it begins with the place: file, function, number of the line.
  * @param args       its arguments.
  *
  * @return The library's own: the number of characters of the formatted text; 0 for the silent

@@ -21,6 +21,9 @@
  * }
  * @endcode
  *
+ * The log: a text of parameters is logged at level 1, and once more at level 3 if it has too few
+ * fields. The text of a limit is logged at level 3 if it does not begin with seven numbers.
+ *
  * Thread safety: the functions keep no state.
  */
 #ifndef MDM_UTIL_POLICY_H

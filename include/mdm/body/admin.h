@@ -20,6 +20,9 @@ enum {
  * `value`, `pkg`, `text`. The receiver's fields of the other form stay as its record held them.
  * A null and an empty string are the same on the wire and arrive as null. ipc_free() releases
  * both strings and sets them to null.
+ *
+ * The log: ipc_serialize() and ipc_deserialize() log `pkg` of #IS_CLIENT_REGISTERED at level 0; see
+ * mdm/ipc.h and docs/security.md.
  */
 typedef struct mdm_admin_info {
     uint32_t type;  /**< Discriminator; 0 is #IS_CLIENT_REGISTERED. */

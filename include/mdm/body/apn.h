@@ -44,6 +44,9 @@ typedef struct mdm_apn_account {
  *
  * ipc_free() releases the payload; for a profile or a list `data` keeps its old value, so a
  * message is freed once.
+ *
+ * The log: ipc_serialize() and ipc_deserialize() log `profile_name` of each profile of a list at
+ * level 1; see mdm/ipc.h and docs/security.md.
  */
 typedef struct mdm_apn_info {
     /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */

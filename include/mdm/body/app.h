@@ -43,6 +43,9 @@ typedef struct mdm_app_num_pair {
  * ipc_free() releases `pkg` always, and the payload whatever `data_size` says, except a package
  * list (4, 15), whose cells and strings stay with the owner of the message. For 184 and 185 `data`
  * keeps its old value.
+ *
+ * The log: ipc_serialize() and ipc_deserialize() log the package names of a list (4, 15) and both
+ * texts of a pair (184, 185) at level 1; see mdm/ipc.h and docs/security.md.
  */
 typedef struct mdm_app_info {
     /** @{ One of the fields of the application head: see #MDM_APP_HEAD. */

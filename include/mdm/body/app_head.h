@@ -15,7 +15,7 @@
 /**
  * Declares the fields of the application head, in order:
  *
- * - `type`: policy discriminator; selects the shape of the payload.
+ * - `type`: policy discriminator; selects the form of the payload.
  * - `aux`: the caller's word, never sent.
  * - `param`: a parameter of the policy, sent as it stands.
  * - `pkg`: a string sent with every body; may be null. An empty string arrives as null.

@@ -41,6 +41,10 @@ typedef struct mdm_app_control_info {
  * that points at them; an item list's `data` keeps its old value; and when `data_size` is 1 or more
  * while `data` is null, nothing is released, `pkg` included. A received empty list is such a body:
  * its `pkg` stays with the owner of the message.
+ *
+ * The log, at level 1: ipc_serialize() logs the package names of a list. ipc_deserialize() logs
+ * those of each ::mdm_app_control_info_t. Both, and ipc_free(), log the items. See mdm/ipc.h and
+ * docs/security.md.
  */
 typedef struct mdm_app_res_info {
     /** @{ One of the fields of the application head: see #MDM_APP_HEAD. */

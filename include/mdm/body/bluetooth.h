@@ -20,6 +20,9 @@
  * ipc_free() releases the lists of `type` 91, 223, 227, 233 and 237 only, and sets `data` to null
  * and `data_size` to 0 (an empty list keeps its `data_size`). For every other value it sets
  * `data_size` to 0 and leaves `data`, which the owner of the message then releases.
+ *
+ * The log: ipc_serialize() and ipc_deserialize() log the names of a list at level 1; see mdm/ipc.h
+ * and docs/security.md.
  */
 typedef struct mdm_bluetooth_info {
     /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */

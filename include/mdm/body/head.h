@@ -33,7 +33,7 @@
 /**
  * Declares the fields of the body head, in order:
  *
- * - `type`: policy discriminator of the category; selects the shape of the payload.
+ * - `type`: policy discriminator of the category; selects the form of the payload.
  * - `aux`: the caller's word, never sent.
  * - `param`: a parameter of the policy, sent as it stands.
  * - `data_size`: byte size of the payload. How it is counted, and who sets it, is the

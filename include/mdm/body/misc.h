@@ -59,6 +59,9 @@ typedef struct mdm_misc_str_pair {
  * into a zeroed record stays with the owner of the message; with another `data` the list is
  * released and `param_list` keeps its old value. For 122, 288 and 289 `data` keeps its old value,
  * so a message is freed once.
+ *
+ * The log: ipc_serialize() logs both texts of an ::mdm_book_info_t at level 1; see mdm/ipc.h and
+ * docs/security.md.
  */
 typedef struct mdm_misc_info {
     int32_t type; /**< Policy discriminator; selects the payload. */

@@ -96,6 +96,11 @@ typedef struct mdm_wifi_network {
  * records of kinds 2 to 7 are released; `ssid`, `detail`, `data` and `data_size` keep their old
  * values. The ::mdm_wifi_network_t itself and the detail of kinds 1, 8 and 9 stay allocated, and
  * such a message is freed once.
+ *
+ * The log, at level 1: ipc_serialize(), ipc_deserialize() and ipc_free() log both texts of an
+ * ::mdm_wifi_pair_t, and its value may be a secret, like a pre-shared key; ipc_serialize() and
+ * ipc_deserialize() log the names of a list. mdm/ipc.h says how to silence these lines, and
+ * docs/security.md lists them.
  */
 typedef struct mdm_wifi_info {
     /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
