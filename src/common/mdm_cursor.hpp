@@ -172,7 +172,7 @@ public:
     // The list's strings, without a count, up to the first null one.
     void strings_before_null(void *strings, const char *path, EachLine each = no_line);
 
-    // The list's count, then its strings; in a null one's place `gap` bytes stay zero.
+    // The list's count, then its strings; in a null one's place `gap` bytes are zero.
     void strings_or_gaps(void *strings, int32_t gap, const char *path);
 
     // An element that was counted is not written: to a guarded cursor, what a receiver would look
@@ -184,7 +184,7 @@ public:
         }
     }
 
-    // Bytes that stay zero, which a guarded cursor refuses, too.
+    // Clears bytes, which a guarded cursor refuses, too.
     void skip(int32_t count, const char *path);
 
     // Nothing more will be written.

@@ -224,6 +224,8 @@ constexpr uint32_t smallest_size(const FieldList<Record, size> &list)
     return Fields(list).smallest_size();
 }
 
+bool has_null_element(void *list);
+
 // The byte count of a record on the wire.
 uint32_t size_of_fields(const void *record, Fields list);
 

@@ -56,7 +56,7 @@ const char *_validate_apn(const mdm_body_t &body, Names names)
 
 // Stores `data_size`: of a list the whole body's size. A single profile's size is added to what
 // was there, with every call anew: the sum is sent and sized, and as many bytes as there were
-// before stay zero at the end of the body.
+// before are zero at the end of the body.
 uint32_t _size_of_apn(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);

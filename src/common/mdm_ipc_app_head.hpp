@@ -4,7 +4,7 @@
 // `data_size`. The payload follows when `data_size` is 1 or more.
 #pragma once
 
-#include "mdm_wire.hpp"
+#include "mdm_fields.hpp"
 
 #define MDM_APP_HEAD_FIELDS(category) \
     MDM_FIELDS(mdm_##category##_info_t, #category, type, param, pkg, data_size)

@@ -56,7 +56,7 @@ const char *_validate_app_res(const mdm_body_t &body, Names names)
                                            : validate_list(is_announced, info.data, names);
 }
 
-// An item without a name is sized, but not written: 8 bytes stay zero at the end of the body.
+// An item without a name is sized, but not written: 8 bytes are zero at the end of the body.
 uint32_t _size_of_app_res(const Log &log, mdm_body_t *body)
 {
     if (body == nullptr) {

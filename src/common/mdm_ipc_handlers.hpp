@@ -25,7 +25,7 @@ using SizeHandler = uint32_t(const Log &log, mdm_body_t *body);
 using FreeHandler = void(const Log &log, mdm_body_t *body);
 // Returns the path of what keeps a body from being sized safely, or its receiver from finding what
 // is announced; null for a sound body. Runs on the guarded path alone, before the size handler,
-// which follows the body's pointers. A category has none if nothing in its bodies could be missing.
+// which follows the body's pointers. A category has none if each of its bodies is sound.
 using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 
 // One row of the dispatch table. An empty one has no handlers.

@@ -172,7 +172,7 @@ const char *_validate_wifi(const mdm_body_t &body, Names names)
 }
 
 // The sizes of a pair, a triple and DHCP settings count `data_size` on top of the strings: as many
-// bytes stay zero at the end of the body.
+// bytes are zero at the end of the body.
 uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);

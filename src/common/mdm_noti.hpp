@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The status store below its exported functions: the directory, with its trailing slash, is a
-// parameter. The names are the exported ones, because log lines carry them.
+// The status store below its exported functions, under whose names it logs: the directory, with its
+// trailing slash, is a parameter.
 #pragma once
 
 #include <cstdint>

@@ -50,14 +50,10 @@ int32_t parameter_of(const char *field)
     return std::max(0, saturated(std::strtol(field, nullptr, 10)));
 }
 
-// What lies between the argument check and the clean-up. It has the exported function's name, which
-// its lines carry. The vector is the caller's to free.
-int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(gchar **&token_vector, const char *text,
-                                                           int32_t &date_set, int32_t &period,
-                                                           uint32_t &send_limit,
-                                                           uint32_t &recv_limit)
+// What lies between the argument check and the clean-up. The vector is the caller's to free.
+int32_t parse_parameters(const Log &log, gchar **&token_vector, const char *text, int32_t &date_set,
+                         int32_t &period, uint32_t &send_limit, uint32_t &recv_limit)
 {
-    const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_of_data_calls_parse_parameters"));
     MDM_INFO("Checking: \"%s\" == MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING (\"%s\").", text,
              MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING);
     if (g_strcmp0(text, MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING) == 0) {
@@ -168,8 +164,8 @@ int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(const char *text, int
     }
 
     gchar **token_vector = nullptr;
-    const int32_t result = mdm::mdm_phone_res_limit_of_data_calls_parse_parameters(
-        token_vector, text, *p_date_set, *p_period, *p_send_limit, *p_recv_limit);
+    const int32_t result = mdm::parse_parameters(log, token_vector, text, *p_date_set, *p_period,
+                                                 *p_send_limit, *p_recv_limit);
     MDM_INFO("Cleaning up (token_vector == %p)", static_cast<void *>(token_vector));
     g_strfreev(token_vector);
     MDM_INFO("ret: %d, date set: %ld, period: %ld, send limit: %u, recv limit: %u", result,

@@ -130,8 +130,6 @@ inline uint32_t length_of(void *list)
     return g_list_length(static_cast<GList *>(list));
 }
 
-bool has_null_element(void *list);
-
 inline void release_cells(void *list)
 {
     g_list_free(g_list_first(static_cast<GList *>(list)));
