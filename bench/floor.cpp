@@ -61,13 +61,15 @@ uint8_t *begin(const mdm_msg_t &msg, uint32_t body_size, uint32_t &length, uint8
     const uint32_t text_length =
         msg.hdr_text == nullptr ? 0 : static_cast<uint32_t>(std::strlen(msg.hdr_text));
     length = 40 + text_length + body_size;
-    auto *buffer = static_cast<uint8_t *>(g_malloc0(length + 5));
+    auto *buffer = static_cast<uint8_t *>(g_malloc(length + 5));
+    buffer[length] = 0;
     std::memset(buffer + length + 1, 0xF4, 4);
     out = buffer;
     put(out, length - 8);
     *out++ = msg.type;
     *out++ = msg.hdr_byte;
-    out += 2;
+    *out++ = 0;
+    *out++ = 0;
     put(out, msg.hdr_word1);
     put(out, msg.hdr_word2);
     put(out, msg.hdr_text, text_length);
@@ -247,6 +249,7 @@ uint8_t *floor_encode_apn(const mdm_msg_t &msg, uint32_t &length)
     for (size_t i = 0; i < apn_texts; ++i) {
         put(out, texts[i], lengths[i]);
     }
+    std::memset(out, 0, static_cast<uint32_t>(body.data_size));
     return buffer;
 }
 
