@@ -8,16 +8,22 @@
 // The guarded path beside its own floor: each message is opened and closed by hand ("region
 // floor") and by ipc_open(), both ways, beside the same bytes decoded and released ("contract" and
 // "contract floor"). Sealing stands beside ipc_serialize(), both ways.
+//
+// With --instructions=FILE as its first flag, the program counts instructions instead of time.
+// Callgrind must run it then, and must have the same file as its --callgrind-out-file.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include "floor.hpp"
+#include "instructions.hpp"
 #include "mdm/guarded.h"
 #include "mdm/ipc.h"
 #include "mdm/log.h"
@@ -229,15 +235,29 @@ std::vector<uint8_t> encoded_with_text(const Message &message)
     return encoded(message, msg);
 }
 
+// Set where instructions are counted instead of time.
+std::optional<InstructionCounter> counter;
+
+template <class Step>
+void measure(benchmark::State &state, Step step)
+{
+    if (counter) {
+        state.counters["instructions"] = counter->count(step);
+    }
+    for (auto _ : state) {
+        step();
+    }
+}
+
 void encode_floor(benchmark::State &state, const Message &message)
 {
-    for (auto _ : state) {
+    measure(state, [&] {
         uint32_t length = 0;
         uint8_t *bytes = message.floor.encode(message.msg, length);
         benchmark::DoNotOptimize(bytes);
         benchmark::DoNotOptimize(length);
         g_free(bytes);
-    }
+    });
 }
 
 uint8_t *sealed(mdm_msg_t *msg, uint32_t *length)
@@ -250,25 +270,25 @@ void encode_library(benchmark::State &state, const Message &message, mdm_log_lev
 {
     mdm_msg_t msg = message.msg;
     mdm_log_set_level(threshold);
-    for (auto _ : state) {
+    measure(state, [&] {
         run(message.before_encode, msg);
         uint32_t length = 0;
         uint8_t *bytes = encode(&msg, &length);
         benchmark::DoNotOptimize(bytes);
         benchmark::DoNotOptimize(length);
         g_free(bytes);
-    }
+    });
 }
 
 void decode_floor(benchmark::State &state, const Message &message)
 {
     const std::vector<uint8_t> bytes = encoded(message);
     mdm_msg_t msg{};
-    for (auto _ : state) {
+    measure(state, [&] {
         message.floor.decode(bytes.data(), msg);
         benchmark::DoNotOptimize(msg);
         message.floor.release(msg);
-    }
+    });
 }
 
 void decode_library(benchmark::State &state, const Message &message, mdm_log_level_t threshold)
@@ -276,34 +296,34 @@ void decode_library(benchmark::State &state, const Message &message, mdm_log_lev
     const std::vector<uint8_t> bytes = encoded(message);
     mdm_msg_t msg{};
     mdm_log_set_level(threshold);
-    for (auto _ : state) {
+    measure(state, [&] {
         benchmark::DoNotOptimize(
             ipc_deserialize(&msg, bytes.data(), static_cast<uint32_t>(bytes.size())));
         benchmark::DoNotOptimize(msg);
         ipc_free(&msg);
         run(message.after_free, msg);
-    }
+    });
 }
 
 void open_floor(benchmark::State &state, const Message &message)
 {
     const std::vector<uint8_t> bytes = encoded(message);
-    for (auto _ : state) {
+    measure(state, [&] {
         mdm_msg_t *msg = message.floor.open(bytes.data(), static_cast<uint32_t>(bytes.size()));
         benchmark::DoNotOptimize(msg);
         region_close(msg);
-    }
+    });
 }
 
 void open_library(benchmark::State &state, const Message &message, mdm_log_level_t threshold)
 {
     const std::vector<uint8_t> bytes = encoded(message);
     mdm_log_set_level(threshold);
-    for (auto _ : state) {
+    measure(state, [&] {
         mdm_msg_t *msg = ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
         benchmark::DoNotOptimize(msg);
         ipc_close(msg);
-    }
+    });
 }
 
 // The floor must do the same work: make the same bytes, and a message that makes them again.
@@ -409,17 +429,28 @@ std::vector<Table> tables()
     };
 }
 
+// The flags for the benchmark library. Those of the command line come last and win.
+std::vector<std::string> benchmark_flags(std::vector<std::string> flags)
+{
+    constexpr std::string_view count_flag = "--instructions=";
+    if (flags.size() > 1 && flags[1].starts_with(count_flag)) {
+        counter.emplace(flags[1].substr(count_flag.size()));
+        flags[1] = "--benchmark_min_time=0";
+        return flags;
+    }
+    // Interleaved repetitions, so that what else the machine does falls on all alike.
+    flags.insert(flags.begin() + 1, {"--benchmark_enable_random_interleaving=true",
+                                     "--benchmark_repetitions=15", "--benchmark_min_time=0.05"});
+    return flags;
+}
+
 }  // namespace
 }  // namespace mdm::bench
 
 int main(int argc, char **argv)
 {
     using namespace mdm::bench;
-    // Interleaved repetitions, so that what else the machine does falls on all alike. Flags on
-    // the command line come later and win.
-    std::vector<std::string> flags = {argv[0], "--benchmark_enable_random_interleaving=true",
-                                      "--benchmark_repetitions=15", "--benchmark_min_time=0.05"};
-    flags.insert(flags.end(), argv + 1, argv + argc);
+    std::vector<std::string> flags = benchmark_flags({argv, argv + argc});
     std::vector<char *> arguments;
     arguments.reserve(flags.size());
     for (std::string &flag : flags) {
@@ -454,9 +485,12 @@ int main(int argc, char **argv)
         if (!is_true(message)) {
             return EXIT_FAILURE;
         }
-        register_message(message);
+        // A longer list takes minutes under callgrind.
+        if (!counter || message.elements <= 10000) {
+            register_message(message);
+        }
     }
-    RatioReporter reporter(tables());
+    RatioReporter reporter(tables(), counter ? "instructions" : "ns");
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return EXIT_SUCCESS;

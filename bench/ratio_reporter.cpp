@@ -30,6 +30,13 @@ void print_number(double number, int decimals, const std::string &heading, int s
     std::printf(" %*.*f", width(heading, smallest), decimals, number);
 }
 
+double counted(const benchmark::BenchmarkReporter::Run &run, const std::string &counter,
+               double otherwise)
+{
+    const auto found = run.counters.find(counter);
+    return found == run.counters.end() ? otherwise : found->second.value;
+}
+
 constexpr int message_width = 22;
 constexpr int base_width = 12;
 constexpr int ratio_width = 10;
@@ -54,11 +61,10 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
         if (std::ranges::find(messages_, message) == messages_.end()) {
             messages_.push_back(message);
         }
-        const auto elements = run.counters.find("elements");
-        elements_[message] = elements == run.counters.end() ? 1 : elements->second.value;
+        elements_[message] = counted(run, "elements", 1);
         // Of the processor: what else the machine does is not measured.
-        times_[name].push_back(run.cpu_accumulated_time * 1e9 /
-                               static_cast<double>(run.iterations));
+        const double time = run.cpu_accumulated_time * 1e9 / static_cast<double>(run.iterations);
+        costs_[name].push_back(counted(run, unit_, time));
     }
 }
 
@@ -71,10 +77,10 @@ void RatioReporter::Finalize()
 }
 
 // 0 for what was not measured.
-double RatioReporter::time(const std::string &message, const std::string &variant) const
+double RatioReporter::cost(const std::string &message, const std::string &variant) const
 {
-    const auto times = times_.find(message + "/" + variant);
-    return times == times_.end() ? 0 : median(times->second);
+    const auto costs = costs_.find(message + "/" + variant);
+    return costs == costs_.end() ? 0 : median(costs->second);
 }
 
 void RatioReporter::print(const Table &table) const
@@ -82,8 +88,8 @@ void RatioReporter::print(const Table &table) const
     if (!table.title.empty()) {
         std::printf("\n%s\n", table.title.c_str());
     }
-    const std::string base_heading = table.base + ", ns";
-    const std::string each_heading = table.each + ", ns/each";
+    const std::string base_heading = table.base + ", " + unit_;
+    const std::string each_heading = table.each + ", " + unit_ + "/each";
     std::printf("%-*s", message_width, "");
     print_heading(base_heading, base_width);
     for (const Column &column : table.columns) {
@@ -93,17 +99,17 @@ void RatioReporter::print(const Table &table) const
     std::printf("\n");
 
     for (const std::string &message : messages_) {
-        const double base = time(message, table.base);
+        const double base = cost(message, table.base);
         if (base == 0) {
             continue;  // of another table, or left out by a filter on the command line
         }
         std::printf("%-*s", message_width, message.c_str());
         print_number(base, 1, base_heading, base_width);
         for (const Column &column : table.columns) {
-            print_number(time(message, column.variant) / time(message, column.to), 2,
+            print_number(cost(message, column.variant) / cost(message, column.to), 2,
                          column.variant, ratio_width);
         }
-        print_number(time(message, table.each) / elements_.at(message), 1, each_heading,
+        print_number(cost(message, table.each) / elements_.at(message), 1, each_heading,
                      each_width);
         std::printf("\n");
     }

@@ -13,7 +13,7 @@
 
 namespace mdm::bench {
 
-// A variant's time as a ratio to another one's.
+// A variant's cost as a ratio to another one's.
 struct Column {
     std::string variant;
     std::string to;
@@ -27,23 +27,28 @@ struct Table {
 };
 
 // A benchmark is named "<message>/<variant>"; a table has the messages of which its base was
-// measured. Of several repetitions the median counts. The counter "elements" says how many there
-// are.
+// measured. Of several repetitions the median counts. A variant costs what its counter with the
+// unit's name says, or time in nanoseconds if it has none. The counter "elements" says how many
+// elements there are.
 class RatioReporter : public benchmark::BenchmarkReporter {
 public:
-    explicit RatioReporter(std::vector<Table> tables) : tables_(std::move(tables)) {}
+    RatioReporter(std::vector<Table> tables, std::string unit)
+        : tables_(std::move(tables)), unit_(std::move(unit))
+    {
+    }
 
     bool ReportContext(const Context &context) override;
     void ReportRuns(const std::vector<Run> &runs) override;
     void Finalize() override;
 
 private:
-    double time(const std::string &message, const std::string &variant) const;
+    double cost(const std::string &message, const std::string &variant) const;
     void print(const Table &table) const;
 
     std::vector<Table> tables_;
+    std::string unit_;
     std::vector<std::string> messages_;
-    std::map<std::string, std::vector<double>> times_;
+    std::map<std::string, std::vector<double>> costs_;
     std::map<std::string, double> elements_;
 };
 
