@@ -432,7 +432,7 @@ inline bool Reader::fields_at_once(uint8_t *record, Fields list)
         switch (run.kind) {
         case Kind::word:
             copy_words(member, position, run.count);
-            position += run.count * word_size;
+            position += size_t{run.count} * word_size;
             break;
         case Kind::text:
             position = texts(position, reinterpret_cast<char **>(member), run.count, spare);

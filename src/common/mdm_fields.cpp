@@ -24,12 +24,11 @@ template <class Byte, class Visit>
 
 bool has_null_element(void *list)
 {
-    for (const void *element : elements<void>(list)) {
-        if (element == nullptr) {
-            return true;
-        }
+    GList *cell = g_list_first(static_cast<GList *>(list));
+    while (cell != nullptr && cell->data != nullptr) {
+        cell = cell->next;
     }
-    return false;
+    return cell != nullptr;
 }
 
 uint32_t size_of_fields(const void *record, Fields list)

@@ -118,7 +118,7 @@ public:
         const uint8_t *run_;
     };
     constexpr Iterator begin() const { return Iterator(bytes_ + field_list::runs); }
-    constexpr Iterator::End end() const { return {}; }
+    static constexpr Iterator::End end() { return {}; }
 
     // The first path; the next one begins behind its terminator.
     const char *paths() const

@@ -18,14 +18,14 @@ constexpr auto _validate_admin = no_validation, _validate_log_manager = no_valid
                _validate_misc_cb = no_validation;
 
 // The rows behind the empty one. Seven categories share two.
-#define MDM_ROWS(ROW)                                                                          \
-    ROW(admin)                                                                                 \
-    ROW(pwd)                                                                                   \
-    ROW(security)                                                                              \
-    ROW(wifi) ROW(bluetooth) ROW(eas) ROW(app) ROW(app_res) ROW(roaming) ROW(roaming_res)      \
-        ROW(misc) ROW(apn) ROW(single_list) ROW(single_list_size) ROW(phone_res) ROW(email)    \
-            ROW(kiosk) ROW(container) ROW(location) ROW(log_manager) ROW(platform) ROW(app_cb) \
-                ROW(misc_cb)
+#define MDM_ROWS(ROW)                                                                              \
+    ROW(admin)                                                                                     \
+    ROW(pwd)                                                                                       \
+    ROW(security)                                                                                  \
+    ROW(wifi)                                                                                      \
+    ROW(bluetooth) ROW(eas) ROW(app) ROW(app_res) ROW(roaming) ROW(roaming_res) ROW(misc) ROW(apn) \
+        ROW(single_list) ROW(single_list_size) ROW(phone_res) ROW(email) ROW(kiosk) ROW(container) \
+            ROW(location) ROW(log_manager) ROW(platform) ROW(app_cb) ROW(misc_cb)
 
 #define MDM_ENUMERATOR(row) row,
 enum class Row : uint8_t { none, MDM_ROWS(MDM_ENUMERATOR) };
@@ -75,7 +75,7 @@ constexpr std::array<TypeEntry, last_message_type + 1> type_entries = [] {
     std::array<TypeEntry, last_message_type + 1> entries{};
     uint16_t names = 0;
 #define MDM_ENTER_TYPES(first, last, name, row, file)            \
-    for (size_t type = first; type <= last; ++type) {            \
+    for (size_t type = (first); type <= (last); ++type) {        \
         entries[type] = {static_cast<uint8_t>(Row::row), names}; \
     }                                                            \
     names += sizeof(MDM_NAMES_OF(first, last, name, row, file)) - 1;

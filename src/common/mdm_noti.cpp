@@ -48,6 +48,7 @@ void read(std::fstream &file, int32_t *status)
     *status = status_of(word);
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): read() has the same parameters
 void write(std::fstream &file, int32_t *status)
 {
     file << std::to_string(*status);
