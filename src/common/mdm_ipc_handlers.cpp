@@ -18,21 +18,21 @@ constexpr auto _validate_admin = no_validation, _validate_log_manager = no_valid
                _validate_misc_cb = no_validation;
 
 // The rows behind the empty one. Seven categories share two.
-#define MDM_ROWS(ROW)                                                                              \
-    ROW(admin)                                                                                     \
-    ROW(pwd)                                                                                       \
-    ROW(security)                                                                                  \
-    ROW(wifi)                                                                                      \
-    ROW(bluetooth) ROW(eas) ROW(app) ROW(app_res) ROW(roaming) ROW(roaming_res) ROW(misc) ROW(apn) \
-        ROW(single_list) ROW(single_list_size) ROW(phone_res) ROW(email) ROW(kiosk) ROW(container) \
-            ROW(location) ROW(log_manager) ROW(platform) ROW(app_cb) ROW(misc_cb)
+#define MDM_ROWS(ROW)                                                                        \
+    ROW(admin), ROW(pwd), ROW(security), ROW(wifi), ROW(bluetooth), ROW(eas), ROW(app),      \
+        ROW(app_res), ROW(roaming), ROW(roaming_res), ROW(misc), ROW(apn), ROW(single_list), \
+        ROW(single_list_size), ROW(phone_res), ROW(email), ROW(kiosk), ROW(container),       \
+        ROW(location), ROW(log_manager), ROW(platform), ROW(app_cb), ROW(misc_cb)
 
-#define MDM_ENUMERATOR(row) row,
+#define MDM_ENUMERATOR(row) row
 enum class Row : uint8_t { none, MDM_ROWS(MDM_ENUMERATOR) };
 
 }  // namespace
 
-#define MDM_ROW(row) {_set_##row, _get_##row, _size_of_##row, _free_##row, _validate_##row},
+#define MDM_ROW(row)                                                         \
+    {                                                                        \
+        _set_##row, _get_##row, _size_of_##row, _free_##row, _validate_##row \
+    }
 constexpr ipc_handler_row handler_rows[] = {{nullptr, nullptr, nullptr, nullptr},
                                             MDM_ROWS(MDM_ROW)};
 
