@@ -110,14 +110,14 @@ void Cursor::end_with(const ipc_fault_t &fault)
 
 void Writer::message_head(const mdm_msg_t &msg)
 {
-    const size_t length = text_length(msg.hdr_text);
-    if (left() < smallest_head_size || left() - smallest_head_size < length) [[unlikely]] {
+    if (!has_room(smallest_head_size, text_size(msg.hdr_text))) [[unlikely]] {
         return fail_at_first_missing(reinterpret_cast<const uint8_t *>(&msg), head_fields);
     }
-    uint8_t *position = pass(smallest_head_size + length);
+    const uint32_t length = text_length(msg.hdr_text);
+    uint8_t *position = pass(smallest_head_size + size_t{length});
     position = store_u32(position, msg.hdr_word1);
     position = store_u32(position, msg.hdr_word2);
-    position = write_str(position, msg.hdr_text, static_cast<uint32_t>(length));
+    position = write_str(position, msg.hdr_text, length);
     position = store_u32(position, msg.hdr_word3);
     position = store_u32(position, msg.hdr_word6);
     position = store_u32(position, msg.hdr_word7);
@@ -153,9 +153,10 @@ void Writer::u32(uint32_t value, const char *path)
 
 void Writer::str(const char *text, const char *path)
 {
-    const uint32_t length = text_length(text);
+    const size_t size = text_size(text);
+    const auto length = static_cast<uint32_t>(size);
     u32(length, path);
-    if (length != 0 && has(length, path)) {
+    if (size != 0 && has(size, path)) {
         std::memcpy(pass(length), text, length);
     }
 }
@@ -172,10 +173,10 @@ void Writer::fields(const void *record, Fields list)
 // member might be changed by any text that is copied. What is spare is for texts.
 inline bool Writer::fields_at_once(const uint8_t *record, Fields list)
 {
-    if (list.smallest_size() > left()) {
+    if (!has_room(list.smallest_size(), 0)) {
         return false;
     }
-    size_t spare = left() - list.smallest_size();
+    size_t spare = spare_behind(list.smallest_size());
     uint8_t *position = position_;
     for (const Run run : list) {
         const uint8_t *member = record + run.offset;
@@ -187,12 +188,12 @@ inline bool Writer::fields_at_once(const uint8_t *record, Fields list)
             break;
         case Kind::text:
             do {
-                const uint32_t length = text_length(text_at(member));
+                const size_t length = text_size(text_at(member));
                 if (length > spare) {
                     return false;
                 }
-                spare -= length;
-                position = write_str(position, text_at(member), length);
+                spare -= is_guarded() ? length : 0;
+                position = write_str(position, text_at(member), static_cast<uint32_t>(length));
                 member += sizeof(char *);
             } while (--count > 0);
             break;
@@ -211,7 +212,7 @@ void Writer::fail_at_first_missing(const uint8_t *record, Fields list)
 {
     for_each_field(record, list, [this](Kind kind, const uint8_t *member, const char *path) {
         return skips(smallest_size(kind), path) &&
-               (kind != Kind::text || skips(text_length(text_at(member)), path));
+               (kind != Kind::text || skips(text_size(text_at(member)), path));
     });
 }
 
@@ -280,16 +281,23 @@ void Writer::skip(int32_t count, const char *path)
 {
     omit(path);
     if (*this) {
-        clear(static_cast<uint32_t>(count));
-        pass(static_cast<uint32_t>(count));
+        const auto size = static_cast<uint32_t>(count);
+        clear(size);
+        pass(size);
     }
 }
 
-// What is beyond the message is nobody's to clear.
+// What is beyond the message is nobody's to clear, and a position that is beyond it never comes back:
+// not even one that has gone round the address space.
 void Writer::clear(size_t count)
 {
-    if (position_ < end_) {
-        std::memset(position_, 0, std::min(count, static_cast<size_t>(end_ - position_)));
+    if (position_ >= end_) {
+        return;
+    }
+    const auto room = static_cast<size_t>(end_ - position_);
+    std::memset(position_, 0, std::min(count, room));
+    if (count >= room) {
+        end_ = nullptr;
     }
 }
 
@@ -301,7 +309,7 @@ void Reader::message_head(mdm_msg_t &msg)
     const uint8_t *position = position_;
     const size_t length =
         left() < smallest_to_text ? 0 : load_u32(position + size_t{2} * word_size);
-    if (left() < smallest_head_size || left() - smallest_head_size < length) [[unlikely]] {
+    if (!has_room(smallest_head_size, length)) [[unlikely]] {
         return fail_at_first_missing(reinterpret_cast<uint8_t *>(&msg), head_fields);
     }
     pass(smallest_head_size + length);
@@ -378,8 +386,8 @@ void Reader::fields(void *record, Fields list)
 }
 
 // Reads strings, and returns the position after them; null if `spare` is less than their bytes, and
-// it is less by them otherwise.
-template <class NewText>
+// it is less by them otherwise. Without a bound there is no comparison.
+template <bool is_bounded, class NewText>
 static const uint8_t *read_texts(const uint8_t *position, char **texts, size_t count, size_t &spare,
                                  NewText new_text)
 {
@@ -391,10 +399,12 @@ static const uint8_t *read_texts(const uint8_t *position, char **texts, size_t c
             *texts = nullptr;
             continue;
         }
-        if (length > left) [[unlikely]] {
-            return nullptr;
+        if constexpr (is_bounded) {
+            if (length > left) [[unlikely]] {
+                return nullptr;
+            }
+            left -= length;
         }
-        left -= length;
         *texts = copy_text(new_text(length + 1), position, length);
         position += length;
     }
@@ -406,11 +416,11 @@ inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_
                                     size_t &spare)
 {
     if (!is_guarded()) {
-        return read_texts(position, texts, count, spare,
-                          [](size_t size) { return static_cast<char *>(g_malloc(size)); });
+        return read_texts<false>(position, texts, count, spare,
+                                 [](size_t size) { return static_cast<char *>(g_malloc(size)); });
     }
     char *next = region_->text();
-    position = read_texts(position, texts, count, spare, [&next](size_t size) {
+    position = read_texts<true>(position, texts, count, spare, [&next](size_t size) {
         char *text = next;
         next += size;
         return text;
@@ -422,10 +432,10 @@ inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_
 // As the writer's.
 inline bool Reader::fields_at_once(uint8_t *record, Fields list)
 {
-    if (list.smallest_size() > left()) {
+    if (!has_room(list.smallest_size(), 0)) {
         return false;
     }
-    size_t spare = left() - list.smallest_size();
+    size_t spare = spare_behind(list.smallest_size());
     const uint8_t *position = position_;
     for (const Run run : list) {
         uint8_t *member = record + run.offset;
@@ -497,7 +507,7 @@ std::span<char *> Reader::make_array(int32_t count, const char *path)
 {
     if (!is_guarded()) {
         const auto size = static_cast<size_t>(std::max(count, 0));
-        return {static_cast<char **>(g_malloc0(size * sizeof(char *))), size};
+        return {g_new0(char *, size), size};
     }
     if (!has(bytes_needed(count, word_size), path)) {
         return {};

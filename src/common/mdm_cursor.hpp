@@ -59,6 +59,9 @@ struct EachLine {
 #define MDM_EACH(text) (::mdm::EachLine{__LINE__, text})
 inline constexpr EachLine no_line = {0, nullptr};
 
+// What a trusting cursor has left: no end is in sight.
+inline constexpr size_t no_end = SIZE_MAX;
+
 // The message head without its text, from offset 8 of a message on.
 inline constexpr uint32_t smallest_head_size = 8 * word_size;
 
@@ -85,6 +88,14 @@ protected:
 
     // Whether `count` more bytes are there for the field.
     bool has(uint64_t count, const char *path) { return count <= left_ || !fail(count, path); }
+
+    // Whether a record or a head has room, whose texts have so many bytes. A trusting cursor does not
+    // compare: where addresses have 32 bits, a text may claim to be as long as all of them.
+    bool has_room(size_t smallest, size_t text_bytes) const
+    {
+        return !is_guarded() || (smallest <= left_ && text_bytes <= left_ - smallest);
+    }
+    size_t spare_behind(size_t smallest) const { return is_guarded() ? left_ - smallest : no_end; }
 
     // The bytes that has() has found, which the cursor leaves behind.
     template <class Byte>
@@ -122,9 +133,6 @@ private:
     bool has_failed_;
     Log log_;
 };
-
-// What a trusting cursor has left: no end is in sight.
-inline constexpr size_t no_end = SIZE_MAX;
 
 class Writer : public Cursor {
 public:
@@ -278,6 +286,7 @@ public:
     Record *make()
     {
         static_assert(alignof(Record) <= alignof(void *));
+        static_assert(sizeof(Record) <= Region::largest_record);
         return static_cast<Record *>(make(sizeof(Record)));
     }
 

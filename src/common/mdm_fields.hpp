@@ -162,11 +162,21 @@ constexpr size_t size_of_paths(const std::array<Field, count> &fields)
     return size;
 }
 
+// Whether a list's bytes can hold its numbers.
+template <size_t count>
+constexpr bool all_fit(const std::array<Field, count> &fields)
+{
+    return count * word_size <= UINT8_MAX &&
+           std::all_of(fields.begin(), fields.end(),
+                       [](const Field &field) { return field.offset <= UINT8_MAX; });
+}
+
 // `Maker` returns the record's fields, as an array.
 template <class Record, class Maker>
 consteval auto make_field_list(Maker /*maker*/)
 {
     constexpr auto fields = Maker()();
+    static_assert(all_fit(fields));
     constexpr size_t run_count = count_runs(fields);
     constexpr size_t runs_size = run_count * field_list::run_size + field_list::end_size;
     FieldList<Record, field_list::runs + runs_size + size_of_paths(fields)> list{};

@@ -1,8 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "mdm_ipc_callback.hpp"
+//
+// The bodies of message types 61, application callbacks, and 63, miscellaneous callbacks: a head of
+// four words and, for the callback types 0 and 1, a payload:
+//
+//   app_cb    num6, str8, str7
+//   misc_cb   flag6, num7, str8
+#include "mdm_ipc_handlers.hpp"
 
 namespace mdm {
 namespace {
+
+// What tells the callback categories apart.
+struct Callback {
+    Fields head;
+    Fields payload;
+    const char *title;  // what the log calls the category
+};
+
+// In the head `data_size` travels second, and counts the whole body.
+#define MDM_CALLBACK_HEAD_FIELDS(category) \
+    MDM_FIELDS(mdm_##category##_info_t, #category, type, data_size, param, param2)
+constexpr auto app_head_fields = MDM_CALLBACK_HEAD_FIELDS(app_cb);
+constexpr auto app_fields = MDM_FIELDS(mdm_app_cb_info_t, "app_cb", num6, str8, str7);
+constexpr auto misc_head_fields = MDM_CALLBACK_HEAD_FIELDS(misc_cb);
+// One byte comes first, so the number behind it is unaligned.
+constexpr auto misc_fields = MDM_FIELDS(mdm_misc_cb_info_t, "misc_cb", flag6, num7, str8);
 
 // Both heads are alike, and that of app_cb stands for either.
 using Head = mdm_app_cb_info_t;
@@ -18,8 +40,6 @@ bool is_known(const Log &log, uint32_t type, const Callback &callback)
     MDM_CRITICAL("Unknown %s callback type [%d]", callback.title, type);
     return false;
 }
-
-}  // namespace
 
 // Stores the body's size in `data_size`, which the set handler sends: a receiver that finds 0 there
 // reads no payload.
@@ -96,5 +116,27 @@ void free_callback(const Log &log, mdm_body_t *body, const Callback &callback)
     }
     return MDM_EXIT();
 }
+
+}  // namespace
+
+#define MDM_CALLBACK_HANDLERS(category, callback)                  \
+    uint32_t _size_of_##category(const Log &log, mdm_body_t *body) \
+    {                                                              \
+        return size_of_callback(log, body, callback);              \
+    }                                                              \
+    bool _set_##category(Writer &out, mdm_body_t *body)            \
+    {                                                              \
+        return set_callback(out, body, callback);                  \
+    }                                                              \
+    bool _get_##category(Reader &in, mdm_body_t *body)             \
+    {                                                              \
+        return get_callback(in, body, callback);                   \
+    }                                                              \
+    void _free_##category(const Log &log, mdm_body_t *body)        \
+    {                                                              \
+        free_callback(log, body, callback);                        \
+    }
+MDM_CALLBACK_HANDLERS(app_cb, (Callback{app_head_fields, app_fields, "APP"}))
+MDM_CALLBACK_HANDLERS(misc_cb, (Callback{misc_head_fields, misc_fields, "MISC"}))
 
 }  // namespace mdm

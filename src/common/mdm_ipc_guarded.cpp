@@ -128,7 +128,9 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 [[gnu::cold, gnu::noinline]] void refuse(const Log &log, int line, const ipc_fault_t &found,
                                          ipc_fault_t *fault)
 {
-    log.critical(line, "Refused: %s", FaultText(found).c_str());
+    if (log.says(MDM_LOG_CRITICAL)) {
+        log.critical(line, "Refused: %s", FaultText(found).c_str());
+    }
     if (fault != nullptr) {
         *fault = found;
     }
@@ -137,7 +139,7 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 }  // namespace
 }  // namespace mdm
 
-mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
+[[gnu::flatten]] mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
 {
     static constexpr mdm::Log log(MDM_ORIGIN("ipc_open"));
     MDM_ENTER();

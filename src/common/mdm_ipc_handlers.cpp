@@ -65,8 +65,8 @@ constexpr ipc_handler_row handler_rows[] = {{nullptr, nullptr, nullptr, nullptr}
     CATEGORY(49, 50, location, location, location)              \
     CATEGORY(51, 52, log_manager, log_manager, log_manager)     \
     CATEGORY(53, 54, platform, platform, platform)              \
-    CATEGORY(61, 61, app_cb, app_cb, app_cb)                    \
-    CATEGORY(63, 63, misc_cb, misc_cb, misc_cb)
+    CATEGORY(61, 61, app_cb, app_cb, callback)                  \
+    CATEGORY(63, 63, misc_cb, misc_cb, callback)
 
 #define MDM_NAMES_OF(first, last, name, row, file) MDM_NAMES("mdm_ipc_" #file ".cpp", #name) "\0"
 constexpr char category_names[] = MDM_CATEGORIES(MDM_NAMES_OF);

@@ -189,23 +189,8 @@ int emit(const Line &line, va_list args)
     return result;
 }
 
-const char *prefix_of(Log::Function function)
-{
-    switch (function) {
-    case Log::Function::set:
-        return "_set_";
-    case Log::Function::get:
-        return "_get_";
-    case Log::Function::size:
-        return "_size_of_";
-    case Log::Function::free:
-        return "_free_";
-    case Log::Function::named:
-    case Log::Function::silent:
-        break;
-    }
-    return "";
-}
+// What the names of functions begin with, by Log::Function.
+constexpr char prefixes[][sizeof "_size_of_"] = {"", "", "_set_", "_get_", "_size_of_", "_free_"};
 
 // A number as text.
 class Digits {
@@ -245,9 +230,9 @@ void Log::print(uint32_t level, int line, const char *text, va_list args) const
     std::array<char, room_for_place + longest_text> format;
     char *end = format.data();
     for (const char *part :
-         {origin_, ": ", prefix_of(function_), origin_ + std::strlen(origin_) + 1, "(",
-          digits.c_str(), ") > ", is_failure ? "\033[0;31m* Critical * " : "", text,
-          is_failure ? "\033[0;m" : ""}) {
+         {origin_, ": ", prefixes[static_cast<size_t>(function_)],
+          origin_ + std::strlen(origin_) + 1, "(", digits.c_str(), ") > ",
+          is_failure ? "\033[0;31m* Critical * " : "", text, is_failure ? "\033[0;m" : ""}) {
         end = stpcpy(end, part);
     }
     emit({level, "MDM_COMMON", format.data(), errno}, args);

@@ -57,6 +57,11 @@ void write(std::fstream &file, int32_t *status)
 
 using Use = void(std::fstream &file, int32_t *status);
 
+void log_errno(const Log &log)
+{
+    MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));
+}
+
 // Opens the file of a key, lets it be used, and logs `done` with the status and the path.
 int32_t with_file(const Log &log, const char *directory, const char *key, std::ios::openmode mode,
                   Use *use, int32_t *status, const char *done)
@@ -76,10 +81,11 @@ int32_t with_file(const Log &log, const char *directory, const char *key, std::i
         return MDM_RESULT_SUCCESS;
     } catch (const std::ios::failure &failure) {
         MDM_CRITICAL("Opening/reading/closing file exception, ['%s'] thrown.", failure.what());
+        log_errno(log);
     } catch (...) {
         MDM_CRITICAL("Unknown exception thrown.");
+        log_errno(log);
     }
-    MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));
     return MDM_RESULT_FAILED;
 }
 

@@ -38,9 +38,15 @@ inline uint32_t load_u32(const uint8_t *position)
 
 // Strings.
 
+inline size_t text_size(const char *text)
+{
+    return text == nullptr ? 0 : std::strlen(text);
+}
+
+// As a count on the wire tells it.
 inline uint32_t text_length(const char *text)
 {
-    return text == nullptr ? 0 : static_cast<uint32_t>(std::strlen(text));
+    return static_cast<uint32_t>(text_size(text));
 }
 
 inline uint32_t size_of_str(const char *text)

@@ -138,7 +138,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(HandlerLines, SayTheirFileAndTheirFunction)
 {
     const std::map<std::string, std::string> shared_files = {
-        {"roaming_res", "mdm_ipc_roaming.cpp"},   {"browser", "mdm_ipc_single_list.cpp"},
+        {"roaming_res", "mdm_ipc_roaming.cpp"},   {"app_cb", "mdm_ipc_callback.cpp"},
+        {"misc_cb", "mdm_ipc_callback.cpp"},      {"browser", "mdm_ipc_single_list.cpp"},
         {"date_time", "mdm_ipc_single_list.cpp"}, {"remote", "mdm_ipc_single_list.cpp"},
         {"vpn", "mdm_ipc_single_list.cpp"},       {"firewall", "mdm_ipc_single_list.cpp"},
         {"res", "mdm_ipc_single_list.cpp"},       {"enterprise", "mdm_ipc_single_list.cpp"},
