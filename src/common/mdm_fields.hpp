@@ -37,7 +37,6 @@ constexpr size_t size_of(Kind kind)
 {
     switch (kind) {
     case Kind::none:
-        return 0;
     case Kind::byte:
         return sizeof(uint8_t);
     case Kind::word:

@@ -1035,6 +1035,23 @@ TEST(SealWriter, WritesNothingThatDoesNotFit)
     expect_no_room([](Writer &out) { out.skip(1, "it"); }, {5, 0, 3, "it"});
 }
 
+TEST(SealWriter, WritesNoHeadThatDoesNotFit)
+{
+    expect_no_room([](Writer &out) { out.message_head(mdm_msg_t{}); },
+                   {5, 4, 3, "header.hdr_word1"});
+    expect_no_room([](Writer &out) { out.body_head(mdm_pwd_info_t{}); }, {5, 4, 3, "type"});
+}
+
+TEST(SealWriter, NamesTheFirstWordOfAHeadThatDoesNotFit)
+{
+    std::array<uint8_t, 16> buffer{};
+    ipc_fault_t fault = untouched;
+    Writer out(buffer.data(), 6, buffer.size(), it_log, fault);
+    out.body_head(mdm_pwd_info_t{});
+    EXPECT_FALSE(out);
+    EXPECT_EQ(text_of(fault), text_of({14, 4, 2, "data_size"}));
+}
+
 TEST(SealWriter, WritesWhatJustFits)
 {
     std::array<uint8_t, 8> buffer{};

@@ -432,6 +432,17 @@ TEST_F(WireLists, MayLeaveAGapForANullElement)
     EXPECT_EQ(out.position(), buffer.data() + 16);
 }
 
+// A gap may be larger than the message, which ends where the writer was told.
+TEST_F(WireLists, ClearAGapUpToTheEndOfTheMessageAlone)
+{
+    Bytes buffer(18, 0xEE);
+    Writer out(buffer.data(), 0, 11, silence);
+    out.strings_or_gaps(list_, 4, "");
+    out.clear_rest();
+    EXPECT_EQ(buffer, hex("03 00 00 00 01 00 00 00 61 00 00 EE EE 01 00 00 00 62"));
+    EXPECT_EQ(out.position(), buffer.data() + 18);
+}
+
 TEST(WireListsOfRecords, SkipNullElementsButCountThem)
 {
     char text[] = "hi";
