@@ -5,7 +5,6 @@
 // not all of it fits are the fields looked at one by one, to find the first that does not.
 #include "mdm_cursor.hpp"
 
-#include <bit>
 #include <cstring>
 
 #include "mdm_ipc_fault.hpp"
@@ -23,18 +22,19 @@ constexpr uint64_t bytes_needed(int32_t count, uint32_t element_size)
     return count < 0 ? UINT64_MAX : uint64_t{element_size} * static_cast<uint32_t>(count);
 }
 
-// Copies words between a record and the wire, whose byte order the host need not have.
+// Copies words between a record and the wire, whose byte order the host need not have. There are
+// few of them: a call would cost more.
 inline void copy_words(uint8_t *to, const uint8_t *from, size_t count)
 {
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(to, from, count * word_size);
-    } else {
-        for (; count > 0; --count, to += word_size, from += word_size) {
-            uint32_t word = 0;
-            std::memcpy(&word, from, word_size);
-            word = GUINT32_TO_LE(word);
-            std::memcpy(to, &word, word_size);
-        }
+    for (; count > 0; --count, to += word_size, from += word_size) {
+        store_u32(to, load_u32(from));
+    }
+}
+
+inline void copy_bytes(uint8_t *to, const uint8_t *from, size_t count)
+{
+    for (; count > 0; --count) {
+        *to++ = *from++;
     }
 }
 
@@ -89,10 +89,9 @@ void Cursor::fail_without_memory(size_t size)
 void Cursor::fail_in_body_head()
 {
     for (const char *path : {names().type(), names().param(), names().data_size()}) {
-        if (!has(word_size, path)) {
+        if (!claim(word_size, path)) {
             return;
         }
-        left_ -= word_size;
     }
 }
 
@@ -108,21 +107,9 @@ void Cursor::end_with(const ipc_fault_t &fault)
 
 // Writing.
 
-void Writer::message_head(const mdm_msg_t &msg)
+void Writer::fail_in_message_head(const mdm_msg_t &msg)
 {
-    if (!has_room(smallest_head_size, text_size(msg.hdr_text))) [[unlikely]] {
-        return fail_at_first_missing(reinterpret_cast<const uint8_t *>(&msg), head_fields);
-    }
-    const uint32_t length = text_length(msg.hdr_text);
-    uint8_t *position = pass(smallest_head_size + size_t{length});
-    position = store_u32(position, msg.hdr_word1);
-    position = store_u32(position, msg.hdr_word2);
-    position = write_str(position, msg.hdr_text, length);
-    position = store_u32(position, msg.hdr_word3);
-    position = store_u32(position, msg.hdr_word6);
-    position = store_u32(position, msg.hdr_word7);
-    position = store_u32(position, msg.hdr_word4);
-    store_u32(position, msg.hdr_word5);
+    fail_at_first_missing(reinterpret_cast<const uint8_t *>(&msg), head_fields);
 }
 
 // `aux` stands between `type` and `param` in memory and is not sent.
@@ -154,10 +141,11 @@ void Writer::u32(uint32_t value, const char *path)
 void Writer::str(const char *text, const char *path)
 {
     const size_t size = text_size(text);
-    const auto length = static_cast<uint32_t>(size);
-    u32(length, path);
-    if (size != 0 && has(size, path)) {
-        std::memcpy(pass(length), text, length);
+    if (has_room(word_size, size)) {
+        const auto length = static_cast<uint32_t>(size);
+        write_str(pass(word_size + size_t{length}), text, length);
+    } else if (claim(word_size, path)) {
+        claim(size, path);
     }
 }
 
@@ -171,57 +159,59 @@ void Writer::fields(const void *record, Fields list)
 
 // False, and the cursor stays, if not all of the fields have room. The position is in a register: a
 // member might be changed by any text that is copied. What is spare is for texts.
-inline bool Writer::fields_at_once(const uint8_t *record, Fields list)
+[[gnu::always_inline]] inline bool Writer::fields_at_once(const uint8_t *record, Fields list)
 {
     if (!has_room(list.smallest_size(), 0)) {
         return false;
     }
     size_t spare = spare_behind(list.smallest_size());
+    const size_t counted = is_guarded() ? SIZE_MAX : 0;
     uint8_t *position = position_;
     for (const Run run : list) {
         const uint8_t *member = record + run.offset;
         size_t count = run.count;
         switch (run.kind) {
         case Kind::word:
-            copy_words(position, member, count);
-            position += count * word_size;
+            copy_words(position, member, run.count);
+            position += size_t{run.count} * word_size;
             break;
         case Kind::text:
             do {
-                const size_t length = text_size(text_at(member));
-                if (length > spare) {
+                const char *text = text_at(member);
+                const size_t size = text_size(text);
+                if (size > spare) {
                     return false;
                 }
-                spare -= is_guarded() ? length : 0;
-                position = write_str(position, text_at(member), static_cast<uint32_t>(length));
+                spare -= size & counted;
+                position = write_str(position, text, static_cast<uint32_t>(size));
                 member += sizeof(char *);
             } while (--count > 0);
             break;
         case Kind::byte:
         case Kind::none:
-            std::memcpy(position, member, count);
-            position += count;
+            copy_bytes(position, member, run.count);
+            position += run.count;
             break;
         }
     }
-    move_to(position, spare);
+    position_ = position;
+    set_left(spare);
     return true;
 }
 
 void Writer::fail_at_first_missing(const uint8_t *record, Fields list)
 {
     for_each_field(record, list, [this](Kind kind, const uint8_t *member, const char *path) {
-        return skips(smallest_size(kind), path) &&
-               (kind != Kind::text || skips(text_size(text_at(member)), path));
+        return claim(smallest_size(kind), path) &&
+               (kind != Kind::text || claim(text_size(text_at(member)), path));
     });
 }
 
 void Writer::raw_bytes(const void *data, int32_t data_size)
 {
-    if (bytes_needed(data_size, 1) > left()) [[unlikely]] {
-        if (fail(bytes_needed(data_size, 1), names().data())) {
-            return;
-        }
+    const uint64_t needed = bytes_needed(data_size, 1);
+    if (needed > left() && fail(needed, names().data())) [[unlikely]] {
+        return;
     }
     const auto size = static_cast<size_t>(data_size);
     if (size != 0) {
@@ -232,10 +222,13 @@ void Writer::raw_bytes(const void *data, int32_t data_size)
 uint32_t Writer::count(void *list, const char *path)
 {
     const auto *cell = static_cast<GList *>(list);
-    if (cell != nullptr && cell->prev != nullptr) {
+    uint32_t count = 0;
+    if (lengths_ != nullptr && lengths_->has_all(list)) {
+        count = lengths_->count();
+        cell = nullptr;
+    } else if (cell != nullptr && cell->prev != nullptr) {
         omit(path);
     }
-    uint32_t count = 0;
     for (; cell != nullptr; cell = cell->next) {
         if (cell->data == nullptr) {
             omit(path);
@@ -256,13 +249,27 @@ void Writer::records(void *records, const char *path, Fields list)
     }
 }
 
-[[gnu::flatten]] void Writer::strings_before_null(void *strings, const char *path, EachLine each)
+// The position is in a register, as in fields_at_once().
+void Writer::strings_before_null(void *strings, const char *path, EachLine each)
 {
-    each = logged(each);
+    ListLog lines(log(), each);
+    const uint32_t *length = lengths_ != nullptr ? lengths_->of(strings) : nullptr;
+    size_t spare = left();
+    uint8_t *position = position_;
     for (const char *text : elements_before_null<char>(strings)) {
-        log_each(each, text);
-        str(text, path);
+        lines.info(text);
+        const size_t size = length != nullptr ? *length++ : text_size(text);
+        if (is_guarded()) {
+            if (spare < word_size || size > spare - word_size) [[unlikely]] {
+                set_left(spare);
+                return str(text, path);
+            }
+            spare -= word_size + size;
+        }
+        position = write_str(position, text, static_cast<uint32_t>(size));
     }
+    position_ = position;
+    set_left(spare);
 }
 
 [[gnu::flatten]] void Writer::strings_or_gaps(void *strings, int32_t gap, const char *path)
@@ -303,26 +310,9 @@ void Writer::clear(size_t count)
 
 // Reading.
 
-void Reader::message_head(mdm_msg_t &msg)
+void Reader::fail_in_message_head(mdm_msg_t &msg)
 {
-    const size_t smallest_to_text = size_t{3} * word_size;
-    const uint8_t *position = position_;
-    const size_t length =
-        left() < smallest_to_text ? 0 : load_u32(position + size_t{2} * word_size);
-    if (!has_room(smallest_head_size, length)) [[unlikely]] {
-        return fail_at_first_missing(reinterpret_cast<uint8_t *>(&msg), head_fields);
-    }
-    pass(smallest_head_size + length);
-    msg.hdr_word1 = load_u32(position);
-    msg.hdr_word2 = load_u32(position + word_size);
-    position += smallest_to_text;
-    const uint8_t *behind_text = position + length;
-    msg.hdr_word3 = load_u32(behind_text);
-    msg.hdr_word6 = load_u32(behind_text + word_size);
-    msg.hdr_word7 = load_u32(behind_text + size_t{2} * word_size);
-    msg.hdr_word4 = load_u32(behind_text + size_t{3} * word_size);
-    msg.hdr_word5 = load_u32(behind_text + size_t{4} * word_size);
-    msg.hdr_text = length == 0 ? nullptr : new_text(position, length);
+    fail_at_first_missing(reinterpret_cast<uint8_t *>(&msg), head_fields);
 }
 
 void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
@@ -368,10 +358,9 @@ char *Reader::str(const char *path)
 
 char *Reader::raw_bytes(int32_t data_size)
 {
-    if (bytes_needed(data_size, 1) > left()) [[unlikely]] {
-        if (fail(bytes_needed(data_size, 1), names().data())) {
-            return nullptr;
-        }
+    const uint64_t needed = bytes_needed(data_size, 1);
+    if (needed > left() && fail(needed, names().data())) [[unlikely]] {
+        return nullptr;
     }
     const auto size = static_cast<size_t>(data_size);
     return new_text(pass(size), size);
@@ -430,7 +419,7 @@ inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_
 }
 
 // As the writer's.
-inline bool Reader::fields_at_once(uint8_t *record, Fields list)
+[[gnu::always_inline]] inline bool Reader::fields_at_once(uint8_t *record, Fields list)
 {
     if (!has_room(list.smallest_size(), 0)) {
         return false;
@@ -452,12 +441,13 @@ inline bool Reader::fields_at_once(uint8_t *record, Fields list)
             break;
         case Kind::byte:
         case Kind::none:
-            std::memcpy(member, position, run.count);
+            copy_bytes(member, position, run.count);
             position += run.count;
             break;
         }
     }
-    move_to(position, spare);
+    position_ = position;
+    set_left(spare);
     return true;
 }
 
@@ -467,10 +457,15 @@ void Reader::fail_at_first_missing(uint8_t *record, Fields list)
     for (const Run run : list) {
         std::memset(record + run.offset, 0, run.count * size_of(run.kind));
     }
-    for_each_field(record, list, [this](Kind kind, uint8_t * /*member*/, const char *path) {
-        const uint8_t *value = position_;
-        return skips(smallest_size(kind), path) &&
-               (kind != Kind::text || skips(load_u32(value), path));
+    const uint8_t *next = position_;
+    for_each_field(record, list, [&](Kind kind, uint8_t * /*member*/, const char *path) {
+        const uint8_t *value = next;
+        next += smallest_size(kind);
+        if (!claim(smallest_size(kind), path) || kind != Kind::text) {
+            return bool{*this};
+        }
+        next += load_u32(value);
+        return claim(load_u32(value), path);
     });
 }
 
@@ -493,14 +488,24 @@ GList *Reader::records(const char *path, Fields list)
 
 [[gnu::flatten]] GList *Reader::strings(int64_t count, const char *path, EachLine each)
 {
-    each = logged(each);
+    ListLog list(log(), each);
     List strings(*this);
     for (int64_t i = 0; *this && i < count; ++i) {
         char *text = str(path);
-        log_each(each, text);
+        list.info(text);
         strings.append(text);
     }
     return strings.head();
+}
+
+char *Reader::new_text(const uint8_t *bytes, size_t length)
+{
+    if (!is_guarded()) {
+        return copy_text(static_cast<char *>(g_malloc(length + 1)), bytes, length);
+    }
+    char *text = copy_text(region_->text(), bytes, length);
+    region_->text_to(text + length + 1);
+    return text;
 }
 
 std::span<char *> Reader::make_array(int32_t count, const char *path)
@@ -533,9 +538,16 @@ void *Reader::make(size_t size)
     return std::memset(place(size), 0, size);
 }
 
-void *Reader::try_make(size_t size)
+void *Reader::try_record(Fields list)
 {
-    return is_guarded() ? make(size) : g_try_malloc0(size);
+    if (is_guarded()) {
+        return record(list);
+    }
+    void *record = g_try_malloc0(list.record_size());
+    if (record != nullptr) {
+        fields(record, list);
+    }
+    return record;
 }
 
 void *Reader::take_from_new_block(size_t size)

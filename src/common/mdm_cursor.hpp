@@ -21,6 +21,7 @@
 #include "mdm/guarded.h"
 #include "mdm/message.h"
 #include "mdm_fields.hpp"
+#include "mdm_lengths.hpp"
 #include "mdm_log.hpp"
 #include "mdm_region.hpp"
 #include "mdm_wire.hpp"
@@ -50,14 +51,6 @@ private:
 #define MDM_NAMES(file, category)                                           \
     file "\0" category "\0" category ".type\0" category ".param\0" category \
          ".data_size\0" category ".data"
-
-// A line that is logged for each element of a list, with its text.
-struct EachLine {
-    int line;
-    const char *text;
-};
-#define MDM_EACH(text) (::mdm::EachLine{__LINE__, text})
-inline constexpr EachLine no_line = {0, nullptr};
 
 // What a trusting cursor has left: no end is in sight.
 inline constexpr size_t no_end = SIZE_MAX;
@@ -97,6 +90,14 @@ protected:
     }
     size_t spare_behind(size_t smallest) const { return is_guarded() ? left_ - smallest : no_end; }
 
+    // Counts them as gone: of a cursor that is about to fail nobody asks for the position.
+    bool claim(size_t count, const char *path)
+    {
+        const bool is_there = has(count, path);
+        left_ -= is_there ? count : 0;
+        return is_there;
+    }
+
     // The bytes that has() has found, which the cursor leaves behind.
     template <class Byte>
     Byte *pass(Byte *&position, size_t count)
@@ -113,15 +114,6 @@ protected:
 
     // What keeps a body head from being written or read: its first word that has no room.
     [[gnu::cold, gnu::noinline]] void fail_in_body_head();
-
-    // Of the elements of a list: a guarded cursor logs nothing that a message says.
-    EachLine logged(EachLine each) const { return is_guarded() ? no_line : each; }
-    void log_each(EachLine each, const char *text) const
-    {
-        if (each.text != nullptr && log_passes(MDM_LOG_INFO)) {
-            log_.info(each.line, each.text, text);
-        }
-    }
 
 private:
     void end_with(const ipc_fault_t &fault);
@@ -147,6 +139,9 @@ public:
           end_(buffer + total)
     {
     }
+
+    // The lengths that the body's size was told by.
+    void knows(const Lengths &lengths) { lengths_ = &lengths; }
 
     uint8_t *position() const { return position_; }
 
@@ -196,26 +191,24 @@ public:
     void skip(int32_t count, const char *path);
 
     // Nothing more will be written.
-    void clear_rest() { clear(SIZE_MAX); }
+    void clear_rest()
+    {
+        if (position_ < end_) {
+            clear(SIZE_MAX);
+        }
+    }
 
 private:
     void write_body_head(uint32_t type, uint32_t param, uint32_t data_size);
     bool fields_at_once(const uint8_t *record, Fields list);
     void fail_at_first_missing(const uint8_t *record, Fields list);
+    [[gnu::cold, gnu::noinline]] void fail_in_message_head(const mdm_msg_t &msg);
     void clear(size_t count);
     uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
-    bool skips(size_t count, const char *path)
-    {
-        return has(count, path) && pass(count) != nullptr;
-    }
-    void move_to(uint8_t *position, size_t left)
-    {
-        position_ = position;
-        set_left(left);
-    }
 
     uint8_t *position_;
     uint8_t *end_;
+    const Lengths *lengths_ = nullptr;
 };
 
 class Reader : public Cursor {
@@ -292,10 +285,10 @@ public:
 
     // The same where a category says what happens without memory: null. A guarded cursor fails, and
     // returns a place that no message keeps.
-    template <class Record>
-    Record *try_make()
+    template <class Record, size_t size>
+    Record *try_record(const FieldList<Record, size> &list)
     {
-        return static_cast<Record *>(try_make(sizeof(Record)));
+        return static_cast<Record *>(try_record(Fields(list)));
     }
 
     // A new zero-filled array for as many strings as follow; of null for a count below 1.
@@ -319,8 +312,9 @@ private:
     bool fields_at_once(uint8_t *record, Fields list);
     const uint8_t *texts(const uint8_t *position, char **texts, size_t count, size_t &spare);
     void fail_at_first_missing(uint8_t *record, Fields list);
+    [[gnu::cold, gnu::noinline]] void fail_in_message_head(mdm_msg_t &msg);
     void *make(size_t size);
-    void *try_make(size_t size);
+    void *try_record(Fields list);
 
     // Room for a record or a cell.
     void *place(size_t size)
@@ -339,29 +333,53 @@ private:
     }
     [[gnu::cold, gnu::noinline]] void *take_from_new_block(size_t size);
 
-    char *new_text(const uint8_t *bytes, size_t length)
-    {
-        if (!is_guarded()) {
-            return copy_text(static_cast<char *>(g_malloc(length + 1)), bytes, length);
-        }
-        char *text = copy_text(region_->text(), bytes, length);
-        region_->text_to(text + length + 1);
-        return text;
-    }
+    char *new_text(const uint8_t *bytes, size_t length);
 
     const uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
-    bool skips(size_t count, const char *path)
-    {
-        return has(count, path) && pass(count) != nullptr;
-    }
-    void move_to(const uint8_t *position, size_t left)
-    {
-        position_ = position;
-        set_left(left);
-    }
 
     const uint8_t *position_;
     Region *region_ = nullptr;
 };
+
+inline void Writer::message_head(const mdm_msg_t &msg)
+{
+    const size_t size = text_size(msg.hdr_text);
+    if (!has_room(smallest_head_size, size)) [[unlikely]] {
+        return fail_in_message_head(msg);
+    }
+    const auto length = static_cast<uint32_t>(size);
+    uint8_t *position = pass(smallest_head_size + size_t{length});
+    position = store_u32(position, msg.hdr_word1);
+    position = store_u32(position, msg.hdr_word2);
+    position = write_str(position, msg.hdr_text, length);
+    position = store_u32(position, msg.hdr_word3);
+    position = store_u32(position, msg.hdr_word6);
+    position = store_u32(position, msg.hdr_word7);
+    position = store_u32(position, msg.hdr_word4);
+    store_u32(position, msg.hdr_word5);
+}
+
+inline void Reader::message_head(mdm_msg_t &msg)
+{
+    const uint8_t *position = position_;
+    const size_t length = load_u32(position + size_t{2} * word_size);
+    if (is_guarded() && length > left() - smallest_head_size) [[unlikely]] {
+        return fail_in_message_head(msg);
+    }
+    pass(smallest_head_size + length);
+    msg.hdr_word1 = load_u32(position);
+    msg.hdr_word2 = load_u32(position + word_size);
+    msg.hdr_text = nullptr;
+    position += size_t{3} * word_size;
+    const uint8_t *behind_text = position + length;
+    msg.hdr_word3 = load_u32(behind_text);
+    msg.hdr_word6 = load_u32(behind_text + word_size);
+    msg.hdr_word7 = load_u32(behind_text + size_t{2} * word_size);
+    msg.hdr_word4 = load_u32(behind_text + size_t{3} * word_size);
+    msg.hdr_word5 = load_u32(behind_text + size_t{4} * word_size);
+    if (length != 0) {
+        msg.hdr_text = new_text(position, length);
+    }
+}
 
 }  // namespace mdm

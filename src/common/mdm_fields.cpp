@@ -24,11 +24,7 @@ template <class Byte, class Visit>
 
 bool has_null_element(void *list)
 {
-    GList *cell = g_list_first(static_cast<GList *>(list));
-    while (cell != nullptr && cell->data != nullptr) {
-        cell = cell->next;
-    }
-    return cell != nullptr;
+    return g_list_find(g_list_first(static_cast<GList *>(list)), nullptr) != nullptr;
 }
 
 uint32_t size_of_fields(const void *record, Fields list)

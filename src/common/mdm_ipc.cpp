@@ -19,7 +19,7 @@ void set_envelope(uint8_t *buffer, const mdm_msg_t &msg, uint32_t total)
 
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
 {
-    static constexpr Log log(MDM_ORIGIN("_alloc_msg"));
+    const Log log(MDM_ORIGIN("_alloc_msg"));
     // Two checks, so that the log tells a nonsensical size from one that is merely too small.
     MDM_ASSERT(total >= 1, nullptr);
     MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
@@ -37,7 +37,7 @@ void check_footer(const uint8_t *buffer, uint8_t type)
     const uint32_t length = load_u32(buffer + ipc_head::length);
     const uint8_t *end = buffer + length + uncounted_size + guard_offset;
     if (std::memcmp(end, guard.data(), guard.size()) != 0) {
-        static constexpr Log log(MDM_ORIGIN("check_footer"));
+        const Log log(MDM_ORIGIN("check_footer"));
         MDM_CRITICAL("Serialization has corrupted memory!!!!! (msg type=%d, len=%d)", type,
                      static_cast<int>(length));
     }
@@ -47,16 +47,18 @@ void check_footer(const uint8_t *buffer, uint8_t type)
 
 uint8_t *ipc_serialize(const Category &category, mdm_msg_t *msg, uint32_t *out_length)
 {
-    static constexpr Log log(MDM_ORIGIN("ipc_serialize"));
+    const Log log(MDM_ORIGIN("ipc_serialize"));
     const ipc_handler_row &row = category.row;
-    const int32_t total = total_size(row, msg, category.log(Log::Function::size));
+    Lengths lengths;
+    const int32_t total = total_size(row, msg, lengths, category.log(Log::Function::size));
     uint8_t *buffer = _alloc_msg(*msg, total);
     MDM_ASSERT(buffer != nullptr, nullptr);
 
     const auto length = static_cast<uint32_t>(total);
     Writer out(buffer, ipc_head::fields, length, category.log(Log::Function::set));
+    out.knows(lengths);
     out.message_head(*msg);
-    const bool is_written = row.set == nullptr || row.set(out, &msg->body);
+    const bool is_written = row.set == nullptr || row.set(out, out.log(), &msg->body);
     out.clear_rest();
     if (!is_written) {
         MDM_CRITICAL("lp_body is NULL");
@@ -69,13 +71,13 @@ uint8_t *ipc_serialize(const Category &category, mdm_msg_t *msg, uint32_t *out_l
 
 int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t *buffer)
 {
-    static constexpr Log log(MDM_ORIGIN("ipc_deserialize"));
+    const Log log(MDM_ORIGIN("ipc_deserialize"));
     msg->type = buffer[ipc_head::type];
     msg->hdr_byte = buffer[ipc_head::hdr_byte];
     release_string(msg->hdr_text);
     Reader in(buffer, ipc_head::fields, category.log(Log::Function::get));
     in.message_head(*msg);
-    if (category.row.get != nullptr && !category.row.get(in, &msg->body)) {
+    if (category.row.get != nullptr && !category.row.get(in, in.log(), &msg->body)) {
         MDM_CRITICAL("lp_body is NULL");
     }
     return MDM_EXIT(MDM_RESULT_SUCCESS);
@@ -87,7 +89,7 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
 // part.
 [[gnu::flatten]] uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
 {
-    static constexpr mdm::Log log(MDM_ORIGIN("ipc_serialize"));
+    const mdm::Log log(MDM_ORIGIN("ipc_serialize"));
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, nullptr);
     MDM_ASSERT(mdm::is_message_type(msg->type), nullptr);
@@ -98,7 +100,7 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
 
 [[gnu::flatten]] int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
 {
-    static constexpr mdm::Log log(MDM_ORIGIN("ipc_deserialize"));
+    const mdm::Log log(MDM_ORIGIN("ipc_deserialize"));
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, MDM_RESULT_FAILED);
     MDM_ASSERT(buffer != nullptr, MDM_RESULT_FAILED);

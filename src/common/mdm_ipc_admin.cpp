@@ -25,7 +25,7 @@ constexpr Fields fields_of(const mdm_admin_info_t &info)
 
 }  // namespace
 
-uint32_t _size_of_admin(const Log &log, mdm_body_t *body)
+uint32_t _size_of_admin(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -33,9 +33,8 @@ uint32_t _size_of_admin(const Log &log, mdm_body_t *body)
     return MDM_EXIT(word_size + size_of_fields(&info, fields_of(info)));
 }
 
-bool _set_admin(Writer &out, mdm_body_t *body)
+bool _set_admin(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER();
     const mdm_admin_info_t &info = body->admin;
     MDM_DEBUG("info->type: %d", static_cast<int>(info.type));
@@ -48,9 +47,8 @@ bool _set_admin(Writer &out, mdm_body_t *body)
 }
 
 // The fields of the form that did not travel stay as they were.
-bool _get_admin(Reader &in, mdm_body_t *body)
+bool _get_admin(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER();
     mdm_admin_info_t &info = body->admin;
     info.type = in.u32("admin.type");

@@ -57,7 +57,7 @@ const char *_validate_apn(const mdm_body_t &body, Names names)
 // Stores `data_size`: of a list the whole body's size. A single profile's size is added to what
 // was there, with every call anew: the sum is sent and sized, and as many bytes as there were
 // before are zero at the end of the body.
-uint32_t _size_of_apn(const Log &log, mdm_body_t *body)
+uint32_t _size_of_apn(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -73,10 +73,7 @@ uint32_t _size_of_apn(const Log &log, mdm_body_t *body)
         size += static_cast<uint32_t>(info.data_size);
         break;
     case Form::profiles:
-        if (has_null_element(info.data)) {
-            MDM_CRITICAL("acconts is NULL");
-            return MDM_EXIT(no_room);  // the line with the size is for a body that has one
-        }
+        MDM_FAIL_IF(has_null_element(info.data), no_room, "acconts is NULL");
         size = empty_list_size + size_of_records_before_null(info.data, profile_fields);
         info.data_size = static_cast<int32_t>(size);
         break;
@@ -88,9 +85,8 @@ uint32_t _size_of_apn(const Log &log, mdm_body_t *body)
     return MDM_EXIT(size);
 }
 
-bool _set_apn(Writer &out, mdm_body_t *body)
+bool _set_apn(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_apn_info_t &info = body->apn;
@@ -118,9 +114,8 @@ bool _set_apn(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_apn(Reader &in, mdm_body_t *body)
+bool _get_apn(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_apn_info_t &info = body->apn;

@@ -57,20 +57,16 @@ const char *_validate_app(const mdm_body_t &body, Names names)
 }
 
 // A null package name ends a list here as it does on the wire.
-uint32_t _size_of_app(const Log &log, mdm_body_t *body)
+uint32_t _size_of_app(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
-    if (body == nullptr) {
-        MDM_CRITICAL("p_data is NULL!");
-        return MDM_EXIT(0);
-    }
+    MDM_FAIL_IF(body == nullptr, 0, "p_data is NULL!");
     const mdm_app_info_t &info = body->app;
     uint32_t size = size_of_fields(&info, head_fields);
     if (info.data_size >= 1) {
         switch (form_of(info.type)) {
         case Form::packages:
             MDM_INFO("len : %d", length_of(info.data));
-            size +=
-                word_size + size_of_strings_before_null(info.data, log, MDM_EACH("pkg_name : %s"));
+            size += word_size + lengths.measure(info.data, log, MDM_EACH("pkg_name : %s"));
             break;
         case Form::pair:
             if (info.data != nullptr) {
@@ -87,9 +83,8 @@ uint32_t _size_of_app(const Log &log, mdm_body_t *body)
     return size;
 }
 
-bool _set_app(Writer &out, mdm_body_t *body)
+bool _set_app(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ASSERT(out && body != nullptr, false);
 
     const mdm_app_info_t &info = body->app;
@@ -119,9 +114,8 @@ bool _set_app(Writer &out, mdm_body_t *body)
     return true;
 }
 
-bool _get_app(Reader &in, mdm_body_t *body)
+bool _get_app(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ASSERT(in && body != nullptr, false);
 
     mdm_app_info_t &info = body->app;
@@ -141,12 +135,11 @@ bool _get_app(Reader &in, mdm_body_t *body)
         info.data = in.record(num_pair_fields);
         break;
     case Form::pair: {
-        auto *pair = in.try_make<mdm_app_pair_t>();
+        auto *pair = in.try_record(pair_fields);
         if (pair == nullptr) {
             MDM_CRITICAL("malloc failed!");
             return true;  // the payload stays unread, and `data` as it was
         }
-        in.fields(pair, pair_fields);
         MDM_INFO("[%s,%s]", pair->first, pair->second);
         info.data = pair;
         break;

@@ -57,19 +57,16 @@ const char *_validate_app_res(const mdm_body_t &body, Names names)
 }
 
 // An item without a name is sized, but not written: 8 bytes are zero at the end of the body.
-uint32_t _size_of_app_res(const Log &log, mdm_body_t *body)
+uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
-    if (body == nullptr) {
-        MDM_CRITICAL("p_data is NULL!");
-        return MDM_EXIT(0);
-    }
+    MDM_FAIL_IF(body == nullptr, 0, "p_data is NULL!");
     const mdm_app_res_info_t &info = body->app_res;
     uint32_t size = size_of_fields(&info, head_fields);
     if (info.data_size >= 1) {
         switch (form_of(info.type)) {
         case Form::packages:
             MDM_INFO("len : %d", length_of(info.data));
-            size += word_size + size_of_strings_before_null(info.data, log, MDM_EACH("pkg : %s"));
+            size += word_size + lengths.measure(info.data, log, MDM_EACH("pkg : %s"));
             break;
         case Form::items:
             MDM_INFO("len : %d", length_of(info.data));
@@ -87,7 +84,7 @@ uint32_t _size_of_app_res(const Log &log, mdm_body_t *body)
                 if (control->pkg_list != nullptr) {
                     MDM_INFO("len2 : %d", length_of(control->pkg_list));
                 }
-                size += word_size + word_size + size_of_strings_before_null(control->pkg_list, log);
+                size += word_size + word_size + lengths.measure(control->pkg_list, log);
             }
             break;
         case Form::raw:
@@ -99,9 +96,8 @@ uint32_t _size_of_app_res(const Log &log, mdm_body_t *body)
     return size;
 }
 
-bool _set_app_res(Writer &out, mdm_body_t *body)
+bool _set_app_res(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ASSERT(out && body != nullptr, false);
 
     const mdm_app_res_info_t &info = body->app_res;
@@ -148,9 +144,8 @@ bool _set_app_res(Writer &out, mdm_body_t *body)
     return true;
 }
 
-bool _get_app_res(Reader &in, mdm_body_t *body)
+bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ASSERT(in && body != nullptr, false);
 
     mdm_app_res_info_t &info = body->app_res;

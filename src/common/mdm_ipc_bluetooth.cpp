@@ -40,7 +40,7 @@ const char *_validate_bluetooth(const mdm_body_t &body, Names names)
     return has_null_element(info.data) ? "bluetooth.names" : nullptr;
 }
 
-uint32_t _size_of_bluetooth(const Log &log, mdm_body_t *body)
+uint32_t _size_of_bluetooth(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -54,17 +54,13 @@ uint32_t _size_of_bluetooth(const Log &log, mdm_body_t *body)
         return MDM_EXIT(size + static_cast<uint32_t>(info.data_size));
     }
     MDM_INFO("len : %d", length_of(info.data));
-    size += word_size + size_of_strings_before_null(info.data, log, MDM_EACH("device_name : %s"));
-    if (has_null_element(info.data)) {
-        MDM_CRITICAL("device_name is NULL");
-        return MDM_EXIT(no_room);
-    }
+    size += word_size + lengths.measure(info.data, log, MDM_EACH("device_name : %s"));
+    MDM_FAIL_IF(has_null_element(info.data), no_room, "device_name is NULL");
     return MDM_EXIT(size);
 }
 
-bool _set_bluetooth(Writer &out, mdm_body_t *body)
+bool _set_bluetooth(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_bluetooth_info_t &info = body->bluetooth;
@@ -81,9 +77,8 @@ bool _set_bluetooth(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_bluetooth(Reader &in, mdm_body_t *body)
+bool _get_bluetooth(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_bluetooth_info_t &info = body->bluetooth;

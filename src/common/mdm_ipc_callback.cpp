@@ -46,10 +46,7 @@ bool is_known(const Log &log, uint32_t type, const Callback &callback)
 uint32_t size_of_callback(const Log &log, mdm_body_t *body, const Callback &callback)
 {
     MDM_ENTER();
-    if (body == nullptr) {
-        MDM_CRITICAL("info is NULL");
-        return MDM_EXIT(0);
-    }
+    MDM_FAIL_IF(body == nullptr, 0, "info is NULL");
     Head &head = body->app_cb;
     MDM_INFO("Callback detail request [%d]", head.type);
     head.data_size = size_of_fields(body, callback.head);
@@ -60,18 +57,11 @@ uint32_t size_of_callback(const Log &log, mdm_body_t *body, const Callback &call
     return MDM_EXIT(head.data_size);
 }
 
-bool set_callback(Writer &out, mdm_body_t *body, const Callback &callback)
+bool set_callback(Writer &out, const Log &log, mdm_body_t *body, const Callback &callback)
 {
-    const Log &log = out.log();
     MDM_ENTER();
-    if (!out) {
-        MDM_CRITICAL("p_msg is NULL");
-        return MDM_EXIT(false);
-    }
-    if (body == nullptr) {
-        MDM_CRITICAL("p_data is NULL");
-        return MDM_EXIT(false);
-    }
+    MDM_FAIL_IF(!out, false, "p_msg is NULL");
+    MDM_FAIL_IF(body == nullptr, false, "p_data is NULL");
     out.fields(body, callback.head);
     MDM_INFO("Callback detail request [%d]", body->app_cb.type);
     if (is_known(log, body->app_cb.type, callback)) {
@@ -80,18 +70,11 @@ bool set_callback(Writer &out, mdm_body_t *body, const Callback &callback)
     return MDM_EXIT(true);
 }
 
-bool get_callback(Reader &in, mdm_body_t *body, const Callback &callback)
+bool get_callback(Reader &in, const Log &log, mdm_body_t *body, const Callback &callback)
 {
-    const Log &log = in.log();
     MDM_ENTER();
-    if (!in) {
-        MDM_CRITICAL("p_msg is NULL");
-        return MDM_EXIT(false);
-    }
-    if (body == nullptr) {
-        MDM_CRITICAL("p_data is NULL");
-        return MDM_EXIT(false);
-    }
+    MDM_FAIL_IF(!in, false, "p_msg is NULL");
+    MDM_FAIL_IF(body == nullptr, false, "p_data is NULL");
     in.fields(body, callback.head);
     if (!in || body->app_cb.data_size == 0) {
         return MDM_EXIT(true);
@@ -119,22 +102,22 @@ void free_callback(const Log &log, mdm_body_t *body, const Callback &callback)
 
 }  // namespace
 
-#define MDM_CALLBACK_HANDLERS(category, callback)                  \
-    uint32_t _size_of_##category(const Log &log, mdm_body_t *body) \
-    {                                                              \
-        return size_of_callback(log, body, callback);              \
-    }                                                              \
-    bool _set_##category(Writer &out, mdm_body_t *body)            \
-    {                                                              \
-        return set_callback(out, body, callback);                  \
-    }                                                              \
-    bool _get_##category(Reader &in, mdm_body_t *body)             \
-    {                                                              \
-        return get_callback(in, body, callback);                   \
-    }                                                              \
-    void _free_##category(const Log &log, mdm_body_t *body)        \
-    {                                                              \
-        free_callback(log, body, callback);                        \
+#define MDM_CALLBACK_HANDLERS(category, callback)                                         \
+    uint32_t _size_of_##category(Lengths & /*lengths*/, const Log &log, mdm_body_t *body) \
+    {                                                                                     \
+        return size_of_callback(log, body, callback);                                     \
+    }                                                                                     \
+    bool _set_##category(Writer &out, const Log &log, mdm_body_t *body)                   \
+    {                                                                                     \
+        return set_callback(out, log, body, callback);                                    \
+    }                                                                                     \
+    bool _get_##category(Reader &in, const Log &log, mdm_body_t *body)                    \
+    {                                                                                     \
+        return get_callback(in, log, body, callback);                                     \
+    }                                                                                     \
+    void _free_##category(const Log &log, mdm_body_t *body)                               \
+    {                                                                                     \
+        free_callback(log, body, callback);                                               \
     }
 MDM_CALLBACK_HANDLERS(app_cb, (Callback{app_head_fields, app_fields, "APP"}))
 MDM_CALLBACK_HANDLERS(misc_cb, (Callback{misc_head_fields, misc_fields, "MISC"}))

@@ -58,7 +58,7 @@ const char *_validate_container(const mdm_body_t &body, Names names)
 }
 
 // Stores an item's payload size in `data_size`.
-uint32_t _size_of_container(const Log &log, mdm_body_t *body)
+uint32_t _size_of_container(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -84,9 +84,8 @@ uint32_t _size_of_container(const Log &log, mdm_body_t *body)
     return MDM_EXIT(body_head_size + payload_size);
 }
 
-bool _set_container(Writer &out, mdm_body_t *body)
+bool _set_container(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_container_info_t &info = body->container;
@@ -110,9 +109,8 @@ bool _set_container(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_container(Reader &in, mdm_body_t *body)
+bool _get_container(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_container_info_t &info = body->container;

@@ -74,7 +74,7 @@ const char *_validate_eas(const mdm_body_t &body, Names names)
 
 // Stores `data_size`: the payload of a record, but the whole body of a list. For settings the
 // strings are added to what was there, with every call anew; the sum is sent and sized.
-uint32_t _size_of_eas(const Log &log, mdm_body_t *body)
+uint32_t _size_of_eas(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -84,10 +84,7 @@ uint32_t _size_of_eas(const Log &log, mdm_body_t *body)
     }
     const Form form = form_of(info.type);
     if (form == Form::accounts) {
-        if (has_null_element(info.data)) {
-            MDM_CRITICAL("acconts is NULL");
-            return MDM_EXIT(no_room);
-        }
+        MDM_FAIL_IF(has_null_element(info.data), no_room, "acconts is NULL");
         const uint32_t size =
             empty_list_size + size_of_records_before_null(info.data, account_fields);
         info.data_size = static_cast<int32_t>(size);
@@ -101,9 +98,8 @@ uint32_t _size_of_eas(const Log &log, mdm_body_t *body)
     return MDM_EXIT(body_head_size + payload_size);
 }
 
-bool _set_eas(Writer &out, mdm_body_t *body)
+bool _set_eas(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_eas_info_t &info = body->eas;
@@ -120,9 +116,8 @@ bool _set_eas(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_eas(Reader &in, mdm_body_t *body)
+bool _get_eas(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_eas_info_t &info = body->eas;

@@ -64,7 +64,7 @@ const char *_validate_email(const mdm_body_t &body, Names names)
 
 // Stores `data_size`: the payload of a record, but the whole body of a list. The size of a list
 // ends at its first null element, while the accounts behind it are written: past the counted size.
-uint32_t _size_of_email(const Log &log, mdm_body_t *body)
+uint32_t _size_of_email(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -84,9 +84,8 @@ uint32_t _size_of_email(const Log &log, mdm_body_t *body)
     return MDM_EXIT(body_head_size + payload_size);
 }
 
-bool _set_email(Writer &out, mdm_body_t *body)
+bool _set_email(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_email_info_t &info = body->email;
@@ -103,9 +102,8 @@ bool _set_email(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_email(Reader &in, mdm_body_t *body)
+bool _get_email(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_email_info_t &info = body->email;

@@ -41,9 +41,10 @@ inline uint32_t head_size(const mdm_msg_t &msg)
 
 // The size of the whole message, as its size handler counts the body. That may be a negative number
 // of bytes; the sum wraps and is judged as a signed total.
-inline int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg, const Log &log)
+inline int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg, Lengths &lengths,
+                          const Log &log)
 {
-    return static_cast<int32_t>(head_size(*msg) + row.size(log, &msg->body));
+    return static_cast<int32_t>(head_size(*msg) + row.size(lengths, log, &msg->body));
 }
 
 // Behind a message stand a zero byte and four guard bytes; none of the five is sent.

@@ -2,8 +2,8 @@
 #include "mdm_ipc_fault.hpp"
 
 #include <cstdio>
+#include <cstring>
 #include <span>
-#include <string_view>
 
 #include "mdm_ipc_envelope.hpp"
 
@@ -28,10 +28,20 @@ constexpr const char *or_more(uint32_t number)
     return number == saturated(UINT64_MAX) ? " or more" : "";
 }
 
+bool is(const char *path, const char *other)
+{
+    return std::strcmp(path, other) == 0;
+}
+
+[[gnu::noinline]] bool ends_with(const char *path, const char *name)
+{
+    return g_str_has_suffix(path, name) != FALSE;
+}
+
 // What a negative size needs reads like more than a positive size of raw bytes can be.
 [[gnu::cold]] bool has_negative_size(const ipc_fault_t &fault)
 {
-    return fault.needed == saturated(UINT64_MAX) && std::string_view(fault.path).ends_with(".data");
+    return fault.needed == saturated(UINT64_MAX) && ends_with(fault.path, ".data");
 }
 
 [[gnu::cold]] void describe_shortage(Text text, const ipc_fault_t &fault)
@@ -65,22 +75,22 @@ constexpr const char *or_more(uint32_t number)
     }
 }
 
-[[gnu::cold]] bool names_one_thing(std::string_view path)
+[[gnu::cold]] bool names_one_thing(const char *path)
 {
-    return path == fault_path::message || path.ends_with(".data") || path.ends_with(".detail") ||
-           path.ends_with(".name");
+    return is(path, fault_path::message) || ends_with(path, ".data") ||
+           ends_with(path, ".detail") || ends_with(path, ".name");
 }
 
 // What is wrong with a part of a sender's message; any other path names a list.
-[[gnu::cold]] const char *complaint(std::string_view path)
+[[gnu::cold]] const char *complaint(const char *path)
 {
     if (names_one_thing(path)) {
         return "is missing";
     }
-    if (path.ends_with(".data_size")) {
+    if (ends_with(path, ".data_size")) {
         return "is no size that the payload can be sent with";
     }
-    if (path.ends_with(".type")) {
+    if (ends_with(path, ".type")) {
         return "is no type that can be sent";
     }
     return "has a null element, or is not handed over by its first cell";
@@ -88,17 +98,16 @@ constexpr const char *or_more(uint32_t number)
 
 [[gnu::cold]] void describe(Text text, const ipc_fault_t &fault)
 {
-    const std::string_view path = fault.path != nullptr ? fault.path : "";
-    if (path.empty()) {
+    if (fault.path == nullptr || *fault.path == '\0') {
         std::snprintf(text.data(), text.size(), "there is no fault");
-    } else if (path == fault_path::memory) {
+    } else if (is(fault.path, fault_path::memory)) {
         std::snprintf(text.data(), text.size(), "there is no memory for %u byte%s%s", fault.needed,
                       plural(fault.needed), or_more(fault.needed));
-    } else if (path == fault_path::length) {
+    } else if (is(fault.path, fault_path::length)) {
         describe_length(text, fault);
     } else if (fault.needed == 0) {
-        std::snprintf(text.data(), text.size(), "%s %s", fault.path, complaint(path));
-    } else if (path == fault_path::type) {
+        std::snprintf(text.data(), text.size(), "%s %s", fault.path, complaint(fault.path));
+    } else if (is(fault.path, fault_path::type)) {
         std::snprintf(text.data(), text.size(), "%s at offset %u is no message type", fault.path,
                       fault.offset);
     } else {

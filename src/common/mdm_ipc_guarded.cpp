@@ -54,7 +54,7 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
     Reader in(buffer, ipc_head::fields, length, category.log(Log::Function::silent), fault, region);
     in.message_head(*msg);
     if (in && category.row.get != nullptr) {
-        category.row.get(in, &msg->body);
+        category.row.get(in, in.log(), &msg->body);
     }
     if (!in) {
         Region::release(msg);
@@ -84,7 +84,8 @@ uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 {
     const Category category = category_of(msg->type);
     const Log silence = category.log(Log::Function::silent);
-    const int32_t total = total_size(category.row, msg, silence);
+    Lengths lengths;
+    const int32_t total = total_size(category.row, msg, lengths, silence);
     if (total < static_cast<int32_t>(uncounted_size)) {
         fault = {ipc_head::length, smallest_message, 0, fault_path::length};
         return nullptr;
@@ -97,8 +98,9 @@ uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
     }
     set_envelope(buffer, *msg, length);
     Writer out(buffer, ipc_head::fields, length, silence, fault);
+    out.knows(lengths);
     out.message_head(*msg);
-    if (out && !category.row.set(out, &msg->body)) {
+    if (out && !category.row.set(out, out.log(), &msg->body)) {
         out.omit(category.names.data());  // GCOVR_EXCL_LINE: such a body was refused before
     }
     if (!out) {
@@ -142,7 +144,7 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 
 [[gnu::flatten]] mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
 {
-    static constexpr mdm::Log log(MDM_ORIGIN("ipc_open"));
+    const mdm::Log log(MDM_ORIGIN("ipc_open"));
     MDM_ENTER();
     ipc_fault_t found;  // written on refusal
     mdm_msg_t *msg = mdm::open(buffer, length, found);
@@ -161,7 +163,7 @@ void ipc_close(mdm_msg_t *msg)
 
 uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault)
 {
-    static constexpr mdm::Log log(MDM_ORIGIN("ipc_seal"));
+    const mdm::Log log(MDM_ORIGIN("ipc_seal"));
     MDM_ENTER();
     ipc_fault_t found;  // written on refusal
     uint8_t *buffer = mdm::seal(msg, out_length, found);

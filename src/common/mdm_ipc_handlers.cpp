@@ -68,7 +68,7 @@ constexpr ipc_handler_row handler_rows[] = {{nullptr, nullptr, nullptr, nullptr}
     CATEGORY(61, 61, app_cb, app_cb, callback)                  \
     CATEGORY(63, 63, misc_cb, misc_cb, callback)
 
-#define MDM_NAMES_OF(first, last, name, row, file) MDM_NAMES("mdm_ipc_" #file ".cpp", #name) "\0"
+#define MDM_NAMES_OF(first, last, name, row, file) MDM_NAMES(#file, #name) "\0"
 constexpr char category_names[] = MDM_CATEGORIES(MDM_NAMES_OF);
 
 constexpr std::array<TypeEntry, last_message_type + 1> type_entries = [] {
@@ -82,18 +82,6 @@ constexpr std::array<TypeEntry, last_message_type + 1> type_entries = [] {
     MDM_CATEGORIES(MDM_ENTER_TYPES)
     return entries;
 }();
-
-uint32_t size_of_strings_before_null(void *strings, const Log &log, EachLine each)
-{
-    uint32_t size = 0;
-    for (const char *text : elements_before_null<char>(strings)) {
-        if (each.text != nullptr && log_passes(MDM_LOG_INFO)) {
-            log.info(each.line, each.text, text);
-        }
-        size += size_of_str(text);
-    }
-    return size;
-}
 
 const char *validate_payload(bool is_announced, const void *data, Names names)
 {

@@ -9,18 +9,19 @@
 #include "mdm/ipc.h"
 #include "mdm_cursor.hpp"
 #include "mdm_fields.hpp"
+#include "mdm_lengths.hpp"
 #include "mdm_log.hpp"
 #include "mdm_wire.hpp"
 
 namespace mdm {
 
 // Writes the body; false on failure.
-using SetHandler = bool(Writer &out, mdm_body_t *body);
+using SetHandler = bool(Writer &out, const Log &log, mdm_body_t *body);
 // Reads the body; false on failure.
-using GetHandler = bool(Reader &in, mdm_body_t *body);
+using GetHandler = bool(Reader &in, const Log &log, mdm_body_t *body);
 // Returns the body's byte count on the wire. Runs before the set handler, and may store the
-// `data_size` that the set handler sends.
-using SizeHandler = uint32_t(const Log &log, mdm_body_t *body);
+// `data_size` that the set handler sends, and the lengths of a list's strings.
+using SizeHandler = uint32_t(Lengths &lengths, const Log &log, mdm_body_t *body);
 // Releases the heap parts of a received body.
 using FreeHandler = void(const Log &log, mdm_body_t *body);
 // Returns the path of what keeps a body from being sized safely, or its receiver from finding what
@@ -95,9 +96,6 @@ inline void release_data(void *&data)
     g_free(data);
     data = nullptr;
 }
-
-// The size of a list's strings, without a count, up to the first null one. Each is logged.
-uint32_t size_of_strings_before_null(void *strings, const Log &log, EachLine each = no_line);
 
 // What is wrong with the payload that `data` points to.
 

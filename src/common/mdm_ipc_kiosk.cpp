@@ -53,7 +53,7 @@ const char *_validate_kiosk(const mdm_body_t &body, Names names)
 
 // Stores the payload's size in `data_size`, but for raw bytes; the size of a list leaves its count
 // out there. Null elements are sized and counted, although they are not written.
-uint32_t _size_of_kiosk(const Log &log, mdm_body_t *body)
+uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ASSERT(body != nullptr, 0);
 
@@ -82,9 +82,8 @@ uint32_t _size_of_kiosk(const Log &log, mdm_body_t *body)
     return base + payload_size;
 }
 
-bool _set_kiosk(Writer &out, mdm_body_t *body)
+bool _set_kiosk(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ASSERT(out && body != nullptr, false);
 
     const mdm_kiosk_info_t &info = body->kiosk;
@@ -111,9 +110,8 @@ bool _set_kiosk(Writer &out, mdm_body_t *body)
     return true;
 }
 
-bool _get_kiosk(Reader &in, mdm_body_t *body)
+bool _get_kiosk(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ASSERT(in && body != nullptr, false);
 
     mdm_kiosk_info_t &info = body->kiosk;

@@ -12,22 +12,20 @@ const char *_validate_location(const mdm_body_t &body, Names names)
 }
 
 // Each handler checks the pointer that it checks, and no other.
-uint32_t _size_of_location(const Log & /*log*/, mdm_body_t * /*body*/)
+uint32_t _size_of_location(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     return body_head_size;
 }
 
-bool _set_location(Writer &out, mdm_body_t *body)
+bool _set_location(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out, false);
     out.body_head(body->location);
     return MDM_EXIT(true);
 }
 
-bool _get_location(Reader &in, mdm_body_t *body)
+bool _get_location(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(body != nullptr, false);
     in.body_head(body->location);
     return MDM_EXIT(true);

@@ -18,13 +18,10 @@ constexpr Form form_of(uint32_t type)
 
 }  // namespace
 
-uint32_t _size_of_log_manager(const Log &log, mdm_body_t *body)
+uint32_t _size_of_log_manager(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
-    if (body == nullptr) {
-        MDM_CRITICAL("info is NULL!");
-        return MDM_EXIT(0);
-    }
+    MDM_FAIL_IF(body == nullptr, 0, "info is NULL!");
     const mdm_log_manager_info_t &info = body->log_manager;
     const uint32_t value_size =
         form_of(info.type) == Form::text ? size_of_str(info.value.text) : sizeof info.value.byte;
@@ -32,18 +29,11 @@ uint32_t _size_of_log_manager(const Log &log, mdm_body_t *body)
 }
 
 // Without a body nothing is written, and that is no failure.
-bool _set_log_manager(Writer &out, mdm_body_t *body)
+bool _set_log_manager(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER();
-    if (!out) {
-        MDM_CRITICAL("buffer is NULL!");
-        return MDM_EXIT(false);
-    }
-    if (body == nullptr) {
-        MDM_CRITICAL("info is NULL!");
-        return MDM_EXIT(true);
-    }
+    MDM_FAIL_IF(!out, false, "buffer is NULL!");
+    MDM_FAIL_IF(body == nullptr, true, "info is NULL!");
     const mdm_log_manager_info_t &info = body->log_manager;
     out.u32(info.type, "log_manager.type");
     if (form_of(info.type) == Form::text) {
@@ -55,18 +45,11 @@ bool _set_log_manager(Writer &out, mdm_body_t *body)
 }
 
 // Without a body nothing is read, and that is no failure.
-bool _get_log_manager(Reader &in, mdm_body_t *body)
+bool _get_log_manager(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER();
-    if (body == nullptr) {
-        MDM_CRITICAL("info is NULL!");
-        return MDM_EXIT(true);
-    }
-    if (!in) {
-        MDM_CRITICAL("buffer is NULL!");
-        return MDM_EXIT(false);
-    }
+    MDM_FAIL_IF(body == nullptr, true, "info is NULL!");
+    MDM_FAIL_IF(!in, false, "buffer is NULL!");
     mdm_log_manager_info_t &info = body->log_manager;
     info.value.word = 0;
     info.type = in.u32("log_manager.type");

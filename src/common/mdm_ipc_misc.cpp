@@ -95,7 +95,7 @@ const char *_validate_misc(const mdm_body_t &body, Names names)
 }
 
 // A null element of a list counts 4 bytes, although nothing is written for it.
-uint32_t _size_of_misc(const Log &log, mdm_body_t *body)
+uint32_t _size_of_misc(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -122,10 +122,7 @@ uint32_t _size_of_misc(const Log &log, mdm_body_t *body)
         }
         break;
     case Form::book:
-        if (info.data == nullptr) {
-            MDM_CRITICAL("p_book_info is NULL");
-            return MDM_EXIT(no_book_size);
-        }
+        MDM_FAIL_IF(info.data == nullptr, no_book_size, "p_book_info is NULL");
         size += store_size(info, book_fields);
         break;
     case Form::pair:
@@ -140,9 +137,8 @@ uint32_t _size_of_misc(const Log &log, mdm_body_t *body)
     return MDM_EXIT(size);
 }
 
-bool _set_misc(Writer &out, mdm_body_t *body)
+bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_misc_info_t &info = body->misc;
@@ -197,9 +193,8 @@ static char **read_array(Reader &in, int32_t count)
     return texts.data();
 }
 
-bool _get_misc(Reader &in, mdm_body_t *body)
+bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_misc_info_t &info = body->misc;
@@ -216,11 +211,10 @@ bool _get_misc(Reader &in, mdm_body_t *body)
     case Form::nothing:
         break;  // `data` stays as it was
     case Form::text: {
-        auto *text = in.try_make<mdm_misc_str_t>();
+        auto *text = in.try_record(text_fields);
         if (text == nullptr) {
             return MDM_EXIT(false);
         }
-        in.fields(text, text_fields);
         info.data = text;
         break;
     }
@@ -233,9 +227,7 @@ bool _get_misc(Reader &in, mdm_body_t *body)
         info.data = in.record(book_fields);
         break;
     case Form::pair: {
-        auto *pair = in.try_make<mdm_misc_str_pair_t>();
-        if (pair != nullptr) {
-            in.fields(pair, pair_fields);
+        if (auto *pair = in.try_record(pair_fields)) {
             info.data = pair;
         }
         break;

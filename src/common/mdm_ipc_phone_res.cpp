@@ -60,7 +60,7 @@ const char *_validate_phone_res(const mdm_body_t &body, Names names)
 }
 
 // A negative `data_size` is sized like a positive one, although the head travels alone.
-uint32_t _size_of_phone_res(const Log &log, mdm_body_t *body)
+uint32_t _size_of_phone_res(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ASSERT(body != nullptr, 0);
 
@@ -82,9 +82,8 @@ uint32_t _size_of_phone_res(const Log &log, mdm_body_t *body)
     return body_head_size + static_cast<uint32_t>(info.data_size);
 }
 
-bool _set_phone_res(Writer &out, mdm_body_t *body)
+bool _set_phone_res(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ASSERT(out && body != nullptr, false);
 
     const mdm_phone_res_info_t &info = body->phone_res;
@@ -112,9 +111,8 @@ bool _set_phone_res(Writer &out, mdm_body_t *body)
     return true;
 }
 
-bool _get_phone_res(Reader &in, mdm_body_t *body)
+bool _get_phone_res(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ASSERT(in && body != nullptr, false);
 
     mdm_phone_res_info_t &info = body->phone_res;

@@ -31,15 +31,14 @@ constexpr Fields fields_of(uint32_t type)
 
 }  // namespace
 
-uint32_t _size_of_platform(const Log & /*log*/, mdm_body_t *body)
+uint32_t _size_of_platform(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t *body)
 {
     const mdm_platform_info_t &info = body->platform;
     return word_size + size_of_fields(&info, fields_of(info.type));
 }
 
-bool _set_platform(Writer &out, mdm_body_t *body)
+bool _set_platform(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER();
     const mdm_platform_info_t &info = body->platform;
     out.u32(info.type, "platform.type");
@@ -48,7 +47,7 @@ bool _set_platform(Writer &out, mdm_body_t *body)
 }
 
 // Fields that do not travel stay as they were.
-bool _get_platform(Reader &in, mdm_body_t *body)
+bool _get_platform(Reader &in, const Log & /*log*/, mdm_body_t *body)
 {
     mdm_platform_info_t &info = body->platform;
     info.type = in.u32("platform.type");

@@ -35,7 +35,7 @@ const char *_validate_pwd(const mdm_body_t &body, Names names)
 
 // For a policy `data_size` only switches the payload on: it is sent as it stands, and the
 // record's length follows from its fields.
-uint32_t _size_of_pwd(const Log &log, mdm_body_t *body)
+uint32_t _size_of_pwd(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -48,9 +48,8 @@ uint32_t _size_of_pwd(const Log &log, mdm_body_t *body)
     return MDM_EXIT(size);
 }
 
-bool _set_pwd(Writer &out, mdm_body_t *body)
+bool _set_pwd(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_pwd_info_t &info = body->pwd;
@@ -66,9 +65,8 @@ bool _set_pwd(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_pwd(Reader &in, mdm_body_t *body)
+bool _get_pwd(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_pwd_info_t &info = body->pwd;

@@ -21,16 +21,15 @@ const char *_validate_roaming(const mdm_body_t &body, Names names)
 }
 
 // `data_size` is neither computed nor looked at: the record travels whatever it says.
-uint32_t _size_of_roaming(const Log &log, mdm_body_t *body)
+uint32_t _size_of_roaming(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
     MDM_ASSERT(body->roaming.data != nullptr, 0);
     return MDM_EXIT(body_head_size + size_of_fields(body->roaming.data, data_fields));
 }
 
-bool _set_roaming(Writer &out, mdm_body_t *body)
+bool _set_roaming(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_roaming_info_t &info = body->roaming;
@@ -41,9 +40,8 @@ bool _set_roaming(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_roaming(Reader &in, mdm_body_t *body)
+bool _get_roaming(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_roaming_info_t &info = body->roaming;
@@ -57,24 +55,22 @@ const char *_validate_roaming_res(const mdm_body_t &body, Names names)
     return validate_nothing(body.roaming_res.data, names);
 }
 
-uint32_t _size_of_roaming_res(const Log &log, mdm_body_t *body)
+uint32_t _size_of_roaming_res(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
     return MDM_EXIT(body_head_size);
 }
 
-bool _set_roaming_res(Writer &out, mdm_body_t *body)
+bool _set_roaming_res(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
     out.body_head(body->roaming_res);
     return MDM_EXIT(true);
 }
 
 // `data` stays as it was.
-bool _get_roaming_res(Reader &in, mdm_body_t *body)
+bool _get_roaming_res(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
     in.body_head(body->roaming_res);
     return MDM_EXIT(true);

@@ -62,7 +62,7 @@ const char *_validate_security(const mdm_body_t &body, Names names)
 
 // Stores `data_size`: an item's payload alone, but the whole body of a list. What was there before
 // decides nothing, except the length of raw bytes.
-uint32_t _size_of_security(const Log &log, mdm_body_t *body)
+uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -78,17 +78,14 @@ uint32_t _size_of_security(const Log &log, mdm_body_t *body)
     case Form::strings:
         size = empty_list_size;
         if (info.data != nullptr) {
-            size += size_of_strings_before_null(info.data, log);
+            size += lengths.measure(info.data, log);
             info.data_size = static_cast<int32_t>(size);
         }
         break;
     case Form::accounts:
         size = empty_list_size;
         if (info.data != nullptr) {
-            if (has_null_element(info.data)) {
-                MDM_CRITICAL("acconts is NULL");
-                return MDM_EXIT(no_room);
-            }
+            MDM_FAIL_IF(has_null_element(info.data), no_room, "acconts is NULL");
             size += size_of_records_before_null(info.data, account_fields);
             info.data_size = static_cast<int32_t>(size);
         }
@@ -100,9 +97,8 @@ uint32_t _size_of_security(const Log &log, mdm_body_t *body)
     return MDM_EXIT(size);
 }
 
-bool _set_security(Writer &out, mdm_body_t *body)
+bool _set_security(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_security_info_t &info = body->security;
@@ -149,9 +145,8 @@ static GList *read_strings(Reader &in)
     return strings.head();
 }
 
-bool _get_security(Reader &in, mdm_body_t *body)
+bool _get_security(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_security_info_t &info = body->security;

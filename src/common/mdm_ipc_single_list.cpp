@@ -20,15 +20,14 @@ const char *_validate_single_list(const mdm_body_t &body, Names names)
 }
 
 // Trusts the sign of `data_size`: a negative one counts fewer bytes than the head that is written.
-uint32_t _size_of_single_list(const Log &log, mdm_body_t *body)
+uint32_t _size_of_single_list(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
     return MDM_EXIT(body_head_size + static_cast<uint32_t>(body->res.data_size));
 }
 
-bool _set_single_list(Writer &out, mdm_body_t *body)
+bool _set_single_list(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_res_info_t &info = body->res;
@@ -39,9 +38,8 @@ bool _set_single_list(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_single_list(Reader &in, mdm_body_t *body)
+bool _get_single_list(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_res_info_t &info = body->res;
@@ -52,9 +50,8 @@ bool _get_single_list(Reader &in, mdm_body_t *body)
 
 // The receiver learns the payload's size, never its bytes: `data` stays as it was and the payload is
 // not consumed.
-bool _get_single_list_size(Reader &in, mdm_body_t *body)
+bool _get_single_list_size(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_res_info_t &info = body->res;

@@ -173,7 +173,7 @@ const char *_validate_wifi(const mdm_body_t &body, Names names)
 
 // The sizes of a pair, a triple and DHCP settings count `data_size` on top of the strings: as many
 // bytes are zero at the end of the body.
-uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
+uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_IF(body != nullptr, 0);
 
@@ -185,10 +185,7 @@ uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
     const auto data_size = static_cast<uint32_t>(info.data_size);
     switch (form_of(info.type)) {
     case Form::pair: {
-        if (info.data == nullptr) {
-            MDM_CRITICAL("wifi_info is NULL");
-            return MDM_EXIT(no_room);
-        }
+        MDM_FAIL_IF(info.data == nullptr, no_room, "wifi_info is NULL");
         const auto &pair = payload<mdm_wifi_pair_t>(info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
         size += data_size + size_of_fields(&pair, pair_fields);
@@ -198,10 +195,7 @@ uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
         size += data_size + size_of_fields(info.data, triple_fields);
         break;
     case Form::dhcp:
-        if (info.data == nullptr) {
-            MDM_CRITICAL("dhcp_info is NULL");
-            return MDM_EXIT(no_room);
-        }
+        MDM_FAIL_IF(info.data == nullptr, no_room, "dhcp_info is NULL");
         size += data_size + size_of_fields(info.data, dhcp_fields);
         break;
     case Form::network:
@@ -209,11 +203,8 @@ uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
         break;
     case Form::ssids:
         MDM_INFO("len : %d", length_of(info.data));
-        size += word_size + size_of_strings_before_null(info.data, log, MDM_EACH("ssid : %s"));
-        if (has_null_element(info.data)) {
-            MDM_CRITICAL("ssid is NULL");
-            return MDM_EXIT(no_room);
-        }
+        size += word_size + lengths.measure(info.data, log, MDM_EACH("ssid : %s"));
+        MDM_FAIL_IF(has_null_element(info.data), no_room, "ssid is NULL");
         break;
     case Form::raw:
         size += data_size;
@@ -222,9 +213,8 @@ uint32_t _size_of_wifi(const Log &log, mdm_body_t *body)
     return MDM_EXIT(size);
 }
 
-bool _set_wifi(Writer &out, mdm_body_t *body)
+bool _set_wifi(Writer &out, const Log &log, mdm_body_t *body)
 {
-    const Log &log = out.log();
     MDM_ENTER_IF(out && body != nullptr, false);
 
     const mdm_wifi_info_t &info = body->wifi;
@@ -263,9 +253,8 @@ bool _set_wifi(Writer &out, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-bool _get_wifi(Reader &in, mdm_body_t *body)
+bool _get_wifi(Reader &in, const Log &log, mdm_body_t *body)
 {
-    const Log &log = in.log();
     MDM_ENTER_IF(in && body != nullptr, false);
 
     mdm_wifi_info_t &info = body->wifi;

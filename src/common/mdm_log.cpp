@@ -189,6 +189,9 @@ int emit(const Line &line, va_list args)
     return result;
 }
 
+// Of the library's own lines.
+constexpr const char *tag = "MDM_COMMON";
+
 // What the names of functions begin with, by Log::Function.
 constexpr char prefixes[][sizeof "_size_of_"] = {"", "", "_set_", "_get_", "_size_of_", "_free_"};
 
@@ -217,25 +220,40 @@ bool Log::says(uint32_t level) const
     return function_ != Function::silent && log_passes(level);
 }
 
-// The place stands in the format, because an argument list cannot be added to. Neither a file's nor
-// a function's name has a conversion in it.
+// An argument list cannot be added to, so the place stands in the format. Neither a file's nor a
+// function's name has a conversion in it.
+void Log::compose(Format &format, uint32_t level, int line, const char *text) const
+{
+    const bool is_failure = level == MDM_LOG_CRITICAL;
+    const bool is_handler = function_ > Function::named;
+    const Digits digits(static_cast<unsigned>(line));
+    char *end = format.data();
+    for (const char *part :
+         {is_handler ? "mdm_ipc_" : "", origin_, is_handler ? ".cpp: " : ": ",
+          prefixes[static_cast<size_t>(function_)], origin_ + std::strlen(origin_) + 1, "(",
+          digits.c_str(), ") > ", is_failure ? "\033[0;31m* Critical * " : "", text,
+          is_failure ? "\033[0;m" : ""}) {
+        end = stpcpy(end, part);
+    }
+}
+
 void Log::print(uint32_t level, int line, const char *text, va_list args) const
 {
     if (!says(level)) {
         return;
     }
-    const bool is_failure = level == MDM_LOG_CRITICAL;
-    const Digits digits(static_cast<unsigned>(line));
-    constexpr size_t room_for_place = 128;
-    std::array<char, room_for_place + longest_text> format;
-    char *end = format.data();
-    for (const char *part :
-         {origin_, ": ", prefixes[static_cast<size_t>(function_)],
-          origin_ + std::strlen(origin_) + 1, "(", digits.c_str(), ") > ",
-          is_failure ? "\033[0;31m* Critical * " : "", text, is_failure ? "\033[0;m" : ""}) {
-        end = stpcpy(end, part);
+    Format format;
+    compose(format, level, line, text);
+    emit({level, tag, format.data(), errno}, args);
+}
+
+void ListLog::print(const char *element)
+{
+    if (!is_composed_) {
+        log_.compose(format_, MDM_LOG_INFO, each_.line, each_.text);
+        is_composed_ = true;
     }
-    emit({level, "MDM_COMMON", format.data(), errno}, args);
+    __mdm_log_print(MDM_LOG_INFO, tag, format_.data(), element);
 }
 
 void Log::debug(int line, const char *text, ...) const

@@ -3,6 +3,7 @@
 // The library's own log lines.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdarg>
 #include <cstddef>
@@ -77,10 +78,49 @@ public:
     static constexpr size_t longest_text = 192;
 
 private:
+    friend class ListLog;
+
+    // A line as the platform's log takes it, its place in the format.
+    static constexpr size_t room_for_place = 128;
+    using Format = std::array<char, room_for_place + longest_text>;
+
+    void compose(Format &format, uint32_t level, int line, const char *text) const;
     void print(uint32_t level, int line, const char *text, va_list args) const;
 
     const char *origin_;
     Function function_;
+};
+
+// A line for each element of a list: its text takes the element's.
+struct EachLine {
+    int line;
+    const char *text;
+};
+#define MDM_EACH(text) (::mdm::EachLine{__LINE__, text})
+inline constexpr EachLine no_line = {0, nullptr};
+
+// The lines of one list. They differ in the element alone and are composed once.
+class ListLog {
+public:
+    ListLog(const Log &log, EachLine each)
+        : log_(log), each_(log.function_ == Log::Function::silent ? no_line : each)
+    {
+    }
+
+    void info(const char *element)
+    {
+        if (each_.text != nullptr && log_passes(MDM_LOG_INFO)) [[unlikely]] {
+            print(element);
+        }
+    }
+
+private:
+    [[gnu::cold, gnu::noinline]] void print(const char *element);
+
+    const Log &log_;
+    EachLine each_;
+    bool is_composed_ = false;
+    Log::Format format_;
 };
 
 }  // namespace mdm
@@ -119,3 +159,12 @@ private:
 #define MDM_ENTER_IF(condition, result) \
     MDM_ENTER();                        \
     MDM_ASSERT(condition, result)
+
+// The same with a text of its own, and with the exit line.
+#define MDM_FAIL_IF(condition, result, ...) \
+    do {                                    \
+        if (condition) {                    \
+            MDM_CRITICAL(__VA_ARGS__);      \
+            return MDM_EXIT(result);        \
+        }                                   \
+    } while (0)

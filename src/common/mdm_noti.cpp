@@ -2,6 +2,7 @@
 #include "mdm_noti.hpp"
 
 #include <cerrno>
+#include <cstdio>
 #include <fstream>
 #include <mutex>
 #include <stdexcept>
@@ -51,7 +52,9 @@ void read(std::fstream &file, int32_t *status)
 // NOLINTNEXTLINE(readability-non-const-parameter): read() has the same parameters
 void write(std::fstream &file, int32_t *status)
 {
-    file << std::to_string(*status);
+    char text[word_size];
+    std::snprintf(text, sizeof text, "%d", *status);
+    file << text;
     file.close();
 }
 
@@ -67,7 +70,8 @@ int32_t with_file(const Log &log, const char *directory, const char *key, std::i
                   Use *use, int32_t *status, const char *done)
 {
     try {
-        const std::string path = std::string(directory) + key;
+        std::string path = directory;
+        path += key;
         std::fstream file;
         file.exceptions(std::ios::failbit | std::ios::badbit);
         file.open(path, mode);

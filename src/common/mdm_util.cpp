@@ -24,15 +24,9 @@ bool is_package_name_char(unsigned char byte)
 int32_t mdm_get_list_data_size(GList *pkg_list)
 {
     const mdm::Log log(MDM_ORIGIN("mdm_get_list_data_size"));
-    if (pkg_list == nullptr) {
-        MDM_CRITICAL("pkg_list is NULL!");
-        return MDM_EXIT(0);
-    }
+    MDM_FAIL_IF(pkg_list == nullptr, 0, "pkg_list is NULL!");
     const GList *current = g_list_first(pkg_list);
-    if (current->data == nullptr) {
-        MDM_CRITICAL("current is NULL!");
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
+    MDM_FAIL_IF(current->data == nullptr, MDM_RESULT_INVALID_ARGUMENT, "current is NULL!");
 
     size_t bytes = mdm::list_overhead;
     for (; current != nullptr && current->data != nullptr; current = current->next) {
@@ -46,15 +40,9 @@ int32_t mdm_get_list_data_size(GList *pkg_list)
 int32_t mdm_is_valid_package_name(const char *package_name)
 {
     const mdm::Log log(MDM_ORIGIN("mdm_is_valid_package_name"));
-    if (package_name == nullptr) {
-        MDM_CRITICAL("package_name is NULL!");
-        return MDM_EXIT(0);
-    }
+    MDM_FAIL_IF(package_name == nullptr, 0, "package_name is NULL!");
     const std::string_view name = package_name;
-    if (name.empty()) {
-        MDM_CRITICAL("package_name is BLANK!");
-        return MDM_EXIT(0);
-    }
+    MDM_FAIL_IF(name.empty(), 0, "package_name is BLANK!");
     for (const char letter : name) {
         if (!mdm::is_package_name_char(static_cast<unsigned char>(letter))) {
             return 0;

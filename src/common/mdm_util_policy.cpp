@@ -92,26 +92,16 @@ int32_t mdm_phone_res_limit_serialize(int32_t limit_type, const int32_t *limit_d
 {
     const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_serialize"));
     MDM_ENTER();
-    if (!mdm::is_limit_type(limit_type)) {
-        MDM_CRITICAL("Incorrect limit_type: %d!", limit_type);
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
-    if (serialized_data == nullptr) {
-        MDM_CRITICAL("serialized_data == NULL");
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
-    if (serialized_data_size == nullptr) {
-        MDM_CRITICAL("serialized_data_size == NULL");
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
+    MDM_FAIL_IF(!mdm::is_limit_type(limit_type), MDM_RESULT_INVALID_ARGUMENT,
+                "Incorrect limit_type: %d!", limit_type);
+    MDM_FAIL_IF(serialized_data == nullptr, MDM_RESULT_INVALID_ARGUMENT, "serialized_data == NULL");
+    MDM_FAIL_IF(serialized_data_size == nullptr, MDM_RESULT_INVALID_ARGUMENT,
+                "serialized_data_size == NULL");
 
     *serialized_data =
         g_strdup_printf("%d,%d,%d,%d,%d,%d,%d", limit_type, limit_data[0], limit_data[1],
                         limit_data[2], limit_data[3], limit_data[4], limit_data[5]);
-    if (*serialized_data == nullptr) {
-        MDM_CRITICAL("*serialized_data == NULL");
-        return MDM_EXIT(MDM_RESULT_OUT_OF_MEMORY);
-    }
+    MDM_FAIL_IF(*serialized_data == nullptr, MDM_RESULT_OUT_OF_MEMORY, "*serialized_data == NULL");
     *serialized_data_size = static_cast<uint32_t>(std::strlen(*serialized_data) + 1);
     return MDM_EXIT(MDM_RESULT_SUCCESS);
 }
@@ -121,29 +111,16 @@ int32_t mdm_phone_res_limit_deserialize(const char *serialized_data, int32_t *li
 {
     const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_deserialize"));
     MDM_ENTER();
-    if (serialized_data == nullptr) {
-        MDM_CRITICAL("serialized_data == NULL");
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
-    if (limit_type == nullptr) {
-        MDM_CRITICAL("limit_type == NULL");
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
-    if (limit_data == nullptr) {
-        MDM_CRITICAL("limit_data == NULL");
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
+    MDM_FAIL_IF(serialized_data == nullptr, MDM_RESULT_INVALID_ARGUMENT, "serialized_data == NULL");
+    MDM_FAIL_IF(limit_type == nullptr, MDM_RESULT_INVALID_ARGUMENT, "limit_type == NULL");
+    MDM_FAIL_IF(limit_data == nullptr, MDM_RESULT_INVALID_ARGUMENT, "limit_data == NULL");
 
     const int count = mdm::scan_limit(serialized_data, limit_type, limit_data);
-    if (count != mdm::limit_numbers) {
-        MDM_CRITICAL("Error parsing input parameters: \"%s\", %d != %d", serialized_data, count,
-                     mdm::limit_numbers);
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
-    if (!mdm::is_limit_type(*limit_type)) {
-        MDM_CRITICAL("Incorrect limit type %d!", *limit_type);
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
+    MDM_FAIL_IF(count != mdm::limit_numbers, MDM_RESULT_INVALID_ARGUMENT,
+                "Error parsing input parameters: \"%s\", %d != %d", serialized_data, count,
+                mdm::limit_numbers);
+    MDM_FAIL_IF(!mdm::is_limit_type(*limit_type), MDM_RESULT_INVALID_ARGUMENT,
+                "Incorrect limit type %d!", *limit_type);
     return MDM_EXIT(MDM_RESULT_SUCCESS);
 }
 
@@ -154,14 +131,13 @@ int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(const char *text, int
 {
     const mdm::Log log(MDM_ORIGIN("mdm_phone_res_limit_of_data_calls_parse_parameters"));
     MDM_ENTER();
-    if (text == nullptr || p_date_set == nullptr || p_period == nullptr ||
-        p_send_limit == nullptr || p_recv_limit == nullptr) {
-        MDM_CRITICAL("Invalid parameter, at least one is NULL: p_date_set: %p, p_period: %p, "
-                     "p_send_limit: %p, p_recv_limit: %p",
-                     static_cast<void *>(p_date_set), static_cast<void *>(p_period),
-                     static_cast<void *>(p_send_limit), static_cast<void *>(p_recv_limit));
-        return MDM_EXIT(MDM_RESULT_INVALID_ARGUMENT);
-    }
+    MDM_FAIL_IF(text == nullptr || p_date_set == nullptr || p_period == nullptr ||
+                    p_send_limit == nullptr || p_recv_limit == nullptr,
+                MDM_RESULT_INVALID_ARGUMENT,
+                "Invalid parameter, at least one is NULL: p_date_set: %p, p_period: %p, "
+                "p_send_limit: %p, p_recv_limit: %p",
+                static_cast<void *>(p_date_set), static_cast<void *>(p_period),
+                static_cast<void *>(p_send_limit), static_cast<void *>(p_recv_limit));
 
     gchar **token_vector = nullptr;
     const int32_t result = mdm::parse_parameters(log, token_vector, text, *p_date_set, *p_period,

@@ -405,7 +405,7 @@ TEST(Serialise, LogsEnterAndExitAroundTheCategorysLines)
 // Handlers of a made-up category, for what no real one does.
 constexpr Names no_names("");
 int32_t made_up_size = 0;
-uint32_t size_made_up(const Log & /*log*/, mdm_body_t * /*body*/)
+uint32_t size_made_up(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     return static_cast<uint32_t>(made_up_size);
 }
@@ -415,21 +415,21 @@ void write_bytes(Writer &out, int count)
         out.u8(0x11, "");
     }
 }
-bool set_three_bytes(Writer &out, mdm_body_t * /*body*/)
+bool set_three_bytes(Writer &out, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     write_bytes(out, 3);
     return true;
 }
-bool set_nothing_and_fail(Writer & /*out*/, mdm_body_t * /*body*/)
+bool set_nothing_and_fail(Writer & /*out*/, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     return false;
 }
-bool set_over_the_guard_and_fail(Writer &out, mdm_body_t * /*body*/)
+bool set_over_the_guard_and_fail(Writer &out, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     write_bytes(out, 5);
     return false;
 }
-bool get_and_fail(Reader & /*in*/, mdm_body_t * /*body*/)
+bool get_and_fail(Reader & /*in*/, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     return false;
 }
@@ -545,7 +545,7 @@ TEST(Serialise, TheUncheckedByteBehindTheMessageMayBeOverwritten)
 }
 
 size_t overwritten_guard_byte = 0;
-bool set_one_guard_byte(Writer &out, mdm_body_t * /*body*/)
+bool set_one_guard_byte(Writer &out, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     out.position()[3 + 1 + overwritten_guard_byte] = 0xF5;
     return true;
@@ -568,7 +568,7 @@ TEST(Serialise, EachOverwrittenGuardByteIsLoggedOnceWithTypeAndLengthField)
 TEST(Serialise, AllFourOverwrittenGuardBytesAreLoggedOnce)
 {
     LogRecorder log;
-    const auto set_all = [](Writer &out, mdm_body_t * /*body*/) {
+    const auto set_all = [](Writer &out, const Log & /*log*/, mdm_body_t * /*body*/) {
         write_bytes(out, 8);
         return true;
     };
@@ -580,7 +580,7 @@ TEST(Serialise, AllFourOverwrittenGuardBytesAreLoggedOnce)
                             leave("ipc_serialize")));
 }
 
-bool set_another_length_field(Writer &out, mdm_body_t * /*body*/)
+bool set_another_length_field(Writer &out, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     store_u32(out.position() - 40, 30);
     return true;

@@ -925,6 +925,7 @@ TEST(Misc, MissingBookIsRefusedUpToAHeaderTextOf966Bytes)
 {
     const Category category = category_of(17);
     const Log silence = category.log(Log::Function::silent);
+    Lengths lengths;
     for (const int32_t type : {281, 283}) {
         std::string text(966, 'x');
         mdm_msg_t msg = message(17);
@@ -932,11 +933,11 @@ TEST(Misc, MissingBookIsRefusedUpToAHeaderTextOf966Bytes)
         msg.body = body(type, 8, nullptr);
         uint32_t length = 0;
         EXPECT_EQ(ipc_serialize(&msg, &length), nullptr);
-        EXPECT_EQ(total_size(category.row, &msg, silence), 7);
+        EXPECT_EQ(total_size(category.row, &msg, lengths, silence), 7);
 
         text += 'x';
         msg.hdr_text = text.data();
-        EXPECT_EQ(total_size(category.row, &msg, silence), 8);
+        EXPECT_EQ(total_size(category.row, &msg, lengths, silence), 8);
     }
 }
 

@@ -415,7 +415,7 @@ TEST_F(WireLists, AreCountedFromWhereTheyAreGiven)
 
 TEST_F(WireLists, MayEndAtTheFirstNullElement)
 {
-    EXPECT_EQ(size_of_strings_before_null(list_, silence), 5U);
+    EXPECT_EQ(Lengths().measure(list_, silence), 5U);
     Bytes buffer(5);
     Writer out = writer(buffer.data());
     out.strings_before_null(list_, "");
@@ -476,7 +476,7 @@ TEST(WireListsOfRecords, AreReleasedRecordByRecordFromTheFirst)
 TEST(WireEmptyLists, EmptyOnesAreNull)
 {
     EXPECT_EQ(length_of(nullptr), 0U);
-    EXPECT_EQ(size_of_strings_before_null(nullptr, silence), 0U);
+    EXPECT_EQ(Lengths().measure(nullptr, silence), 0U);
     EXPECT_EQ(size_of_records_before_null(nullptr, sample_fields), 0U);
     release_records(nullptr, sample_fields);
     release_elements(nullptr);

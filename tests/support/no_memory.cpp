@@ -90,6 +90,11 @@ extern "C" gpointer g_try_malloc0(gsize size)
     return mdm::test::allocation_fails() ? nullptr : std::calloc(1, size);
 }
 
+extern "C" gpointer g_try_realloc(gpointer memory, gsize size)
+{
+    return mdm::test::allocation_fails() ? nullptr : std::realloc(memory, size);
+}
+
 extern "C" gchar *g_strdup_printf(const gchar *format, ...)
 {
     if (mdm::test::allocation_fails()) {

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "mdm_lengths.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "mdm_wire.hpp"
+
+namespace mdm {
+
+uint32_t Lengths::measure(void *strings, const Log &log, EachLine each)
+{
+    ListLog lines(log, each);
+    const GList *cell = g_list_first(static_cast<GList *>(strings));
+    list_ = cell;
+    count_ = 0;
+    uint32_t size = 0;
+    for (; cell != nullptr && cell->data != nullptr; cell = cell->next) {
+        const auto *text = static_cast<const char *>(cell->data);
+        lines.info(text);
+        const size_t length = std::strlen(text);
+        add(length);
+        size += word_size + static_cast<uint32_t>(length);
+    }
+    has_all_ = cell == nullptr;
+    return size;
+}
+
+// A length that is not known makes all of the list's unknown.
+inline void Lengths::add(size_t length)
+{
+    if (length > UINT32_MAX || (count_ == capacity_ && !grow())) [[unlikely]] {
+        list_ = nullptr;
+        count_ = 0;
+        return;
+    }
+    lengths_[count_++] = static_cast<uint32_t>(length);
+}
+
+[[gnu::cold, gnu::noinline]] bool Lengths::grow()
+{
+    const bool is_first = lengths_ == first_.data();
+    void *lengths = g_try_realloc(is_first ? nullptr : lengths_, capacity_ * 2 * sizeof *lengths_);
+    if (lengths == nullptr) {
+        return false;
+    }
+    lengths_ = static_cast<uint32_t *>(lengths);
+    if (is_first) {
+        std::copy(first_.begin(), first_.end(), lengths_);
+    }
+    capacity_ *= 2;
+    return true;
+}
+
+}  // namespace mdm

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The lengths of a list's strings, kept from the pass that sizes a message to the pass that writes it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include <glib.h>
+
+#include "mdm_log.hpp"
+
+namespace mdm {
+
+// They are those of one list, up to its first null element. Whoever finds none measures again.
+class Lengths {
+public:
+    Lengths() = default;
+    ~Lengths()
+    {
+        if (lengths_ != first_.data()) {
+            g_free(lengths_);
+        }
+    }
+    Lengths(const Lengths &) = delete;
+    Lengths &operator=(const Lengths &) = delete;
+
+    // Returns the size of a list's strings on the wire, without a count, up to the first null one.
+    // Each is logged.
+    uint32_t measure(void *strings, const Log &log, EachLine each = no_line);
+
+    // Null if another list was measured last, and for a cell that is not the first.
+    const uint32_t *of(const void *list) const { return list == list_ ? lengths_ : nullptr; }
+
+    // Whether count() tells all elements, because none is null.
+    bool has_all(const void *list) const { return list != nullptr && list == list_ && has_all_; }
+    uint32_t count() const { return static_cast<uint32_t>(count_); }
+
+private:
+    void add(size_t length);
+    bool grow();
+
+    const GList *list_ = nullptr;
+    uint32_t *lengths_ = first_.data();
+    size_t count_ = 0;
+    size_t capacity_ = first_.size();
+    bool has_all_ = false;
+    std::array<uint32_t, 64> first_;  // longer lists take memory
+};
+
+}  // namespace mdm

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A message with a list of strings is written by the lengths that its size was told by. Where they
+// are not those of what is written, it is measured again: the bytes are always the same.
+#include "mdm_lengths.hpp"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm_cursor.hpp"
+#include "support/no_memory.hpp"
+#include "support/wire.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+constexpr Log silence(MDM_NAMES("some_file", "some"), Log::Function::silent);
+
+// A list of strings, some of them null.
+class Strings {
+public:
+    explicit Strings(std::vector<const char *> texts)
+    {
+        for (const char *text : texts) {
+            list_ = g_list_append(list_, g_strdup(text));
+        }
+    }
+    ~Strings() { g_list_free_full(list_, g_free); }
+    Strings(const Strings &) = delete;
+    Strings &operator=(const Strings &) = delete;
+
+    GList *list() const { return list_; }
+
+private:
+    GList *list_ = nullptr;
+};
+
+// As a category writes them that ends a list at its first null element.
+Bytes written(const Lengths &lengths, GList *list)
+{
+    Bytes buffer(4096, 0xEE);
+    Writer out(buffer.data(), 0, 4096, silence);
+    out.knows(lengths);
+    out.count(list, "");
+    out.strings_before_null(list, "");
+    buffer.resize(static_cast<size_t>(out.position() - buffer.data()));
+    return buffer;
+}
+
+TEST(Lengths, AreThoseOfTheStrings)
+{
+    const Strings strings({"a", "", "three"});
+    Lengths lengths;
+    EXPECT_EQ(lengths.measure(strings.list(), silence), 3 * 4 + 6U);
+    const uint32_t *known = lengths.of(strings.list());
+    ASSERT_NE(known, nullptr);
+    EXPECT_THAT(std::vector(known, known + 3), ElementsAre(1U, 0U, 5U));
+    EXPECT_TRUE(lengths.has_all(strings.list()));
+    EXPECT_EQ(lengths.count(), 3U);
+}
+
+TEST(Lengths, EndAtTheFirstNullElement)
+{
+    const Strings strings({"a", nullptr, "three"});
+    Lengths lengths;
+    EXPECT_EQ(lengths.measure(strings.list(), silence), 5U);
+    ASSERT_NE(lengths.of(strings.list()), nullptr);
+    EXPECT_FALSE(lengths.has_all(strings.list()));
+    EXPECT_EQ(written(lengths, strings.list()), hex("03 00 00 00 01 00 00 00 61"));
+}
+
+TEST(Lengths, AreOfTheListThatWasMeasuredLast)
+{
+    const Strings first({"a"});
+    const Strings second({"bb", "cc"});
+    Lengths lengths;
+    EXPECT_EQ(lengths.of(first.list()), nullptr);
+    lengths.measure(first.list(), silence);
+    lengths.measure(second.list(), silence);
+    EXPECT_EQ(lengths.of(first.list()), nullptr);
+    EXPECT_FALSE(lengths.has_all(first.list()));
+    EXPECT_EQ(written(lengths, first.list()), hex("01 00 00 00 01 00 00 00 61"));
+    EXPECT_EQ(written(lengths, second.list()),
+              hex("02 00 00 00 02 00 00 00 62 62 02 00 00 00 63 63"));
+}
+
+// A count begins with the given cell, and a walk with the list's first one.
+TEST(Lengths, AreNotThoseOfAListGivenByALaterCell)
+{
+    const Strings strings({"a", "bb"});
+    Lengths lengths;
+    lengths.measure(strings.list()->next, silence);
+    EXPECT_EQ(lengths.of(strings.list()->next), nullptr);
+    EXPECT_EQ(written(lengths, strings.list()->next),
+              hex("01 00 00 00 01 00 00 00 61 02 00 00 00 62 62"));
+}
+
+TEST(Lengths, OfAnEmptyListAreNone)
+{
+    const Strings strings({"a"});
+    Lengths lengths;
+    lengths.measure(strings.list(), silence);
+    EXPECT_EQ(lengths.measure(nullptr, silence), 0U);
+    EXPECT_FALSE(lengths.has_all(nullptr));
+    EXPECT_EQ(written(lengths, nullptr), hex("00 00 00 00"));
+}
+
+std::string text_of(size_t index)
+{
+    return std::string(index % 7, 'x');
+}
+
+// More than there is room for at first, and than after the next allocations.
+constexpr size_t many = 300;
+
+class ManyStrings : public ::testing::Test {
+protected:
+    ManyStrings()
+    {
+        for (size_t i = 0; i < many; ++i) {
+            list_ = g_list_append(list_, g_strdup(text_of(i).c_str()));
+        }
+        expected_.push_back(many % 256);
+        expected_.push_back(many / 256);
+        expected_.resize(4);
+        for (size_t i = 0; i < many; ++i) {
+            const std::string text = text_of(i);
+            expected_.push_back(static_cast<uint8_t>(text.size()));
+            expected_.resize(expected_.size() + 3);
+            expected_.insert(expected_.end(), text.begin(), text.end());
+        }
+    }
+    ~ManyStrings() override { g_list_free_full(list_, g_free); }
+
+    GList *list_ = nullptr;
+    Bytes expected_;
+};
+
+TEST_F(ManyStrings, AreAllKnown)
+{
+    Lengths lengths;
+    EXPECT_EQ(lengths.measure(list_, silence), expected_.size() - 4);
+    const uint32_t *known = lengths.of(list_);
+    ASSERT_NE(known, nullptr);
+    for (size_t i = 0; i < many; ++i) {
+        EXPECT_EQ(known[i], text_of(i).size());
+    }
+    EXPECT_EQ(written(lengths, list_), expected_);
+}
+
+TEST_F(ManyStrings, AreMeasuredAgainWithoutMemory)
+{
+    for (const size_t allocations : {0, 1, 2}) {
+        Lengths lengths;
+        {
+            const NoMemory no_memory(allocations);
+            EXPECT_EQ(lengths.measure(list_, silence), expected_.size() - 4);
+        }
+        EXPECT_EQ(lengths.of(list_), nullptr);
+        EXPECT_FALSE(lengths.has_all(list_));
+        EXPECT_EQ(written(lengths, list_), expected_);
+        EXPECT_EQ(written(lengths, nullptr), hex("00 00 00 00"));
+    }
+}
+
+TEST_F(ManyStrings, AreKnownAgainOnceThereIsMemory)
+{
+    Lengths lengths;
+    {
+        const NoMemory no_memory;
+        lengths.measure(list_, silence);
+    }
+    lengths.measure(list_, silence);
+    EXPECT_NE(lengths.of(list_), nullptr);
+    EXPECT_EQ(written(lengths, list_), expected_);
+}
+
+}  // namespace
+}  // namespace mdm::test
