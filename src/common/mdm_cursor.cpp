@@ -124,13 +124,6 @@ void Writer::write_body_head(uint32_t type, uint32_t param, uint32_t data_size)
     store_u32(position, data_size);
 }
 
-void Writer::u8(uint8_t value, const char *path)
-{
-    if (has(sizeof value, path)) {
-        *pass(sizeof value) = value;
-    }
-}
-
 void Writer::u32(uint32_t value, const char *path)
 {
     if (has(word_size, path)) {
@@ -326,11 +319,6 @@ void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
     type = load_u32(position);
     param = load_u32(position + word_size);
     data_size = static_cast<int32_t>(load_u32(position + size_t{2} * word_size));
-}
-
-uint8_t Reader::u8(const char *path)
-{
-    return has(sizeof(uint8_t), path) ? *pass(sizeof(uint8_t)) : 0;
 }
 
 uint32_t Reader::u32(const char *path)

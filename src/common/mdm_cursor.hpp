@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The cursors: what writes a message's bytes, and what reads them.
+// The cursors: a writer of a message's bytes, and a reader.
 //
 // A trusting cursor believes its pointers and the counts that it reads, and takes memory from the
-// heap. A guarded one is for bytes and messages that nobody vouched for: it knows where the buffer
-// ends, and reads into the message's own region. The first step that it cannot take is kept as a
-// fault and ends it: it has nothing left, so every later step that needs a byte fails, too; it
-// writes nothing more, or reads zeros and empty lists.
+// heap. A guarded cursor is for bytes and messages that nobody vouched for. It knows where the buffer
+// ends, and reads into the message's own region. The first step that has no room is kept as a fault,
+// and ends the cursor: it has nothing left, so every later step that needs a byte fails, too. From
+// then on it writes nothing, or reads zeros and empty lists.
 //
-// Each step takes the path of the field that it is at, for the fault.
+// Each step takes the path of its field, for the fault.
 #pragma once
 
 #include <cstddef>
@@ -28,9 +28,8 @@
 
 namespace mdm {
 
-// What a category is called. Texts stand one behind the other: the origin of its lines (the file,
-// then the name, which completes its handlers' names), and the paths of the fields that most bodies
-// begin with.
+// What a category is called, as texts one behind the other: the origin of its handlers' lines, and the
+// paths of the fields that most bodies begin with.
 class Names {
 public:
     explicit constexpr Names(const char *texts) : texts_(texts) {}
@@ -90,7 +89,8 @@ protected:
     }
     size_t spare_behind(size_t smallest) const { return is_guarded() ? left_ - smallest : no_end; }
 
-    // Counts them as gone: of a cursor that is about to fail nobody asks for the position.
+    // The same, and counts the bytes as gone. The position stays: nobody asks a cursor for it that is
+    // about to fail.
     bool claim(size_t count, const char *path)
     {
         const bool is_there = has(count, path);
@@ -98,7 +98,7 @@ protected:
         return is_there;
     }
 
-    // The bytes that has() has found, which the cursor leaves behind.
+    // Returns where the bytes begin that has() has found, and moves behind them.
     template <class Byte>
     Byte *pass(Byte *&position, size_t count)
     {
@@ -112,7 +112,7 @@ protected:
     [[gnu::cold, gnu::noinline]] bool fail(uint64_t needed, const char *path);
     [[gnu::cold, gnu::noinline]] void fail_without_memory(size_t size);
 
-    // What keeps a body head from being written or read: its first word that has no room.
+    // Fails at the first word of a body head that has no room.
     [[gnu::cold, gnu::noinline]] void fail_in_body_head();
 
 private:
@@ -140,7 +140,7 @@ public:
     {
     }
 
-    // The lengths that the body's size was told by.
+    // Gives it the lengths that the size handler has kept.
     void knows(const Lengths &lengths) { lengths_ = &lengths; }
 
     uint8_t *position() const { return position_; }
@@ -154,7 +154,6 @@ public:
                         static_cast<uint32_t>(body.data_size));
     }
 
-    void u8(uint8_t value, const char *path);
     void u32(uint32_t value, const char *path);
     void i32(int32_t value, const char *path) { u32(static_cast<uint32_t>(value), path); }
     void str(const char *text, const char *path);
@@ -164,9 +163,9 @@ public:
     // What a body's `data` points to, as `data_size` bytes.
     void raw_bytes(const void *data, int32_t data_size);
 
-    // The count of a list, null elements included. A guarded cursor refuses one that is not that of
-    // the elements written: a null one is counted, but not written, and what stands in front of the
-    // given cell is written, but not counted.
+    // The count of a list, null elements included. A guarded cursor refuses a list with a null element,
+    // and one that is given by a later cell than its first: its count is not that of the elements
+    // written.
     uint32_t count(void *list, const char *path);
 
     // The list's count, then its records; a null one is counted, but not written.
@@ -178,8 +177,8 @@ public:
     // The list's count, then its strings; in a null one's place `gap` bytes are zero.
     void strings_or_gaps(void *strings, int32_t gap, const char *path);
 
-    // An element that was counted is not written: to a guarded cursor, what a receiver would look
-    // for in vain is no message.
+    // An element that was counted is not written. A guarded cursor refuses that: a receiver would look
+    // for it.
     void omit(const char *path)
     {
         if (is_guarded()) {
@@ -190,7 +189,7 @@ public:
     // Clears bytes, which a guarded cursor refuses, too.
     void skip(int32_t count, const char *path);
 
-    // Nothing more will be written.
+    // Clears what nobody has written at the end of the message.
     void clear_rest()
     {
         if (position_ < end_) {
@@ -237,7 +236,6 @@ public:
         read_body_head(reinterpret_cast<uint32_t &>(body.type), body.param, body.data_size);
     }
 
-    uint8_t u8(const char *path);
     uint32_t u32(const char *path);
     int32_t i32(const char *path) { return static_cast<int32_t>(u32(path)); }
 
@@ -359,6 +357,7 @@ inline void Writer::message_head(const mdm_msg_t &msg)
     store_u32(position, msg.hdr_word5);
 }
 
+// The envelope has made sure that a head without its text is there.
 inline void Reader::message_head(mdm_msg_t &msg)
 {
     const uint8_t *position = position_;

@@ -9,11 +9,21 @@
 namespace mdm {
 namespace {
 
-enum class Form { text, byte };
+// The value, which is a union.
+#define MDM_VALUE(type)                    \
+    MDM_FIELD_LIST(mdm_log_manager_info_t, \
+                   MDM_FIELD(mdm_log_manager_info_t, "log_manager.value", value, type))
+constexpr auto text_field = MDM_VALUE(char *);
+constexpr auto byte_field = MDM_VALUE(uint8_t);
 
-constexpr Form form_of(uint32_t type)
+constexpr bool has_text(const mdm_log_manager_info_t &info)
 {
-    return type == 638 ? Form::text : Form::byte;
+    return info.type == 638;
+}
+
+constexpr Fields field_of(const mdm_log_manager_info_t &info)
+{
+    return has_text(info) ? Fields(text_field) : Fields(byte_field);
 }
 
 }  // namespace
@@ -23,9 +33,7 @@ uint32_t _size_of_log_manager(Lengths & /*lengths*/, const Log &log, mdm_body_t 
     MDM_ENTER();
     MDM_FAIL_IF(body == nullptr, 0, "info is NULL!");
     const mdm_log_manager_info_t &info = body->log_manager;
-    const uint32_t value_size =
-        form_of(info.type) == Form::text ? size_of_str(info.value.text) : sizeof info.value.byte;
-    return MDM_EXIT(word_size + value_size);
+    return MDM_EXIT(word_size + size_of_fields(&info, field_of(info)));
 }
 
 // Without a body nothing is written, and that is no failure.
@@ -36,11 +44,7 @@ bool _set_log_manager(Writer &out, const Log &log, mdm_body_t *body)
     MDM_FAIL_IF(body == nullptr, true, "info is NULL!");
     const mdm_log_manager_info_t &info = body->log_manager;
     out.u32(info.type, "log_manager.type");
-    if (form_of(info.type) == Form::text) {
-        out.str(info.value.text, "log_manager.value");
-    } else {
-        out.u8(info.value.byte, "log_manager.value");
-    }
+    out.fields(&info, field_of(info));
     return MDM_EXIT(true);
 }
 
@@ -53,11 +57,7 @@ bool _get_log_manager(Reader &in, const Log &log, mdm_body_t *body)
     mdm_log_manager_info_t &info = body->log_manager;
     info.value.word = 0;
     info.type = in.u32("log_manager.type");
-    if (form_of(info.type) == Form::text) {
-        info.value.text = in.str("log_manager.value");
-    } else {
-        info.value.byte = in.u8("log_manager.value");
-    }
+    in.fields(&info, field_of(info));
     return MDM_EXIT(true);
 }
 
@@ -65,7 +65,7 @@ bool _get_log_manager(Reader &in, const Log &log, mdm_body_t *body)
 void _free_log_manager(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
-    if (body != nullptr && form_of(body->log_manager.type) == Form::text) {
+    if (body != nullptr && has_text(body->log_manager)) {
         g_free(body->log_manager.value.text);
     }
     return MDM_EXIT();

@@ -38,15 +38,16 @@ private:
     int previous_ = PTHREAD_CANCEL_ENABLE;
 };
 
-// The lines of one function. Each begins with the file and the function that it comes from, which
-// are said here, and with the number of the line that logs.
+// The lines of one function. Each begins with the file, the function and the number of the line that
+// logs.
 class Log {
 public:
-    // The functions of a category are called after what they do. A silent one has no lines, whatever
-    // the threshold.
+    // A silent function has no lines, whatever the threshold. A named one is called as its origin says,
+    // and a handler after what it does: "_set_" and its category.
     enum class Function : uint8_t { silent, named, set, get, size, free };
 
-    // `origin` is MDM_ORIGIN(), or begins as that does.
+    // `origin` is MDM_ORIGIN(). That of a handler is its file without "mdm_ipc_" and ".cpp", and behind
+    // the terminator its category.
     explicit constexpr Log(const char *origin, Function function = Function::named)
         : origin_(origin), function_(function)
     {
@@ -74,15 +75,17 @@ public:
     // A failure.
     [[gnu::format(printf, 3, 4)]] void critical(int line, const char *text, ...) const;
 
-    // A text of this size, its terminator included, leaves room for what is put around it.
+    // With their terminators.
+    static constexpr size_t longest_origin = 80;
     static constexpr size_t longest_text = 192;
 
 private:
     friend class ListLog;
 
-    // A line as the platform's log takes it, its place in the format.
-    static constexpr size_t room_for_place = 128;
-    using Format = std::array<char, room_for_place + longest_text>;
+    // A line as the platform's log takes it, its place in the format: beside the origin stand a number,
+    // marks and colours.
+    static constexpr size_t room_for_marks = 48;
+    using Format = std::array<char, longest_origin + room_for_marks + longest_text>;
 
     void compose(Format &format, uint32_t level, int line, const char *text) const;
     void print(uint32_t level, int line, const char *text, va_list args) const;
@@ -90,6 +93,13 @@ private:
     const char *origin_;
     Function function_;
 };
+
+template <size_t size>
+consteval const char *origin_of(const char (&origin)[size])
+{
+    static_assert(size <= Log::longest_origin);
+    return origin;
+}
 
 // A line for each element of a list: its text takes the element's.
 struct EachLine {
@@ -127,7 +137,7 @@ private:
 
 // Where a function's lines come from, as Log takes it: the file without its directory, and behind
 // its terminator the function.
-#define MDM_ORIGIN(function) __FILE_NAME__ "\0" function
+#define MDM_ORIGIN(function) ::mdm::origin_of(__FILE_NAME__ "\0" function)
 
 // Lines of the Log called `log`. The arguments of a line that is not logged are not evaluated.
 #define MDM_LOG_LINE(print, level, text, ...)                    \

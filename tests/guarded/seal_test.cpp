@@ -1058,11 +1058,11 @@ TEST(SealWriter, WritesWhatJustFits)
     ipc_fault_t fault = untouched;
     Writer out(buffer.data(), 0, buffer.size(), it_log, fault);
     out.str(bc, "it");
-    out.u8(6, "it");
-    out.u8(7, "it");
+    const std::array<uint8_t, 2> bytes = {6, 7};
+    out.raw_bytes(bytes.data(), 2);
     EXPECT_TRUE(out);
     EXPECT_THAT(buffer, ElementsAre(2, 0, 0, 0, 'b', 'c', 6, 7));
-    out.u8(8, "it");
+    out.raw_bytes(bytes.data(), 1);
     EXPECT_FALSE(out);
     EXPECT_EQ(text_of(fault), text_of({8, 1, 0, "it"}));
 }

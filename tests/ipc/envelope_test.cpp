@@ -409,11 +409,10 @@ uint32_t size_made_up(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t * /
 {
     return static_cast<uint32_t>(made_up_size);
 }
-void write_bytes(Writer &out, int count)
+void write_bytes(Writer &out, int32_t count)
 {
-    for (int i = 0; i < count; ++i) {
-        out.u8(0x11, "");
-    }
+    const Bytes bytes(static_cast<size_t>(count), 0x11);
+    out.raw_bytes(bytes.data(), count);
 }
 bool set_three_bytes(Writer &out, const Log & /*log*/, mdm_body_t * /*body*/)
 {
