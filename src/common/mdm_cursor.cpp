@@ -27,7 +27,9 @@ constexpr uint64_t bytes_needed(int32_t count, uint32_t element_size)
 inline void copy_words(uint8_t *to, const uint8_t *from, size_t count)
 {
     for (; count > 0; --count, to += word_size, from += word_size) {
-        store_u32(to, load_u32(from));
+        uint32_t word = 0;
+        std::memcpy(&word, from, word_size);
+        store_u32(to, word);  // either way the same
     }
 }
 
@@ -265,9 +267,12 @@ void Writer::strings_before_null(void *strings, const char *path, EachLine each)
     set_left(spare);
 }
 
-[[gnu::flatten]] void Writer::strings_or_gaps(void *strings, int32_t gap, const char *path)
+void Writer::strings_or_gaps(void *strings, int32_t gap, const char *path)
 {
     count(strings, path);
+    if (lengths_ != nullptr && lengths_->has_all(strings)) {
+        return strings_before_null(strings, path);
+    }
     for (const char *text : elements<char>(strings)) {
         if (text != nullptr) {
             str(text, path);
@@ -445,15 +450,13 @@ void Reader::fail_at_first_missing(uint8_t *record, Fields list)
     for (const Run run : list) {
         std::memset(record + run.offset, 0, run.count * size_of(run.kind));
     }
-    const uint8_t *next = position_;
-    for_each_field(record, list, [&](Kind kind, uint8_t * /*member*/, const char *path) {
-        const uint8_t *value = next;
-        next += smallest_size(kind);
-        if (!claim(smallest_size(kind), path) || kind != Kind::text) {
-            return bool{*this};
+    for_each_field(record, list, [this](Kind kind, uint8_t * /*member*/, const char *path) {
+        if (!has(smallest_size(kind), path)) {
+            return false;
         }
-        next += load_u32(value);
-        return claim(load_u32(value), path);
+        const uint8_t *value = pass(smallest_size(kind));
+        const uint32_t length = kind == Kind::text ? load_u32(value) : 0;
+        return has(length, path) && pass(length) != nullptr;
     });
 }
 

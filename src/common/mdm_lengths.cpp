@@ -39,15 +39,13 @@ inline void Lengths::add(size_t length)
 
 [[gnu::cold, gnu::noinline]] bool Lengths::grow()
 {
-    const bool is_first = lengths_ == first_.data();
-    void *lengths = g_try_realloc(is_first ? nullptr : lengths_, capacity_ * 2 * sizeof *lengths_);
+    auto *lengths = g_try_new(uint32_t, capacity_ * 2);
     if (lengths == nullptr) {
         return false;
     }
-    lengths_ = static_cast<uint32_t *>(lengths);
-    if (is_first) {
-        std::copy(first_.begin(), first_.end(), lengths_);
-    }
+    std::copy(lengths_, lengths_ + count_, lengths);
+    release();
+    lengths_ = lengths;
     capacity_ *= 2;
     return true;
 }

@@ -17,12 +17,7 @@ namespace mdm {
 class Lengths {
 public:
     Lengths() = default;
-    ~Lengths()
-    {
-        if (lengths_ != first_.data()) {
-            g_free(lengths_);
-        }
-    }
+    ~Lengths() { release(); }
     Lengths(const Lengths &) = delete;
     Lengths &operator=(const Lengths &) = delete;
 
@@ -40,13 +35,19 @@ public:
 private:
     void add(size_t length);
     bool grow();
+    void release()
+    {
+        if (lengths_ != first_.data()) {
+            g_free(lengths_);
+        }
+    }
 
     const GList *list_ = nullptr;
+    std::array<uint32_t, 64> first_;  // longer lists take memory
     uint32_t *lengths_ = first_.data();
     size_t count_ = 0;
     size_t capacity_ = first_.size();
     bool has_all_ = false;
-    std::array<uint32_t, 64> first_;  // longer lists take memory
 };
 
 }  // namespace mdm

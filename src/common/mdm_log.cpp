@@ -247,13 +247,22 @@ void Log::print(uint32_t level, int line, const char *text, va_list args) const
     emit({level, tag, format.data(), errno}, args);
 }
 
+// Of a line that is composed already.
+static void emit_info(const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    emit({MDM_LOG_INFO, tag, format, errno}, args);
+    va_end(args);
+}
+
 void ListLog::print(const char *element)
 {
     if (!is_composed_) {
         log_.compose(format_, MDM_LOG_INFO, each_.line, each_.text);
         is_composed_ = true;
     }
-    __mdm_log_print(MDM_LOG_INFO, tag, format_.data(), element);
+    emit_info(format_.data(), element);
 }
 
 void Log::debug(int line, const char *text, ...) const

@@ -24,7 +24,7 @@ constexpr Log silence(MDM_NAMES("some_file", "some"), Log::Function::silent);
 // A list of strings, some of them null.
 class Strings {
 public:
-    explicit Strings(std::vector<const char *> texts)
+    explicit Strings(const std::vector<const char *> &texts)
     {
         for (const char *text : texts) {
             list_ = g_list_append(list_, g_strdup(text));
@@ -112,7 +112,8 @@ TEST(Lengths, OfAnEmptyListAreNone)
 
 std::string text_of(size_t index)
 {
-    return std::string(index % 7, 'x');
+    std::string text(index % 7, 'x');
+    return text;
 }
 
 // More than there is room for at first, and than after the next allocations.
@@ -155,7 +156,7 @@ TEST_F(ManyStrings, AreAllKnown)
 
 TEST_F(ManyStrings, AreMeasuredAgainWithoutMemory)
 {
-    for (const size_t allocations : {0, 1, 2}) {
+    for (size_t allocations = 0; allocations < 3; ++allocations) {
         Lengths lengths;
         {
             const NoMemory no_memory(allocations);

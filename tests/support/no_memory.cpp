@@ -90,9 +90,9 @@ extern "C" gpointer g_try_malloc0(gsize size)
     return mdm::test::allocation_fails() ? nullptr : std::calloc(1, size);
 }
 
-extern "C" gpointer g_try_realloc(gpointer memory, gsize size)
+extern "C" gpointer g_try_malloc_n(gsize count, gsize size)
 {
-    return mdm::test::allocation_fails() ? nullptr : std::realloc(memory, size);
+    return g_try_malloc(count * size);
 }
 
 extern "C" gchar *g_strdup_printf(const gchar *format, ...)
