@@ -16,31 +16,24 @@ constexpr auto head_fields = MDM_FIELDS(mdm_msg_t, "header", hdr_word1, hdr_word
                                         hdr_word3, hdr_word6, hdr_word7, hdr_word4, hdr_word5);
 static_assert(smallest_size(head_fields) == smallest_head_size);
 
-// Fewer than none are more than there can be.
+// A negative count needs more than there can be.
 constexpr uint64_t bytes_needed(int32_t count, uint32_t element_size)
 {
     return count < 0 ? UINT64_MAX : uint64_t{element_size} * static_cast<uint32_t>(count);
 }
 
-// Copies words between a record and the wire, whose byte order the host need not have. There are
-// few of them: a call would cost more.
+// Copies words between a record and the wire, in either direction. They are few: a call of memcpy()
+// would cost more.
 inline void copy_words(uint8_t *to, const uint8_t *from, size_t count)
 {
     for (; count > 0; --count, to += word_size, from += word_size) {
         uint32_t word = 0;
         std::memcpy(&word, from, word_size);
-        store_u32(to, word);  // either way the same
+        store_u32(to, word);  // to the wire and from it the bytes are swapped alike
     }
 }
 
-inline void copy_bytes(uint8_t *to, const uint8_t *from, size_t count)
-{
-    for (; count > 0; --count) {
-        *to++ = *from++;
-    }
-}
-
-const char *text_at(const uint8_t *member)
+const char *text_in(const uint8_t *member)
 {
     return *reinterpret_cast<char *const *>(member);
 }
@@ -77,7 +70,7 @@ const char *Names::text_at(const char *texts, int index)
 bool Cursor::fail(uint64_t needed, const char *path)
 {
     if (!is_guarded()) {
-        return false;  // GCOVR_EXCL_LINE: only where addresses have 32 bits
+        return false;  // GCOVR_EXCL_LINE: a negative size, which crashes next, or 32-bit addresses
     }
     end_with({offset(), saturated(needed), static_cast<uint32_t>(left_), path});
     return true;
@@ -160,31 +153,29 @@ void Writer::fields(const void *record, Fields list)
         return false;
     }
     size_t spare = spare_behind(list.smallest_size());
-    const size_t counted = is_guarded() ? SIZE_MAX : 0;
+    const size_t counted =
+        is_guarded() ? SIZE_MAX : 0;  // what a trusting cursor has does not shrink
     uint8_t *position = position_;
     for (const Run run : list) {
         const uint8_t *member = record + run.offset;
-        size_t count = run.count;
         switch (run.kind) {
         case Kind::word:
             copy_words(position, member, run.count);
             position += size_t{run.count} * word_size;
             break;
         case Kind::text:
-            do {
-                const char *text = text_at(member);
+            for (const char *text : std::span(reinterpret_cast<char *const *>(member), run.count)) {
                 const size_t size = text_size(text);
                 if (size > spare) {
                     return false;
                 }
                 spare -= size & counted;
                 position = write_str(position, text, static_cast<uint32_t>(size));
-                member += sizeof(char *);
-            } while (--count > 0);
+            }
             break;
         case Kind::byte:
         case Kind::none:
-            copy_bytes(position, member, run.count);
+            std::memcpy(position, member, run.count);
             position += run.count;
             break;
         }
@@ -198,7 +189,7 @@ void Writer::fail_at_first_missing(const uint8_t *record, Fields list)
 {
     for_each_field(record, list, [this](Kind kind, const uint8_t *member, const char *path) {
         return claim(smallest_size(kind), path) &&
-               (kind != Kind::text || claim(text_size(text_at(member)), path));
+               (kind != Kind::text || claim(text_size(text_in(member)), path));
     });
 }
 
@@ -216,19 +207,17 @@ void Writer::raw_bytes(const void *data, int32_t data_size)
 
 uint32_t Writer::count(void *list, const char *path)
 {
-    const auto *cell = static_cast<GList *>(list);
-    uint32_t count = 0;
-    if (lengths_ != nullptr && lengths_->has_all(list)) {
-        count = lengths_->count();
-        cell = nullptr;
-    } else if (cell != nullptr && cell->prev != nullptr) {
-        omit(path);
-    }
-    for (; cell != nullptr; cell = cell->next) {
-        if (cell->data == nullptr) {
+    uint32_t count = lengths_ != nullptr && lengths_->has_all(list) ? lengths_->count() : 0;
+    if (count == 0) {
+        const auto *cell = static_cast<GList *>(list);
+        if (cell != nullptr && cell->prev != nullptr) {
             omit(path);
         }
-        ++count;
+        for (; cell != nullptr; cell = cell->next, ++count) {
+            if (cell->data == nullptr) {
+                omit(path);
+            }
+        }
     }
     u32(count, path);
     return count;
@@ -257,7 +246,7 @@ void Writer::strings_before_null(void *strings, const char *path, EachLine each)
         if (is_guarded()) {
             if (spare < word_size || size > spare - word_size) [[unlikely]] {
                 set_left(spare);
-                return str(text, path);
+                return str(text, path);  // fails, and finds out where
             }
             spare -= word_size + size;
         }
@@ -434,7 +423,7 @@ inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_
             break;
         case Kind::byte:
         case Kind::none:
-            copy_bytes(member, position, run.count);
+            std::memcpy(member, position, run.count);
             position += run.count;
             break;
         }
@@ -456,7 +445,11 @@ void Reader::fail_at_first_missing(uint8_t *record, Fields list)
         }
         const uint8_t *value = pass(smallest_size(kind));
         const uint32_t length = kind == Kind::text ? load_u32(value) : 0;
-        return has(length, path) && pass(length) != nullptr;
+        if (!has(length, path)) {
+            return false;
+        }
+        pass(length);
+        return true;
     });
 }
 

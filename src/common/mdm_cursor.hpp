@@ -13,7 +13,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
 #include <glib.h>
@@ -89,8 +88,7 @@ protected:
     }
     size_t spare_behind(size_t smallest) const { return is_guarded() ? left_ - smallest : no_end; }
 
-    // The same, and counts the bytes as gone. The position stays: nobody asks a cursor for it that is
-    // about to fail.
+    // As has(), and counts the bytes as gone. The position stays: the cursor is about to fail.
     bool claim(size_t count, const char *path)
     {
         const bool is_there = has(count, path);
@@ -98,7 +96,7 @@ protected:
         return is_there;
     }
 
-    // Returns where the bytes begin that has() has found, and moves behind them.
+    // Moves over bytes that are known to be there, and returns where they begin.
     template <class Byte>
     Byte *pass(Byte *&position, size_t count)
     {
@@ -128,20 +126,21 @@ private:
 
 class Writer : public Cursor {
 public:
-    // Writes from `offset` on. Gaps are cleared up to the end of the message, at `total`.
-    Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log)
-        : Cursor(buffer, no_end, 0, log, nullptr), position_(buffer + offset), end_(buffer + total)
+    // Writes from `offset` on. Gaps are cleared up to the end of the message, at `total`. `lengths` are
+    // those that the size handler has kept.
+    Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log,
+           const Lengths *lengths = nullptr)
+        : Cursor(buffer, no_end, 0, log, nullptr), position_(buffer + offset), end_(buffer + total),
+          lengths_(lengths)
     {
     }
     // The guarded one, which writes no further than that.
-    Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log, ipc_fault_t &fault)
+    Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log, ipc_fault_t &fault,
+           const Lengths *lengths = nullptr)
         : Cursor(buffer, total - offset, total, log, &fault), position_(buffer + offset),
-          end_(buffer + total)
+          end_(buffer + total), lengths_(lengths)
     {
     }
-
-    // Gives it the lengths that the size handler has kept.
-    void knows(const Lengths &lengths) { lengths_ = &lengths; }
 
     uint8_t *position() const { return position_; }
 
@@ -189,7 +188,7 @@ public:
     // Clears bytes, which a guarded cursor refuses, too.
     void skip(int32_t count, const char *path);
 
-    // Clears what nobody has written at the end of the message.
+    // Clears what nobody has written at the end of the message; mostly there is nothing.
     void clear_rest()
     {
         if (position_ < end_) {
@@ -207,7 +206,7 @@ private:
 
     uint8_t *position_;
     uint8_t *end_;
-    const Lengths *lengths_ = nullptr;
+    const Lengths *lengths_;
 };
 
 class Reader : public Cursor {
@@ -281,8 +280,8 @@ public:
         return static_cast<Record *>(make(sizeof(Record)));
     }
 
-    // The same where a category says what happens without memory: null. A guarded cursor fails, and
-    // returns a place that no message keeps.
+    // As record(), but null without memory, for the categories that say what happens then. A guarded
+    // cursor fails instead, and returns a place that no message keeps.
     template <class Record, size_t size>
     Record *try_record(const FieldList<Record, size> &list)
     {

@@ -55,10 +55,9 @@ uint8_t *ipc_serialize(const Category &category, mdm_msg_t *msg, uint32_t *out_l
     MDM_ASSERT(buffer != nullptr, nullptr);
 
     const auto length = static_cast<uint32_t>(total);
-    Writer out(buffer, ipc_head::fields, length, category.log(Log::Function::set));
-    out.knows(lengths);
+    Writer out(buffer, ipc_head::fields, length, category.log(Log::Function::set), &lengths);
     out.message_head(*msg);
-    const bool is_written = row.set == nullptr || row.set(out, out.log(), &msg->body);
+    const bool is_written = row.set == nullptr || category.set(out, &msg->body);
     out.clear_rest();
     if (!is_written) {
         MDM_CRITICAL("lp_body is NULL");
@@ -77,7 +76,7 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
     release_string(msg->hdr_text);
     Reader in(buffer, ipc_head::fields, category.log(Log::Function::get));
     in.message_head(*msg);
-    if (category.row.get != nullptr && !category.row.get(in, in.log(), &msg->body)) {
+    if (category.row.get != nullptr && !category.get(in, &msg->body)) {
         MDM_CRITICAL("lp_body is NULL");
     }
     return MDM_EXIT(MDM_RESULT_SUCCESS);

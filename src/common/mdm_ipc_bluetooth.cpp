@@ -55,7 +55,8 @@ uint32_t _size_of_bluetooth(Lengths &lengths, const Log &log, mdm_body_t *body)
     }
     MDM_INFO("len : %d", length_of(info.data));
     size += word_size + lengths.measure(info.data, log, MDM_EACH("device_name : %s"));
-    MDM_FAIL_IF(has_null_element(info.data), no_room, "device_name is NULL");
+    MDM_FAIL_IF(!lengths.has_all(info.data) && has_null_element(info.data), no_room,
+                "device_name is NULL");
     return MDM_EXIT(size);
 }
 

@@ -38,7 +38,7 @@ bool is(const char *path, const char *other)
     return g_str_has_suffix(path, name) != FALSE;
 }
 
-// What a negative size needs reads like more than a positive size of raw bytes can be.
+// A negative size is told as needing UINT32_MAX bytes, which no positive size of raw bytes reaches.
 [[gnu::cold]] bool has_negative_size(const ipc_fault_t &fault)
 {
     return fault.needed == saturated(UINT64_MAX) && ends_with(fault.path, ".data");

@@ -54,7 +54,7 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
     Reader in(buffer, ipc_head::fields, length, category.log(Log::Function::silent), fault, region);
     in.message_head(*msg);
     if (in && category.row.get != nullptr) {
-        category.row.get(in, in.log(), &msg->body);
+        category.get(in, &msg->body);
     }
     if (!in) {
         Region::release(msg);
@@ -97,10 +97,9 @@ uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
         return nullptr;
     }
     set_envelope(buffer, *msg, length);
-    Writer out(buffer, ipc_head::fields, length, silence, fault);
-    out.knows(lengths);
+    Writer out(buffer, ipc_head::fields, length, silence, fault, &lengths);
     out.message_head(*msg);
-    if (out && !category.row.set(out, out.log(), &msg->body)) {
+    if (out && !category.set(out, &msg->body)) {
         out.omit(category.names.data());  // GCOVR_EXCL_LINE: such a body was refused before
     }
     if (!out) {

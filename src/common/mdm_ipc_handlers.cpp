@@ -74,10 +74,12 @@ constexpr char category_names[] = MDM_CATEGORIES(MDM_NAMES_OF);
 constexpr std::array<TypeEntry, last_message_type + 1> type_entries = [] {
     std::array<TypeEntry, last_message_type + 1> entries{};
     uint16_t names = 0;
-#define MDM_ENTER_TYPES(first, last, name, row, file)            \
-    for (size_t type = (first); type <= (last); ++type) {        \
-        entries[type] = {static_cast<uint8_t>(Row::row), names}; \
-    }                                                            \
+#define MDM_ENTER_TYPES(first, last, name, row, file)                                \
+    static_assert(sizeof(#file #name "mdm_ipc_.cpp_size_of_") < Log::longest_origin, \
+                  "too long for a line");                                            \
+    for (size_t type = (first); type <= (last); ++type) {                            \
+        entries[type] = {static_cast<uint8_t>(Row::row), names};                     \
+    }                                                                                \
     names += sizeof(MDM_NAMES_OF(first, last, name, row, file)) - 1;
     MDM_CATEGORIES(MDM_ENTER_TYPES)
     return entries;

@@ -43,6 +43,9 @@ struct Category {
     const ipc_handler_row &row;
     Names names;
 
+    bool set(Writer &out, mdm_body_t *body) const { return row.set(out, out.log(), body); }
+    bool get(Reader &in, mdm_body_t *body) const { return row.get(in, in.log(), body); }
+
     // The lines of a handler.
     Log log(Log::Function function) const { return Log(names.origin(), function); }
 };

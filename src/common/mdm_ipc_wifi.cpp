@@ -204,7 +204,8 @@ uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
     case Form::ssids:
         MDM_INFO("len : %d", length_of(info.data));
         size += word_size + lengths.measure(info.data, log, MDM_EACH("ssid : %s"));
-        MDM_FAIL_IF(has_null_element(info.data), no_room, "ssid is NULL");
+        MDM_FAIL_IF(!lengths.has_all(info.data) && has_null_element(info.data), no_room,
+                    "ssid is NULL");
         break;
     case Form::raw:
         size += data_size;

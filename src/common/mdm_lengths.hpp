@@ -13,7 +13,8 @@
 
 namespace mdm {
 
-// They are those of one list, up to its first null element. Whoever finds none measures again.
+// The lengths of the list that was measured last, up to its first null element. Whoever does not find
+// his list here measures again.
 class Lengths {
 public:
     Lengths() = default;
@@ -25,10 +26,11 @@ public:
     // Each is logged.
     uint32_t measure(void *strings, const Log &log, EachLine each = no_line);
 
-    // Null if another list was measured last, and for a cell that is not the first.
+    // Null if they are not known: for another list, for a cell that is not the first, or without memory.
+    // Of an empty list there is nothing to read.
     const uint32_t *of(const void *list) const { return list == list_ ? lengths_ : nullptr; }
 
-    // Whether count() tells all elements, because none is null.
+    // Whether count() is the length of this list: it was measured last, and no element is null.
     bool has_all(const void *list) const { return list != nullptr && list == list_ && has_all_; }
     uint32_t count() const { return static_cast<uint32_t>(count_); }
 

@@ -189,7 +189,7 @@ int emit(const Line &line, va_list args)
     return result;
 }
 
-// Of the library's own lines.
+// The tag of the library's own lines.
 constexpr const char *tag = "MDM_COMMON";
 
 // What the names of functions begin with, by Log::Function.
@@ -247,7 +247,7 @@ void Log::print(uint32_t level, int line, const char *text, va_list args) const
     emit({level, tag, format.data(), errno}, args);
 }
 
-// Of a line that is composed already.
+// Not __mdm_log_print(): a program may put its own in its place, and would get these lines alone.
 static void emit_info(const char *format, ...)
 {
     va_list args;

@@ -75,7 +75,8 @@ public:
     // A failure.
     [[gnu::format(printf, 3, 4)]] void critical(int line, const char *text, ...) const;
 
-    // With their terminators.
+    // Sizes with the terminator. The macros check them; whoever calls debug(), info() or critical()
+    // directly keeps to them.
     static constexpr size_t longest_origin = 80;
     static constexpr size_t longest_text = 192;
 
@@ -94,11 +95,11 @@ private:
     Function function_;
 };
 
-template <size_t size>
-consteval const char *origin_of(const char (&origin)[size])
+template <size_t limit, size_t size>
+consteval const char *within(const char (&text)[size])
 {
-    static_assert(size <= Log::longest_origin);
-    return origin;
+    static_assert(size <= limit);
+    return text;
 }
 
 // A line for each element of a list: its text takes the element's.
@@ -106,7 +107,7 @@ struct EachLine {
     int line;
     const char *text;
 };
-#define MDM_EACH(text) (::mdm::EachLine{__LINE__, text})
+#define MDM_EACH(text) (::mdm::EachLine{__LINE__, ::mdm::within<::mdm::Log::longest_text>(text)})
 inline constexpr EachLine no_line = {0, nullptr};
 
 // The lines of one list. They differ in the element alone and are composed once.
@@ -137,7 +138,7 @@ private:
 
 // Where a function's lines come from, as Log takes it: the file without its directory, and behind
 // its terminator the function.
-#define MDM_ORIGIN(function) ::mdm::origin_of(__FILE_NAME__ "\0" function)
+#define MDM_ORIGIN(function) ::mdm::within<::mdm::Log::longest_origin>(__FILE_NAME__ "\0" function)
 
 // Lines of the Log called `log`. The arguments of a line that is not logged are not evaluated.
 #define MDM_LOG_LINE(print, level, text, ...)                    \

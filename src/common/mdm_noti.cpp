@@ -22,8 +22,8 @@ constexpr const char *status_directory = "/opt/etc/mdm/";
 // always the inner one.
 std::mutex store_mutex;
 
-// More than the eleven characters of the longest status and their terminator; a longer word is cut.
-constexpr size_t word_size = 64;
+// Room for the longest status, eleven characters, and more; a longer word in a file is cut.
+constexpr size_t status_size = 64;
 
 // The number at the start of a word. When there is none, or none that fits, errno says which: 0, or
 // ERANGE also where the host's long holds what a status does not.
@@ -43,7 +43,7 @@ int32_t status_of(const char *word)
 
 void read(std::fstream &file, int32_t *status)
 {
-    char word[word_size];
+    char word[status_size];
     file >> word;
     file.close();
     *status = status_of(word);
@@ -52,7 +52,7 @@ void read(std::fstream &file, int32_t *status)
 // NOLINTNEXTLINE(readability-non-const-parameter): read() has the same parameters
 void write(std::fstream &file, int32_t *status)
 {
-    char text[word_size];
+    char text[status_size];
     std::snprintf(text, sizeof text, "%d", *status);
     file << text;
     file.close();

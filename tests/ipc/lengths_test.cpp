@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A message with a list of strings is written by the lengths that its size was told by. Where they
-// are not those of what is written, it is measured again: the bytes are always the same.
+// A list of strings is written with the lengths that sizing has kept. Where they are not that list's,
+// it is measured again: the bytes are always the same.
 #include "mdm_lengths.hpp"
 
 #include <string>
@@ -40,12 +40,11 @@ private:
     GList *list_ = nullptr;
 };
 
-// As a category writes them that ends a list at its first null element.
+// Written as by a category that ends a list at its first null element.
 Bytes written(const Lengths &lengths, GList *list)
 {
     Bytes buffer(4096, 0xEE);
-    Writer out(buffer.data(), 0, 4096, silence);
-    out.knows(lengths);
+    Writer out(buffer.data(), 0, 4096, silence, &lengths);
     out.count(list, "");
     out.strings_before_null(list, "");
     buffer.resize(static_cast<size_t>(out.position() - buffer.data()));
@@ -72,6 +71,73 @@ TEST(Lengths, EndAtTheFirstNullElement)
     ASSERT_NE(lengths.of(strings.list()), nullptr);
     EXPECT_FALSE(lengths.has_all(strings.list()));
     EXPECT_EQ(written(lengths, strings.list()), hex("03 00 00 00 01 00 00 00 61"));
+}
+
+// Written as by a category that leaves a gap in the place of a null element.
+Bytes written_with_gaps(const Lengths &lengths, GList *list)
+{
+    Bytes buffer(64, 0xEE);
+    Writer out(buffer.data(), 0, 64, silence, &lengths);
+    out.strings_or_gaps(list, 2, "");
+    buffer.resize(static_cast<size_t>(out.position() - buffer.data()));
+    return buffer;
+}
+
+TEST(Lengths, LeaveTheGapOfANullElement)
+{
+    const Strings strings({"a", nullptr, "b"});
+    const Strings whole({"a", "", "b"});
+    Lengths lengths;
+    lengths.measure(strings.list(), silence);
+    EXPECT_EQ(written_with_gaps(lengths, strings.list()),
+              hex("03 00 00 00 01 00 00 00 61 00 00 01 00 00 00 62"));
+    lengths.measure(whole.list(), silence);
+    EXPECT_EQ(written_with_gaps(lengths, whole.list()),
+              hex("03 00 00 00 01 00 00 00 61 00 00 00 00 01 00 00 00 62"));
+}
+
+TEST(Lengths, DoNotLetAGuardedWriterPassItsEnd)
+{
+    const Strings strings({"a", "bb"});
+    Lengths lengths;
+    lengths.measure(strings.list(), silence);
+    Bytes buffer(10);
+    ipc_fault_t fault{};
+    Writer out(buffer.data(), 0, 10, silence, fault, &lengths);
+    out.strings_before_null(strings.list(), "it");
+    EXPECT_FALSE(out);
+    EXPECT_STREQ(fault.path, "it");
+    EXPECT_EQ(fault.offset, 9U);
+    EXPECT_EQ(fault.needed, 2U);
+    EXPECT_EQ(fault.left, 1U);
+}
+
+// One message may have several lists.
+TEST(Lengths, OfOneListAreNotThoseOfTheNext)
+{
+    const Strings first({"a", "bb", "ccc"});
+    const Strings second({"dddd", "e"});
+    mdm_app_control_info_t controls[2] = {{1, first.list()}, {2, second.list()}};
+    GList *list = g_list_append(g_list_append(nullptr, &controls[0]), &controls[1]);
+    mdm_msg_t msg = message(14);
+    msg.body.app_res.type = 172;
+    msg.body.app_res.data_size = 1;
+    msg.body.app_res.data = list;
+    uint32_t length = 0;
+    uint8_t *bytes = ipc_serialize(&msg, &length);
+    ASSERT_NE(bytes, nullptr);
+    const Bytes expected = hex("02 00 00 00 "
+                               "01 00 00 00 03 00 00 00 01 00 00 00 61 02 00 00 00 62 62 "
+                               "03 00 00 00 63 63 63 "
+                               "02 00 00 00 02 00 00 00 04 00 00 00 64 64 64 64 01 00 00 00 65");
+    EXPECT_EQ(Bytes(bytes + length - expected.size(), bytes + length), expected);
+    uint32_t sealed_length = 0;
+    uint8_t *sealed = ipc_seal(&msg, &sealed_length, nullptr);
+    ASSERT_NE(sealed, nullptr);
+    EXPECT_EQ(Bytes(sealed, sealed + sealed_length), Bytes(bytes, bytes + length));
+    g_free(sealed);
+    g_free(bytes);
+    g_list_free(list);
 }
 
 TEST(Lengths, AreOfTheListThatWasMeasuredLast)

@@ -9,14 +9,14 @@ uint8_t *Handlers::set(uint8_t *position, mdm_body_t *body) const
 {
     const Category category = category_of(type_);
     Writer out(position, 0, 0, category.log(Log::Function::set));
-    return category.row.set(out, out.log(), body) ? out.position() : nullptr;
+    return category.set(out, body) ? out.position() : nullptr;
 }
 
 const uint8_t *Handlers::get(mdm_body_t *body, const uint8_t *position) const
 {
     const Category category = category_of(type_);
     Reader in(position, 0, category.log(Log::Function::get));
-    return category.row.get(in, in.log(), body) ? in.position() : nullptr;
+    return category.get(in, body) ? in.position() : nullptr;
 }
 
 uint32_t Handlers::size(mdm_body_t *body) const
