@@ -13,8 +13,8 @@
 
 namespace mdm {
 
-// The lengths of the list that was measured last, up to its first null element. Whoever does not find
-// his list here measures again.
+// The lengths of the list that was measured last, up to its first null element. The strings of any
+// other list have to be measured again.
 class Lengths {
 public:
     Lengths() = default;

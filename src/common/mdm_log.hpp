@@ -171,7 +171,7 @@ private:
     MDM_ENTER();                        \
     MDM_ASSERT(condition, result)
 
-// The same with a text of its own, and with the exit line.
+// A check whose failure has a text of its own and an exit line. It fails if the condition is true.
 #define MDM_FAIL_IF(condition, result, ...) \
     do {                                    \
         if (condition) {                    \

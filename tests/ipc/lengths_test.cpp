@@ -7,12 +7,19 @@
 #include <string>
 #include <vector>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "mdm_cursor.hpp"
 #include "support/no_memory.hpp"
 #include "support/wire.hpp"
+
+#ifndef __has_feature
+#define __has_feature(feature) 0
+#endif
 
 namespace mdm::test {
 namespace {
@@ -246,6 +253,75 @@ TEST_F(ManyStrings, AreKnownAgainOnceThereIsMemory)
     EXPECT_NE(lengths.of(list_), nullptr);
     EXPECT_EQ(written(lengths, list_), expected_);
 }
+
+// A count on the wire has 32 bits. ThreadSanitizer would keep a shadow of every byte of such a text.
+#if SIZE_MAX > UINT32_MAX && !__has_feature(thread_sanitizer)
+
+// 2^32 + 1 letters, which are the same few in memory.
+class HugeText {
+public:
+    HugeText()
+    {
+        const int file = memfd_create("letters", MFD_CLOEXEC);
+        std::string letters(block, 'x');
+        EXPECT_EQ(write(file, letters.data(), block), static_cast<ssize_t>(block));
+        begin_ = static_cast<char *>(mmap(nullptr, mapped, PROT_READ | PROT_WRITE,
+                                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
+        for (size_t offset = 0; offset < mapped - block; offset += block) {
+            mmap(begin_ + offset, block, PROT_READ, MAP_PRIVATE | MAP_FIXED, file, 0);
+        }
+        close(file);
+        begin_[mapped - block] = 'x';  // the rest of the last block is zero
+    }
+    ~HugeText() { munmap(begin_, mapped); }
+    HugeText(const HugeText &) = delete;
+    HugeText &operator=(const HugeText &) = delete;
+
+    char *text() const { return begin_; }
+
+private:
+    static constexpr size_t block = size_t{16} << 20;
+    static constexpr size_t mapped = (size_t{1} << 32) + block;
+
+    char *begin_;
+};
+
+TEST(LengthsOfAHugeText, AreNotKnown)
+{
+    const HugeText huge;
+    GList *list = g_list_append(nullptr, huge.text());
+    Lengths lengths;
+    EXPECT_EQ(lengths.measure(list, silence), 4 + 1U);
+    EXPECT_EQ(lengths.of(list), nullptr);
+    EXPECT_FALSE(lengths.has_all(list));
+    g_list_free(list);
+}
+
+TEST(LengthsOfAHugeText, LetNobodySealIt)
+{
+    const HugeText huge;
+    GList *list = g_list_append(nullptr, huge.text());
+    mdm_msg_t msg = message(13);
+    msg.body.app.type = 4;
+    msg.body.app.data_size = 1;
+    msg.body.app.data = list;
+    uint32_t length = 0;
+    ipc_fault_t fault{};
+    EXPECT_EQ(ipc_seal(&msg, &length, &fault), nullptr);
+    EXPECT_STREQ(fault.path, "app.packages");
+    EXPECT_EQ(fault.needed, UINT32_MAX);
+    EXPECT_EQ(fault.left, 1U);
+
+    msg.body.app.data = nullptr;
+    msg.body.app.data_size = 0;
+    msg.hdr_text = huge.text();
+    EXPECT_EQ(ipc_seal(&msg, &length, &fault), nullptr);
+    EXPECT_STREQ(fault.path, "header.hdr_text");
+    EXPECT_EQ(fault.needed, UINT32_MAX);
+    g_list_free(list);
+}
+
+#endif
 
 }  // namespace
 }  // namespace mdm::test
