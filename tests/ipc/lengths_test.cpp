@@ -268,7 +268,8 @@ public:
         begin_ = static_cast<char *>(mmap(nullptr, mapped, PROT_READ | PROT_WRITE,
                                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
         for (size_t offset = 0; offset < mapped - block; offset += block) {
-            mmap(begin_ + offset, block, PROT_READ, MAP_PRIVATE | MAP_FIXED, file, 0);
+            EXPECT_NE(mmap(begin_ + offset, block, PROT_READ, MAP_PRIVATE | MAP_FIXED, file, 0),
+                      MAP_FAILED);
         }
         close(file);
         begin_[mapped - block] = 'x';  // the rest of the last block is zero
