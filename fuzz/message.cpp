@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "mdm_ipc_envelope.hpp"
+#include "ipc/envelope.hpp"
 
 namespace mdm::fuzz {
 namespace {

@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "mdm/result.h"
-#include "mdm_noti.hpp"
+#include "status/mdm_noti.hpp"
 #include "support.hpp"
 
 namespace {

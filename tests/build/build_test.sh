@@ -47,7 +47,7 @@ expect_word() { words_of "$1" | grep -xFe "$2" >/dev/null || fail "$1: there is 
 expect_no_word() { ! words_of "$1" | grep -xFe "$2" || fail "$1: there is $2"; }
 expect_macro() { [ "$(macro_in "$1" "$2")" = "$3" ] || fail "$1: $2 is not '$3'"; }
 
-library=src/common/mdm_util.cpp
+library=src/util/mdm_util.cpp
 library_object=CMakeFiles/mdm-common-objects.dir/$library.o
 example=examples/channel.c
 unoptimised=tests/support/walk.cpp

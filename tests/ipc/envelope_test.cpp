@@ -10,8 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ipc/envelope.hpp"
 #include "mdm/ipc.h"
-#include "mdm_ipc_envelope.hpp"
 #include "support/allocation_trace.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
@@ -300,7 +300,7 @@ TEST(Dispatch, EachTypeSelectsItsCategory)
                mdm::_size_of_roaming_res, mdm::_free_roaming);
     expect_row(17, "misc", mdm::_set_misc, mdm::_get_misc, mdm::_size_of_misc, mdm::_free_misc);
     expect_row(21, "apn", mdm::_set_apn, mdm::_get_apn, mdm::_size_of_apn, mdm::_free_apn);
-    expect_row(23, "browser", mdm::_set_single_list, mdm::_get_single_list_size,
+    expect_row(23, "browser", mdm::_set_single_list, mdm::_get_single_list_unread,
                mdm::_size_of_single_list, mdm::_free_single_list);
     expect_row(25, "date_time", mdm::_set_single_list, mdm::_get_single_list,
                mdm::_size_of_single_list, mdm::_free_single_list);
@@ -314,7 +314,7 @@ TEST(Dispatch, EachTypeSelectsItsCategory)
                mdm::_free_single_list);
     expect_row(35, "phone_res", mdm::_set_phone_res, mdm::_get_phone_res, mdm::_size_of_phone_res,
                mdm::_free_phone_res);
-    expect_row(37, "enterprise", mdm::_set_single_list, mdm::_get_single_list_size,
+    expect_row(37, "enterprise", mdm::_set_single_list, mdm::_get_single_list_unread,
                mdm::_size_of_single_list, mdm::_free_single_list);
     expect_row(39, "email", mdm::_set_email, mdm::_get_email, mdm::_size_of_email,
                mdm::_free_email);

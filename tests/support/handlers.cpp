@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/handlers.hpp"
 
-#include "mdm_ipc_handlers.hpp"
+#include "ipc/category.hpp"
 
 namespace mdm::test {
 

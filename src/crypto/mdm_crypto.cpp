@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// OpenSSL 3 marks these functions deprecated in favour of an interface that allocates and can fail,
+// which the helper's callers have no result for.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
+#include "mdm/crypto.h"
+
+#include <algorithm>
+
+#include <glib.h>
+#include <openssl/aes.h>
+#include <openssl/crypto.h>
+
+#include "log/log.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr int key_bits = 128;
+
+// All that a call knows of the key, wiped when the call is over.
+struct Secrets {
+    char key[AES_BLOCK_SIZE + 1] = {};
+    char iv[AES_BLOCK_SIZE + 1] = {};
+    AES_KEY schedule = {};
+
+    explicit Secrets(const char *key_iv)
+    {
+        g_strlcpy(key, key_iv, sizeof key);
+        g_strlcpy(iv, key_iv + AES_BLOCK_SIZE, sizeof iv);
+    }
+    ~Secrets() { OPENSSL_cleanse(this, sizeof *this); }
+    Secrets(const Secrets &) = delete;
+    Secrets &operator=(const Secrets &) = delete;
+
+    const uint8_t *key_bytes() const { return reinterpret_cast<const uint8_t *>(key); }
+
+    // The cipher chains in the vector itself.
+    void run(const uint8_t *in, uint8_t *out, size_t length, int direction)
+    {
+        AES_cbc_encrypt(in, out, length, &schedule, reinterpret_cast<uint8_t *>(iv), direction);
+    }
+};
+
+// Rounded down, then one block more: a whole number of blocks gains one, too.
+constexpr uint32_t ciphertext_length(uint32_t length)
+{
+    return length / AES_BLOCK_SIZE * AES_BLOCK_SIZE + AES_BLOCK_SIZE;
+}
+
+// Where size_t has 32 bits, the sum for the longest length is 0. The allocator is then asked for
+// the length alone, and ends the process as it does for whatever it cannot give.
+size_t with_terminator(size_t length)
+{
+    return std::max(length, length + 1);
+}
+
+uint8_t *new_bytes(size_t count)
+{
+    return static_cast<uint8_t *>(g_malloc0(count));
+}
+
+}  // namespace
+}  // namespace mdm
+
+int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, uint8_t **out,
+                        uint32_t *out_len)
+{
+    const mdm::Log log(MDM_ORIGIN("mdm_aes_encrypt"));
+    MDM_ASSERT(in != nullptr, MDM_RESULT_FAILED);
+    MDM_ASSERT(key_iv != nullptr, MDM_RESULT_FAILED);
+
+    const uint32_t length = mdm::ciphertext_length(in_len);
+    mdm::Secrets secrets(key_iv);
+    uint8_t *ciphertext = mdm::new_bytes(length);
+    AES_set_encrypt_key(secrets.key_bytes(), mdm::key_bits, &secrets.schedule);
+    // All of `length` is the caller's: what stands behind in_len is the padding.
+    secrets.run(in, ciphertext, length, AES_ENCRYPT);
+    *out_len = length;
+    *out = ciphertext;
+    return MDM_RESULT_SUCCESS;
+}
+
+int32_t mdm_aes_decrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, uint8_t **out,
+                        uint32_t *out_len)
+{
+    const mdm::Log log(MDM_ORIGIN("mdm_aes_decrypt"));
+    MDM_ASSERT(in != nullptr, MDM_RESULT_FAILED);
+    MDM_ASSERT(key_iv != nullptr, MDM_RESULT_FAILED);
+
+    *out = mdm::new_bytes(mdm::with_terminator(in_len));
+    mdm::Secrets secrets(key_iv);
+    AES_set_decrypt_key(secrets.key_bytes(), mdm::key_bits, &secrets.schedule);
+    secrets.run(in, *out, in_len, AES_DECRYPT);
+    *out_len = in_len;
+    return MDM_RESULT_SUCCESS;
+}

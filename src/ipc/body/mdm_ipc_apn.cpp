@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 21 and 22: access points. The body head, then
+//
+//   type 387, 393   a profile: num0, num1, profile_name, str3 to str14
+//   type 389, 390,
+//        391        a count and profiles
+//   any other       data_size raw bytes
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { profile, profiles, raw };
+
+constexpr Form form_of(uint32_t type)
+{
+    switch (type) {
+    case 387:
+    case 393:
+        return Form::profile;
+    case 389:
+    case 390:
+    case 391:
+        return Form::profiles;
+    default:
+        return Form::raw;
+    }
+}
+
+constexpr auto profile_fields =
+    MDM_FIELDS(mdm_apn_account_t, "apn.profile", num0, num1, profile_name, str3, str4, str5, str6,
+               str7, str8, str9, str10, str11, str12, str13, str14);
+
+}  // namespace
+
+const char *_validate_apn(const mdm_body_t &body, Names names)
+{
+    const mdm_apn_info_t &info = body.apn;
+    switch (form_of(info.type)) {
+    case Form::profile:
+        if (!is_padding(info.data_size)) {
+            return names.data_size();
+        }
+        break;
+    case Form::profiles:
+        if (info.data_size != 0 && has_null_element(info.data)) {
+            return "apn.profiles";
+        }
+        break;
+    case Form::raw:
+        return validate_bytes(info.data_size, info.data, names);
+    }
+    return validate_payload(info.data_size != 0, info.data, names);
+}
+
+// Stores `data_size`: of a list the whole body's size. A single profile's size is added to what
+// was there, with every call anew: the sum is sent and sized, and as many bytes as there were
+// before are zero at the end of the body.
+uint32_t _size_of_apn(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, 0);
+
+    mdm_apn_info_t &info = body->apn;
+    uint32_t size = body_head_size;
+    if (!has_payload(info)) {
+        return MDM_EXIT(size);
+    }
+    switch (form_of(info.type)) {
+    case Form::profile:
+        info.data_size = static_cast<int32_t>(static_cast<uint32_t>(info.data_size) +
+                                              size_of_fields(info.data, profile_fields));
+        size += static_cast<uint32_t>(info.data_size);
+        break;
+    case Form::profiles:
+        MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");
+        size = empty_list_size + size_of_records_before_null(info.data, profile_fields);
+        info.data_size = static_cast<int32_t>(size);
+        break;
+    case Form::raw:
+        size += static_cast<uint32_t>(info.data_size);
+        break;
+    }
+    MDM_INFO("size [%d]", size);
+    return MDM_EXIT(size);
+}
+
+bool _set_apn(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out && body != nullptr, false);
+
+    const mdm_apn_info_t &info = body->apn;
+    out.body_head(info);
+    if (!has_payload(info)) {
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::profile:
+        out.fields(info.data, profile_fields);
+        break;
+    case Form::profiles:
+        out.count(info.data, "apn.profiles");
+        for (const auto *profile : elements<mdm_apn_account_t>(info.data)) {
+            if (profile != nullptr) {  // counted all the same
+                MDM_INFO("ProfileName [%s]", profile->profile_name);
+                out.fields(profile, profile_fields);
+            }
+        }
+        break;
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+bool _get_apn(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(in && body != nullptr, false);
+
+    mdm_apn_info_t &info = body->apn;
+    in.body_head(info);
+    if (info.data_size == 0) {
+        info.data = nullptr;
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::profile:
+        info.data = in.record(profile_fields);
+        break;
+    case Form::profiles: {
+        const int32_t count = in.count("apn.profiles", smallest_size(profile_fields));
+        Reader::List profiles(in);
+        for (int32_t i = 0; in && i < count; ++i) {
+            auto *profile = in.record(profile_fields);
+            MDM_INFO("ProfileName [%s]", profile->profile_name);
+            profiles.append(profile);
+        }
+        info.data = profiles.head();
+        break;
+    }
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+// For a profile and a list `data` keeps its old value.
+void _free_apn(const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr || !has_payload(body->apn)) {
+        return MDM_EXIT();
+    }
+    mdm_apn_info_t &info = body->apn;
+    switch (form_of(info.type)) {
+    case Form::profile:
+        release_record(info.data, profile_fields);
+        break;
+    case Form::profiles:
+        release_records(info.data, profile_fields);
+        break;
+    case Form::raw:
+        release_data(info.data);
+        info.data_size = 0;
+        break;
+    }
+    return MDM_EXIT();
+}
+
+}  // namespace mdm

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message type 13: applications. The application head, then
+//
+//   type 4, 15      a count and package names
+//   type 140, 141   data_size raw bytes, read back as num1, num2
+//   type 184, 185   first, second
+//   any other       data_size raw bytes
+//
+// No handler logs its entry; the size and free handlers log their exit where nothing is to be done.
+#include "ipc/body/app_head.hpp"
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { packages, num_pair, pair, raw };
+
+constexpr Form form_of(int32_t type)
+{
+    switch (type) {
+    case 4:
+    case 15:
+        return Form::packages;
+    case 140:
+    case 141:
+        return Form::num_pair;
+    case 184:
+    case 185:
+        return Form::pair;
+    default:
+        return Form::raw;
+    }
+}
+
+constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app);
+constexpr auto num_pair_fields = MDM_FIELDS(mdm_app_num_pair_t, "app.num_pair", num1, num2);
+constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, second);
+
+}  // namespace
+
+// Two numbers are all that a receiver of a pair of them has of it, whatever `data_size` says.
+const char *_validate_app(const mdm_body_t &body, Names names)
+{
+    const mdm_app_info_t &info = body.app;
+    const Form form = form_of(info.type);
+    const bool is_announced = info.data_size >= 1;
+    if (form == Form::packages) {
+        return validate_list(is_announced, info.data, names);
+    }
+    if (const char *path = validate_payload(is_announced, info.data, names)) {
+        return path;
+    }
+    constexpr auto num_pair_size = static_cast<int32_t>(smallest_size(num_pair_fields));
+    const bool is_num_pair = is_announced && form == Form::num_pair;
+    return is_num_pair && info.data_size != num_pair_size ? names.data_size() : nullptr;
+}
+
+// A null package name ends a list here as it does on the wire.
+uint32_t _size_of_app(Lengths &lengths, const Log &log, mdm_body_t *body)
+{
+    MDM_FAIL_IF(body == nullptr, 0, "p_data is NULL!");
+    const mdm_app_info_t &info = body->app;
+    uint32_t size = size_of_fields(&info, head_fields);
+    if (info.data_size >= 1) {
+        switch (form_of(info.type)) {
+        case Form::packages:
+            MDM_INFO("len : %d", length_of(info.data));
+            size += word_size + lengths.measure(info.data, log, MDM_EACH("pkg_name : %s"));
+            break;
+        case Form::pair:
+            if (info.data != nullptr) {
+                size += size_of_fields(info.data, pair_fields);
+            }
+            break;
+        case Form::num_pair:
+        case Form::raw:
+            size += static_cast<uint32_t>(info.data_size);
+            break;
+        }
+    }
+    MDM_INFO("size : %d", size);
+    return size;
+}
+
+bool _set_app(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(out && body != nullptr, false);
+
+    const mdm_app_info_t &info = body->app;
+    out.fields(&info, head_fields);
+    if (info.data_size < 1) {
+        return true;
+    }
+    switch (form_of(info.type)) {
+    case Form::packages: {
+        const uint32_t count = out.count(info.data, "app.packages");
+        MDM_INFO("len : %d", count);
+        out.strings_before_null(info.data, "app.packages", MDM_EACH("pkg_name : %s"));
+        break;
+    }
+    case Form::pair:
+        if (info.data != nullptr) {
+            const auto &pair = payload<mdm_app_pair_t>(info);
+            MDM_INFO("[%s,%s]", pair.first, pair.second);
+            out.fields(&pair, pair_fields);
+        }
+        break;
+    case Form::num_pair:  // the receiver reads two numbers, whatever `data_size` says
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    }
+    return true;
+}
+
+bool _get_app(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(in && body != nullptr, false);
+
+    mdm_app_info_t &info = body->app;
+    in.fields(&info, head_fields);
+    if (info.data_size < 1) {
+        info.data = nullptr;
+        return true;
+    }
+    switch (form_of(info.type)) {
+    case Form::packages: {
+        const int32_t count = in.count("app.packages", word_size);
+        MDM_INFO("len : %d", count);
+        info.data = in.strings(count, "app.packages", MDM_EACH("pkg_name : %s"));
+        break;
+    }
+    case Form::num_pair:
+        info.data = in.record(num_pair_fields);
+        break;
+    case Form::pair: {
+        auto *pair = in.try_record(pair_fields);
+        if (pair == nullptr) {
+            MDM_CRITICAL("malloc failed!");
+            return true;  // the payload stays unread, and `data` as it was
+        }
+        MDM_INFO("[%s,%s]", pair->first, pair->second);
+        info.data = pair;
+        break;
+    }
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    }
+    return true;
+}
+
+void _free_app(const Log &log, mdm_body_t *body)
+{
+    if (body == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_app_info_t &info = body->app;
+    release_string(info.pkg);
+    if (info.data == nullptr) {
+        return MDM_EXIT();
+    }
+    switch (form_of(info.type)) {
+    case Form::packages:
+        break;  // the list stays allocated, with its strings
+    case Form::pair:
+        release_record(info.data, pair_fields);  // `data` keeps its old value
+        break;
+    case Form::num_pair:
+    case Form::raw:
+        release_data(info.data);
+        break;
+    }
+}
+
+}  // namespace mdm

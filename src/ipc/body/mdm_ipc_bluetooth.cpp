@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 9 and 10: Bluetooth. The body head, then
+//
+//   device-name lists   a count and strings
+//   any other           data_size raw bytes
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { names, raw };
+
+constexpr Form form_of(uint32_t type)
+{
+    if (is_any(type, 91, 220, 221, 222, 223, 224, 225, 227, 230, 231, 233, 234, 235, 237)) {
+        return Form::names;
+    }
+    return Form::raw;
+}
+
+// Only these lists are released; every other payload stays with the owner of the message.
+constexpr bool is_released(uint32_t type)
+{
+    return type == 91 || type == 223 || type == 227 || type == 233 || type == 237;
+}
+
+}  // namespace
+
+const char *_validate_bluetooth(const mdm_body_t &body, Names names)
+{
+    const mdm_bluetooth_info_t &info = body.bluetooth;
+    const bool is_announced = info.data_size >= 1;
+    if (form_of(info.type) == Form::raw) {
+        return validate_payload(is_announced, info.data, names);
+    }
+    if (const char *path = validate_list(is_announced, info.data, names)) {
+        return path;
+    }
+    return has_null_element(info.data) ? "bluetooth.names" : nullptr;
+}
+
+uint32_t _size_of_bluetooth(Lengths &lengths, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, 0);
+
+    const mdm_bluetooth_info_t &info = body->bluetooth;
+    MDM_INFO("data_size : %d", info.data_size);
+    uint32_t size = body_head_size;
+    if (info.data_size < 1) {
+        return MDM_EXIT(size);
+    }
+    if (form_of(info.type) == Form::raw) {
+        return MDM_EXIT(size + static_cast<uint32_t>(info.data_size));
+    }
+    MDM_INFO("len : %d", length_of(info.data));
+    size += word_size + lengths.measure(info.data, log, MDM_EACH("device_name : %s"));
+    MDM_FAIL_IF(!lengths.has_all(info.data) && has_null_element(info.data), no_size,
+                "device_name is NULL");
+    return MDM_EXIT(size);
+}
+
+bool _set_bluetooth(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out && body != nullptr, false);
+
+    const mdm_bluetooth_info_t &info = body->bluetooth;
+    out.body_head(info);
+    if (info.data_size < 1) {
+        return MDM_EXIT(true);
+    }
+    if (form_of(info.type) == Form::raw) {
+        out.raw_bytes(info.data, info.data_size);
+        return MDM_EXIT(true);
+    }
+    MDM_INFO("length : %d", length_of(info.data));
+    out.strings_with_gaps(info.data, info.data_size, "bluetooth.names");
+    return MDM_EXIT(true);
+}
+
+bool _get_bluetooth(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(in && body != nullptr, false);
+
+    mdm_bluetooth_info_t &info = body->bluetooth;
+    in.body_head(info);
+    if (info.data_size < 1) {
+        return MDM_EXIT(true);  // `data` stays as it was
+    }
+    if (form_of(info.type) == Form::raw) {
+        info.data = in.raw_bytes(info.data_size);
+        return MDM_EXIT(true);
+    }
+    const int32_t count = in.count("bluetooth.names", word_size);
+    MDM_INFO("length : %d", count);
+    info.data = in.strings(count, "bluetooth.names", MDM_EACH("device_name : %s"));
+    return MDM_EXIT(true);
+}
+
+void _free_bluetooth(const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_bluetooth_info_t &info = body->bluetooth;
+    if (is_released(info.type)) {
+        if (info.data == nullptr) {
+            return MDM_EXIT();  // `data_size` keeps its value
+        }
+        release_elements(info.data);
+        info.data = nullptr;
+    }
+    info.data_size = 0;
+    return MDM_EXIT();
+}
+
+}  // namespace mdm

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 47 and 48: containers. The body head, then
+//
+//   type 628             num0, str1, str2
+//   type 629             num0, str1
+//   type 630, 631, 632   data_size raw bytes
+//   any other            nothing
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { item, short_item, raw, nothing };
+
+constexpr Form form_of(uint32_t type)
+{
+    switch (type) {
+    case 628:
+        return Form::item;
+    case 629:
+        return Form::short_item;
+    case 630:
+    case 631:
+    case 632:
+        return Form::raw;
+    default:
+        return Form::nothing;
+    }
+}
+
+// A mdm_container_item_t that ends before `str2`: all that there is of the record of type 629.
+struct ShortItem {
+    uint32_t num0;
+    char *str1;
+};
+static_assert(sizeof(ShortItem) == offsetof(mdm_container_item_t, str2));
+static_assert(offsetof(ShortItem, str1) == offsetof(mdm_container_item_t, str1));
+
+constexpr auto item_fields = MDM_FIELDS(mdm_container_item_t, "container.item", num0, str1, str2);
+constexpr auto short_item_fields = MDM_FIELDS(ShortItem, "container.short_item", num0, str1);
+
+}  // namespace
+
+const char *_validate_container(const mdm_body_t &body, Names names)
+{
+    const mdm_container_info_t &info = body.container;
+    switch (form_of(info.type)) {
+    case Form::nothing:
+        return validate_nothing(info.data, names);
+    case Form::raw:
+        return validate_bytes(info.data_size, info.data, names);
+    case Form::item:
+    case Form::short_item:
+        break;
+    }
+    return validate_payload(info.data_size != 0, info.data, names);
+}
+
+// Stores an item's payload size in `data_size`.
+uint32_t _size_of_container(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, 0);
+
+    mdm_container_info_t &info = body->container;
+    if (!has_payload(info)) {
+        return MDM_EXIT(body_head_size);
+    }
+    uint32_t payload_size = 0;
+    switch (form_of(info.type)) {
+    case Form::item:
+        payload_size = size_of_fields(info.data, item_fields);
+        break;
+    case Form::short_item:
+        payload_size = size_of_fields(info.data, short_item_fields);
+        break;
+    case Form::raw:
+        payload_size = static_cast<uint32_t>(info.data_size);
+        break;
+    case Form::nothing:
+        return MDM_EXIT(body_head_size);
+    }
+    info.data_size = static_cast<int32_t>(payload_size);
+    return MDM_EXIT(body_head_size + payload_size);
+}
+
+bool _set_container(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out && body != nullptr, false);
+
+    const mdm_container_info_t &info = body->container;
+    out.body_head(info);
+    if (!has_payload(info)) {
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::item:
+        out.fields(info.data, item_fields);
+        break;
+    case Form::short_item:
+        out.fields(info.data, short_item_fields);
+        break;
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    case Form::nothing:
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+bool _get_container(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(in && body != nullptr, false);
+
+    mdm_container_info_t &info = body->container;
+    in.body_head(info);
+    if (info.data_size == 0) {
+        info.data = nullptr;
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::item:
+        info.data = in.record(item_fields);
+        break;
+    case Form::short_item:
+        info.data = in.record(short_item_fields);
+        break;
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    case Form::nothing:
+        break;  // `data` stays as it was
+    }
+    return MDM_EXIT(true);
+}
+
+// Logs its entry and its exit even where there is nothing to release. For an item `data` keeps its
+// old value.
+void _free_container(const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr || !has_payload(body->container)) {
+        return MDM_EXIT();
+    }
+    mdm_container_info_t &info = body->container;
+    switch (form_of(info.type)) {
+    case Form::item:
+        release_record(info.data, item_fields);
+        break;
+    case Form::short_item:
+        release_record(info.data, short_item_fields);
+        break;
+    case Form::raw:
+        release_data(info.data);
+        break;
+    case Form::nothing:
+        break;
+    }
+    return MDM_EXIT();
+}
+
+}  // namespace mdm

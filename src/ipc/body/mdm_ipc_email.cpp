@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 39 and 40: e-mail. The body head, then
+//
+//   type 359    an account: num0, num1, num2, num4, num6, num3, num5, str13 to str21
+//   type 362    str16, str15, str14 of an account
+//   type 363    a count and accounts: num0 to num8, str9 to str21
+//   any other   num0, str1
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { account, settings, accounts, value };
+
+constexpr Form form_of(uint32_t type)
+{
+    switch (type) {
+    case 359:
+        return Form::account;
+    case 362:
+        return Form::settings;
+    case 363:
+        return Form::accounts;
+    default:
+        return Form::value;
+    }
+}
+
+// An account on its own has fewer fields than one in a list, and an order of its own.
+constexpr auto account_fields =
+    MDM_FIELDS(mdm_email_account_t, "email.account", num0, num1, num2, num4, num6, num3, num5,
+               str13, str14, str15, str16, str17, str18, str19, str20, str21);
+constexpr auto element_fields = MDM_FIELDS(
+    mdm_email_account_t, "email.account", num0, num1, num2, num3, num4, num5, num6, num7, num8,
+    str9, str10, str11, str12, str13, str14, str15, str16, str17, str18, str19, str20, str21);
+constexpr auto settings_fields =
+    MDM_FIELDS(mdm_email_account_t, "email.settings", str16, str15, str14);
+constexpr auto value_fields = MDM_FIELDS(mdm_email_value_t, "email.value", num0, str1);
+
+// The record of each form; of a list, that of its elements.
+constexpr Fields fields_of(Form form)
+{
+    switch (form) {
+    case Form::account:
+        return account_fields;
+    case Form::settings:
+        return settings_fields;
+    case Form::accounts:
+        return element_fields;
+    case Form::value:
+        break;
+    }
+    return value_fields;
+}
+
+}  // namespace
+
+const char *_validate_email(const mdm_body_t &body, Names names)
+{
+    const mdm_email_info_t &info = body.email;
+    return validate_payload(info.data_size != 0, info.data, names);
+}
+
+// Stores `data_size`: the payload of a record, but the whole body of a list. The size of a list
+// ends at its first null element, while the accounts behind it are written: past the counted size.
+uint32_t _size_of_email(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, 0);
+
+    mdm_email_info_t &info = body->email;
+    if (!has_payload(info)) {
+        return MDM_EXIT(body_head_size);
+    }
+    const Form form = form_of(info.type);
+    if (form == Form::accounts) {
+        const uint32_t size =
+            empty_list_size + size_of_records_before_null(info.data, element_fields);
+        info.data_size = static_cast<int32_t>(size);
+        return MDM_EXIT(size);
+    }
+    const uint32_t payload_size = size_of_fields(info.data, fields_of(form));
+    info.data_size = static_cast<int32_t>(payload_size);
+    return MDM_EXIT(body_head_size + payload_size);
+}
+
+bool _set_email(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out && body != nullptr, false);
+
+    const mdm_email_info_t &info = body->email;
+    out.body_head(info);
+    if (!has_payload(info)) {
+        return MDM_EXIT(true);
+    }
+    const Form form = form_of(info.type);
+    if (form == Form::accounts) {
+        out.records(info.data, "email.accounts", fields_of(form));
+    } else {
+        out.fields(info.data, fields_of(form));
+    }
+    return MDM_EXIT(true);
+}
+
+bool _get_email(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(in && body != nullptr, false);
+
+    mdm_email_info_t &info = body->email;
+    in.body_head(info);
+    if (info.data_size == 0) {
+        info.data = nullptr;
+        return MDM_EXIT(true);
+    }
+    const Form form = form_of(info.type);
+    info.data = form == Form::accounts ? in.records("email.accounts", fields_of(form))
+                                       : in.record(fields_of(form));
+    return MDM_EXIT(true);
+}
+
+// Leaves `data` and `data_size` as they were.
+void _free_email(const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr || !has_payload(body->email)) {
+        return MDM_EXIT();
+    }
+    const mdm_email_info_t &info = body->email;
+    const Form form = form_of(info.type);
+    if (form == Form::accounts) {
+        release_records(info.data, fields_of(form));
+    } else if (form == Form::settings) {
+        release_strings(info.data, fields_of(form));  // the record itself stays allocated
+    } else {
+        // str9 to str12 of an account do not travel in this form, and are not released.
+        release_record(info.data, fields_of(form));
+    }
+    return MDM_EXIT();
+}
+
+}  // namespace mdm

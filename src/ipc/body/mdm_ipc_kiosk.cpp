@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 45 and 46: kiosk mode. The body head, then
+//
+//   type 612, 614   a string
+//   type 618, 621   a count and numbers
+//   type 619        a count and pairs: key, value
+//   any other       data_size raw bytes
+//
+// No handler logs its entry, and only the free handler its exit, for a null body.
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { text, keys, key_pairs, raw };
+
+constexpr Form form_of(uint32_t type)
+{
+    switch (type) {
+    case 612:
+    case 614:
+        return Form::text;
+    case 618:
+    case 621:
+        return Form::keys;
+    case 619:
+        return Form::key_pairs;
+    default:
+        return Form::raw;
+    }
+}
+
+// What an element of a list of keys points at: a number on its own.
+struct Key {
+    uint32_t number;
+};
+static_assert(sizeof(Key) == sizeof(uint32_t));
+
+constexpr auto key_fields = MDM_FIELDS(Key, "kiosk.key", number);
+constexpr auto key_pair_fields = MDM_FIELDS(mdm_kiosk_key_pair_t, "kiosk.key_pair", key, value);
+constexpr uint32_t key_pair_size = word_size + word_size;
+
+}  // namespace
+
+const char *_validate_kiosk(const mdm_body_t &body, Names names)
+{
+    const mdm_kiosk_info_t &info = body.kiosk;
+    return form_of(info.type) == Form::raw
+               ? validate_bytes(info.data_size, info.data, names)
+               : validate_payload(info.data_size != 0, info.data, names);
+}
+
+// Stores the payload's size in `data_size`, but for raw bytes; the size of a list leaves its count
+// out there. Null elements are sized and counted, although they are not written.
+uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(body != nullptr, 0);
+
+    mdm_kiosk_info_t &info = body->kiosk;
+    if (!has_payload(info)) {
+        return body_head_size;
+    }
+    uint32_t base = body_head_size;
+    uint32_t payload_size = 0;
+    switch (form_of(info.type)) {
+    case Form::text:
+        payload_size = size_of_str(static_cast<const char *>(info.data));
+        break;
+    case Form::keys:
+        base = empty_list_size;
+        payload_size = length_of(info.data) * word_size;
+        break;
+    case Form::key_pairs:
+        base = empty_list_size;
+        payload_size = length_of(info.data) * key_pair_size;
+        break;
+    case Form::raw:
+        return base + static_cast<uint32_t>(info.data_size);
+    }
+    info.data_size = static_cast<int32_t>(payload_size);
+    return base + payload_size;
+}
+
+bool _set_kiosk(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(out && body != nullptr, false);
+
+    const mdm_kiosk_info_t &info = body->kiosk;
+    out.body_head(info);
+    if (!has_payload(info)) {
+        return true;
+    }
+    switch (form_of(info.type)) {
+    case Form::text:
+        out.str(static_cast<const char *>(info.data), "kiosk.text");
+        break;
+    case Form::keys:
+        MDM_INFO("MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
+        out.records(info.data, "kiosk.keys", key_fields);
+        break;
+    case Form::key_pairs:
+        MDM_INFO("MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
+        out.records(info.data, "kiosk.key_pairs", key_pair_fields);
+        break;
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    }
+    return true;
+}
+
+bool _get_kiosk(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(in && body != nullptr, false);
+
+    mdm_kiosk_info_t &info = body->kiosk;
+    in.body_head(info);
+    if (info.data_size == 0) {
+        info.data = nullptr;
+        return true;
+    }
+    switch (form_of(info.type)) {
+    case Form::text:
+        info.data = in.str("kiosk.text");
+        break;
+    case Form::keys:
+        info.data = in.records("kiosk.keys", key_fields);
+        break;
+    case Form::key_pairs:
+        info.data = in.records("kiosk.key_pairs", key_pair_fields);
+        break;
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    }
+    return true;
+}
+
+// `data` and `data_size` keep their values, but for raw bytes.
+void _free_kiosk(const Log &log, mdm_body_t *body)
+{
+    if (body == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_kiosk_info_t &info = body->kiosk;
+    if (!has_payload(info)) {
+        return;
+    }
+    switch (form_of(info.type)) {
+    case Form::text:
+        g_free(info.data);
+        break;
+    case Form::keys:
+    case Form::key_pairs:
+        release_elements(info.data);
+        break;
+    case Form::raw:
+        info.data_size = 0;
+        release_data(info.data);
+        break;
+    }
+}
+
+}  // namespace mdm

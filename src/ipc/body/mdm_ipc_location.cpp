@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 49 and 50: location. The body head and nothing else, whatever `data_size`
+// says.
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+
+const char *_validate_location(const mdm_body_t &body, Names names)
+{
+    return validate_nothing(body.location.data, names);
+}
+
+// Each handler checks the pointer that it checks, and no other.
+uint32_t _size_of_location(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t * /*body*/)
+{
+    return body_head_size;
+}
+
+bool _set_location(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out, false);
+    out.body_head(body->location);
+    return MDM_EXIT(true);
+}
+
+bool _get_location(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, false);
+    in.body_head(body->location);
+    return MDM_EXIT(true);
+}
+
+void _free_location(const Log & /*log*/, mdm_body_t * /*body*/)
+{
+}
+
+}  // namespace mdm

@@ -1,0 +1,281 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 17 and 18: policies that belong to no other category. The body head, then
+//
+//   type 122             data_size strings
+//   type 123             nothing
+//   type 124, 125, 126   value
+//   type 127, 128        a count and strings, from the list in `param`
+//   type 281, 283        url, title
+//   type 288, 289        first, second
+//   any other            data_size raw bytes
+#include <algorithm>
+#include <span>
+
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { array, nothing, text, param_list, book, pair, raw };
+
+constexpr Form form_of(int32_t type)
+{
+    switch (type) {
+    case 122:
+        return Form::array;
+    case 123:
+        return Form::nothing;
+    case 124:
+    case 125:
+    case 126:
+        return Form::text;
+    case 127:
+    case 128:
+        return Form::param_list;
+    case 281:
+    case 283:
+        return Form::book;
+    case 288:
+    case 289:
+        return Form::pair;
+    default:
+        return Form::raw;
+    }
+}
+
+constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, "misc.text", value);
+constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, "misc.book", url, title);
+constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, "misc.pair", first, second);
+
+// The size of a body whose book record is missing. The envelope adds it like any other, and refuses
+// a sum below 8. Beside a header text of 967 bytes or more the sum is 8 or more: the message is then
+// written beyond its buffer.
+constexpr auto no_book_size = static_cast<uint32_t>(-999);
+
+// The strings of an array, which `data_size` counts; none for a negative one.
+std::span<char *> texts_of(const mdm_misc_info_t &info)
+{
+    return {static_cast<char **>(info.data), static_cast<size_t>(std::max(info.data_size, 0))};
+}
+
+// The list in `param` travels whatever `data_size` says.
+bool announces_payload(const mdm_misc_info_t &info)
+{
+    return info.data_size != 0 || form_of(info.type) == Form::param_list;
+}
+
+// Stores the size of a record in `data_size`, and returns it.
+uint32_t store_size(mdm_misc_info_t &info, Fields list)
+{
+    const uint32_t size = size_of_fields(info.data, list);
+    info.data_size = static_cast<int32_t>(size);
+    return size;
+}
+
+}  // namespace
+
+// An array cannot have a negative length, although none would be written.
+const char *_validate_misc(const mdm_body_t &body, Names names)
+{
+    const mdm_misc_info_t &info = body.misc;
+    switch (form_of(info.type)) {
+    case Form::nothing:
+    case Form::param_list:  // in `param`, and not in `data`
+        return validate_nothing(info.data, names);
+    case Form::array:
+    case Form::raw:
+        return validate_bytes(info.data_size, info.data, names);
+    case Form::text:
+    case Form::book:
+    case Form::pair:
+        break;
+    }
+    return validate_payload(info.data_size != 0, info.data, names);
+}
+
+// A null element of a list counts 4 bytes, although nothing is written for it.
+uint32_t _size_of_misc(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, 0);
+
+    mdm_misc_info_t &info = body->misc;
+    uint32_t size = body_head_size;
+    if (!announces_payload(info)) {
+        return MDM_EXIT(size);
+    }
+    switch (form_of(info.type)) {
+    case Form::array:
+        for (const char *text : texts_of(info)) {
+            size += size_of_str(text);
+        }
+        break;
+    case Form::nothing:
+        break;
+    case Form::text:
+        size += store_size(info, text_fields);
+        break;
+    case Form::param_list:
+        size += word_size;
+        for (const char *text : elements<char>(info.param_list)) {
+            size += size_of_str(text);
+        }
+        break;
+    case Form::book:
+        MDM_FAIL_IF(info.data == nullptr, no_book_size, "p_book_info is NULL");
+        size += store_size(info, book_fields);
+        break;
+    case Form::pair:
+        if (info.data != nullptr) {
+            size += store_size(info, pair_fields);
+        }
+        break;
+    case Form::raw:
+        size += static_cast<uint32_t>(info.data_size);
+        break;
+    }
+    return MDM_EXIT(size);
+}
+
+bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out && body != nullptr, false);
+
+    const mdm_misc_info_t &info = body->misc;
+    out.body_head(info);
+    MDM_INFO("data: %p, data_size: %d", info.data, info.data_size);
+    if (!announces_payload(info)) {
+        return MDM_EXIT(true);
+    }
+    MDM_INFO("serializing...");
+    switch (form_of(info.type)) {
+    case Form::array:
+        for (const char *text : texts_of(info)) {
+            out.str(text, "misc.array");
+        }
+        break;
+    case Form::nothing:
+        break;
+    case Form::text:
+        if (info.data == nullptr) {
+            return MDM_EXIT(false);
+        }
+        out.fields(info.data, text_fields);
+        break;
+    case Form::param_list:
+        out.strings_with_gaps(info.param_list, 0, "misc.param_list");
+        break;
+    case Form::book: {
+        MDM_ASSERT(info.data != nullptr, false);
+        const auto &book = payload<mdm_book_info_t>(info);
+        MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);
+        out.fields(&book, book_fields);
+        break;
+    }
+    case Form::pair:
+        if (info.data != nullptr) {
+            out.fields(info.data, pair_fields);
+        }
+        break;
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+static char **read_array(Reader &in, int32_t count)
+{
+    const auto texts = in.make_array(count, "misc.array");
+    for (char *&text : texts) {
+        text = in.str("misc.array");
+    }
+    return texts.data();
+}
+
+bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(in && body != nullptr, false);
+
+    mdm_misc_info_t &info = body->misc;
+    in.body_head(info);
+    MDM_INFO("data: %p, data_size: %d", info.data, info.data_size);
+    if (!announces_payload(info)) {
+        info.data = nullptr;
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::array:
+        info.data = read_array(in, info.data_size);
+        break;
+    case Form::nothing:
+        break;  // `data` stays as it was
+    case Form::text: {
+        auto *text = in.try_record(text_fields);
+        if (text == nullptr) {
+            return MDM_EXIT(false);
+        }
+        info.data = text;
+        break;
+    }
+    case Form::param_list:
+        // The number in `param` was the sender's pointer; `data` stays as it was.
+        info.param_list =
+            in.strings(in.unsigned_count("misc.param_list", word_size), "misc.param_list");
+        break;
+    case Form::book:
+        info.data = in.record(book_fields);
+        break;
+    case Form::pair: {
+        if (auto *pair = in.try_record(pair_fields)) {
+            info.data = pair;
+        }
+        break;
+    }
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+// Looks at `data` first: where it is null, as in a received list, nothing is released.
+void _free_misc(const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr || body->misc.data == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_misc_info_t &info = body->misc;
+    switch (form_of(info.type)) {
+    case Form::array:
+        for (char *text : texts_of(info)) {
+            g_free(text);
+        }
+        g_free(info.data);  // `data` keeps its old value
+        break;
+    case Form::nothing:
+        break;
+    case Form::text:
+        release_record(info.data, text_fields);
+        info.data = nullptr;
+        break;
+    case Form::param_list:
+        release_elements(info.param_list);  // and so does `param`
+        break;
+    case Form::book:
+        release_record(info.data, book_fields);
+        info.data = nullptr;
+        break;
+    case Form::pair:
+        release_record(info.data, pair_fields);  // `data` keeps its old value
+        break;
+    case Form::raw:
+        release_data(info.data);
+        break;
+    }
+    return MDM_EXIT();
+}
+
+}  // namespace mdm

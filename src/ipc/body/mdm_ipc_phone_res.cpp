@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 35 and 36: the phone's resources. The body head, then
+//
+//   type 394 to 455   str0, str2 of an item, with these exceptions:
+//   type 422          str0, num0, num1, str2 of a detail
+//   type 439, 440     data_size raw bytes, sized and released as an item
+//   type 450, 451,
+//   and any other     data_size raw bytes
+//
+// No handler logs its entry, and only the free handler its exit, for a null body.
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { item, ext, raw };
+
+// What the size and free handlers take the payload for.
+constexpr Form form_of(int32_t type)
+{
+    if (type < 394 || type > 455 || type == 450 || type == 451) {
+        return Form::raw;
+    }
+    return type == 422 ? Form::ext : Form::item;
+}
+
+// What travels: raw bytes for two values that are sized and released as items.
+constexpr Form wire_form_of(int32_t type)
+{
+    return type == 439 || type == 440 ? Form::raw : form_of(type);
+}
+
+constexpr auto item_fields = MDM_FIELDS(mdm_phone_res_item_t, "phone_res.item", str0, str2);
+constexpr auto ext_fields = MDM_FIELDS(mdm_phone_res_ext_t, "phone_res.ext", str0);
+constexpr auto detail_fields =
+    MDM_FIELDS(mdm_phone_res_detail_t, "phone_res.ext.detail", num0, num1, str2);
+
+// The receiver's `data_size` of a record: three 32-bit words.
+constexpr int32_t record_data_size = 12;
+
+}  // namespace
+
+// What is sized as an item but travels as raw bytes cannot be sized safely: the pointers in it may
+// be bytes that somebody has sent.
+const char *_validate_phone_res(const mdm_body_t &body, Names names)
+{
+    const mdm_phone_res_info_t &info = body.phone_res;
+    const bool is_announced = info.data_size >= 1;
+    const char *path = validate_payload(is_announced, info.data, names);
+    if (path != nullptr || !is_announced) {
+        return path;
+    }
+    if (form_of(info.type) != wire_form_of(info.type)) {
+        return "phone_res.type";
+    }
+    const bool is_ext = form_of(info.type) == Form::ext;
+    return is_ext && payload<mdm_phone_res_ext_t>(info).detail == nullptr ? "phone_res.ext.detail"
+                                                                          : nullptr;
+}
+
+// A negative `data_size` is sized like a positive one, although the head travels alone.
+uint32_t _size_of_phone_res(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(body != nullptr, 0);
+
+    const mdm_phone_res_info_t &info = body->phone_res;
+    if (!has_payload(info)) {
+        return body_head_size;
+    }
+    switch (form_of(info.type)) {
+    case Form::item:
+        return body_head_size + size_of_fields(info.data, item_fields);
+    case Form::ext: {
+        const auto &ext = payload<mdm_phone_res_ext_t>(info);
+        return body_head_size + size_of_fields(&ext, ext_fields) +
+               size_of_fields(ext.detail, detail_fields);
+    }
+    case Form::raw:
+        break;
+    }
+    return body_head_size + static_cast<uint32_t>(info.data_size);
+}
+
+bool _set_phone_res(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(out && body != nullptr, false);
+
+    const mdm_phone_res_info_t &info = body->phone_res;
+    out.body_head(info);
+    if (info.data_size < 1) {
+        return true;
+    }
+    switch (wire_form_of(info.type)) {
+    case Form::item:
+        MDM_ASSERT(info.data != nullptr, false);
+        out.fields(info.data, item_fields);
+        break;
+    case Form::ext: {
+        MDM_ASSERT(info.data != nullptr, false);
+        const auto &ext = payload<mdm_phone_res_ext_t>(info);
+        MDM_ASSERT(ext.detail != nullptr, false);
+        out.fields(&ext, ext_fields);
+        out.fields(ext.detail, detail_fields);
+        break;
+    }
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    }
+    return true;
+}
+
+bool _get_phone_res(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ASSERT(in && body != nullptr, false);
+
+    mdm_phone_res_info_t &info = body->phone_res;
+    in.body_head(info);
+    if (info.data_size < 1) {
+        info.data = nullptr;
+        return true;
+    }
+    switch (wire_form_of(info.type)) {
+    case Form::item:
+        info.data = in.record(item_fields);
+        info.data_size = record_data_size;
+        break;
+    case Form::ext: {
+        auto *ext = in.make<mdm_phone_res_ext_t>();
+        ext->detail = in.make<mdm_phone_res_detail_t>();
+        in.fields(ext, ext_fields);
+        in.fields(ext->detail, detail_fields);
+        info.data = ext;
+        info.data_size = record_data_size;
+        break;
+    }
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    }
+    return true;
+}
+
+// For a record `data` and `data_size` keep their values.
+void _free_phone_res(const Log &log, mdm_body_t *body)
+{
+    if (body == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_phone_res_info_t &info = body->phone_res;
+    if (!has_payload(info)) {
+        return;
+    }
+    switch (form_of(info.type)) {
+    case Form::item: {
+        auto &item = payload<mdm_phone_res_item_t>(info);
+        release_strings(&item, item_fields);
+        item.word1 = 0;
+        g_free(&item);
+        break;
+    }
+    case Form::ext: {
+        auto &ext = payload<mdm_phone_res_ext_t>(info);
+        release_strings(&ext, ext_fields);
+        release_record(ext.detail, detail_fields);
+        ext.detail = nullptr;
+        ext.word1 = 0;
+        g_free(&ext);
+        break;
+    }
+    case Form::raw:
+        info.data_size = 0;
+        release_data(info.data);
+        break;
+    }
+}
+
+}  // namespace mdm

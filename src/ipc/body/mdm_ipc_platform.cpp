@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 53 and 54: platform.
+//
+//   type 439    type, text, number, flag
+//   type 440    type, text, number
+//   any other   type, text
+//
+// No handler checks its arguments, and only the set handler logs.
+#include "ipc/body/handlers.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr auto text_fields = MDM_FIELDS(mdm_platform_info_t, "platform", text);
+constexpr auto number_fields = MDM_FIELDS(mdm_platform_info_t, "platform", text, number);
+constexpr auto number_and_flag_fields =
+    MDM_FIELDS(mdm_platform_info_t, "platform", text, number, flag);
+
+constexpr Fields fields_of(uint32_t type)
+{
+    switch (type) {
+    case 439:
+        return number_and_flag_fields;
+    case 440:
+        return number_fields;
+    default:
+        return text_fields;
+    }
+}
+
+}  // namespace
+
+uint32_t _size_of_platform(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t *body)
+{
+    const mdm_platform_info_t &info = body->platform;
+    return word_size + size_of_fields(&info, fields_of(info.type));
+}
+
+bool _set_platform(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    const mdm_platform_info_t &info = body->platform;
+    out.u32(info.type, "platform.type");
+    out.fields(&info, fields_of(info.type));
+    return MDM_EXIT(true);
+}
+
+// Fields that do not travel stay as they were.
+bool _get_platform(Reader &in, const Log & /*log*/, mdm_body_t *body)
+{
+    mdm_platform_info_t &info = body->platform;
+    info.type = in.u32("platform.type");
+    in.fields(&info, fields_of(info.type));
+    return true;
+}
+
+// The pointer keeps its old value.
+void _free_platform(const Log & /*log*/, mdm_body_t *body)
+{
+    g_free(body->platform.text);
+}
+
+}  // namespace mdm

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 5 and 6: device security. The body head, then
+//
+//   type 56, 76   num0, str1, str4, str3 of an item
+//   type 68, 69   a count and strings
+//   type 70, 71   a count and accounts: num0 to num3, str4 to str25
+//   any other     data_size raw bytes
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { item, strings, accounts, raw };
+
+constexpr Form form_of(uint32_t type)
+{
+    switch (type) {
+    case 56:
+    case 76:
+        return Form::item;
+    case 68:
+    case 69:
+        return Form::strings;
+    case 70:
+    case 71:
+        return Form::accounts;
+    default:
+        return Form::raw;
+    }
+}
+
+// The fifth field travels before the fourth; word2 does not travel.
+constexpr auto item_fields =
+    MDM_FIELDS(mdm_security_item_t, "security.item", num0, str1, str4, str3);
+constexpr auto account_fields =
+    MDM_FIELDS(mdm_security_account_t, "security.account", num0, num1, num2, num3, str4, str5, str6,
+               str7, str8, str9, str10, str11, str12, str13, str14, str15, str16, str17, str18,
+               str19, str20, str21, str22, str23, str24, str25);
+
+}  // namespace
+
+// An item or a list that is there travels, whatever `data_size` says.
+const char *_validate_security(const mdm_body_t &body, Names names)
+{
+    const mdm_security_info_t &info = body.security;
+    switch (form_of(info.type)) {
+    case Form::item:
+        return nullptr;
+    case Form::strings:
+        break;
+    case Form::accounts:
+        if (has_null_element(info.data)) {
+            return "security.accounts";
+        }
+        break;
+    case Form::raw:
+        return validate_bytes(info.data_size, info.data, names);
+    }
+    return info.data == nullptr && info.data_size >= 1 ? names.data() : nullptr;
+}
+
+// Stores `data_size`: an item's payload alone, but the whole body of a list. What was there before
+// decides nothing, except the length of raw bytes.
+uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, 0);
+
+    mdm_security_info_t &info = body->security;
+    uint32_t size = body_head_size;
+    switch (form_of(info.type)) {
+    case Form::item:
+        if (info.data != nullptr) {
+            size += size_of_fields(info.data, item_fields);
+        }
+        info.data_size = static_cast<int32_t>(size - body_head_size);
+        break;
+    case Form::strings:
+        size = empty_list_size;
+        if (info.data != nullptr) {
+            size += lengths.measure(info.data, log);
+            info.data_size = static_cast<int32_t>(size);
+        }
+        break;
+    case Form::accounts:
+        size = empty_list_size;
+        if (info.data != nullptr) {
+            MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");
+            size += size_of_records_before_null(info.data, account_fields);
+            info.data_size = static_cast<int32_t>(size);
+        }
+        break;
+    case Form::raw:
+        size += static_cast<uint32_t>(info.data_size);
+        break;
+    }
+    return MDM_EXIT(size);
+}
+
+bool _set_security(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out && body != nullptr, false);
+
+    const mdm_security_info_t &info = body->security;
+    out.body_head(info);
+    if (info.data_size < 1) {
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::item:
+        if (info.data != nullptr) {
+            out.fields(info.data, item_fields);
+        } else {
+            out.gap(info.data_size, "security.item");
+        }
+        break;
+    case Form::strings:
+        MDM_ASSERT(info.data != nullptr, false);
+        out.count(info.data, "security.strings");
+        out.strings_before_null(info.data, "security.strings");
+        break;
+    case Form::accounts:
+        MDM_ASSERT(info.data != nullptr, false);
+        out.records(info.data, "security.accounts", account_fields);
+        break;
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+// Empty strings are not appended, and of every other one a second copy is: the first stays
+// allocated, with nothing pointing at it.
+static GList *read_strings(Reader &in)
+{
+    Reader::List strings(in);
+    const int32_t count = in.count("security.strings", word_size);
+    for (int32_t i = 0; in && i < count; ++i) {
+        char *text = in.str("security.strings");
+        if (text != nullptr) {
+            strings.append(in.copy(text));  // NOLINT(clang-analyzer-unix.Malloc): see above
+        }
+    }
+    return strings.head();
+}
+
+bool _get_security(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(in && body != nullptr, false);
+
+    mdm_security_info_t &info = body->security;
+    in.body_head(info);
+    if (info.data_size < 1) {
+        return MDM_EXIT(true);  // `data` stays as it was
+    }
+    switch (form_of(info.type)) {
+    case Form::item:
+        info.data = in.record(item_fields);
+        break;
+    case Form::strings:
+        info.data = read_strings(in);
+        break;
+    case Form::accounts:
+        info.data = in.records("security.accounts", account_fields);
+        break;
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+// A list's `data` and `data_size` keep their values.
+void _free_security(const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_security_info_t &info = body->security;
+    switch (form_of(info.type)) {
+    case Form::item:
+        if (info.data == nullptr) {
+            return MDM_EXIT();
+        }
+        release_record(info.data, item_fields);
+        break;
+    case Form::strings:
+        release_elements(info.data);
+        return MDM_EXIT();
+    case Form::accounts:
+        // All strings of all accounts go first.
+        for (auto *account : elements<mdm_security_account_t>(info.data)) {
+            if (account != nullptr) {
+                release_strings(account, account_fields);
+            }
+        }
+        release_elements(info.data);
+        return MDM_EXIT();
+    case Form::raw:
+        g_free(info.data);
+        break;
+    }
+    info.data = nullptr;
+    info.data_size = 0;
+    return MDM_EXIT();
+}
+
+}  // namespace mdm

@@ -1,0 +1,333 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Body of message types 7 and 8: Wi-Fi. The body head, then
+//
+//   per-network settings   ssid, value
+//   SSID lists             a count and strings
+//   type 88, DHCP          str0 to str4
+//   type 319               str0, str1, str2
+//   type 345, a network    ssid, detail_kind, then the detail that detail_kind selects
+//   any other              data_size raw bytes
+#include "ipc/body/handlers.hpp"
+#include "ipc/body/payload.hpp"
+
+namespace mdm {
+namespace {
+
+enum class Form { pair, ssids, dhcp, triple, network, raw };
+
+constexpr Form form_of(uint32_t type)
+{
+    if (is_any(type, 305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339)) {
+        return Form::pair;
+    }
+    if (is_any(type, 290, 344, 346, 348, 349, 350, 352)) {
+        return Form::ssids;
+    }
+    if (type == 88) {
+        return Form::dhcp;
+    }
+    if (type == 319) {
+        return Form::triple;
+    }
+    if (type == 345) {
+        return Form::network;
+    }
+    return Form::raw;
+}
+
+enum class DetailForm { none, number, text, mixed, texts };
+
+constexpr DetailForm detail_form_of(int32_t detail_kind)
+{
+    switch (detail_kind) {
+    case 1:
+    case 8:
+    case 9:
+        return DetailForm::number;
+    case 2:
+    case 3:
+    case 4:
+        return DetailForm::text;
+    case 5:
+    case 7:
+        return DetailForm::mixed;
+    case 6:
+        return DetailForm::texts;
+    default:
+        return DetailForm::none;
+    }
+}
+
+constexpr auto pair_fields = MDM_FIELDS(mdm_wifi_pair_t, "wifi.pair", ssid, value);
+constexpr auto dhcp_fields = MDM_FIELDS(mdm_wifi_dhcp_t, "wifi.dhcp", str0, str1, str2, str3, str4);
+constexpr auto triple_fields = MDM_FIELDS(mdm_wifi_triple_t, "wifi.triple", str0, str1, str2);
+constexpr auto network_fields = MDM_FIELDS(mdm_wifi_network_t, "wifi.network", ssid, detail_kind);
+
+// A word of the detail, as a string or as a number.
+#define MDM_DETAIL(word, arm) \
+    MDM_FIELD(mdm_wifi_detail_t, "wifi.network.detail." #word, word, decltype(mdm_wifi_word_t::arm))
+#define MDM_TEXT(word) MDM_DETAIL(word, text)
+#define MDM_NUMBER(word) MDM_DETAIL(word, number)
+constexpr auto number_fields = MDM_FIELD_LIST(mdm_wifi_detail_t, MDM_NUMBER(w0));
+constexpr auto text_fields = MDM_FIELD_LIST(mdm_wifi_detail_t, MDM_TEXT(w0));
+constexpr auto mixed_fields =
+    MDM_FIELD_LIST(mdm_wifi_detail_t, MDM_TEXT(w0), MDM_TEXT(w1), MDM_TEXT(w2), MDM_NUMBER(w3),
+                   MDM_TEXT(w4), MDM_TEXT(w5));
+constexpr auto texts_fields =
+    MDM_FIELD_LIST(mdm_wifi_detail_t, MDM_TEXT(w0), MDM_TEXT(w1), MDM_TEXT(w2), MDM_TEXT(w3),
+                   MDM_TEXT(w4), MDM_TEXT(w5), MDM_TEXT(w6));
+
+// The fields of a detail that travel. Not for the form none.
+constexpr Fields fields_of(DetailForm form)
+{
+    switch (form) {
+    case DetailForm::text:
+        return text_fields;
+    case DetailForm::mixed:
+        return mixed_fields;
+    case DetailForm::texts:
+        return texts_fields;
+    case DetailForm::number:
+    case DetailForm::none:
+        break;
+    }
+    return number_fields;
+}
+
+constexpr bool has_texts(DetailForm form)
+{
+    return form != DetailForm::none && form != DetailForm::number;
+}
+
+uint32_t size_of_network(const mdm_wifi_network_t &network)
+{
+    const DetailForm form = detail_form_of(network.detail_kind);
+    const uint32_t size = size_of_fields(&network, network_fields);
+    // A number is counted even when there is no detail to write.
+    return form == DetailForm::none ? size : size + size_of_fields(network.detail, fields_of(form));
+}
+
+void write_network(Writer &out, const mdm_wifi_network_t &network)
+{
+    const DetailForm form = detail_form_of(network.detail_kind);
+    out.fields(&network, network_fields);
+    if (network.detail != nullptr && form != DetailForm::none) {
+        out.fields(network.detail, fields_of(form));
+    }
+}
+
+mdm_wifi_network_t *read_network(Reader &in)
+{
+    auto *network = in.record(network_fields);
+    const DetailForm form = detail_form_of(network->detail_kind);
+    if (form != DetailForm::none) {
+        network->detail = static_cast<mdm_wifi_detail_t *>(in.record(fields_of(form)));
+    }
+    return network;
+}
+
+// The network's own record stays allocated, and so does a detail that is a number.
+void release_network(const mdm_wifi_network_t &network)
+{
+    const DetailForm form = detail_form_of(network.detail_kind);
+    g_free(network.ssid);
+    if (has_texts(form)) {
+        release_record(network.detail, fields_of(form));
+    }
+}
+
+// A number without a detail arrives as 0.
+const char *validate_network(const mdm_wifi_network_t &network)
+{
+    return has_texts(detail_form_of(network.detail_kind)) && network.detail == nullptr
+               ? "wifi.network.detail"
+               : nullptr;
+}
+
+}  // namespace
+
+const char *_validate_wifi(const mdm_body_t &body, Names names)
+{
+    const mdm_wifi_info_t &info = body.wifi;
+    const Form form = form_of(info.type);
+    const bool is_announced = info.data_size >= 1;
+    const char *path = form == Form::ssids ? validate_list(is_announced, info.data, names)
+                                           : validate_payload(is_announced, info.data, names);
+    if (path != nullptr || !is_announced) {
+        return path;
+    }
+    switch (form) {
+    case Form::pair:
+    case Form::dhcp:
+    case Form::triple:
+        return is_padding(info.data_size) ? nullptr : names.data_size();
+    case Form::ssids:
+        return has_null_element(info.data) ? "wifi.ssids" : nullptr;
+    case Form::network:
+        return validate_network(payload<mdm_wifi_network_t>(info));
+    case Form::raw:
+        break;
+    }
+    return nullptr;
+}
+
+// The sizes of a pair, a triple and DHCP settings count `data_size` on top of the strings: as many
+// bytes are zero at the end of the body.
+uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(body != nullptr, 0);
+
+    const mdm_wifi_info_t &info = body->wifi;
+    uint32_t size = body_head_size;
+    if (info.data_size < 1) {
+        return MDM_EXIT(size);
+    }
+    const auto data_size = static_cast<uint32_t>(info.data_size);
+    switch (form_of(info.type)) {
+    case Form::pair: {
+        MDM_FAIL_IF(info.data == nullptr, no_size, "wifi_info is NULL");
+        const auto &pair = payload<mdm_wifi_pair_t>(info);
+        MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
+        size += data_size + size_of_fields(&pair, pair_fields);
+        break;
+    }
+    case Form::triple:
+        size += data_size + size_of_fields(info.data, triple_fields);
+        break;
+    case Form::dhcp:
+        MDM_FAIL_IF(info.data == nullptr, no_size, "dhcp_info is NULL");
+        size += data_size + size_of_fields(info.data, dhcp_fields);
+        break;
+    case Form::network:
+        size += size_of_network(payload<mdm_wifi_network_t>(info));
+        break;
+    case Form::ssids:
+        MDM_INFO("len : %d", length_of(info.data));
+        size += word_size + lengths.measure(info.data, log, MDM_EACH("ssid : %s"));
+        MDM_FAIL_IF(!lengths.has_all(info.data) && has_null_element(info.data), no_size,
+                    "ssid is NULL");
+        break;
+    case Form::raw:
+        size += data_size;
+        break;
+    }
+    return MDM_EXIT(size);
+}
+
+bool _set_wifi(Writer &out, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(out && body != nullptr, false);
+
+    const mdm_wifi_info_t &info = body->wifi;
+    out.body_head(info);
+    if (info.data_size < 1) {
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::pair: {
+        MDM_ASSERT(info.data != nullptr, false);
+        const auto &pair = payload<mdm_wifi_pair_t>(info);
+        MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
+        out.fields(&pair, pair_fields);
+        break;
+    }
+    case Form::dhcp:
+        MDM_ASSERT(info.data != nullptr, false);
+        out.fields(info.data, dhcp_fields);
+        break;
+    case Form::triple:
+        MDM_ASSERT(info.data != nullptr, false);
+        out.fields(info.data, triple_fields);
+        break;
+    case Form::network:
+        MDM_ASSERT(info.data != nullptr, false);
+        write_network(out, payload<mdm_wifi_network_t>(info));
+        break;
+    case Form::ssids:
+        MDM_INFO("length : %d", length_of(info.data));
+        out.strings_with_gaps(info.data, info.data_size, "wifi.ssids");
+        break;
+    case Form::raw:
+        out.raw_bytes(info.data, info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+bool _get_wifi(Reader &in, const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER_ASSERT(in && body != nullptr, false);
+
+    mdm_wifi_info_t &info = body->wifi;
+    in.body_head(info);
+    if (info.data_size < 1) {
+        info.data = nullptr;
+        return MDM_EXIT(true);
+    }
+    switch (form_of(info.type)) {
+    case Form::pair: {
+        auto *pair = in.record(pair_fields);
+        MDM_INFO("ssid : %s, value : %s", pair->ssid, pair->value);
+        info.data = pair;
+        break;
+    }
+    case Form::dhcp:
+        info.data = in.record(dhcp_fields);
+        break;
+    case Form::triple:
+        info.data = in.record(triple_fields);
+        break;
+    case Form::network:
+        info.data = read_network(in);
+        break;
+    case Form::ssids: {
+        const int32_t count = in.count("wifi.ssids", word_size);
+        MDM_INFO("length : %d", count);
+        info.data = in.strings(count, "wifi.ssids", MDM_EACH("ssid : %s"));
+        break;
+    }
+    case Form::raw:
+        info.data = in.raw_bytes(info.data_size);
+        break;
+    }
+    return MDM_EXIT(true);
+}
+
+void _free_wifi(const Log &log, mdm_body_t *body)
+{
+    MDM_ENTER();
+    if (body == nullptr || body->wifi.data == nullptr) {
+        return MDM_EXIT();
+    }
+    mdm_wifi_info_t &info = body->wifi;
+    switch (form_of(info.type)) {
+    case Form::pair: {
+        auto &pair = payload<mdm_wifi_pair_t>(info);
+        MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
+        release_record(&pair, pair_fields);
+        break;
+    }
+    case Form::dhcp:
+        release_record(info.data, dhcp_fields);
+        break;
+    case Form::triple:
+        release_record(info.data, triple_fields);
+        break;
+    case Form::ssids:
+        release_elements(info.data);
+        break;
+    case Form::network:
+        release_network(payload<mdm_wifi_network_t>(info));
+        return MDM_EXIT();  // `data` keeps pointing at the network
+    case Form::raw:
+        MDM_CRITICAL("Freeing %p", info.data);
+        release_data(info.data);
+        return MDM_EXIT();  // `data_size` keeps its value
+    }
+    info.data = nullptr;
+    info.data_size = 0;
+    return MDM_EXIT();
+}
+
+}  // namespace mdm

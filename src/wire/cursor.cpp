@@ -1,0 +1,538 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The fields of a record, a head and a list of strings are most of what travels. One comparison
+// claims all that has a fixed size in a record or a head, and each string costs one more. Only if
+// not all of it fits are the fields looked at one by one, to find the first that does not.
+#include "wire/cursor.hpp"
+
+#include <cstring>
+
+#include "wire/fault.hpp"
+
+namespace mdm {
+namespace {
+
+constexpr auto head_fields = MDM_FIELDS(mdm_msg_t, "header", hdr_word1, hdr_word2, hdr_text,
+                                        hdr_word3, hdr_word6, hdr_word7, hdr_word4, hdr_word5);
+static_assert(smallest_size(head_fields) == smallest_head_size);
+
+// A negative count needs more than there can be.
+constexpr uint64_t bytes_needed(int32_t count, uint32_t element_size)
+{
+    return count < 0 ? UINT64_MAX : uint64_t{element_size} * static_cast<uint32_t>(count);
+}
+
+// Copies words between a record and the wire, in either direction. They are few: a call of memcpy()
+// would cost more.
+inline void copy_words(uint8_t *to, const uint8_t *from, size_t count)
+{
+    for (; count > 0; --count, to += word_size, from += word_size) {
+        uint32_t word = 0;
+        std::memcpy(&word, from, word_size);
+        store_u32(to, word);  // to the wire and from it the bytes are swapped alike
+    }
+}
+
+const char *text_in(const uint8_t *member)
+{
+    return *reinterpret_cast<char *const *>(member);
+}
+
+// Calls visit(type, member, path) for each field in turn, until that is false.
+template <class Byte, class Visit>
+void for_each_field(Byte *record, Fields list, Visit visit)
+{
+    const char *path = list.paths();
+    for (const Run run : list) {
+        Byte *member = record + run.offset;
+        for (uint8_t i = 0; i < run.count; ++i) {
+            if (!visit(run.type, member, path)) {
+                return;
+            }
+            member += size_of(run.type);
+            path += std::strlen(path) + 1;
+        }
+    }
+}
+
+}  // namespace
+
+// What both cursors share.
+
+bool Cursor::fail(uint64_t needed, const char *path)
+{
+    if (!is_guarded()) {
+        return false;  // GCOVR_EXCL_LINE: a negative size, which crashes next, or 32-bit addresses
+    }
+    end_with({offset(), saturated(needed), static_cast<uint32_t>(left_), path});
+    return true;
+}
+
+void Cursor::fail_without_memory(size_t size)
+{
+    end_with(fault_without_memory(offset(), size));
+}
+
+void Cursor::fail_in_body_head()
+{
+    for (const char *path : {names().type(), names().param(), names().data_size()}) {
+        if (!reserve(word_size, path)) {
+            return;
+        }
+    }
+}
+
+void Cursor::end_with(const ipc_fault_t &fault)
+{
+    if (has_failed_) {
+        return;  // the first fault counts
+    }
+    *fault_ = fault;
+    has_failed_ = true;
+    left_ = 0;
+}
+
+// Writing.
+
+void Writer::fail_in_message_head(const mdm_msg_t &msg)
+{
+    fields_slow_path(reinterpret_cast<const uint8_t *>(&msg), head_fields);
+}
+
+// `aux` stands between `type` and `param` in memory and is not sent.
+void Writer::write_body_head(uint32_t type, uint32_t param, uint32_t data_size)
+{
+    if (left() < body_head_size) [[unlikely]] {
+        return fail_in_body_head();
+    }
+    uint8_t *position = pass(body_head_size);
+    position = store_u32(position, type);
+    position = store_u32(position, param);
+    store_u32(position, data_size);
+}
+
+void Writer::u32(uint32_t value, const char *path)
+{
+    if (has(word_size, path)) {
+        store_u32(pass(word_size), value);
+    }
+}
+
+void Writer::str(const char *text, const char *path)
+{
+    const size_t size = text_size(text);
+    if (fits(word_size, size)) {
+        const auto length = static_cast<uint32_t>(size);
+        write_str(pass(word_size + size_t{length}), text, length);
+    } else if (reserve(word_size, path)) {
+        reserve(size, path);
+    }
+}
+
+void Writer::fields(const void *record, Fields list)
+{
+    const auto *bytes = static_cast<const uint8_t *>(record);
+    if (!fields_fast_path(bytes, list)) [[unlikely]] {
+        fields_slow_path(bytes, list);
+    }
+}
+
+// False, and the cursor stays, if not all of the fields have room. The position is in a register: a
+// member might be changed by any text that is copied. What is rest is for texts.
+[[gnu::always_inline]] inline bool Writer::fields_fast_path(const uint8_t *record, Fields list)
+{
+    if (!fits(list.smallest_size(), 0)) {
+        return false;
+    }
+    size_t rest = left_after(list.smallest_size());
+    const size_t counted =
+        is_guarded() ? SIZE_MAX : 0;  // what a trusting cursor has does not shrink
+    uint8_t *position = position_;
+    for (const Run run : list) {
+        const uint8_t *member = record + run.offset;
+        switch (run.type) {
+        case WireType::word:
+            copy_words(position, member, run.count);
+            position += size_t{run.count} * word_size;
+            break;
+        case WireType::text:
+            for (const char *text : std::span(reinterpret_cast<char *const *>(member), run.count)) {
+                const size_t size = text_size(text);
+                if (size > rest) {
+                    return false;
+                }
+                rest -= size & counted;
+                position = write_str(position, text, static_cast<uint32_t>(size));
+            }
+            break;
+        case WireType::byte:
+        case WireType::none:
+            std::memcpy(position, member, run.count);
+            position += run.count;
+            break;
+        }
+    }
+    position_ = position;
+    set_left(rest);
+    return true;
+}
+
+void Writer::fields_slow_path(const uint8_t *record, Fields list)
+{
+    for_each_field(record, list, [this](WireType type, const uint8_t *member, const char *path) {
+        return reserve(smallest_size(type), path) &&
+               (type != WireType::text || reserve(text_size(text_in(member)), path));
+    });
+}
+
+void Writer::raw_bytes(const void *data, int32_t data_size)
+{
+    const uint64_t needed = bytes_needed(data_size, 1);
+    if (needed > left() && fail(needed, names().data())) [[unlikely]] {
+        return;
+    }
+    const auto size = static_cast<size_t>(data_size);
+    if (size != 0) {
+        std::memcpy(pass(size), data, size);
+    }
+}
+
+uint32_t Writer::count(void *list, const char *path)
+{
+    uint32_t count = lengths_ != nullptr && lengths_->has_all(list) ? lengths_->count() : 0;
+    if (count == 0) {
+        const auto *cell = static_cast<GList *>(list);
+        if (cell != nullptr && cell->prev != nullptr) {
+            refuse(path);
+        }
+        for (; cell != nullptr; cell = cell->next, ++count) {
+            if (cell->data == nullptr) {
+                refuse(path);
+            }
+        }
+    }
+    u32(count, path);
+    return count;
+}
+
+void Writer::records(void *records, const char *path, Fields list)
+{
+    count(records, path);
+    for (const void *record : elements<void>(records)) {
+        if (record != nullptr) {
+            fields(record, list);
+        }
+    }
+}
+
+// The position is in a register, as in fields_fast_path().
+void Writer::strings_before_null(void *strings, const char *path, EachLine each)
+{
+    ListLog lines(log(), each);
+    const uint32_t *length = lengths_ != nullptr ? lengths_->of(strings) : nullptr;
+    size_t rest = left();
+    uint8_t *position = position_;
+    for (const char *text : elements_before_null<char>(strings)) {
+        lines.info(text);
+        const size_t size = length != nullptr ? *length++ : text_size(text);
+        if (is_guarded()) {
+            if (rest < word_size || size > rest - word_size) [[unlikely]] {
+                set_left(rest);
+                return str(text, path);  // fails, and finds out where
+            }
+            rest -= word_size + size;
+        }
+        position = write_str(position, text, static_cast<uint32_t>(size));
+    }
+    position_ = position;
+    set_left(rest);
+}
+
+void Writer::strings_with_gaps(void *strings, int32_t gap_size, const char *path)
+{
+    count(strings, path);
+    if (lengths_ != nullptr && lengths_->has_all(strings)) {
+        return strings_before_null(strings, path);
+    }
+    for (const char *text : elements<char>(strings)) {
+        if (text != nullptr) {
+            str(text, path);
+        } else {
+            gap(gap_size, path);
+        }
+    }
+}
+
+void Writer::gap(int32_t count, const char *path)
+{
+    refuse(path);
+    if (*this) {
+        const auto size = static_cast<uint32_t>(count);
+        clear(size);
+        pass(size);
+    }
+}
+
+// What is beyond the message is nobody's to clear, and a position that is beyond it never comes back:
+// not even one that has gone round the address space.
+void Writer::clear(size_t count)
+{
+    if (position_ >= end_) {
+        return;
+    }
+    const auto room = static_cast<size_t>(end_ - position_);
+    std::memset(position_, 0, std::min(count, room));
+    if (count >= room) {
+        end_ = nullptr;
+    }
+}
+
+// Reading.
+
+void Reader::fail_in_message_head(mdm_msg_t &msg)
+{
+    fields_slow_path(reinterpret_cast<uint8_t *>(&msg), head_fields);
+}
+
+void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
+{
+    if (left() < body_head_size) [[unlikely]] {
+        type = param = 0;
+        data_size = 0;
+        return fail_in_body_head();
+    }
+    const uint8_t *position = pass(body_head_size);
+    type = load_u32(position);
+    param = load_u32(position + word_size);
+    data_size = static_cast<int32_t>(load_u32(position + size_t{2} * word_size));
+}
+
+uint32_t Reader::u32(const char *path)
+{
+    return has(word_size, path) ? load_u32(pass(word_size)) : 0;
+}
+
+int32_t Reader::count(const char *path, uint32_t smallest)
+{
+    const auto count = static_cast<int32_t>(u32(path));
+    return count < 1 || has(bytes_needed(count, smallest), path) ? count : 0;
+}
+
+uint32_t Reader::unsigned_count(const char *path, uint32_t smallest)
+{
+    const uint32_t count = u32(path);
+    return has(uint64_t{smallest} * count, path) ? count : 0;
+}
+
+char *Reader::str(const char *path)
+{
+    const uint32_t length = u32(path);
+    return length != 0 && has(length, path) ? new_text(pass(length), length) : nullptr;
+}
+
+char *Reader::raw_bytes(int32_t data_size)
+{
+    const uint64_t needed = bytes_needed(data_size, 1);
+    if (needed > left() && fail(needed, names().data())) [[unlikely]] {
+        return nullptr;
+    }
+    const auto size = static_cast<size_t>(data_size);
+    return new_text(pass(size), size);
+}
+
+void Reader::fields(void *record, Fields list)
+{
+    auto *bytes = static_cast<uint8_t *>(record);
+    if (!fields_fast_path(bytes, list)) [[unlikely]] {
+        fields_slow_path(bytes, list);
+    }
+}
+
+// Reads strings, and returns the position after them; null if `rest` is less than their bytes, and
+// it is less by them otherwise. Without a bound there is no comparison.
+template <bool is_bounded, class NewText>
+static const uint8_t *read_texts(const uint8_t *position, char **texts, size_t count, size_t &rest,
+                                 NewText new_text)
+{
+    size_t left = rest;
+    for (char **end = texts + count; texts != end; ++texts) {
+        const size_t length = load_u32(position);
+        position += word_size;
+        if (length == 0) {
+            *texts = nullptr;
+            continue;
+        }
+        if constexpr (is_bounded) {
+            if (length > left) [[unlikely]] {
+                return nullptr;
+            }
+            left -= length;
+        }
+        *texts = copy_text(new_text(length + 1), position, length);
+        position += length;
+    }
+    rest = left;
+    return position;
+}
+
+inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_t count,
+                                    size_t &rest)
+{
+    if (!is_guarded()) {
+        return read_texts<false>(position, texts, count, rest,
+                                 [](size_t size) { return static_cast<char *>(g_malloc(size)); });
+    }
+    char *next = arena_->next_text();
+    position = read_texts<true>(position, texts, count, rest, [&next](size_t size) {
+        char *text = next;
+        next += size;
+        return text;
+    });
+    arena_->set_next_text(next);
+    return position;
+}
+
+// As the writer's.
+[[gnu::always_inline]] inline bool Reader::fields_fast_path(uint8_t *record, Fields list)
+{
+    if (!fits(list.smallest_size(), 0)) {
+        return false;
+    }
+    size_t rest = left_after(list.smallest_size());
+    const uint8_t *position = position_;
+    for (const Run run : list) {
+        uint8_t *member = record + run.offset;
+        switch (run.type) {
+        case WireType::word:
+            copy_words(member, position, run.count);
+            position += size_t{run.count} * word_size;
+            break;
+        case WireType::text:
+            position = texts(position, reinterpret_cast<char **>(member), run.count, rest);
+            if (position == nullptr) {
+                return false;
+            }
+            break;
+        case WireType::byte:
+        case WireType::none:
+            std::memcpy(member, position, run.count);
+            position += run.count;
+            break;
+        }
+    }
+    position_ = position;
+    set_left(rest);
+    return true;
+}
+
+// Leaves zeros in all fields: whoever is reading may look at them.
+void Reader::fields_slow_path(uint8_t *record, Fields list)
+{
+    for (const Run run : list) {
+        std::memset(record + run.offset, 0, run.count * size_of(run.type));
+    }
+    for_each_field(record, list, [this](WireType type, uint8_t * /*member*/, const char *path) {
+        if (!has(smallest_size(type), path)) {
+            return false;
+        }
+        const uint8_t *value = pass(smallest_size(type));
+        const uint32_t length = type == WireType::text ? load_u32(value) : 0;
+        if (!has(length, path)) {
+            return false;
+        }
+        pass(length);
+        return true;
+    });
+}
+
+void *Reader::record(Fields list)
+{
+    void *record = list.is_whole() ? place(list.record_size()) : make(list.record_size());
+    fields(record, list);
+    return record;
+}
+
+GList *Reader::records(const char *path, Fields list)
+{
+    const int32_t count = this->count(path, list.smallest_size());
+    List records(*this);
+    for (int32_t i = 0; *this && i < count; ++i) {
+        records.append(record(list));
+    }
+    return records.head();
+}
+
+[[gnu::flatten]] GList *Reader::strings(int64_t count, const char *path, EachLine each)
+{
+    ListLog list(log(), each);
+    List strings(*this);
+    for (int64_t i = 0; *this && i < count; ++i) {
+        char *text = str(path);
+        list.info(text);
+        strings.append(text);
+    }
+    return strings.head();
+}
+
+char *Reader::new_text(const uint8_t *bytes, size_t length)
+{
+    if (!is_guarded()) {
+        return copy_text(static_cast<char *>(g_malloc(length + 1)), bytes, length);
+    }
+    char *text = copy_text(arena_->next_text(), bytes, length);
+    arena_->set_next_text(text + length + 1);
+    return text;
+}
+
+std::span<char *> Reader::make_array(int32_t count, const char *path)
+{
+    if (!is_guarded()) {
+        const auto size = static_cast<size_t>(std::max(count, 0));
+        return {g_new0(char *, size), size};
+    }
+    if (!has(bytes_needed(count, word_size), path)) {
+        return {};
+    }
+    const auto size = static_cast<uint32_t>(count);
+    void *array = take(size * sizeof(char *));
+    if (array == nullptr) {
+        return {};
+    }
+    return {static_cast<char **>(std::memset(array, 0, size * sizeof(char *))), size};
+}
+
+void Reader::List::append(void *element)
+{
+    auto *cell = static_cast<GList *>(in_.is_guarded() ? in_.place(sizeof(GList)) : g_list_alloc());
+    *cell = {element, nullptr, tail_};
+    (tail_ == nullptr ? head_ : tail_->next) = cell;
+    tail_ = cell;
+}
+
+void *Reader::make(size_t size)
+{
+    return std::memset(place(size), 0, size);
+}
+
+void *Reader::try_record(Fields list)
+{
+    if (is_guarded()) {
+        return record(list);
+    }
+    void *record = g_try_malloc0(list.record_size());
+    if (record != nullptr) {
+        fields(record, list);
+    }
+    return record;
+}
+
+void *Reader::take_from_new_block(size_t size)
+{
+    void *place = arena_->grow(size, left()) ? arena_->take(size) : nullptr;
+    if (place == nullptr) {
+        fail_without_memory(arena_->capacity());
+    }
+    return place;
+}
+
+}  // namespace mdm

@@ -1,0 +1,430 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// How much memory bytes can make ipc_open() ask for, whether they are opened or refused.
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm/guarded.h"
+#include "support/allocation_trace.hpp"
+#include "support/fault.hpp"
+#include "support/log_recorder.hpp"
+#include "support/no_memory.hpp"
+#include "support/shapes.hpp"
+#include "support/wire.hpp"
+#include "wire/arena.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// What the header promises.
+constexpr size_t times_length = sizeof(void *) == 8 ? 10 : 6;
+constexpr size_t constant = 4096;
+
+constexpr std::array<size_t, 6> sizes = {100, 270, 1000, 5000, 65536, 1048576};
+
+// The sum of all blocks that opening asks for. All of them are back when the message is closed.
+size_t memory_of(const Bytes &bytes, bool is_good)
+{
+    const LogRecorder log(MDM_LOG_NONE);
+    AllocationTrace trace;
+    mdm_msg_t *msg = ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
+    ipc_close(msg);
+    trace.stop();
+    EXPECT_EQ(msg != nullptr, is_good);
+    EXPECT_THAT(trace.kept(), IsEmpty());
+    const std::vector<size_t> blocks = trace.allocated_sizes();
+    return std::accumulate(blocks.begin(), blocks.end(), size_t{0});
+}
+
+void expect_little(const Bytes &bytes, bool is_good)
+{
+    EXPECT_LE(memory_of(bytes, is_good), times_length * bytes.size() + constant) << bytes.size();
+}
+
+void expect_little_opened(const Bytes &bytes)
+{
+    expect_little(bytes, true);
+}
+
+void expect_little_refused(const Bytes &bytes)
+{
+    expect_little(bytes, false);
+}
+
+// A list whose elements are as small as can be: zeros, of which every count and number may be made.
+struct List {
+    const char *name;
+    uint8_t type;
+    Bytes head;
+    uint32_t smallest;
+    size_t last_text;  // where its count is, from the end; 0 for a list of numbers
+};
+
+std::ostream &operator<<(std::ostream &out, const List &list)
+{
+    return out << list.name;
+}
+
+Bytes app_head(uint32_t type)
+{
+    return word(type) + word(0) + word(0) + word(1);
+}
+
+uint32_t fitting(const List &list, size_t size)
+{
+    const size_t around = framed(list.type, list.head + word(0)).size();
+    return static_cast<uint32_t>((size - around) / list.smallest);
+}
+
+Bytes listed(const List &list, uint32_t count, size_t size)
+{
+    return framed(list.type, list.head + word(count) + Bytes(size));
+}
+
+class WorstList : public ::testing::TestWithParam<List> {};
+
+TEST_P(WorstList, IsWithinTheBound)
+{
+    for (const size_t size : sizes) {
+        const uint32_t count = fitting(GetParam(), size);
+        expect_little_opened(listed(GetParam(), count, size_t{count} * GetParam().smallest));
+    }
+}
+
+// Refused for the last text, with all in front of it read.
+TEST_P(WorstList, IsWithinTheBoundIfItFailsLate)
+{
+    if (GetParam().last_text == 0) {
+        return;  // nothing in it can fail
+    }
+    for (const size_t size : sizes) {
+        const uint32_t count = fitting(GetParam(), size);
+        if (count > 0) {
+            Bytes bytes = listed(GetParam(), count, size_t{count} * GetParam().smallest);
+            bytes[bytes.size() - GetParam().last_text] = 5;
+            expect_little_refused(bytes);
+        }
+    }
+}
+
+TEST_P(WorstList, AsksForNothingBecauseOfACountThatCannotBe)
+{
+    for (const uint32_t count : {0x7FFFFFFFU, 0x10000000U, 1000U}) {
+        EXPECT_LE(memory_of(listed(GetParam(), count, 16), false), constant);
+    }
+    // What every message has from the beginning: room for records and for texts.
+    for (const size_t size : sizes) {
+        const Bytes bytes = listed(GetParam(), fitting(GetParam(), size) + 2, size - 64);
+        EXPECT_LE(memory_of(bytes, false), 2 * bytes.size() + constant) << bytes.size();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, WorstList,
+                         ::testing::Values(List{"security_strings", 5, head_bytes(68, 1), 4, 4},
+                                           List{"security_accounts", 5, head_bytes(70, 1), 104, 4},
+                                           List{"wifi_ssids", 7, head_bytes(290, 1), 4, 4},
+                                           List{"bluetooth_names", 9, head_bytes(223, 1), 4, 4},
+                                           List{"eas_accounts", 11, head_bytes(106, 1), 60, 4},
+                                           List{"email_accounts", 39, head_bytes(363, 1), 88, 4},
+                                           List{"apn_profiles", 21, head_bytes(389, 1), 60, 4},
+                                           List{"app_packages", 13, app_head(4), 4, 4},
+                                           List{"app_res_packages", 14, app_head(162), 4, 4},
+                                           List{"app_res_items", 14, app_head(140), 8, 8},
+                                           List{"app_res_controls", 14, app_head(172), 8, 4},
+                                           List{"misc_list", 17, head_bytes(127, 0), 4, 4},
+                                           List{"kiosk_keys", 45, head_bytes(618, 1), 4, 0},
+                                           List{"kiosk_key_pairs", 45, head_bytes(619, 1), 8, 0}),
+                         [](const auto &test) { return std::string(test.param.name); });
+
+// An array's count is its size.
+
+Bytes misc_array(uint32_t count, size_t size)
+{
+    return framed(17, head_bytes(122, static_cast<int32_t>(count)) + Bytes(size));
+}
+
+TEST(Memory, OfAnArrayOfEmptyStringsIsWithinTheBound)
+{
+    for (const size_t size : sizes) {
+        const auto count = static_cast<uint32_t>((size - 52) / 4);
+        expect_little_opened(misc_array(count, size_t{count} * 4));
+        Bytes late = misc_array(count, size_t{count} * 4);
+        late[late.size() - 4] = 1;
+        expect_little_refused(late);
+    }
+}
+
+TEST(Memory, OfAnArrayThatCannotBeIsNone)
+{
+    for (const uint32_t count : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU, 0x20000000U, 1000U}) {
+        EXPECT_LE(memory_of(misc_array(count, 16), false), constant);
+    }
+}
+
+// Texts.
+
+TEST(Memory, OfOneLongTextIsWithinTheBound)
+{
+    for (const size_t size : sizes) {
+        const std::string text(size - 60, 'x');
+        expect_little_opened(framed(19, {}, text));
+        expect_little_opened(framed(7, head_bytes(305, 1) + str(text) + str("")));
+        expect_little_opened(framed(45, head_bytes(612, 1) + str(text)));
+        Bytes cut = framed(7, head_bytes(305, 1) + str(text) + str("a"));
+        cut[cut.size() - 5] = 2;
+        expect_little_refused(cut);
+    }
+}
+
+TEST(Memory, OfRawBytesIsWithinTheBound)
+{
+    for (const size_t size : sizes) {
+        const auto count = static_cast<int32_t>(size - 52);
+        const Bytes payload(size - 52);
+        expect_little_opened(framed(33, head_bytes(1, count) + payload));
+        expect_little_opened(framed(17, head_bytes(1, count) + payload));
+        expect_little_refused(framed(33, head_bytes(1, count + 1) + payload));
+    }
+}
+
+TEST(Memory, OfATextThatCannotBeIsNone)
+{
+    for (const uint32_t length : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU, 1000U}) {
+        const Bytes text = word(length) + Bytes(16);
+        EXPECT_LE(memory_of(framed(7, head_bytes(305, 1) + text), false), constant);
+        EXPECT_LE(memory_of(framed(53, word(439) + text), false), constant);
+        EXPECT_LE(memory_of(framed(33, head_bytes(1, INT32_MAX) + text), false), constant);
+        Bytes header = framed(19, Bytes(16));
+        std::ranges::copy(word(length), header.begin() + 16);
+        EXPECT_LE(memory_of(header, false), constant);
+    }
+}
+
+// Lists of texts that differ in size, so that what is left of a block is too small again and again.
+
+Bytes named(const std::vector<size_t> &text_sizes)
+{
+    Bytes body = head_bytes(223, 1) + word(static_cast<uint32_t>(text_sizes.size()));
+    for (const size_t size : text_sizes) {
+        const Bytes count = word(static_cast<uint32_t>(size));
+        body.insert(body.end(), count.begin(), count.end());
+        body.insert(body.end(), size, uint8_t{'n'});
+    }
+    return framed(9, body);
+}
+
+TEST(Memory, OfTextsThatAreEachTooLargeForTheRestOfABlockIsWithinTheBound)
+{
+    for (const size_t size : {1U, 2U, 7U, 8U, 17U, 31U, 100U, 1000U, 5000U}) {
+        for (const size_t total : {300U, 5000U, 60000U}) {
+            expect_little_opened(named(std::vector<size_t>(total / (size + 4) + 1, size)));
+        }
+    }
+}
+
+TEST(Memory, OfALongTextBehindManyEmptyOnesIsWithinTheBound)
+{
+    for (const size_t empty : {10U, 100U, 1000U, 5000U}) {
+        for (size_t eighths = 1; eighths <= 64; eighths += 3) {
+            std::vector<size_t> text_sizes(empty, 0);
+            text_sizes.push_back(empty * eighths / 2);
+            expect_little_opened(named(text_sizes));
+            text_sizes.insert(text_sizes.end(), empty, 0);
+            expect_little_opened(named(text_sizes));
+        }
+    }
+}
+
+TEST(Memory, OfTextsThatGrowAndShrinkIsWithinTheBound)
+{
+    std::vector<size_t> growing;
+    for (size_t size = 1; size < 20000; size = size * 5 / 4 + 1) {
+        growing.insert(growing.end(), 3, 0);
+        growing.push_back(size);
+    }
+    expect_little_opened(named(growing));
+    std::ranges::reverse(growing);
+    expect_little_opened(named(growing));
+}
+
+TEST(Memory, OfARefusedHeaderIsNone)
+{
+    Bytes bytes(1000);
+    EXPECT_EQ(memory_of(bytes, false), 0U);
+    bytes = framed(0, Bytes(1000));
+    EXPECT_EQ(memory_of(bytes, false), 0U);
+    EXPECT_EQ(memory_of({}, false), 0U);
+}
+
+// Every good message is short: the constant and a little more.
+TEST(Memory, OfEveryShapeIsWithinTheBound)
+{
+    for (const GoodMessage &good : good_messages()) {
+        expect_little_opened(good.bytes);
+    }
+}
+
+// Without memory.
+
+struct Refusal {
+    ipc_fault_t fault{};
+    std::vector<LogLine> lines;
+};
+
+// Opens with so many allocations that succeed. Nothing if that is enough.
+std::optional<Refusal> refusal_of_opening(const Bytes &bytes, size_t allocations)
+{
+    Refusal refusal;
+    LogRecorder log(MDM_LOG_CRITICAL);
+    AllocationTrace trace;
+    mdm_msg_t *msg = nullptr;
+    {
+        const NoMemory no_memory(allocations);
+        msg = ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), &refusal.fault);
+    }
+    ipc_close(msg);
+    trace.stop();
+    EXPECT_THAT(trace.kept(), IsEmpty());
+    refusal.lines = log.take();
+    return msg == nullptr ? std::optional(refusal) : std::nullopt;
+}
+
+// Takes one allocation after the other away. Returns how many it takes to open the bytes.
+size_t expect_refusals_without_memory(const Bytes &bytes)
+{
+    for (size_t allocations = 0;; ++allocations) {
+        const auto refusal = refusal_of_opening(bytes, allocations);
+        if (!refusal) {
+            return allocations;
+        }
+        EXPECT_STREQ(refusal->fault.path, "memory");
+        EXPECT_LE(refusal->fault.offset, bytes.size());
+        EXPECT_GT(refusal->fault.needed, 0U);
+        EXPECT_LE(refusal->fault.needed, times_length * bytes.size() + constant);
+        EXPECT_EQ(refusal->fault.left, 0U);
+        EXPECT_THAT(refusal->lines,
+                    ElementsAre(critical("ipc_open", refusal_line(refusal->fault))));
+    }
+}
+
+TEST(NoMemoryToOpen, IsAFaultForEveryShape)
+{
+    for (const GoodMessage &good : good_messages()) {
+        SCOPED_TRACE(good.name);
+        EXPECT_GE(expect_refusals_without_memory(good.bytes), 1U);
+    }
+}
+
+TEST_P(WorstList, IsRefusedWithoutMemory)
+{
+    const uint32_t count = fitting(GetParam(), 5000);
+    const size_t size = size_t{count} * GetParam().smallest;
+    // Empty strings of one category do not arrive: they need no cells.
+    const size_t least = std::string(GetParam().name) == "security_strings" ? 1 : 2;
+    EXPECT_GE(expect_refusals_without_memory(listed(GetParam(), count, size)), least);
+}
+
+TEST(NoMemoryToOpen, IsAFaultForAnArray)
+{
+    // Where pointers have 32 bits, the first block has room for it.
+    EXPECT_EQ(expect_refusals_without_memory(misc_array(1000, 4000)),
+              sizeof(void *) == 8 ? 2U : 1U);
+}
+
+TEST(NoMemoryToOpen, IsAFaultForARecordThatIsLargerThanItsBytes)
+{
+    const Bytes network = framed(7, head_bytes(345, 1) + str("") + word(1) + word(7));
+    EXPECT_GE(expect_refusals_without_memory(network), sizeof(void *) == 8 ? 2U : 1U);
+}
+
+// The region by itself: what is smaller than a pointer takes the place of one.
+TEST(Arena, HasRoomForWhatItHasGrownFor)
+{
+    Arena region(0);
+    mdm_msg_t *msg = region.message();
+    ASSERT_NE(msg, nullptr);
+    EXPECT_EQ(region.take(1), nullptr);
+    EXPECT_TRUE(region.grow(1, 0));
+    EXPECT_NE(region.take(1), nullptr);
+    EXPECT_EQ(region.take(1), nullptr);
+    Arena::release(msg);
+}
+
+// What is said of the first block.
+TEST(NoMemoryToOpen, SaysWhatWasAskedFor)
+{
+    const Bytes bytes = framed(19, {}, "text");
+    const auto refusal = refusal_of_opening(bytes, 0);
+    ASSERT_TRUE(refusal.has_value());
+    EXPECT_EQ(refusal->fault.offset, 8U);
+    EXPECT_EQ(refusal->fault.needed, sizeof(void *) + sizeof(mdm_msg_t) + 2 * bytes.size());
+}
+
+TEST(NoMemoryToSeal, IsAFaultThatLeavesTheMessageAsItWas)
+{
+    mdm_apn_account_t profile{};
+    mdm_msg_t msg = message(21);
+    msg.body.apn.type = 387;
+    msg.body.apn.data_size = 1;
+    msg.body.apn.data = &profile;
+    LogRecorder log(MDM_LOG_CRITICAL);
+    uint32_t length = 0xC0C1C2C3;
+    ipc_fault_t fault{};
+    uint8_t *buffer = nullptr;
+    {
+        const NoMemory no_memory;
+        buffer = ipc_seal(&msg, &length, &fault);
+    }
+    EXPECT_EQ(buffer, nullptr);
+    EXPECT_EQ(length, 0xC0C1C2C3);
+    EXPECT_STREQ(fault.path, "memory");
+    EXPECT_EQ(fault.offset, 0U);
+    EXPECT_EQ(fault.needed, 113U + 5);
+    EXPECT_EQ(fault.left, 0U);
+    EXPECT_EQ(msg.body.apn.data_size, 1);
+    EXPECT_THAT(log.take(),
+                ElementsAre(critical("ipc_seal", "Refused: there is no memory for 118 bytes")));
+
+    buffer = ipc_seal(&msg, &length, &fault);
+    EXPECT_EQ(length, 113U);
+    g_free(buffer);
+}
+
+// 60 bytes that ask for 2 GiB of zeros.
+TEST(NoMemoryToSeal, IsNotAskedForZerosThatNoSenderMeans)
+{
+    const std::vector<std::pair<uint8_t, uint32_t>> forms = {{7, 305},  {8, 88},   {7, 319},
+                                                             {21, 387}, {22, 393}, {11, 104}};
+    for (const auto &[message_type, type] : forms) {
+        SCOPED_TRACE(type);
+        const Bytes bytes = framed(message_type, head_bytes(type, 0x7FFFFF00) + Bytes(60));
+        MDM_AUTO_CLOSE mdm_msg_t *msg =
+            ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
+        ASSERT_NE(msg, nullptr);
+        uint32_t length = 0;
+        ipc_fault_t fault{};
+        AllocationTrace trace;
+        uint8_t *buffer = ipc_seal(msg, &length, &fault);
+        trace.stop();
+        g_free(buffer);
+        ASSERT_EQ(buffer, nullptr);
+        EXPECT_THAT(trace.allocated_sizes(), ::testing::Each(::testing::Lt(constant)));
+        EXPECT_TRUE(std::string_view(fault.path).ends_with(".data_size")) << fault.path;
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test

@@ -1,0 +1,712 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What ipc_open() promises for any bytes: it reads nothing behind them, it keeps nothing, and it
+// makes the message that ipc_deserialize() makes, or says truly why not. Everything here starts
+// from whole messages of every shape and spoils them.
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <iomanip>
+#include <set>
+#include <span>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "mdm/guarded.h"
+#include "support/allocation_trace.hpp"
+#include "support/fault.hpp"
+#include "support/guard_page.hpp"
+#include "support/log_recorder.hpp"
+#include "support/shapes.hpp"
+#include "support/walk.hpp"
+#include "support/wire.hpp"
+#include "wire/words.hpp"
+
+namespace mdm::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+constexpr size_t smallest_message = 40;
+constexpr size_t type_offset = 4;
+
+uint32_t size_of(const Bytes &bytes)
+{
+    return static_cast<uint32_t>(bytes.size());
+}
+
+// Spoiling.
+
+void put_word(Bytes &bytes, size_t offset, uint32_t value)
+{
+    std::ranges::copy(word(value), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+Bytes first(const Bytes &bytes, size_t count)
+{
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
+// Bytes whose length field tells their number, if they have one.
+Bytes with_true_length(Bytes bytes)
+{
+    if (bytes.size() >= 4) {
+        put_word(bytes, 0, size_of(bytes) - 8);
+    }
+    return bytes;
+}
+
+Bytes extended(const Bytes &bytes, size_t count)
+{
+    return with_true_length(bytes + Bytes(count));
+}
+
+// Cut at every length, once with the length field that this makes true and once as it was.
+std::vector<Bytes> cuts_of(const Bytes &bytes)
+{
+    std::vector<Bytes> all;
+    for (size_t size = 0; size < bytes.size(); ++size) {
+        all.push_back(first(bytes, size));
+        all.push_back(with_true_length(first(bytes, size)));
+    }
+    return all;
+}
+
+// The word at an offset replaced by what no count, length or size should be.
+std::vector<Bytes> with_other_word(const Bytes &bytes, size_t offset)
+{
+    const auto left = static_cast<uint32_t>(bytes.size() - offset - 4);
+    std::vector<Bytes> all;
+    for (const uint32_t value :
+         {0xFFFFFFFFU, 0x80000000U, 0x7FFFFFFFU, left, left + 1, left - 1, 0U, 1U}) {
+        Bytes spoilt = bytes;
+        put_word(spoilt, offset, value);
+        if (spoilt != bytes) {
+            all.push_back(spoilt);
+        }
+    }
+    return all;
+}
+
+std::vector<Bytes> with_other_words(const Bytes &bytes)
+{
+    std::vector<Bytes> all;
+    for (size_t offset = 0; offset + 4 <= bytes.size(); ++offset) {
+        std::ranges::move(with_other_word(bytes, offset), std::back_inserter(all));
+    }
+    return all;
+}
+
+// The 256 values of a byte.
+std::vector<Bytes> with_other_byte(const Bytes &bytes, size_t offset)
+{
+    std::vector<Bytes> all(256, bytes);
+    for (size_t value = 0; value < all.size(); ++value) {
+        all[value][offset] = static_cast<uint8_t>(value);
+    }
+    return all;
+}
+
+// What became of bytes.
+
+constexpr ipc_fault_t untouched = {0xA1A2A3A4, 0xB1B2B3B4, 0xC1C2C3C4, "untouched"};
+
+bool is_untouched(const ipc_fault_t &fault)
+{
+    return fault.offset == untouched.offset && fault.needed == untouched.needed &&
+           fault.left == untouched.left && fault.path == untouched.path;
+}
+
+struct Outcome {
+    bool is_open = false;
+    std::string fields;  // of the message, if it is open
+    ipc_fault_t fault = untouched;
+    std::vector<std::string> log;  // the critical lines
+};
+
+// The line that a refusal logs, from the function's name on.
+std::string line_of(const ipc_fault_t &fault)
+{
+    return critical("ipc_open", refusal_line(fault)).text;
+}
+
+void note(Outcome &outcome, const mdm_msg_t *msg, const LogRecorder &log, size_t lines_before)
+{
+    const AllocationTrace::Pause pause;
+    outcome.is_open = msg != nullptr;
+    if (msg != nullptr) {
+        outcome.fields = describe(*msg);
+    }
+    const std::vector<PlatformLine> &lines = log.platform_lines();
+    for (size_t i = lines_before; i < lines.size(); ++i) {
+        outcome.log.push_back(lines[i].text);
+    }
+}
+
+// A trace holds the blocks of so many messages.
+constexpr size_t batch_size = 16;
+using Batch = std::span<const Bytes>;
+
+// Mapped once, because so many buffers need one. Holds the largest of them.
+GuardedBytes &shared_buffer()
+{
+    static GuardedBytes buffer(Bytes(8192));
+    return buffer;
+}
+
+// Opens, reads and closes each, with nothing readable behind it.
+std::vector<Outcome> opened(Batch batch)
+{
+    std::vector<Outcome> outcomes(batch.size());
+    GuardedBytes &buffer = shared_buffer();
+    const LogRecorder log(MDM_LOG_CRITICAL);
+    AllocationTrace trace;
+    for (size_t i = 0; i < batch.size(); ++i) {
+        buffer.assign(batch[i]);
+        const size_t lines_before = log.platform_lines().size();
+        mdm_msg_t *msg = ipc_open(buffer.data(), size_of(batch[i]), &outcomes[i].fault);
+        note(outcomes[i], msg, log, lines_before);
+        ipc_close(msg);
+    }
+    trace.stop();
+    EXPECT_THAT(trace.kept(), IsEmpty());
+    return outcomes;
+}
+
+// Every byte of it: an initialiser may leave those of a union's larger members.
+mdm_msg_t zeroed()
+{
+    mdm_msg_t msg;
+    std::memset(&msg, 0, sizeof msg);
+    return msg;
+}
+
+// The fields that deserialising makes of each, if it was opened.
+std::vector<std::string> deserialised(Batch batch, std::span<const Outcome> outcomes)
+{
+    std::vector<std::string> all(batch.size());
+    const LogRecorder log(MDM_LOG_NONE);
+    AllocationTrace trace;
+    for (size_t i = 0; i < batch.size(); ++i) {
+        if (outcomes[i].is_open) {
+            mdm_msg_t msg = zeroed();
+            EXPECT_EQ(ipc_deserialize(&msg, batch[i].data(), size_of(batch[i])), 0);
+            const AllocationTrace::Pause pause;
+            all[i] = describe(msg);
+        }
+    }
+    trace.stop();
+    release_blocks(trace.kept());
+    return all;
+}
+
+// A fault of the envelope's own checks, or a read that would have left the bytes.
+void expect_true_fault(const ipc_fault_t &fault, const Bytes &bytes)
+{
+    ASSERT_FALSE(is_untouched(fault));
+    EXPECT_EQ(uint64_t{fault.offset} + fault.left, bytes.size());
+    if (fault.path == std::string("header.type")) {
+        EXPECT_EQ(fault.offset, type_offset);
+        EXPECT_EQ(fault.needed, 1U);
+    } else if (fault.path == std::string("header.length")) {
+        EXPECT_EQ(fault.offset, 0U);
+        EXPECT_NE(fault.needed, fault.left);
+    } else {
+        EXPECT_GT(fault.needed, fault.left);
+    }
+}
+
+void expect_refused(const Outcome &outcome, const Bytes &bytes)
+{
+    expect_true_fault(outcome.fault, bytes);
+    ASSERT_EQ(outcome.log.size(), 1U);
+    EXPECT_THAT(outcome.log[0], HasSubstr(": ipc_open("));
+    EXPECT_THAT(outcome.log[0], HasSubstr(" > " + line_of(outcome.fault)));
+}
+
+void expect_opened(const Outcome &outcome, const std::string &fields)
+{
+    EXPECT_EQ(outcome.fields, fields);
+    EXPECT_THAT(outcome.fields, ::testing::Not(HasSubstr("broken link")));
+    EXPECT_TRUE(is_untouched(outcome.fault));
+    for (const std::string &line : outcome.log) {
+        EXPECT_EQ(line.find(": ipc_open("), std::string::npos) << line;
+    }
+}
+
+std::string printed(const Bytes &bytes)
+{
+    std::ostringstream out;
+    for (const uint8_t byte : bytes) {
+        out << std::hex << std::setw(2) << std::setfill('0') << unsigned{byte} << ' ';
+    }
+    return out.str();
+}
+
+void expect_sound(Batch batch)
+{
+    const std::vector<Outcome> outcomes = opened(batch);
+    const std::vector<std::string> fields = deserialised(batch, outcomes);
+    for (size_t i = 0; i < batch.size(); ++i) {
+        if (outcomes[i].is_open) {
+            expect_opened(outcomes[i], fields[i]);
+        } else {
+            expect_refused(outcomes[i], batch[i]);
+        }
+        ASSERT_FALSE(::testing::Test::HasFailure()) << printed(batch[i]);
+    }
+}
+
+// All that holds for any bytes, for each of these.
+void expect_sound(const std::string &name, const std::vector<Bytes> &all)
+{
+    const Batch batch(all);
+    for (size_t begin = 0; begin < all.size(); begin += batch_size) {
+        expect_sound(batch.subspan(begin, std::min(batch_size, all.size() - begin)));
+        ASSERT_FALSE(::testing::Test::HasFailure()) << "one of " << name;
+    }
+}
+
+Outcome outcome_of(const Bytes &bytes)
+{
+    return opened(std::array{bytes})[0];
+}
+
+// The fields of a message that is opened by itself, and outlives its bytes.
+std::string fields_of(const Bytes &bytes)
+{
+    mdm_msg_t *msg = nullptr;
+    {
+        const GuardedBytes buffer(bytes);
+        msg = ipc_open(buffer.data(), size_of(bytes), nullptr);
+    }
+    if (msg == nullptr) {
+        return "not opened";
+    }
+    MDM_AUTO_CLOSE mdm_msg_t *closed_at_last = msg;
+    return describe(*closed_at_last);
+}
+
+std::string deserialised_fields_of(const Bytes &bytes)
+{
+    Outcome any;
+    any.is_open = true;
+    return deserialised(std::array{bytes}, std::array{any})[0];
+}
+
+// The same message with a longer header text, so that all behind it moves on.
+Bytes with_longer_text(const Bytes &bytes, uint32_t count)
+{
+    constexpr size_t text_offset = 16;
+    const uint32_t size = bytes[text_offset];
+    const size_t text_end = text_offset + 4 + size;
+    Bytes longer = first(bytes, text_offset) + word(size + count) +
+                   Bytes(bytes.begin() + text_offset + 4,
+                         bytes.begin() + static_cast<std::ptrdiff_t>(text_end)) +
+                   Bytes(count, uint8_t{'x'});
+    longer.insert(longer.end(), bytes.begin() + static_cast<std::ptrdiff_t>(text_end), bytes.end());
+    return with_true_length(longer);
+}
+
+// Good messages.
+
+TEST(Open, EveryShapeHoldsWhatDeserialisingMakesOfIt)
+{
+    for (const GoodMessage &good : good_messages()) {
+        EXPECT_EQ(fields_of(good.bytes), deserialised_fields_of(good.bytes)) << good.name;
+    }
+}
+
+TEST(Open, TheBytesMayStandAtAnyAddress)
+{
+    for (const GoodMessage &good : good_messages()) {
+        for (uint32_t count = 1; count < 8; ++count) {
+            const Bytes bytes = with_longer_text(good.bytes, count);
+            ASSERT_EQ(fields_of(bytes), deserialised_fields_of(bytes)) << good.name;
+        }
+    }
+}
+
+// Gives blocks of these sizes to whoever asks next, full of what nobody should see.
+void soil(const std::vector<size_t> &block_sizes)
+{
+    std::vector<void *> blocks;
+    for (const size_t size : block_sizes) {
+        void *block = std::malloc(size);
+        std::memset(block, 0xA5, size);
+        __asm__ volatile("" : : "r"(block) : "memory");  // or it is no use filling it
+        blocks.push_back(block);
+    }
+    std::ranges::for_each(blocks.rbegin(), blocks.rend(), std::free);
+}
+
+// Of a size that the C library keeps no list for, because it would clear a part of them.
+TEST(Open, FieldsThatDidNotTravelAreZeroInMemoryThatWasUsedBefore)
+{
+    for (const GoodMessage &good : good_messages()) {
+        const Bytes bytes = extended(good.bytes, 1000);
+        AllocationTrace trace;
+        ipc_close(ipc_open(bytes.data(), size_of(bytes), nullptr));
+        trace.stop();
+        soil(trace.allocated_sizes());
+        mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
+        ASSERT_NE(msg, nullptr) << good.name;
+        EXPECT_EQ(describe(*msg), deserialised_fields_of(bytes)) << good.name;
+        ipc_close(msg);
+    }
+}
+
+TEST(Open, NeitherFaultNorMessageIsNeeded)
+{
+    const Bytes bytes = framed(16, head_bytes(1, 0));
+    ipc_close(nullptr);
+    ipc_close(ipc_open(bytes.data(), size_of(bytes), nullptr));
+    EXPECT_EQ(ipc_open(bytes.data(), size_of(bytes) - 1, nullptr), nullptr);
+    EXPECT_EQ(ipc_open(nullptr, 0, nullptr), nullptr);
+}
+
+// Whatever a message says, none of it is in the log.
+TEST(Open, LogsItsEntryAndItsExit)
+{
+    for (const GoodMessage &good : good_messages()) {
+        LogRecorder log;
+        ipc_close(ipc_open(good.bytes.data(), size_of(good.bytes), nullptr));
+        EXPECT_EQ(log.take(), enter_and_leave("ipc_open")) << good.name;
+    }
+}
+
+// Every message cut anywhere: the header, a head, a count, a record, a list.
+TEST(Open, LogsOneLineForARefusal)
+{
+    for (const GoodMessage &good : good_messages()) {
+        for (size_t size = 0; size < good.bytes.size(); size += 3) {
+            Bytes bytes(good.bytes.begin(), good.bytes.begin() + static_cast<ptrdiff_t>(size));
+            if (size >= smallest_message) {
+                store_u32(bytes.data(), static_cast<uint32_t>(size) - 8);
+            }
+            LogRecorder log;
+            mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
+            const std::vector<LogLine> lines = log.take();
+            ASSERT_EQ(lines.size(), msg == nullptr ? 3U : 2U) << good.name << ' ' << size;
+            EXPECT_EQ(lines.front(), enter("ipc_open"));
+            EXPECT_EQ(lines.back(), leave("ipc_open"));
+            if (msg == nullptr) {
+                EXPECT_EQ(lines[1].level, MDM_LOG_CRITICAL);
+                EXPECT_THAT(lines[1].text, HasSubstr("Refused: "));
+            }
+            ipc_close(msg);
+        }
+    }
+}
+
+TEST(Open, LogsNothingButTheRefusalInFrontOfTheExit)
+{
+    const Bytes bytes = framed(19, {});
+    LogRecorder log;
+    EXPECT_EQ(ipc_open(bytes.data(), 39, nullptr), nullptr);
+    EXPECT_THAT(
+        log.take(),
+        ::testing::ElementsAre(
+            enter("ipc_open"),
+            critical("ipc_open",
+                     "Refused: header.length: a message has 40 bytes or more, 39 are there"),
+            leave("ipc_open")));
+}
+
+TEST(Open, ManyThreadsMayOpenAtOnce)
+{
+    const std::vector<GoodMessage> good = good_messages();
+    std::vector<std::string> expected;
+    for (const GoodMessage &message : good) {
+        expected.push_back(fields_of(message.bytes));
+    }
+    std::array<std::vector<std::string>, 4> seen;
+    {
+        std::vector<std::jthread> threads;
+        for (std::vector<std::string> &fields : seen) {
+            threads.emplace_back([&] {
+                for (const GoodMessage &message : good) {
+                    fields.push_back(fields_of(message.bytes));
+                }
+            });
+        }
+    }
+    for (const std::vector<std::string> &fields : seen) {
+        EXPECT_EQ(fields, expected);
+    }
+}
+
+// Particular shapes.
+
+TEST(Open, ATypeWithoutCategoryHasTheHeaderOnly)
+{
+    for (const uint8_t type : hex("13 14 29 2C 37 3C 3E 40 4B 50")) {
+        const std::string fields = fields_of(framed(type, hex("FF FF FF FF")));
+        EXPECT_THAT(fields, StartsWith("header 0 " + std::to_string(type) + " 90 "));
+        EXPECT_THAT(fields, HasSubstr("\nno body\n"));
+    }
+}
+
+TEST(Open, RawBytesOfPhoneResItemsAreHarmless)
+{
+    for (const uint32_t type : {439U, 440U}) {
+        const Bytes pointers(24, uint8_t{0x41});
+        const Bytes bytes = framed(35, head_bytes(type, 24) + pointers);
+        MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
+        ASSERT_NE(msg, nullptr);
+        EXPECT_EQ(msg->body.phone_res.data_size, 24);
+        EXPECT_STREQ(static_cast<const char *>(msg->body.phone_res.data),
+                     std::string(24, 'A').c_str());
+    }
+}
+
+TEST(Open, RawBytesEndAtTheirFirstZeroAndAreZeroBehindIt)
+{
+    const Bytes bytes = framed(33, head_bytes(1, 5) + hex("61 62 00 63 64"));
+    MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
+    ASSERT_NE(msg, nullptr);
+    const auto *data = static_cast<const uint8_t *>(msg->body.res.data);
+    EXPECT_EQ(Bytes(data, data + 6), hex("61 62 00 00 00 00"));
+}
+
+template <class Record>
+void expect_aligned(const void *list, size_t length)
+{
+    EXPECT_EQ(elements_of(list).size(), length);
+    for (const void *cell : cells_of(list)) {
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(cell) % alignof(GList), 0U);
+    }
+    for (const void *element : elements_of(list)) {
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(element) % alignof(Record), 0U);
+    }
+}
+
+TEST(Open, RecordsAndCellsAreAligned)
+{
+    const Bytes keys = framed(45, head_bytes(618, 1) + word(3) + Bytes(12), "odd");
+    MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(keys.data(), size_of(keys), nullptr);
+    ASSERT_NE(msg, nullptr);
+    expect_aligned<uint32_t>(msg->body.kiosk.data, 3);
+
+    const Bytes items = framed(14, word(140) + word(0) + str("odd") + word(1) + word(3) + str("a") +
+                                       word(1) + str("bcd") + word(2) + str("e") + word(3));
+    MDM_AUTO_CLOSE mdm_msg_t *other = ipc_open(items.data(), size_of(items), nullptr);
+    ASSERT_NE(other, nullptr);
+    expect_aligned<mdm_app_res_item_t>(other->body.app_res.data, 3);
+}
+
+// As many as need further memory: few of them have a text, and each needs a pointer at least.
+TEST(Open, ManyElementsAndTheirTextsStandBesideEachOther)
+{
+    constexpr uint32_t count = 1000;
+    Bytes texts;
+    Bytes items;
+    for (uint32_t i = 0; i < count; ++i) {
+        const Bytes text = str(i % 50 == 0 ? "element " + std::to_string(i) : "");
+        texts.insert(texts.end(), text.begin(), text.end());
+        const Bytes item = text + word(i);
+        items.insert(items.end(), item.begin(), item.end());
+    }
+    for (const Bytes &bytes :
+         {framed(17, head_bytes(122, count) + texts, "text of the header"),
+          framed(9, head_bytes(223, 1) + word(count) + texts),
+          framed(14, word(140) + word(0) + str("") + word(1) + word(count) + items)}) {
+        EXPECT_EQ(fields_of(bytes), deserialised_fields_of(bytes));
+    }
+}
+
+TEST(Open, TheNumberInTheParamOfAMiscListIsDiscarded)
+{
+    for (const uint32_t type : {127U, 128U}) {
+        const Bytes bytes = framed(17, word(type) + hex("DE AD BE EF") + word(0) + word(0));
+        MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
+        ASSERT_NE(msg, nullptr);
+        EXPECT_EQ(msg->body.misc.param_list, nullptr);
+        EXPECT_EQ(msg->body.misc.data, nullptr);
+    }
+}
+
+TEST(Open, ACountBelowOneIsAnEmptyList)
+{
+    for (const uint32_t count : {0U, 0xFFFFFFFFU, 0x80000000U}) {
+        const Bytes bytes = framed(7, head_bytes(290, 1) + word(count));
+        MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
+        ASSERT_NE(msg, nullptr);
+        EXPECT_EQ(msg->body.wifi.data, nullptr);
+    }
+}
+
+TEST(Open, BytesBehindABodyAreIgnored)
+{
+    for (const GoodMessage &good : good_messages()) {
+        Bytes longer = with_true_length(good.bytes + Bytes(9, uint8_t{0xFF}));
+        EXPECT_EQ(fields_of(longer), fields_of(good.bytes)) << good.name;
+    }
+}
+
+size_t memory_of(const Bytes &bytes)
+{
+    AllocationTrace trace;
+    mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
+    trace.stop();
+    EXPECT_NE(msg, nullptr);
+    ipc_close(msg);
+    size_t sum = 0;
+    for (const size_t size : trace.allocated_sizes()) {
+        sum += size;
+    }
+    return sum;
+}
+
+// No more than the same strings in a category that has one copy on either path. They are as long as
+// to need new memory if there were two.
+TEST(Open, ASecurityStringIsThereOnce)
+{
+    Bytes names = word(1000);
+    for (int i = 0; i < 1000; ++i) {
+        names.insert(names.end(), {32, 0, 0, 0});
+        names.insert(names.end(), 32, uint8_t{'s'});
+    }
+    EXPECT_EQ(memory_of(framed(5, head_bytes(68, 1) + names)),
+              memory_of(framed(9, head_bytes(223, 1) + names)));
+}
+
+// Spoilt messages.
+
+TEST(Open, AnyCutIsOpenedOrRefused)
+{
+    for (const GoodMessage &good : good_messages()) {
+        ASSERT_NO_FATAL_FAILURE(expect_sound(good.name, cuts_of(good.bytes)));
+    }
+}
+
+TEST(Open, AnyWordMayStandAnywhere)
+{
+    for (const GoodMessage &good : good_messages()) {
+        ASSERT_NO_FATAL_FAILURE(expect_sound(good.name, with_other_words(good.bytes)));
+    }
+}
+
+TEST(Open, AnyTypeMayHaveAnyBody)
+{
+    for (const GoodMessage &good : good_messages()) {
+        ASSERT_NO_FATAL_FAILURE(expect_sound(good.name, with_other_byte(good.bytes, type_offset)));
+    }
+}
+
+// Every byte of a short body of each kind.
+TEST(Open, AnyByteMayStandInABody)
+{
+    const std::set<std::string> chosen = {"admin-general-empty",
+                                          "pwd-raw",
+                                          "security-strings-none",
+                                          "security-accounts-none",
+                                          "wifi-ssids-none",
+                                          "wifi-pair-empty",
+                                          "bluetooth-names-none",
+                                          "eas-value-empty",
+                                          "email-value-empty",
+                                          "apn-raw",
+                                          "app-packages-none",
+                                          "app-res-controls-none",
+                                          "roaming-empty",
+                                          "roaming-res-zero",
+                                          "misc-list-none",
+                                          "misc-pair-empty",
+                                          "browser-raw",
+                                          "res-raw-zero",
+                                          "phone-res-item-empty",
+                                          "phone-res-raw-440",
+                                          "kiosk-pairs-none",
+                                          "container-short-item-empty",
+                                          "location",
+                                          "log-manager-byte",
+                                          "platform-439-empty",
+                                          "app-cb-size-zero",
+                                          "misc-cb-size-zero"};
+    size_t found = 0;
+    for (const GoodMessage &good : good_messages()) {
+        if (!chosen.contains(good.name)) {
+            continue;
+        }
+        ++found;
+        for (size_t offset = smallest_message; offset < good.bytes.size(); ++offset) {
+            ASSERT_NO_FATAL_FAILURE(expect_sound(good.name, with_other_byte(good.bytes, offset)));
+        }
+    }
+    EXPECT_EQ(found, chosen.size());
+}
+
+TEST(Open, AnyByteMayStandInTheHeader)
+{
+    const Bytes bytes = framed(33, head_bytes(1, 2) + hex("6F 6B"), "text");
+    for (size_t offset = 0; offset < smallest_message + 4; ++offset) {
+        ASSERT_NO_FATAL_FAILURE(expect_sound("res", with_other_byte(bytes, offset)));
+    }
+}
+
+// The discriminators of a category, and all around them.
+TEST(Open, AnyDiscriminatorIsReadAsDeserialisingReadsIt)
+{
+    for (const uint8_t type : hex("01 03 05 07 09 0B 0D 0E 11 15 23 27 2D 2F 33 35 3D 3F")) {
+        const bool has_package = type == 13 || type == 14;
+        const Bytes head = word(0) + (has_package ? word(0) : Bytes{}) + word(4);
+        std::vector<Bytes> all;
+        for (uint32_t discriminator = 0; discriminator < 650; ++discriminator) {
+            all.push_back(framed(type, word(discriminator) + head + word(1) + Bytes(120)));
+        }
+        ASSERT_NO_FATAL_FAILURE(expect_sound("type " + std::to_string(type), all));
+    }
+}
+
+// The fault's numbers are not only true, they are what it takes: with one byte fewer than needed
+// the same is missing, with as many the reading goes on.
+void expect_enough_when_given(const Bytes &bytes)
+{
+    const Outcome before = outcome_of(bytes);
+    const uint32_t missing = before.fault.needed - before.fault.left;
+    if (before.is_open || missing > 4096) {
+        return;
+    }
+    const Outcome one_fewer = outcome_of(extended(bytes, missing - 1));
+    ASSERT_FALSE(one_fewer.is_open);
+    EXPECT_STREQ(one_fewer.fault.path, before.fault.path);
+    EXPECT_EQ(one_fewer.fault.offset, before.fault.offset);
+    EXPECT_EQ(one_fewer.fault.needed, before.fault.needed);
+
+    const Outcome enough = outcome_of(extended(bytes, missing));
+    EXPECT_TRUE(enough.is_open || enough.fault.offset > before.fault.offset);
+}
+
+TEST(Open, NeedsNoMoreThanItSays)
+{
+    for (const GoodMessage &good : good_messages()) {
+        for (size_t size = smallest_message; size < good.bytes.size(); ++size) {
+            expect_enough_when_given(with_true_length(first(good.bytes, size)));
+            ASSERT_FALSE(HasFailure()) << good.name << " cut at " << size;
+        }
+    }
+}
+
+TEST(Open, NeedsNoMoreThanALyingWordAsksFor)
+{
+    for (const GoodMessage &good : good_messages()) {
+        for (size_t offset = smallest_message; offset + 4 <= good.bytes.size(); ++offset) {
+            Bytes spoilt = good.bytes;
+            put_word(spoilt, offset, static_cast<uint32_t>(good.bytes.size() - offset - 3));
+            expect_enough_when_given(spoilt);
+            ASSERT_FALSE(HasFailure()) << good.name << " at " << offset;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace mdm::test
