@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "mdm/guarded.h"
-#include "support/walk.hpp"
+#include "support/dump.hpp"
 
 namespace mdm::bench {
 namespace {
@@ -61,7 +61,7 @@ bool opens_alike(RegionOpen *open, const Bytes &bytes)
     mdm_msg_t *expected = ipc_open(bytes.data(), length, nullptr);
     const bool alike = msg == nullptr || expected == nullptr
                            ? msg == expected
-                           : test::describe(*msg) == test::describe(*expected);
+                           : test::dump(*msg) == test::dump(*expected);
     if (msg != nullptr) {
         region_close(msg);
     }

@@ -15,7 +15,7 @@
 #include "mdm/ipc.h"
 #include "message.hpp"
 #include "support/allocation_trace.hpp"
-#include "support/walk.hpp"
+#include "support/dump.hpp"
 
 namespace {
 
@@ -24,7 +24,7 @@ using mdm::fuzz::Opened;
 using mdm::fuzz::promise;
 using mdm::fuzz::promise_same;
 using mdm::test::AllocationTrace;
-using mdm::test::describe;
+using mdm::test::dump;
 
 using Bytes = std::vector<uint8_t>;
 
@@ -42,7 +42,7 @@ std::string deserialized(const Block &bytes)
     const int32_t result = ipc_deserialize(&msg, bytes.data(), bytes.size());
     trace.stop();
     promise(result == MDM_RESULT_SUCCESS, "what is opened can be deserialised");
-    std::string description = describe(msg);
+    std::string description = dump(msg);
     mdm::test::release_blocks(trace.kept());
     return description;
 }
@@ -126,7 +126,7 @@ void open_with(uint8_t letters, Bytes message)
     } else {
         promise(mdm::fuzz::is_untouched(attempt.fault), "nothing is at fault in what is opened");
         mdm::fuzz::take_critical_lines();
-        promise_same(describe(*attempt.msg), deserialized(bytes),
+        promise_same(dump(*attempt.msg), deserialized(bytes),
                      "both readers find the same fields");
     }
     promise(bytes.holds(message), "the bytes are not changed");

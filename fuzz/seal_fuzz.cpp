@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Sealing: a message is opened, disturbed as the input says, and sealed. What is sealed is what
+// Sealing: a message is opened, mutated as the input says, and sealed. What is sealed is what
 // ipc_serialize() returns, and opens with the same fields; what is refused is as it was. The length
-// field is put right. The second reserved byte is the number of steps that disturb; each takes the
+// field is put right. The second reserved byte is the number of mutations; each takes the
 // last three bytes of the input off the message. 255 stands for every step, one at a time.
 #include <algorithm>
 #include <array>
@@ -14,20 +14,20 @@
 
 #include "mdm/ipc.h"
 #include "message.hpp"
-#include "parts.hpp"
-#include "support/walk.hpp"
+#include "mutation_points.hpp"
+#include "support/dump.hpp"
 
 namespace {
 
 using mdm::fuzz::Block;
-using mdm::fuzz::ListPart;
+using mdm::fuzz::MutableList;
+using mdm::fuzz::mutation_points_of;
+using mdm::fuzz::MutationPoints;
 using mdm::fuzz::Opened;
 using mdm::fuzz::Owned;
-using mdm::fuzz::Parts;
-using mdm::fuzz::parts_of;
 using mdm::fuzz::promise;
 using mdm::fuzz::promise_same;
-using mdm::test::describe;
+using mdm::test::dump;
 
 using Bytes = std::vector<uint8_t>;
 
@@ -56,18 +56,18 @@ std::vector<Step> take_steps(Bytes &message, size_t count)
 }
 
 // An opened message that a sender has changed before it sends it on.
-class Disturbed {
+class Mutated {
 public:
-    explicit Disturbed(mdm_msg_t &msg) : parts_(parts_of(msg)) {}
-    ~Disturbed() { std::for_each(cells_.begin(), cells_.end(), g_list_free_1); }
-    Disturbed(const Disturbed &) = delete;
-    Disturbed &operator=(const Disturbed &) = delete;
+    explicit Mutated(mdm_msg_t &msg) : points_(mutation_points_of(msg)) {}
+    ~Mutated() { std::for_each(cells_.begin(), cells_.end(), g_list_free_1); }
+    Mutated(const Mutated &) = delete;
+    Mutated &operator=(const Mutated &) = delete;
 
-    void disturb(const Step &step)
+    void mutate(const Step &step)
     {
         change(step);
         // In some categories a negative size, or none, takes the payload away.
-        const bool has_payload = parts_.data_size == nullptr || *parts_.data_size > 0;
+        const bool has_payload = points_.data_size == nullptr || *points_.data_size > 0;
         keeps_its_fields_ = keeps_its_fields_ && has_payload;
     }
 
@@ -105,54 +105,54 @@ private:
 
     void change_text(const Step &step)
     {
-        if (!parts_.texts.empty()) {
-            *parts_.texts[step.which % parts_.texts.size()] = some_text(step.how);
+        if (!points_.texts.empty()) {
+            *points_.texts[step.which % points_.texts.size()] = some_text(step.how);
         }
     }
 
     void change_data_size(const Step &step)
     {
-        if (parts_.data_size == nullptr) {
+        if (points_.data_size == nullptr) {
             return;
         }
         constexpr auto least = std::numeric_limits<int32_t>::min();
-        const int32_t size = *parts_.data_size;
+        const int32_t size = *points_.data_size;
         const std::array sizes = {0, 1, -1, least, size / 2, 7, 8, 12, 400, MDM_MAX_PADDING};
-        const int32_t changed = std::min(sizes[step.how % sizes.size()], parts_.largest_data_size);
+        const int32_t changed = std::min(sizes[step.how % sizes.size()], points_.largest_data_size);
         // Of what was longer no terminator is left.
-        const bool is_cut = parts_.takes_data_size_for_length && changed != size;
+        const bool is_cut = points_.takes_data_size_for_length && changed != size;
         keeps_its_fields_ = keeps_its_fields_ && !is_cut;
-        *parts_.data_size = changed;
+        *points_.data_size = changed;
     }
 
     void remove(const Step &step)
     {
-        if (!parts_.removals.empty()) {
-            parts_.removals[step.which % parts_.removals.size()]();
+        if (!points_.removals.empty()) {
+            points_.removals[step.which % points_.removals.size()]();
             keeps_its_fields_ = false;
         }
     }
 
-    ListPart *some_list(const Step &step)
+    MutableList *some_list(const Step &step)
     {
-        return parts_.lists.empty() ? nullptr : &parts_.lists[step.which % parts_.lists.size()];
+        return points_.lists.empty() ? nullptr : &points_.lists[step.which % points_.lists.size()];
     }
 
     // Null for an empty list.
-    static GList *some_cell(const ListPart &list, uint8_t how)
+    static GList *some_cell(const MutableList &list, uint8_t how)
     {
         const guint length = g_list_length(list.head);
         return length == 0 ? nullptr : g_list_nth(list.head, how % length);
     }
 
-    static void *some_element(const ListPart &list, uint8_t how)
+    static void *some_element(const MutableList &list, uint8_t how)
     {
         return list.holds_texts ? some_text(how) : nullptr;
     }
 
     void change_element(const Step &step)
     {
-        ListPart *list = some_list(step);
+        MutableList *list = some_list(step);
         GList *cell = list == nullptr ? nullptr : some_cell(*list, step.how / 4);
         if (cell != nullptr) {
             cell->data = some_element(*list, step.how);
@@ -162,7 +162,7 @@ private:
     // The list is then known by a cell that is not its first, or by none.
     void enter_list(const Step &step)
     {
-        ListPart *list = some_list(step);
+        MutableList *list = some_list(step);
         if (list != nullptr) {
             list->head = step.how == 0 ? nullptr : some_cell(*list, step.how);
             list->replace(list->head);
@@ -172,7 +172,7 @@ private:
 
     void lengthen_list(const Step &step)
     {
-        ListPart *list = some_list(step);
+        MutableList *list = some_list(step);
         if (list != nullptr) {
             GList *cell = g_list_append(nullptr, some_element(*list, step.how));
             cells_.push_back(cell);
@@ -181,18 +181,18 @@ private:
         }
     }
 
-    Parts parts_;
+    MutationPoints points_;
     bool keeps_its_fields_ = true;
     std::vector<GList *> cells_;
 };
 
 int32_t data_size_of(mdm_msg_t &msg)
 {
-    const Parts parts = parts_of(msg);
-    return parts.data_size == nullptr ? 0 : *parts.data_size;
+    const MutationPoints points = mutation_points_of(msg);
+    return points.data_size == nullptr ? 0 : *points.data_size;
 }
 
-bool has_null_element(const ListPart &list)
+bool has_null_element(const MutableList &list)
 {
     return g_list_find(list.head, nullptr) != nullptr;
 }
@@ -201,10 +201,10 @@ bool has_null_element(const ListPart &list)
 // accepts.
 bool is_whole(mdm_msg_t &msg)
 {
-    const Parts parts = parts_of(msg);
-    return parts.has_category && !parts.is_incomplete && !parts.is_raw_record &&
+    const MutationPoints points = mutation_points_of(msg);
+    return points.has_category && !points.is_incomplete && !points.is_raw_record &&
            data_size_of(msg) >= 0 && data_size_of(msg) <= MDM_MAX_PADDING &&
-           std::none_of(parts.lists.begin(), parts.lists.end(), has_null_element);
+           std::none_of(points.lists.begin(), points.lists.end(), has_null_element);
 }
 
 bool is_empty(const void *text)
@@ -215,18 +215,18 @@ bool is_empty(const void *text)
 // Empty texts arrive as null; in one category's lists they do not arrive at all.
 void receive_empty_texts(mdm_msg_t &msg)
 {
-    const Parts parts = parts_of(msg);
-    for (char **text : parts.texts) {
+    const MutationPoints points = mutation_points_of(msg);
+    for (char **text : points.texts) {
         *text = is_empty(*text) ? nullptr : *text;
     }
-    if (parts.data_text != nullptr && is_empty(*parts.data_text)) {
-        *parts.data_text = nullptr;
+    if (points.data_text != nullptr && is_empty(*points.data_text)) {
+        *points.data_text = nullptr;
     }
-    for (const ListPart &list : parts.lists) {
+    for (const MutableList &list : points.lists) {
         GList *head = list.head;
         for (GList *cell = head; list.holds_texts && cell != nullptr;) {
             GList *next = cell->next;
-            if (is_empty(cell->data) && parts.drops_empty_texts) {
+            if (is_empty(cell->data) && points.drops_empty_texts) {
                 head = g_list_remove_link(head, cell);
             } else if (is_empty(cell->data)) {
                 cell->data = nullptr;
@@ -240,11 +240,11 @@ void receive_empty_texts(mdm_msg_t &msg)
 void promise_same_fields(mdm_msg_t &sent, mdm_msg_t &received)
 {
     receive_empty_texts(sent);
-    const Parts parts = parts_of(received);
-    if (parts.data_size != nullptr) {  // of some records the receiver states its own
-        *parts_of(sent).data_size = *parts.data_size;
+    const MutationPoints points = mutation_points_of(received);
+    if (points.data_size != nullptr) {  // of some records the receiver states its own
+        *mutation_points_of(sent).data_size = *points.data_size;
     }
-    promise_same(describe(sent), describe(received), "what is sealed arrives");
+    promise_same(dump(sent), dump(received), "what is sealed arrives");
 }
 
 // All of a record, as a copy of its bytes has it.
@@ -268,7 +268,7 @@ void promise_openable(mdm_msg_t &msg, const Block &sealed, bool keeps_its_fields
 {
     const Opened received(ipc_open(sealed.data(), sealed.size(), nullptr));
     promise(received != nullptr, "what is sealed can be opened");
-    const std::string fields = describe(*received);
+    const std::string fields = dump(*received);
     if (keeps_its_fields) {
         promise_same_fields(msg, *received);
     }
@@ -296,7 +296,7 @@ void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
         return promise_refused(before, msg, fault);
     }
     promise(mdm::fuzz::is_untouched(fault), "nothing is at fault in what is sealed");
-    promise(!parts_of(msg).lacks_payload, "a missing payload is not announced");
+    promise(!mutation_points_of(msg).lacks_payload, "a missing payload is not announced");
     const Block sealed({bytes.get(), length});
     promise_serialized(before, msg, sealed);
     promise_openable(msg, sealed, keeps_its_fields);
@@ -311,9 +311,9 @@ void seal_after(const std::vector<Step> &steps, Bytes message)
     if (msg == nullptr) {
         return;
     }
-    Disturbed disturbed(*msg);
-    std::for_each(steps.begin(), steps.end(), [&](const Step &step) { disturbed.disturb(step); });
-    seal(*msg, steps.empty() && is_whole(*msg), disturbed.keeps_its_fields());
+    Mutated mutated(*msg);
+    std::for_each(steps.begin(), steps.end(), [&](const Step &step) { mutated.mutate(step); });
+    seal(*msg, steps.empty() && is_whole(*msg), mutated.keeps_its_fields());
     mdm::fuzz::take_critical_lines();
 }
 

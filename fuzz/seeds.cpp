@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Writes a message of every category and every shape into a directory, one file each, and beside it
+// Writes a message of every category and every form into a directory, one file each, and beside it
 // the same with every variation.
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "message.hpp"
-#include "support/shapes.hpp"
+#include "support/messages.hpp"
 
 namespace {
 

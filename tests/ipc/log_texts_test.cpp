@@ -15,7 +15,7 @@
 #include "mdm/guarded.h"
 #include "support/allocation_trace.hpp"
 #include "support/log_recorder.hpp"
-#include "support/shapes.hpp"
+#include "support/messages.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {

@@ -2,16 +2,16 @@
 //
 // Messages that a sender may pass, drawn at random. Each is built together with the bytes that must
 // travel, which are made without the library: once as the sender sends the body, and once as a
-// receiver sends on what it has decoded.
+// receiver sends on the body that it has decoded.
 #pragma once
 
 #include <cstdint>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "mdm/message.h"
+#include "support/format.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
@@ -19,7 +19,7 @@ namespace mdm::test {
 bool any_bool();
 uint32_t any_word();
 
-// A message, and what must travel of its body.
+// A message, and the bytes that must travel of its body.
 struct SentMessage {
     mdm_msg_t msg{};
     Bytes first;  // as it is sent
@@ -31,8 +31,7 @@ struct SentMessage {
     bool is_whole = true;         // or not all that the message holds is sent
     bool is_whole_again = true;   // the same for a receiver that sends it on
 
-    // What the body's data points at holds these pointers and lists; where each stands, and their
-    // first cells.
+    // Where the pointers of the payload stand, and the first cells of its lists.
     std::vector<void *> pointers;
     std::vector<GList *> lists;
 
@@ -40,16 +39,6 @@ struct SentMessage {
     std::vector<std::shared_ptr<void>> kept;
     char *keep(const std::string &text);
 };
-
-struct Category {
-    const char *name;
-    std::vector<uint8_t> types;
-    SentMessage (*draw_body)();
-};
-
-std::ostream &operator<<(std::ostream &out, const Category &category);
-
-const std::vector<Category> &categories();
 
 // The message has one of the category's types, and any header.
 SentMessage any_message(const Category &category);

@@ -18,8 +18,8 @@
 #include "support/allocation_trace.hpp"
 #include "support/fault.hpp"
 #include "support/log_recorder.hpp"
+#include "support/messages.hpp"
 #include "support/no_memory.hpp"
-#include "support/shapes.hpp"
 #include "support/wire.hpp"
 #include "wire/arena.hpp"
 

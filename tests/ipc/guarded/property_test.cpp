@@ -20,9 +20,9 @@
 
 #include "mdm/guarded.h"
 #include "support/allocation_trace.hpp"
+#include "support/dump.hpp"
 #include "support/log_recorder.hpp"
 #include "support/senders.hpp"
-#include "support/walk.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
@@ -106,7 +106,7 @@ std::string description_of_deserialized(const Bytes &bytes)
     const int32_t result = deserialize(msg, bytes);
     trace.stop();
     RC_ASSERT(result == 0);
-    std::string description = describe(msg);
+    std::string description = dump(msg);
     release_blocks(trace.kept());
     return description;
 }
@@ -146,7 +146,7 @@ void expect_to_travel(const Category &category)
 
     const Opened received = opened(without_trailer(*bytes));
     RC_ASSERT(static_cast<bool>(received));
-    RC_ASSERT(describe(*received) == description_of_deserialized(without_trailer(*bytes)));
+    RC_ASSERT(dump(*received) == description_of_deserialized(without_trailer(*bytes)));
     expect_to_be_sent_on(*received, sent);
 }
 
@@ -401,7 +401,7 @@ std::optional<std::string> description_of_opened(const Bytes &bytes, ipc_fault_t
         const Opened received = opened(bytes, &fault);
         const AllocationTrace::Pause pause;
         if (received != nullptr) {
-            description = describe(*received);
+            description = dump(*received);
         }
     }
     trace.stop();

@@ -20,7 +20,7 @@
 
 #include "mdm/guarded.h"
 #include "support/log_recorder.hpp"
-#include "support/shapes.hpp"
+#include "support/messages.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
@@ -480,7 +480,7 @@ TEST(Reseal, OfABodyWithoutASizeAlwaysSucceeds)
             ++count;
         }
     }
-    EXPECT_EQ(count, 22U);
+    EXPECT_EQ(count, 24U);
 }
 
 TEST(Reseal, OfATypeWithoutACategoryNeverSucceeds)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The parts of an opened message that a sender could hold otherwise.
+// Where a sender could hold an opened message otherwise.
 #pragma once
 
 #include <cstdint>
@@ -14,35 +14,35 @@
 
 namespace mdm::fuzz {
 
-struct ListPart {
+struct MutableList {
     GList *head;
     std::function<void(GList *)> replace;
     bool holds_texts;
 };
 
-struct Parts {
+struct MutationPoints {
     std::vector<char **> texts;  // those that are there, elements of lists excepted
     void **data_text = nullptr;  // a text in `data` itself
-    std::vector<ListPart> lists;
+    std::vector<MutableList> lists;
     std::vector<std::function<void()>> removals;  // each takes a record, an array or raw bytes away
     int32_t *data_size = nullptr;
-    // Whether the category takes `data_size` for the length of `data`, and what it may be set to at
-    // most.
+    // Whether the category takes `data_size` for the length of `data`, and the largest value that it
+    // may be set to.
     bool takes_data_size_for_length = false;
     int32_t largest_data_size = std::numeric_limits<int32_t>::max();
     // Without one a message can be opened, but not sent.
     bool has_category = true;
     // Empty texts of its list do not arrive at all; elsewhere they arrive as null.
     bool drops_empty_texts = false;
-    // What is announced is not there, or not as long as it is announced.
+    // An announced payload is not there, or not as long as it is announced.
     bool is_incomplete = false;
-    // `data` is null where nothing but a payload of `data_size` bytes will do.
+    // `data` is null where only a payload of `data_size` bytes will do.
     bool lacks_payload = false;
     // `data` holds raw bytes where a sender's would hold a record.
     bool is_raw_record = false;
 };
 
 // By the message's type and discriminator, which must be kept.
-Parts parts_of(mdm_msg_t &msg);
+MutationPoints mutation_points_of(mdm_msg_t &msg);
 
 }  // namespace mdm::fuzz

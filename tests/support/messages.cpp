@@ -1,0 +1,378 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/messages.hpp"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "support/format.hpp"
+
+namespace mdm::test {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+constexpr size_t header_size = 40;
+
+void append_word(Bytes &bytes, uint32_t value)
+{
+    for (int i = 0; i < 4; ++i, value >>= 8) {
+        bytes.push_back(static_cast<uint8_t>(value));
+    }
+}
+
+void append_text(Bytes &bytes, std::string_view text)
+{
+    append_word(bytes, static_cast<uint32_t>(text.size()));
+    bytes.insert(bytes.end(), text.begin(), text.end());
+}
+
+// What a payload holds: texts and elements, empty texts, or no elements.
+enum class Content { full, empty, none };
+
+// A body in the making, with the steps of reading it.
+class Body {
+public:
+    // `selector` is the word that selects a nested record.
+    Body(const Category &category, const Form &form, uint32_t selector = 0)
+        : category_(category), form_(form), selector_(selector)
+    {
+    }
+
+    void head(uint32_t discriminator, int32_t data_size)
+    {
+        for (const Field &field : category_.head) {
+            if (field.offset == 0) {
+                word(field.path, discriminator);
+            } else if (std::string_view(field.path).ends_with(".data_size")) {
+                size_at_ = end();
+                may_be_sent_on_ = may_be_sent_on_ && may_be_sent_with(data_size);
+                word(field.path, static_cast<uint32_t>(data_size));
+            } else {
+                value(field, Content::full);
+            }
+        }
+    }
+
+    void payload(Content content)
+    {
+        switch (form_.payload) {
+        case Payload::nothing:
+            return;
+        case Payload::body:
+        case Payload::record:
+            return fields(form_.fields, content);
+        case Payload::records:
+            return records(content);
+        case Payload::strings:
+            return strings(form_.path, content,
+                           form_.is_in_param ? Claim::Of::unsigned_list : Claim::Of::list);
+        case Payload::text:
+            receive_null(content != Content::empty);
+            return text(form_.path, content == Content::empty ? "" : "text");
+        case Payload::array:
+            return array();
+        case Payload::raw:
+            return raw(content);
+        }
+    }
+
+    void zeros(size_t count) { bytes_.resize(bytes_.size() + count); }
+
+    size_t size() const { return bytes_.size(); }
+    GoodMessage message(std::string name, uint8_t type) &&
+    {
+        return {std::move(name), framed(type, bytes_), may_be_sent_on_, std::move(steps_),
+                std::move(claims_)};
+    }
+
+private:
+    size_t end() const { return header_size + bytes_.size(); }
+
+    bool may_be_sent_with(int32_t data_size) const
+    {
+        const bool is_counted = category_.trusts_sign || form_.data_size == DataSize::added;
+        return (data_size >= 0 || !is_counted) && (data_size <= 0 || category_.is_payload_read);
+    }
+    // A receiver of an empty list, text or element holds a null pointer.
+    void receive_null(bool may_be_sent) { may_be_sent_on_ = may_be_sent_on_ && may_be_sent; }
+
+    void step(const char *path, size_t needed) { steps_.push_back({path, end(), needed}); }
+
+    void word(const char *path, uint32_t value)
+    {
+        step(path, 4);
+        append_word(bytes_, value);
+    }
+    void byte(const char *path)
+    {
+        step(path, 1);
+        bytes_.push_back(0xB1);
+    }
+    void text(const char *path, std::string_view text)
+    {
+        claims_.push_back({Claim::Of::text, path, end(), end() + 4, 1});
+        word(path, static_cast<uint32_t>(text.size()));
+        step(path, text.size());
+        bytes_.insert(bytes_.end(), text.begin(), text.end());
+    }
+    void list(const char *path, uint32_t count, uint32_t smallest, Claim::Of of)
+    {
+        claims_.push_back({of, path, end(), end() + 4, smallest});
+        word(path, count);
+        step(path, size_t{count} * smallest);
+    }
+
+    // Numbers and texts of one letter, each told from the others.
+    void value(const Field &field, Content content)
+    {
+        switch (field.type) {
+        case Type::byte:
+        case Type::low_byte:
+            return byte(field.path);
+        case Type::word:
+            return word(field.path, 0xC0010000 + number_++);
+        case Type::text: {
+            const auto letter = static_cast<char>('a' + letter_++ % 26);
+            return text(field.path, {&letter, content == Content::full ? 1U : 0U});
+        }
+        case Type::strings:
+            return strings(field.path, content == Content::full ? content : Content::none,
+                           Claim::Of::list);
+        case Type::record:
+            return nested(*field.nested, content);
+        }
+    }
+    void fields(Fields fields, Content content)
+    {
+        for (const Field &field : fields) {
+            selects(field, fields) ? word(field.path, selector_) : value(field, content);
+        }
+    }
+    void nested(const NestedRecord &record, Content content)
+    {
+        for (const Alternative &one : record.alternatives) {
+            if (record.selector == no_offset || one.selectors.has(selector_)) {
+                fields(one.fields, content);
+            }
+        }
+    }
+
+    // A full list ends with a full element.
+    void records(Content content)
+    {
+        const uint32_t count = content == Content::none ? 0 : 2;
+        receive_null(count != 0 ? form_.elements != Elements::nameless
+                                : category_.sends_empty_lists);
+        list(form_.path, count, smallest_size(form_.fields), Claim::Of::list);
+        for (uint32_t i = 1; i <= count; ++i) {
+            fields(form_.fields, i == count ? content : Content::empty);
+        }
+    }
+    void strings(const char *path, Content content, Claim::Of of)
+    {
+        const uint32_t count = content == Content::none ? 0 : 3;
+        const bool is_lost = count == 0 || (loses_empty() && content == Content::empty);
+        receive_null(is_lost ? category_.sends_empty_lists : loses_empty());
+        list(path, count, 4, of);
+        for (uint32_t i = 0; i < count; ++i) {
+            constexpr std::string_view texts[] = {"a", "", "bc"};
+            text(path, content == Content::full ? texts[i] : "");
+        }
+    }
+    bool loses_empty() const { return form_.elements == Elements::lose_empty; }
+    void array()
+    {
+        claims_.push_back({Claim::Of::array, form_.path, size_at_, end(), 4});
+        step(form_.path, size_t{3} * 4);
+        for (const char *one : {"a", "", "bc"}) {
+            text(form_.path, one);
+        }
+    }
+    void raw(Content content)
+    {
+        using namespace std::string_view_literals;
+        receive_null(!form_.is_raw_record);
+        const std::string_view bytes = content == Content::full ? "1234"sv : "ab\0cd"sv;
+        if (category_.is_payload_read) {
+            const auto of = category_.announced == Announced::positive ? Claim::Of::size
+                                                                       : Claim::Of::signed_size;
+            claims_.push_back({of, form_.path, size_at_, end(), 1});
+            step(form_.path, bytes.size());
+        }
+        bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+    }
+
+    const Category &category_;
+    const Form &form_;
+    uint32_t selector_;
+    bool may_be_sent_on_ = true;
+    Bytes bytes_;
+    size_t size_at_ = 0;
+    uint32_t number_ = 0;
+    int letter_ = 0;
+    std::vector<Step> steps_;
+    std::vector<Claim> claims_;
+};
+
+class Messages {
+public:
+    void add(GoodMessage message)
+    {
+        std::ranges::replace(message.name, '_', '-');
+        all_.push_back(std::move(message));
+    }
+
+    // The category's messages.
+    void add(const Category &category)
+    {
+        add_heads(category);
+        for (const Form &form : category.forms) {
+            add(category, form);
+        }
+    }
+
+    std::vector<GoodMessage> take() { return std::move(all_); }
+
+private:
+    static uint8_t first_type(const Category &category)
+    {
+        return static_cast<uint8_t>(*category.types.begin());
+    }
+    static uint8_t last_type(const Category &category)
+    {
+        return static_cast<uint8_t>(*(category.types.end() - 1));
+    }
+
+    void add_head(const Category &category, const char *name, uint8_t type, int32_t data_size)
+    {
+        const Form &form = category.forms.front();
+        Body body(category, form);
+        body.head(*form.types.begin(), data_size);
+        add(std::move(body).message(std::string(category.name) + name, type));
+    }
+
+    // Heads without a payload.
+    void add_heads(const Category &category)
+    {
+        if (category.counts_body) {
+            return add_head(category, "-size-zero", first_type(category), 0);
+        }
+        if (category.data == no_offset || category.forms.front().is_always_there) {
+            return;
+        }
+        add_head(category, "-head", first_type(category), 0);
+        if (category.announced == Announced::positive) {
+            add_head(category, "-negative", last_type(category), -1);
+        }
+        if (!category.is_payload_read) {  // it need not be there
+            add_head(category, "-unread", last_type(category), 1000);
+        }
+    }
+
+    // A positive `data_size` is the payload's where the form does not ask for another one.
+    static int32_t data_size(const Category &category, const Form &form, Content content,
+                             int32_t payload_size)
+    {
+        if (category.counts_body) {
+            return 16 + payload_size;
+        }
+        if (form.payload == Payload::array) {
+            return 3;
+        }
+        if (form.payload == Payload::nothing) {
+            return content == Content::full ? 9 : -1;
+        }
+        const bool is_free = form.data_size != DataSize::length &&
+                             form.data_size != DataSize::two_words && content == Content::empty;
+        const int32_t least = category.announced == Announced::positive ? 1 : -1;
+        return is_free ? least : payload_size;
+    }
+
+    void add(const Category &category, const Form &form, Content content, const std::string &suffix,
+             uint32_t selector = 0)
+    {
+        Body payload(category, form, selector);
+        payload.payload(content);
+        const auto payload_size = static_cast<int32_t>(payload.size());
+
+        Body body(category, form, selector);
+        const bool is_first = content == Content::full;
+        body.head(is_first ? *form.types.begin() : *(form.types.end() - 1),
+                  data_size(category, form, content, payload_size));
+        body.payload(content);
+        const bool may_be_padded = form.is_in_param || form.data_size == DataSize::padded ||
+                                   form.data_size == DataSize::added;
+        body.zeros(is_first && may_be_padded ? 5 : 0);
+        const std::string name = std::string(category.name) + "-" + form.name + suffix;
+        add(std::move(body).message(name, is_first ? first_type(category) : last_type(category)));
+    }
+
+    void add(const Category &category, const Form &form)
+    {
+        const auto nested = std::ranges::find_if(form.fields, [](const Field &field) {
+            return field.nested != nullptr && field.nested->selector != no_offset;
+        });
+        if (nested != form.fields.end()) {
+            return add_selected(category, form, *nested->nested);
+        }
+        add(category, form, Content::full, "");
+        if (form.payload != Payload::array) {
+            add(category, form, Content::empty, "-empty");
+        }
+        if (form.payload == Payload::records || form.payload == Payload::strings) {
+            add(category, form, Content::none, "-none");
+        }
+    }
+
+    // One for each record that may be selected, and for none.
+    void add_selected(const Category &category, const Form &form, const NestedRecord &record)
+    {
+        for (const uint32_t selector : {0U, 10U}) {
+            add(category, form, Content::full, "-" + std::to_string(selector), selector);
+        }
+        for (const Alternative &one : record.alternatives) {
+            for (const uint32_t selector : one.selectors) {
+                const std::string suffix = "-" + std::to_string(selector);
+                add(category, form, Content::full, suffix, selector);
+                add(category, form, Content::empty, suffix + "-empty", selector);
+            }
+        }
+    }
+
+    std::vector<GoodMessage> all_;
+};
+
+}  // namespace
+
+std::vector<uint8_t> framed(uint8_t type, const std::vector<uint8_t> &body,
+                            const std::string &hdr_text)
+{
+    Bytes bytes;
+    append_word(bytes, static_cast<uint32_t>(header_size - 8 + hdr_text.size() + body.size()));
+    bytes.insert(bytes.end(), {type, 0x5A, 0, 0});
+    append_word(bytes, 0x11111111);
+    append_word(bytes, 0x22222222);
+    append_text(bytes, hdr_text);
+    for (const uint32_t word : {0x33333333U, 0x66666666U, 0x77777777U, 0x44444444U, 0x55555555U}) {
+        append_word(bytes, word);
+    }
+    bytes.insert(bytes.end(), body.begin(), body.end());
+    return bytes;
+}
+
+std::vector<GoodMessage> good_messages()
+{
+    Messages all;
+    all.add({"none-19", framed(19, {}), false, {}, {}});
+    all.add({"none-41-trailing", framed(41, {1, 2, 3, 4}), false, {}, {}});
+    all.add({"none-75-text", framed(75, {}, "header"), false, {}, {}});
+    all.add({"none-80-text-with-zero", framed(80, {}, std::string("a\0b", 3)), false, {}, {}});
+    for (const Category &category : categories()) {
+        all.add(category);
+    }
+    return all.take();
+}
+
+}  // namespace mdm::test

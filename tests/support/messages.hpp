@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A message of every category and every form, as bytes that were made without the library.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace mdm::test {
+
+// A step of reading a body: so many bytes must be there for the field.
+struct Step {
+    std::string path;
+    size_t offset;
+    size_t needed;
+};
+
+// A number in the bytes that says how much follows it.
+struct Claim {
+    enum class Of { text, list, unsigned_list, size, signed_size, array };
+
+    Of of;
+    std::string path;
+    size_t at;          // of the number
+    size_t behind;      // where that begins of which it tells
+    uint32_t smallest;  // bytes for one of what it counts
+};
+
+struct GoodMessage {
+    std::string name;  // unique; lower-case letters, digits and dashes
+    std::vector<uint8_t> bytes;
+    bool may_be_sent_on;      // by a receiver, as it was opened
+    std::vector<Step> steps;  // in the order of reading
+    std::vector<Claim> claims;
+};
+
+// Each is whole and true. Few are longer than 300 bytes. Both types of a pair occur, and types
+// without a category.
+std::vector<GoodMessage> good_messages();
+
+// The whole message around a body: a header in which every word and byte is told from the others.
+std::vector<uint8_t> framed(uint8_t type, const std::vector<uint8_t> &body,
+                            const std::string &hdr_text = "");
+
+}  // namespace mdm::test
