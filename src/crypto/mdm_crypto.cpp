@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// OpenSSL 3 marks these functions deprecated in favour of an interface that allocates and can fail,
-// which the helper's callers have no result for.
+// OpenSSL 3 deprecates these functions in favour of an interface that allocates memory and can
+// fail. The helper has no result code for such a failure.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include "mdm/crypto.h"
@@ -19,7 +19,7 @@ namespace {
 
 constexpr int key_bits = 128;
 
-// All that a call knows of the key, wiped when the call is over.
+// All key material of a call. It is wiped at the end of the call.
 struct Secrets {
     char key[AES_BLOCK_SIZE + 1] = {};
     char iv[AES_BLOCK_SIZE + 1] = {};
@@ -36,21 +36,22 @@ struct Secrets {
 
     const uint8_t *key_bytes() const { return reinterpret_cast<const uint8_t *>(key); }
 
-    // The cipher chains in the vector itself.
+    // The cipher overwrites `iv` while it chains the blocks.
     void run(const uint8_t *in, uint8_t *out, size_t length, int direction)
     {
         AES_cbc_encrypt(in, out, length, &schedule, reinterpret_cast<uint8_t *>(iv), direction);
     }
 };
 
-// Rounded down, then one block more: a whole number of blocks gains one, too.
+// The length is rounded down to whole blocks, then one block is added. So a length of whole blocks
+// gains a block, too.
 constexpr uint32_t ciphertext_length(uint32_t length)
 {
     return length / AES_BLOCK_SIZE * AES_BLOCK_SIZE + AES_BLOCK_SIZE;
 }
 
-// Where size_t has 32 bits, the sum for the longest length is 0. The allocator is then asked for
-// the length alone, and ends the process as it does for whatever it cannot give.
+// With a 32-bit size_t, the sum wraps to 0 for the longest length. The allocator is then asked for
+// the length alone, and ends the process as for any memory that it cannot provide.
 size_t with_terminator(size_t length)
 {
     return std::max(length, length + 1);
@@ -75,7 +76,7 @@ int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, 
     mdm::Secrets secrets(key_iv);
     uint8_t *ciphertext = mdm::new_bytes(length);
     AES_set_encrypt_key(secrets.key_bytes(), mdm::key_bits, &secrets.schedule);
-    // All of `length` is the caller's: what stands behind in_len is the padding.
+    // The caller provides all `length` bytes. The bytes behind in_len are the padding.
     secrets.run(in, ciphertext, length, AES_ENCRYPT);
     *out_len = length;
     *out = ciphertext;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The message envelope: what the trusting and the guarded path share of it.
+// The message envelope, as far as the trusting and the guarded path share it.
 #pragma once
 
 #include <array>
@@ -17,9 +17,9 @@ inline bool is_message_type(uint8_t type)
     return type != 0 && type <= last_message_type;
 }
 
-// The wire header, by offset from the first byte of a message. Bytes 6 and 7 are reserved:
-// written as zero, ignored on reading. From offset 8 on it is the words and the text of the
-// message head, which the cursors know.
+// The wire header, by offset from the first byte of a message. Bytes 6 and 7 are reserved: written
+// as zero, ignored on reading. From offset 8 on, the header is the words and the text of the
+// message head; the cursors know their layout.
 namespace ipc_head {
 inline constexpr uint32_t length = 0;
 inline constexpr uint32_t type = 4;
@@ -39,15 +39,16 @@ inline uint32_t head_size(const mdm_msg_t &msg)
     return smallest_message + text_length(msg.hdr_text);
 }
 
-// The size of the whole message, as its size handler counts the body. That may be a negative number
-// of bytes; the sum wraps and is judged as a signed total.
+// The size of the whole message. The size handler may count a negative number of bytes for the
+// body, so the sum wraps and is checked as a signed total.
 inline int32_t total_size(const ipc_handler_row &row, mdm_msg_t *msg, Lengths &lengths,
                           const Log &log)
 {
     return static_cast<int32_t>(head_size(*msg) + row.size(lengths, log, &msg->body));
 }
 
-// The trailer stands behind a message and is not sent: a zero byte, then four guard bytes.
+// The trailer stands behind a message in its buffer and is not sent: a zero byte, then four guard
+// bytes.
 inline constexpr std::array<uint8_t, 5> trailer = {0, 0xF4, 0xF4, 0xF4, 0xF4};
 inline constexpr size_t guard_offset = 1;  // in the trailer
 
@@ -57,13 +58,13 @@ inline size_t buffer_size(uint32_t total)
     return size_t{total} + trailer.size();
 }
 
-// Sets all that stands in front of the head's fields and behind the message.
+// Writes the bytes in front of the head's fields, and the trailer.
 void set_envelope(uint8_t *buffer, const mdm_msg_t &msg, uint32_t total);
 
 // A new buffer with its envelope set; null for a total below 8.
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total);
 
-// What the exported functions of the same names do once the category is known.
+// The exported functions of the same names call these once the category is known.
 uint8_t *ipc_serialize(const Category &category, mdm_msg_t *msg, uint32_t *out_length);
 int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t *buffer);
 

@@ -23,7 +23,7 @@ constexpr const char *verb(uint32_t count)
     return count == 1 ? "is" : "are";
 }
 
-// A fault holds no larger number.
+// The largest number of a fault stands for itself and every larger one.
 constexpr const char *or_more(uint32_t number)
 {
     return number == saturated(UINT64_MAX) ? " or more" : "";
@@ -39,7 +39,7 @@ bool is(const char *path, const char *other)
     return g_str_has_suffix(path, name) != FALSE;
 }
 
-// A negative size is told as needing UINT32_MAX bytes, which no positive size of raw bytes reaches.
+// The fault of a negative size needs UINT32_MAX bytes, and no positive size of raw bytes does.
 [[gnu::cold]] bool has_negative_size(const ipc_fault_t &fault)
 {
     return fault.needed == saturated(UINT64_MAX) && ends_with(fault.path, ".data");
@@ -62,7 +62,7 @@ bool is(const char *path, const char *other)
     if (fault.needed == word_size) {
         return describe_shortage(text, fault);
     }
-    if (fault.left == 0) {  // a sender's
+    if (fault.left == 0) {  // the fault of a sender's message
         std::snprintf(text.data(), text.size(),
                       "%s: the message adds up to no size that it can have", fault.path);
     } else if (fault.needed == smallest_message && fault.left < smallest_message) {
@@ -82,7 +82,7 @@ bool is(const char *path, const char *other)
            ends_with(path, ".detail") || ends_with(path, ".name");
 }
 
-// What is wrong with a part of a sender's message; any other path names a list.
+// The end of the sentence about a part of a sender's message. The last case is a list.
 [[gnu::cold]] const char *complaint(const char *path)
 {
     if (names_one_thing(path)) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The sentence that tells a person about a fault.
+// The sentence that describes a fault to a person.
 #pragma once
 
 #include <array>
@@ -9,8 +9,8 @@
 
 namespace mdm {
 
-// The sentence of a fault. It takes no memory, because that may be what is missing. A path is never
-// so long that the sentence would be cut.
+// The sentence of a fault. It allocates no memory, because lack of memory may be the fault. No path
+// is so long that the sentence is cut.
 class FaultText {
 public:
     explicit FaultText(const ipc_fault_t &fault);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The message envelope: frames a body with the 40-byte-plus-text header, checks and reads the
-// header of received bytes, and dispatches by message type.
+// The message envelope. It puts the header, 40 bytes and a text, in front of a body, checks and
+// reads the header of received bytes, and finds the category's handlers by the message type.
 #include "ipc/envelope.hpp"
 
 namespace mdm {
@@ -19,7 +19,7 @@ void set_envelope(uint8_t *buffer, const mdm_msg_t &msg, uint32_t total)
 uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
 {
     const Log log(MDM_ORIGIN("_alloc_msg"));
-    // Two checks, so that the log tells a nonsensical size from one that is merely too small.
+    // Two checks on two lines, so that the log tells a total below 1 from one that is too small.
     MDM_ASSERT(total >= 1, nullptr);
     MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
 
@@ -84,8 +84,8 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
 
 }  // namespace mdm
 
-// The exported functions take their steps in line: of a small message's time, calls would be a good
-// part.
+// `flatten` puts the steps of the exported functions in line, because calls would take a large part
+// of a small message's time.
 [[gnu::flatten]] uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
 {
     const mdm::Log log(MDM_ORIGIN("ipc_serialize"));
@@ -103,7 +103,7 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, MDM_RESULT_FAILED);
     MDM_ASSERT(buffer != nullptr, MDM_RESULT_FAILED);
-    // Fewer bytes hold no length field to compare; they are not read.
+    // A shorter buffer holds no length field to compare, so it is not read.
     MDM_ASSERT(length >= mdm::word_size, MDM_RESULT_FAILED);
 
     const uint32_t length_field = mdm::load_u32(buffer + mdm::ipc_head::length);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The guarded path: the envelope's checks, and the categories' handlers over guarded cursors. No
-// handler logs on it.
+// The guarded path: it checks the envelope and runs the categories' handlers over guarded cursors.
+// The handlers log nothing on this path.
 #include "mdm/guarded.h"
 
 #include <optional>
@@ -20,7 +20,7 @@ bool has_envelope(const uint8_t *buffer, uint32_t length)
            is_message_type(buffer[ipc_head::type]);
 }
 
-// Of bytes for which has_envelope() is false.
+// The fault of bytes for which has_envelope() is false.
 [[gnu::cold, gnu::noinline]] ipc_fault_t fault_of_envelope(const uint8_t *buffer, uint32_t length)
 {
     if (buffer == nullptr || length < word_size) {
@@ -36,7 +36,7 @@ bool has_envelope(const uint8_t *buffer, uint32_t length)
     return {ipc_head::type, 1, length - ipc_head::type, fault_path::type};
 }
 
-// Null, and the fault, on refusal.
+// On refusal the result is null, and the fault is set.
 mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
 {
     if (!has_envelope(buffer, length)) {
@@ -64,7 +64,7 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
     return msg;
 }
 
-// What keeps a message from being sized.
+// The fault that keeps a message from being sized and sealed, if it has one.
 std::optional<ipc_fault_t> fault_of_message(const mdm_msg_t *msg)
 {
     if (msg == nullptr) {
@@ -79,8 +79,8 @@ std::optional<ipc_fault_t> fault_of_message(const mdm_msg_t *msg)
     return path != nullptr ? std::optional(ipc_fault_t{head_size(*msg), 0, 0, path}) : std::nullopt;
 }
 
-// Sizes and writes a message in which fault_of_message() has found nothing. Null, and the fault, on
-// refusal.
+// Sizes and writes a message in which fault_of_message() has found no fault. On refusal the result
+// is null, and the fault is set.
 uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 {
     const Category category = category_of(msg->type);
@@ -112,7 +112,7 @@ uint8_t *seal_sized(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
     return buffer;
 }
 
-// Null, and the fault, on refusal.
+// On refusal the result is null, the fault is set, and the body is as it was.
 uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
 {
     if (const auto found = fault_of_message(msg)) {
@@ -127,7 +127,7 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
     return buffer;
 }
 
-// Logs why an exported function refuses, and tells whoever asked.
+// Logs why an exported function refuses, and gives the fault to a caller who asked for it.
 [[gnu::cold, gnu::noinline]] void report_refusal(const Log &log, int line, const ipc_fault_t &found,
                                                  ipc_fault_t *fault)
 {

@@ -23,12 +23,12 @@ constinit std::atomic<uint32_t> log_level{MDM_LOG_INFO};
 
 namespace {
 
-// The caller's own string, not a copy. It changes under log_mutex, which also guards every append to
-// the file; whether there is one is seen without.
+// The caller's own string, not a copy. It changes under log_mutex, which also guards every append
+// to the file. Whether there is a path is read without the lock.
 constinit std::atomic<const char *> log_path{nullptr};
 pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
 
-// What the process's umask leaves of them, as for any text file.
+// As for any text file, the process's umask takes bits away.
 constexpr mode_t file_permissions = 0666;
 
 constexpr std::array<int, MDM_LOG_NONE + 1> platform_priorities = {
@@ -55,14 +55,15 @@ struct Line {
     int error;
 };
 
-// Tells by the result of a printing function. Whatever else it could not format is left out.
+// The result is that of a printing function. Any failure but lack of memory is ignored: what could
+// not be formatted is left out.
 bool had_memory(int result)
 {
     return result >= 0 || errno != ENOMEM;
 }
 
-// The line as it stands in the file, null if there is no memory for it. It is whole before the
-// first byte is written.
+// The line for the file; null without memory. It is made as a whole before its first byte is
+// written.
 Text text_of(const Line &line, va_list args, size_t &size)
 {
     char *bytes = nullptr;
@@ -80,7 +81,7 @@ Text text_of(const Line &line, va_list args, size_t &size)
     return is_whole ? std::move(text) : nullptr;
 }
 
-// A regular file, and how long it is.
+// Which regular file, and its size.
 struct FileState {
     dev_t device;
     ino_t inode;
@@ -97,11 +98,11 @@ std::optional<FileState> state_of(int file)
                       : std::nullopt;
 }
 
-// The file that ends with the beginning of a line. Guarded by log_mutex.
+// The file whose last line is incomplete. Guarded by log_mutex.
 std::optional<FileState> torn_file;
 
-// Cuts off the beginning of a line that the file did not take whole, so that the next line does not
-// run into it. Another process may append to the file as well: what stands among its lines is left.
+// Cuts off an incomplete line, so that the next line does not continue it. Another process may have
+// appended to the file meanwhile; then the incomplete line stays.
 void take_back(int file, off_t begin, size_t length)
 {
     const auto state = state_of(file);
@@ -110,8 +111,8 @@ void take_back(int file, off_t begin, size_t length)
     }
 }
 
-// How many bytes were written. One write is enough for a file that has room. Signals interrupt those
-// to a FIFO or a terminal.
+// Returns how many bytes were written. A file with enough space needs one write. Signals interrupt
+// writes to a FIFO or a terminal.
 size_t append(int file, std::string_view text)
 {
     off_t begin = 0;
@@ -135,8 +136,7 @@ size_t append(int file, std::string_view text)
     return written;
 }
 
-// Ends the line of which the file has only the beginning, if it still ends with that. False if there
-// is no room.
+// Ends the incomplete line, if the file still ends with it. False if there is no space.
 bool end_torn_line(int file)
 {
     if (!torn_file || torn_file != state_of(file)) {
@@ -168,7 +168,7 @@ void append_line(const char *path, const Line &line, va_list args)
     close(file);
 }
 
-// Step by step: the platform's log, then the file. `line.error` is the caller's errno.
+// Gives the line to the platform's log, then to the file. `line.error` is the caller's errno.
 int emit(const Line &line, va_list args)
 {
     const CancellationOff cancellation_off;
@@ -192,7 +192,7 @@ int emit(const Line &line, va_list args)
 // The tag of the library's own lines.
 constexpr const char *tag = "MDM_COMMON";
 
-// What the names of functions begin with, by Log::Function.
+// The prefixes of the functions' names, by Log::Function.
 constexpr char prefixes[][sizeof "_size_of_"] = {"", "", "_set_", "_get_", "_size_of_", "_free_"};
 
 // A number as text.
@@ -220,8 +220,8 @@ bool Log::says(uint32_t level) const
     return function_ != Function::silent && log_passes(level);
 }
 
-// An argument list cannot be added to, so the place stands in the format. Neither a file's nor a
-// function's name has a conversion in it.
+// Nothing can be added to an argument list, so the place stands in the format. No name of a file or
+// a function contains a conversion.
 void Log::compose(Format &format, uint32_t level, int line, const char *text) const
 {
     const bool is_failure = level == MDM_LOG_CRITICAL;
@@ -247,7 +247,8 @@ void Log::print(uint32_t level, int line, const char *text, va_list args) const
     emit({level, tag, format.data(), errno}, args);
 }
 
-// Not __mdm_log_print(): a program may put its own in its place, and would get these lines alone.
+// Does not call __mdm_log_print(), because a program may replace that function, and would then get
+// only these lines.
 static void emit_info(const char *format, ...)
 {
     va_list args;

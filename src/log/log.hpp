@@ -23,8 +23,8 @@ inline bool log_passes(uint32_t level)
     return threshold <= level && threshold != MDM_LOG_NONE;
 }
 
-// Keeps the calling thread from being cancelled while it lives. A cancelled thread would leave its
-// locks locked, and everybody else would wait for them.
+// Keeps the calling thread from being cancelled while the object lives. A cancelled thread would
+// leave its locks locked, and all other threads would wait for them.
 class CancellationOff {
 public:
     CancellationOff() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous_); }
@@ -38,16 +38,16 @@ private:
     int previous_ = PTHREAD_CANCEL_ENABLE;
 };
 
-// The lines of one function. Each begins with the file, the function and the number of the line that
-// logs.
+// The log lines of one function. Each line begins with the file, the function and the number of the
+// source line.
 class Log {
 public:
-    // A silent function has no lines, whatever the threshold. A named one is called as its origin says,
-    // and a handler after what it does: "_set_" and its category.
+    // A silent function logs nothing, whatever the threshold. A named function's name stands in its
+    // origin. A handler's name is made of what it does and its category: "_set_" and "wifi".
     enum class Function : uint8_t { silent, named, set, get, size, free };
 
-    // `origin` is MDM_ORIGIN(). That of a handler is its file without "mdm_ipc_" and ".cpp", and behind
-    // the terminator its category.
+    // `origin` is MDM_ORIGIN(). The origin of a handler is its file without "mdm_ipc_" and ".cpp",
+    // and its category behind the terminator.
     explicit constexpr Log(const char *origin, Function function = Function::named)
         : origin_(origin), function_(function)
     {
@@ -75,18 +75,18 @@ public:
     // A failure.
     [[gnu::format(printf, 3, 4)]] void critical(int line, const char *text, ...) const;
 
-    // Sizes with the terminator. The macros check them; whoever calls debug(), info() or critical()
-    // directly keeps to them.
+    // Sizes with the terminator. The macros check them. Code that calls debug(), info() or
+    // critical() directly has to keep to them.
     static constexpr size_t longest_origin = 80;
     static constexpr size_t longest_text = 192;
 
 private:
     friend class ListLog;
 
-    // A line as the platform's log takes it, its place in the format: beside the origin stand a number,
-    // marks and colours.
-    static constexpr size_t room_for_marks = 48;
-    using Format = std::array<char, longest_origin + room_for_marks + longest_text>;
+    // The format of a line for the platform's log. It includes the place of the line: the origin
+    // and, in `marks_size` bytes, the source line's number, punctuation and colours.
+    static constexpr size_t marks_size = 48;
+    using Format = std::array<char, longest_origin + marks_size + longest_text>;
 
     void compose(Format &format, uint32_t level, int line, const char *text) const;
     void print(uint32_t level, int line, const char *text, va_list args) const;
@@ -102,7 +102,7 @@ consteval const char *within(const char (&text)[size])
     return text;
 }
 
-// A line for each element of a list: its text takes the element's.
+// A line for each element of a list: `text` formats the element.
 struct EachLine {
     int line;
     const char *text;
@@ -110,7 +110,7 @@ struct EachLine {
 #define MDM_EACH(text) (::mdm::EachLine{__LINE__, ::mdm::within<::mdm::Log::longest_text>(text)})
 inline constexpr EachLine no_line = {0, nullptr};
 
-// The lines of one list. They differ in the element alone and are composed once.
+// The lines of one list. They differ only in the element, so their format is composed once.
 class ListLog {
 public:
     ListLog(const Log &log, EachLine each)
@@ -136,11 +136,12 @@ private:
 
 }  // namespace mdm
 
-// Where a function's lines come from, as Log takes it: the file without its directory, and behind
-// its terminator the function.
+// The origin of a function's lines, for Log: the file without its directory, and the function
+// behind the terminator.
 #define MDM_ORIGIN(function) ::mdm::within<::mdm::Log::longest_origin>(__FILE_NAME__ "\0" function)
 
-// Lines of the Log called `log`. The arguments of a line that is not logged are not evaluated.
+// These log through the `Log` called `log`. They do not evaluate the arguments of a line that is
+// not logged.
 #define MDM_LOG_LINE(print, level, text, ...)                    \
     do {                                                         \
         static_assert(sizeof(text) <= ::mdm::Log::longest_text); \
@@ -154,10 +155,10 @@ private:
 
 #define MDM_ENTER() log.enter(__LINE__)
 
-// Logs the exit line, then yields the result, if one is given: return MDM_EXIT(result);
+// Logs the exit line, then yields the result, if there is one: return MDM_EXIT(result);
 #define MDM_EXIT(...) (log.exit(__LINE__) __VA_OPT__(, ) __VA_ARGS__)
 
-// An argument check: the function that fails it returns `result` without an exit line.
+// An argument check. If it fails, the function returns `result` without an exit line.
 #define MDM_ASSERT(condition, result)      \
     do {                                   \
         if (!(condition)) {                \
@@ -171,7 +172,7 @@ private:
     MDM_ENTER();                            \
     MDM_ASSERT(condition, result)
 
-// A check whose failure has a text of its own and an exit line. It fails if the condition is true.
+// A check that fails if the condition is true. Its failure has a text of its own and an exit line.
 #define MDM_FAIL_IF(condition, result, ...) \
     do {                                    \
         if (condition) {                    \

@@ -28,8 +28,8 @@ int severity_of(int priority)
 
 }  // namespace
 
-// Weak, so that a program's own definition takes its place. No facility is named: the one that
-// the host program chose with openlog(3) holds.
+// Weak, so that a program's own definition replaces it. It names no facility, so the facility that
+// the program chose with openlog(3) applies.
 __attribute__((weak)) int platform_log_vprint(int /*buffer_id*/, int priority, const char *tag,
                                               const char *format, va_list args)
 {
@@ -37,7 +37,7 @@ __attribute__((weak)) int platform_log_vprint(int /*buffer_id*/, int priority, c
         return 0;
     }
     const mdm::CancellationOff cancellation_off;  // the program may call this itself
-    // GLib's g_vasprintf() may end the process where there is no memory.
+    // Not GLib's g_vasprintf(), which may end the process if there is no memory.
     char *text = nullptr;
     const int length = vasprintf(&text, format, args);
     if (length < 0) {

@@ -18,15 +18,15 @@ namespace {
 
 constexpr const char *status_directory = "/opt/etc/mdm/";
 
-// One for all keys, held for the whole of a call, its log lines included. The logger's own is
-// always the inner one.
+// One mutex for all keys. A call holds it to its end, log lines included, so the logger's own mutex
+// is always the inner one.
 std::mutex store_mutex;
 
-// Room for the longest status, eleven characters, and more; a longer word in a file is cut.
+// More than the longest status, eleven characters, needs. A longer word in a file is cut.
 constexpr size_t status_size = 64;
 
-// The number at the start of a word. When there is none, or none that fits, errno says which: 0, or
-// ERANGE also where the host's long holds what a status does not.
+// The number at the start of a word. If there is none, errno is 0. If it does not fit a status,
+// errno is ERANGE, even where the host's long can hold the number.
 int32_t status_of(const char *word)
 {
     if (*word == '\0') {
@@ -75,7 +75,7 @@ int32_t with_file(const Log &log, const char *directory, const char *key, std::i
         std::fstream file;
         file.exceptions(std::ios::failbit | std::ios::badbit);
         file.open(path, mode);
-        // For a stream library whose open() fails without throwing: not the one of the tests.
+        // For a stream library whose open() fails without throwing. The tests' library throws.
         if (!file.is_open()) {  // GCOVR_EXCL_START
             MDM_CRITICAL("File [%s] has not been opened.", path.c_str());
             return MDM_RESULT_FAILED;

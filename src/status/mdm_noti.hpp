@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The status store below its exported functions, under whose names it logs: the directory, with its
-// trailing slash, is a parameter.
+// The status store below its exported functions. The directory, with its trailing slash, is a
+// parameter. The log lines carry the names of the exported functions.
 #pragma once
 
 #include <cstdint>

@@ -10,7 +10,7 @@
 namespace mdm {
 namespace {
 
-// One word for the whole list; its strings have no count of their own.
+// One word for the whole list. The strings have no counts.
 constexpr size_t list_overhead = 4;
 
 bool is_package_name_char(unsigned char byte)

@@ -22,19 +22,19 @@ bool is_limit_type(int32_t type)
     return static_cast<uint32_t>(type) <= 1;
 }
 
-// What a device's own 32-bit long would hold: a wider one saturates later.
+// The number that a device's own 32-bit long would hold. A wider long saturates later.
 int32_t saturated(long number)
 {
     return static_cast<int32_t>(std::clamp<long>(number, std::numeric_limits<int32_t>::min(),
                                                  std::numeric_limits<int32_t>::max()));
 }
 
-// Reads seven numbers and stores as many as the text begins with. Returns what the scanner does:
-// their count, or -1 if the text ends before the first.
+// Reads up to seven numbers from the beginning of the text and stores them. Returns their count, or
+// -1 if the text ends before the first, as the scanner does.
 int scan_limit(const char *text, int32_t *limit_type, int32_t *limit_data)
 {
     long scanned[limit_numbers] = {};
-    // The scanner's rules are the format's, and an overflow saturates. NOLINTNEXTLINE(cert-err34-c)
+    // The format has the scanner's rules, and an overflow saturates. NOLINTNEXTLINE(cert-err34-c)
     const int count = std::sscanf(text, "%ld,%ld,%ld,%ld,%ld,%ld,%ld", &scanned[0], &scanned[1],
                                   &scanned[2], &scanned[3], &scanned[4], &scanned[5], &scanned[6]);
     if (count > 0) {
@@ -50,7 +50,7 @@ int32_t parameter_of(const char *field)
     return std::max(0, saturated(std::strtol(field, nullptr, 10)));
 }
 
-// What lies between the argument check and the clean-up. The vector is the caller's to free.
+// The steps between the argument check and the clean-up. The caller frees the vector.
 int32_t parse_parameters(const Log &log, gchar **&token_vector, const char *text, int32_t &date_set,
                          int32_t &period, uint32_t &send_limit, uint32_t &recv_limit)
 {

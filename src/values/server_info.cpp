@@ -5,7 +5,8 @@
 
 namespace DevicePolicyManager::ServerInfo {
 
-// Too short to be allocated: making them cannot throw. NOLINTBEGIN(cert-err58-cpp)
+// These strings are too short to be allocated, so making them cannot throw.
+// NOLINTBEGIN(cert-err58-cpp)
 const std::string SMTP_PROTOCOL = "smtp";
 const std::string POP3_PROTOCOL = "pop3";
 const std::string IMAP4_PROTOCOL = "imap4";

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// All memory of one opened message: blocks, the first of which begins with the message and ends
-// with its texts. For those it has room: a text and its terminator are never longer than what
-// travels of it, count or head included. Records and list cells fill that block from its other end,
-// and then further blocks.
+// The memory of one opened message: a chain of blocks. The first block holds the message, then as
+// many bytes as were received for records and list cells, then as many again for texts. Texts never
+// need more: a text and its terminator are no longer than the text on the wire with its count or
+// its body head. Records and list cells that do not fit into the first block go into further ones.
 #pragma once
 
 #include <algorithm>
@@ -22,8 +22,8 @@ namespace mdm {
 
 class Arena {
 public:
-    // For a message of `length` bytes. It is zero but for those fields of the header that are read.
-    // Without memory there is no message.
+    // For a message of `length` bytes on the wire. Its body and `hdr_aux` are zero; the rest of its
+    // header is left to the caller, who reads it. Without memory, message() is null.
     explicit Arena(uint32_t length)
         : capacity_(allocation_size(sizeof(mdm_msg_t) + uint64_t{length} * 2))
     {
@@ -42,10 +42,10 @@ public:
 
     mdm_msg_t *message() const { return msg_; }
 
-    // The bytes of the newest block, or of the one that could not be had.
+    // The size of the newest block, or of the block that could not be allocated.
     size_t capacity() const { return capacity_; }
 
-    // Gives back a message with all that belongs to it.
+    // Releases a message with all of its memory.
     static void release(mdm_msg_t *msg)
     {
         Block *block = first_block(msg);
@@ -56,28 +56,28 @@ public:
         }
     }
 
-    // A place in the newest block, aligned for whatever holds pointers; null if there is no room.
+    // Returns memory of the newest block, aligned for pointers; null if it does not fit there.
     void *take(size_t size)
     {
-        const size_t room = room_of(size);
-        if (room > static_cast<size_t>(end_ - begin_)) [[unlikely]] {
+        size = aligned(size);
+        if (size > static_cast<size_t>(end_ - begin_)) [[unlikely]] {
             return nullptr;
         }
-        std::byte *place = begin_;
-        begin_ += room;
-        return place;
+        std::byte *memory = begin_;
+        begin_ += size;
+        return memory;
     }
 
-    // Makes a block with room for `size` bytes, and for more, because `left` bytes of the message
-    // may still ask for it: twice the newest block, but no more than what is left may need. False
-    // without memory.
-    [[gnu::cold]] bool grow(size_t size, size_t left)
+    // Adds a block in which `size` bytes fit. The block is larger, because the `unread` bytes of
+    // the message may need memory as well: it has twice the size of the newest block, but no more
+    // than all these bytes can need. False without memory.
+    [[gnu::cold]] bool grow(size_t size, size_t unread)
     {
-        // What a byte of a message needs at most, texts aside: four of them may be a number in a
-        // list, with a record and a cell of its own.
+        // The most memory that a byte of a message can need, texts aside: a number in a list has
+        // four bytes, and takes a record and a list cell.
         constexpr size_t growth = (sizeof(GList) + sizeof(void *)) / word_size;
-        size = room_of(size);
-        const uint64_t needed = size + uint64_t{left} * growth;
+        size = aligned(size);
+        const uint64_t needed = size + uint64_t{unread} * growth;
         capacity_ =
             allocation_size(std::min(std::max<uint64_t>(size, uint64_t{capacity_} * 2), needed));
         auto *block = static_cast<Block *>(g_try_malloc(capacity_));
@@ -92,7 +92,7 @@ public:
         return true;
     }
 
-    // A place for a record or a cell of a message that is dropped, because there is no memory.
+    // Stands in for every record and cell after memory has run out. The message is dropped then.
     void *scratch() { return scratch_.data(); }
 
     // Where the next text goes.
@@ -100,13 +100,13 @@ public:
     void set_next_text(char *text) { text_ = reinterpret_cast<std::byte *>(text); }
 
 private:
-    // What stands behind it is aligned as a pointer.
+    // The memory behind a block's head is aligned for pointers.
     struct Block {
         Block *next;
     };
     static_assert(alignof(mdm_msg_t) <= alignof(Block));
 
-    static constexpr size_t room_of(size_t size)
+    static constexpr size_t aligned(size_t size)
     {
         constexpr size_t step = alignof(void *);
         return (size + step - 1) / step * step;
@@ -114,7 +114,7 @@ private:
 
     static Block *first_block(mdm_msg_t *msg) { return reinterpret_cast<Block *>(msg) - 1; }
 
-    // With the block's head.
+    // The block's head is included.
     static size_t allocation_size(uint64_t capacity)
     {
         return static_cast<size_t>(

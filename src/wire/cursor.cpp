@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The fields of a record, a head and a list of strings are most of what travels. One comparison
-// claims all that has a fixed size in a record or a head, and each string costs one more. Only if
-// not all of it fits are the fields looked at one by one, to find the first that does not.
+// Most bytes of a message are fields of records and heads, and lists of strings. The fast path
+// needs one comparison for everything of a fixed size in a record or a head, and one for each
+// string. If not everything fits, the slow path looks at the fields one by one, to find the first
+// that does not.
 #include "wire/cursor.hpp"
 
 #include <cstring>
@@ -16,20 +17,20 @@ constexpr auto head_fields = MDM_FIELDS(mdm_msg_t, "header", hdr_word1, hdr_word
                                         hdr_word3, hdr_word6, hdr_word7, hdr_word4, hdr_word5);
 static_assert(smallest_size(head_fields) == smallest_head_size);
 
-// A negative count needs more than there can be.
+// A negative count needs more bytes than there can be.
 constexpr uint64_t bytes_needed(int32_t count, uint32_t element_size)
 {
     return count < 0 ? UINT64_MAX : uint64_t{element_size} * static_cast<uint32_t>(count);
 }
 
-// Copies words between a record and the wire, in either direction. They are few: a call of memcpy()
-// would cost more.
+// Copies words between a record and the wire, in either direction. A run has few words, so a call
+// of memcpy() would cost more.
 inline void copy_words(uint8_t *to, const uint8_t *from, size_t count)
 {
     for (; count > 0; --count, to += word_size, from += word_size) {
         uint32_t word = 0;
         std::memcpy(&word, from, word_size);
-        store_u32(to, word);  // to the wire and from it the bytes are swapped alike
+        store_u32(to, word);  // the same byte order conversion in both directions
     }
 }
 
@@ -38,7 +39,7 @@ const char *text_in(const uint8_t *member)
     return *reinterpret_cast<char *const *>(member);
 }
 
-// Calls visit(type, member, path) for each field in turn, until that is false.
+// Calls visit(type, member, path) for each field in turn, until it returns false.
 template <class Byte, class Visit>
 void for_each_field(Byte *record, Fields list, Visit visit)
 {
@@ -57,14 +58,14 @@ void for_each_field(Byte *record, Fields list, Visit visit)
 
 }  // namespace
 
-// What both cursors share.
+// Both cursors.
 
 bool Cursor::fail(uint64_t needed, const char *path)
 {
     if (!is_guarded()) {
         return false;  // GCOVR_EXCL_LINE: a negative size, which crashes next, or 32-bit addresses
     }
-    end_with({offset(), saturated(needed), static_cast<uint32_t>(left_), path});
+    end_with({offset(), saturated(needed), static_cast<uint32_t>(remaining_), path});
     return true;
 }
 
@@ -89,23 +90,23 @@ void Cursor::end_with(const ipc_fault_t &fault)
     }
     *fault_ = fault;
     has_failed_ = true;
-    left_ = 0;
+    remaining_ = 0;
 }
 
 // Writing.
 
 void Writer::fail_in_message_head(const mdm_msg_t &msg)
 {
-    fields_slow_path(reinterpret_cast<const uint8_t *>(&msg), head_fields);
+    fail_in_fields(reinterpret_cast<const uint8_t *>(&msg), head_fields);
 }
 
 // `aux` stands between `type` and `param` in memory and is not sent.
 void Writer::write_body_head(uint32_t type, uint32_t param, uint32_t data_size)
 {
-    if (left() < body_head_size) [[unlikely]] {
+    if (remaining() < body_head_size) [[unlikely]] {
         return fail_in_body_head();
     }
-    uint8_t *position = pass(body_head_size);
+    uint8_t *position = advance(body_head_size);
     position = store_u32(position, type);
     position = store_u32(position, param);
     store_u32(position, data_size);
@@ -113,8 +114,8 @@ void Writer::write_body_head(uint32_t type, uint32_t param, uint32_t data_size)
 
 void Writer::u32(uint32_t value, const char *path)
 {
-    if (has(word_size, path)) {
-        store_u32(pass(word_size), value);
+    if (require(word_size, path)) {
+        store_u32(advance(word_size), value);
     }
 }
 
@@ -123,7 +124,7 @@ void Writer::str(const char *text, const char *path)
     const size_t size = text_size(text);
     if (fits(word_size, size)) {
         const auto length = static_cast<uint32_t>(size);
-        write_str(pass(word_size + size_t{length}), text, length);
+        write_str(advance(word_size + size_t{length}), text, length);
     } else if (reserve(word_size, path)) {
         reserve(size, path);
     }
@@ -132,21 +133,22 @@ void Writer::str(const char *text, const char *path)
 void Writer::fields(const void *record, Fields list)
 {
     const auto *bytes = static_cast<const uint8_t *>(record);
-    if (!fields_fast_path(bytes, list)) [[unlikely]] {
-        fields_slow_path(bytes, list);
+    if (!write_fields(bytes, list)) [[unlikely]] {
+        fail_in_fields(bytes, list);
     }
 }
 
-// False, and the cursor stays, if not all of the fields have room. The position is in a register: a
-// member might be changed by any text that is copied. What is rest is for texts.
-[[gnu::always_inline]] inline bool Writer::fields_fast_path(const uint8_t *record, Fields list)
+// The fast path. False if not all fields fit; the cursor has not moved then. The position is a
+// local variable so that it stays in a register: for the compiler, copying a text may change any
+// member. `text_budget` is the number of bytes that the texts may still use.
+[[gnu::always_inline]] inline bool Writer::write_fields(const uint8_t *record, Fields list)
 {
     if (!fits(list.smallest_size(), 0)) {
         return false;
     }
-    size_t rest = left_after(list.smallest_size());
-    const size_t counted =
-        is_guarded() ? SIZE_MAX : 0;  // what a trusting cursor has does not shrink
+    size_t text_budget = remaining_after(list.smallest_size());
+    // The budget of a trusting cursor does not shrink.
+    const size_t budget_mask = is_guarded() ? SIZE_MAX : 0;
     uint8_t *position = position_;
     for (const Run run : list) {
         const uint8_t *member = record + run.offset;
@@ -158,10 +160,10 @@ void Writer::fields(const void *record, Fields list)
         case WireType::text:
             for (const char *text : std::span(reinterpret_cast<char *const *>(member), run.count)) {
                 const size_t size = text_size(text);
-                if (size > rest) {
+                if (size > text_budget) {
                     return false;
                 }
-                rest -= size & counted;
+                text_budget -= size & budget_mask;
                 position = write_str(position, text, static_cast<uint32_t>(size));
             }
             break;
@@ -173,11 +175,12 @@ void Writer::fields(const void *record, Fields list)
         }
     }
     position_ = position;
-    set_left(rest);
+    set_remaining(text_budget);
     return true;
 }
 
-void Writer::fields_slow_path(const uint8_t *record, Fields list)
+// The slow path.
+void Writer::fail_in_fields(const uint8_t *record, Fields list)
 {
     for_each_field(record, list, [this](WireType type, const uint8_t *member, const char *path) {
         return reserve(smallest_size(type), path) &&
@@ -188,12 +191,12 @@ void Writer::fields_slow_path(const uint8_t *record, Fields list)
 void Writer::raw_bytes(const void *data, int32_t data_size)
 {
     const uint64_t needed = bytes_needed(data_size, 1);
-    if (needed > left() && fail(needed, names().data())) [[unlikely]] {
+    if (needed > remaining() && fail(needed, names().data())) [[unlikely]] {
         return;
     }
     const auto size = static_cast<size_t>(data_size);
     if (size != 0) {
-        std::memcpy(pass(size), data, size);
+        std::memcpy(advance(size), data, size);
     }
 }
 
@@ -225,27 +228,27 @@ void Writer::records(void *records, const char *path, Fields list)
     }
 }
 
-// The position is in a register, as in fields_fast_path().
+// The position is a local variable, as in write_fields().
 void Writer::strings_before_null(void *strings, const char *path, EachLine each)
 {
     ListLog lines(log(), each);
     const uint32_t *length = lengths_ != nullptr ? lengths_->of(strings) : nullptr;
-    size_t rest = left();
+    size_t remaining = this->remaining();
     uint8_t *position = position_;
     for (const char *text : elements_before_null<char>(strings)) {
         lines.info(text);
         const size_t size = length != nullptr ? *length++ : text_size(text);
         if (is_guarded()) {
-            if (rest < word_size || size > rest - word_size) [[unlikely]] {
-                set_left(rest);
+            if (remaining < word_size || size > remaining - word_size) [[unlikely]] {
+                set_remaining(remaining);
                 return str(text, path);  // fails, and finds out where
             }
-            rest -= word_size + size;
+            remaining -= word_size + size;
         }
         position = write_str(position, text, static_cast<uint32_t>(size));
     }
     position_ = position;
-    set_left(rest);
+    set_remaining(remaining);
 }
 
 void Writer::strings_with_gaps(void *strings, int32_t gap_size, const char *path)
@@ -269,20 +272,20 @@ void Writer::gap(int32_t count, const char *path)
     if (*this) {
         const auto size = static_cast<uint32_t>(count);
         clear(size);
-        pass(size);
+        advance(size);
     }
 }
 
-// What is beyond the message is nobody's to clear, and a position that is beyond it never comes back:
-// not even one that has gone round the address space.
+// Clears no byte behind the message. A position that is behind the message stays there, even if it
+// wraps around the end of the address space, so `end_` becomes null.
 void Writer::clear(size_t count)
 {
     if (position_ >= end_) {
         return;
     }
-    const auto room = static_cast<size_t>(end_ - position_);
-    std::memset(position_, 0, std::min(count, room));
-    if (count >= room) {
+    const auto available = static_cast<size_t>(end_ - position_);
+    std::memset(position_, 0, std::min(count, available));
+    if (count >= available) {
         end_ = nullptr;
     }
 }
@@ -291,17 +294,17 @@ void Writer::clear(size_t count)
 
 void Reader::fail_in_message_head(mdm_msg_t &msg)
 {
-    fields_slow_path(reinterpret_cast<uint8_t *>(&msg), head_fields);
+    fail_in_fields(reinterpret_cast<uint8_t *>(&msg), head_fields);
 }
 
 void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
 {
-    if (left() < body_head_size) [[unlikely]] {
+    if (remaining() < body_head_size) [[unlikely]] {
         type = param = 0;
         data_size = 0;
         return fail_in_body_head();
     }
-    const uint8_t *position = pass(body_head_size);
+    const uint8_t *position = advance(body_head_size);
     type = load_u32(position);
     param = load_u32(position + word_size);
     data_size = static_cast<int32_t>(load_u32(position + size_t{2} * word_size));
@@ -309,52 +312,52 @@ void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
 
 uint32_t Reader::u32(const char *path)
 {
-    return has(word_size, path) ? load_u32(pass(word_size)) : 0;
+    return require(word_size, path) ? load_u32(advance(word_size)) : 0;
 }
 
 int32_t Reader::count(const char *path, uint32_t smallest)
 {
     const auto count = static_cast<int32_t>(u32(path));
-    return count < 1 || has(bytes_needed(count, smallest), path) ? count : 0;
+    return count < 1 || require(bytes_needed(count, smallest), path) ? count : 0;
 }
 
 uint32_t Reader::unsigned_count(const char *path, uint32_t smallest)
 {
     const uint32_t count = u32(path);
-    return has(uint64_t{smallest} * count, path) ? count : 0;
+    return require(uint64_t{smallest} * count, path) ? count : 0;
 }
 
 char *Reader::str(const char *path)
 {
     const uint32_t length = u32(path);
-    return length != 0 && has(length, path) ? new_text(pass(length), length) : nullptr;
+    return length != 0 && require(length, path) ? new_text(advance(length), length) : nullptr;
 }
 
 char *Reader::raw_bytes(int32_t data_size)
 {
     const uint64_t needed = bytes_needed(data_size, 1);
-    if (needed > left() && fail(needed, names().data())) [[unlikely]] {
+    if (needed > remaining() && fail(needed, names().data())) [[unlikely]] {
         return nullptr;
     }
     const auto size = static_cast<size_t>(data_size);
-    return new_text(pass(size), size);
+    return new_text(advance(size), size);
 }
 
 void Reader::fields(void *record, Fields list)
 {
     auto *bytes = static_cast<uint8_t *>(record);
-    if (!fields_fast_path(bytes, list)) [[unlikely]] {
-        fields_slow_path(bytes, list);
+    if (!read_fields(bytes, list)) [[unlikely]] {
+        fail_in_fields(bytes, list);
     }
 }
 
-// Reads strings, and returns the position after them; null if `rest` is less than their bytes, and
-// it is less by them otherwise. Without a bound there is no comparison.
+// Reads strings, and returns the position after them. A bounded call takes their bytes from the
+// budget, and returns null if that has too few; an unbounded one does not compare.
 template <bool is_bounded, class NewText>
-static const uint8_t *read_texts(const uint8_t *position, char **texts, size_t count, size_t &rest,
-                                 NewText new_text)
+static const uint8_t *copy_texts(const uint8_t *position, char **texts, size_t count,
+                                 size_t &budget, NewText new_text)
 {
-    size_t left = rest;
+    size_t remaining = budget;
     for (char **end = texts + count; texts != end; ++texts) {
         const size_t length = load_u32(position);
         position += word_size;
@@ -363,27 +366,27 @@ static const uint8_t *read_texts(const uint8_t *position, char **texts, size_t c
             continue;
         }
         if constexpr (is_bounded) {
-            if (length > left) [[unlikely]] {
+            if (length > remaining) [[unlikely]] {
                 return nullptr;
             }
-            left -= length;
+            remaining -= length;
         }
         *texts = copy_text(new_text(length + 1), position, length);
         position += length;
     }
-    rest = left;
+    budget = remaining;
     return position;
 }
 
-inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_t count,
-                                    size_t &rest)
+inline const uint8_t *Reader::read_texts(const uint8_t *position, char **texts, size_t count,
+                                         size_t &budget)
 {
     if (!is_guarded()) {
-        return read_texts<false>(position, texts, count, rest,
+        return copy_texts<false>(position, texts, count, budget,
                                  [](size_t size) { return static_cast<char *>(g_malloc(size)); });
     }
     char *next = arena_->next_text();
-    position = read_texts<true>(position, texts, count, rest, [&next](size_t size) {
+    position = copy_texts<true>(position, texts, count, budget, [&next](size_t size) {
         char *text = next;
         next += size;
         return text;
@@ -392,13 +395,13 @@ inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_
     return position;
 }
 
-// As the writer's.
-[[gnu::always_inline]] inline bool Reader::fields_fast_path(uint8_t *record, Fields list)
+// The fast path, as in Writer::write_fields().
+[[gnu::always_inline]] inline bool Reader::read_fields(uint8_t *record, Fields list)
 {
     if (!fits(list.smallest_size(), 0)) {
         return false;
     }
-    size_t rest = left_after(list.smallest_size());
+    size_t text_budget = remaining_after(list.smallest_size());
     const uint8_t *position = position_;
     for (const Run run : list) {
         uint8_t *member = record + run.offset;
@@ -408,7 +411,8 @@ inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_
             position += size_t{run.count} * word_size;
             break;
         case WireType::text:
-            position = texts(position, reinterpret_cast<char **>(member), run.count, rest);
+            position =
+                read_texts(position, reinterpret_cast<char **>(member), run.count, text_budget);
             if (position == nullptr) {
                 return false;
             }
@@ -421,33 +425,33 @@ inline const uint8_t *Reader::texts(const uint8_t *position, char **texts, size_
         }
     }
     position_ = position;
-    set_left(rest);
+    set_remaining(text_budget);
     return true;
 }
 
-// Leaves zeros in all fields: whoever is reading may look at them.
-void Reader::fields_slow_path(uint8_t *record, Fields list)
+// The slow path. It leaves zeros in all fields, because the category may look at them.
+void Reader::fail_in_fields(uint8_t *record, Fields list)
 {
     for (const Run run : list) {
         std::memset(record + run.offset, 0, run.count * size_of(run.type));
     }
     for_each_field(record, list, [this](WireType type, uint8_t * /*member*/, const char *path) {
-        if (!has(smallest_size(type), path)) {
+        if (!require(smallest_size(type), path)) {
             return false;
         }
-        const uint8_t *value = pass(smallest_size(type));
+        const uint8_t *value = advance(smallest_size(type));
         const uint32_t length = type == WireType::text ? load_u32(value) : 0;
-        if (!has(length, path)) {
+        if (!require(length, path)) {
             return false;
         }
-        pass(length);
+        advance(length);
         return true;
     });
 }
 
 void *Reader::record(Fields list)
 {
-    void *record = list.is_whole() ? place(list.record_size()) : make(list.record_size());
+    void *record = list.is_whole() ? allocate(list.record_size()) : make(list.record_size());
     fields(record, list);
     return record;
 }
@@ -490,11 +494,11 @@ std::span<char *> Reader::make_array(int32_t count, const char *path)
         const auto size = static_cast<size_t>(std::max(count, 0));
         return {g_new0(char *, size), size};
     }
-    if (!has(bytes_needed(count, word_size), path)) {
+    if (!require(bytes_needed(count, word_size), path)) {
         return {};
     }
     const auto size = static_cast<uint32_t>(count);
-    void *array = take(size * sizeof(char *));
+    void *array = allocate_in_arena(size * sizeof(char *));
     if (array == nullptr) {
         return {};
     }
@@ -503,7 +507,8 @@ std::span<char *> Reader::make_array(int32_t count, const char *path)
 
 void Reader::List::append(void *element)
 {
-    auto *cell = static_cast<GList *>(in_.is_guarded() ? in_.place(sizeof(GList)) : g_list_alloc());
+    auto *cell =
+        static_cast<GList *>(in_.is_guarded() ? in_.allocate(sizeof(GList)) : g_list_alloc());
     *cell = {element, nullptr, tail_};
     (tail_ == nullptr ? head_ : tail_->next) = cell;
     tail_ = cell;
@@ -511,7 +516,7 @@ void Reader::List::append(void *element)
 
 void *Reader::make(size_t size)
 {
-    return std::memset(place(size), 0, size);
+    return std::memset(allocate(size), 0, size);
 }
 
 void *Reader::try_record(Fields list)
@@ -526,13 +531,13 @@ void *Reader::try_record(Fields list)
     return record;
 }
 
-void *Reader::take_from_new_block(size_t size)
+void *Reader::allocate_in_new_block(size_t size)
 {
-    void *place = arena_->grow(size, left()) ? arena_->take(size) : nullptr;
-    if (place == nullptr) {
+    void *memory = arena_->grow(size, remaining()) ? arena_->take(size) : nullptr;
+    if (memory == nullptr) {
         fail_without_memory(arena_->capacity());
     }
-    return place;
+    return memory;
 }
 
 }  // namespace mdm

@@ -3,10 +3,10 @@
 // The cursors: a writer of a message's bytes, and a reader.
 //
 // A trusting cursor believes its pointers and the counts that it reads, and takes memory from the
-// heap. A guarded cursor is for bytes and messages that nobody vouched for. It knows where the buffer
-// ends, and reads into the message's own arena. The first step that has no room is kept as a fault,
-// and ends the cursor: it has nothing left, so every later step that needs a byte fails, too. From
-// then on it writes nothing, or reads zeros and empty lists.
+// heap. A guarded cursor is for untrusted bytes and for the messages of the guarded path. It knows
+// where the buffer ends, and reads into the message's own arena. It keeps the first step that does
+// not fit as its fault, and has failed then. No byte remains for it, so every later step that needs
+// one fails, too: it writes nothing, or reads zeros and empty lists.
 //
 // Each step takes the path of its field, for the fault.
 #pragma once
@@ -29,7 +29,7 @@
 
 namespace mdm {
 
-// What a trusting cursor has left: no end is in sight.
+// The bytes that remain for a trusting cursor: it does not know the end of its buffer.
 inline constexpr size_t no_end = SIZE_MAX;
 
 // The message head without its text, from offset 8 of a message on.
@@ -40,63 +40,71 @@ public:
     // Whether it has a buffer and has not failed.
     explicit operator bool() const { return !has_failed_; }
 
-    // The lines of the handler that it was made for.
+    // The log of the handler that the cursor was made for.
     const Log &log() const { return log_; }
 
 protected:
-    // A trusting one if `fault` is null, and a guarded one of a message of `total` bytes otherwise.
-    Cursor(const void *buffer, size_t left, size_t total, Log log, ipc_fault_t *fault)
-        : left_(left), total_(total), fault_(fault), has_failed_(buffer == nullptr), log_(log)
+    // A trusting cursor if `fault` is null; otherwise a guarded one for a message of `total` bytes.
+    Cursor(const void *buffer, size_t remaining, size_t total, Log log, ipc_fault_t *fault)
+        : remaining_(remaining), total_(total), fault_(fault), has_failed_(buffer == nullptr),
+          log_(log)
     {
     }
 
     bool is_guarded() const { return fault_ != nullptr; }
     Names names() const { return Names(log_.origin()); }
 
-    size_t left() const { return left_; }
-    void set_left(size_t left) { left_ = left; }
+    size_t remaining() const { return remaining_; }
+    void set_remaining(size_t remaining) { remaining_ = remaining; }
 
-    // Whether `count` more bytes are there for the field.
-    bool has(uint64_t count, const char *path) { return count <= left_ || !fail(count, path); }
+    // Whether `count` more bytes are there for the field. If not, a guarded cursor fails.
+    bool require(uint64_t count, const char *path)
+    {
+        return count <= remaining_ || !fail(count, path);
+    }
 
-    // Whether a record or a head has room, whose texts have so many bytes. A trusting cursor does not
-    // compare: where addresses have 32 bits, a text may claim to be as long as all of them.
+    // Whether a record or a head fits, whose texts have `text_bytes` bytes. A trusting cursor does
+    // not compare: on a machine with 32-bit addresses, a text may claim to fill all of them.
     bool fits(size_t smallest, size_t text_bytes) const
     {
-        return !is_guarded() || (smallest <= left_ && text_bytes <= left_ - smallest);
+        return !is_guarded() || (smallest <= remaining_ && text_bytes <= remaining_ - smallest);
     }
-    size_t left_after(size_t smallest) const { return is_guarded() ? left_ - smallest : no_end; }
+    size_t remaining_after(size_t smallest) const
+    {
+        return is_guarded() ? remaining_ - smallest : no_end;
+    }
 
-    // As has(), and counts the bytes as gone. The position stays: the cursor is about to fail.
+    // Like require(), and counts the bytes as used. The position stays, because the cursor is about
+    // to fail.
     bool reserve(size_t count, const char *path)
     {
-        const bool is_there = has(count, path);
-        left_ -= is_there ? count : 0;
+        const bool is_there = require(count, path);
+        remaining_ -= is_there ? count : 0;
         return is_there;
     }
 
-    // Moves over bytes that are known to be there, and returns where they begin.
+    // Moves behind bytes that are known to be there, and returns where they begin.
     template <class Byte>
-    Byte *pass(Byte *&position, size_t count)
+    Byte *advance(Byte *&position, size_t count)
     {
         Byte *bytes = position;
         position += count;
-        left_ -= count;
+        remaining_ -= count;
         return bytes;
     }
 
-    // False for a trusting cursor, which goes on.
+    // Ends a guarded cursor with this fault. A trusting cursor goes on, and the result is false.
     [[gnu::cold, gnu::noinline]] bool fail(uint64_t needed, const char *path);
     [[gnu::cold, gnu::noinline]] void fail_without_memory(size_t size);
 
-    // Fails at the first word of a body head that has no room.
+    // Fails at the first word of a body head that does not fit.
     [[gnu::cold, gnu::noinline]] void fail_in_body_head();
 
 private:
     void end_with(const ipc_fault_t &fault);
-    uint32_t offset() const { return static_cast<uint32_t>(total_ - left_); }
+    uint32_t offset() const { return static_cast<uint32_t>(total_ - remaining_); }
 
-    size_t left_;
+    size_t remaining_;
     size_t total_;
     ipc_fault_t *fault_;
     bool has_failed_;
@@ -105,15 +113,15 @@ private:
 
 class Writer : public Cursor {
 public:
-    // Writes from `offset` on. Gaps are cleared up to the end of the message, at `total`. `lengths` are
-    // those that the size handler has kept.
+    // A trusting writer, which begins at `offset`. It clears gaps up to the end of the message, at
+    // `total`, and no further. `lengths` are those that the size handler has kept.
     Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log,
            const Lengths *lengths = nullptr)
         : Cursor(buffer, no_end, 0, log, nullptr), position_(buffer + offset), end_(buffer + total),
           lengths_(lengths)
     {
     }
-    // The guarded one, which writes no further than that.
+    // A guarded writer. It writes nothing behind the message.
     Writer(uint8_t *buffer, uint32_t offset, uint32_t total, Log log, ipc_fault_t &fault,
            const Lengths *lengths = nullptr)
         : Cursor(buffer, total - offset, total, log, &fault), position_(buffer + offset),
@@ -138,25 +146,26 @@ public:
 
     void fields(const void *record, Fields list);
 
-    // What a body's `data` points to, as `data_size` bytes.
+    // Writes the `data_size` bytes that a body's `data` points to.
     void raw_bytes(const void *data, int32_t data_size);
 
-    // The count of a list, null elements included. A guarded cursor refuses a list with a null element,
-    // and one that is given by a later cell than its first: its count is not that of the elements
-    // written.
+    // Writes and returns the count of a list from the given cell on, null elements included.
+    // A guarded cursor refuses a list with null elements, or one entered in the middle.
     uint32_t count(void *list, const char *path);
 
-    // The list's count, then its records; a null one is counted, but not written.
+    // Writes the list's count, then its records.
+    // A null record is counted, but not written.
     void records(void *records, const char *path, Fields list);
 
-    // The list's strings, without a count, up to the first null one.
+    // Writes the list's strings up to the first null element, without a count.
     void strings_before_null(void *strings, const char *path, EachLine each = no_line);
 
-    // The list's count, then its strings; a null string is a gap of `gap_size` zero bytes.
+    // Writes the list's count, then its strings.
+    // A null string is a gap of `gap_size` zero bytes.
     void strings_with_gaps(void *strings, int32_t gap_size, const char *path);
 
-    // An element that was counted is not written. A guarded cursor refuses that: a receiver would look
-    // for it.
+    // For an element that was counted, but is not written. A guarded cursor refuses the message,
+    // because a receiver would look for the element.
     void refuse(const char *path)
     {
         if (is_guarded()) {
@@ -164,10 +173,10 @@ public:
         }
     }
 
-    // Clears bytes, which a guarded cursor refuses, too.
+    // Clears `count` bytes. A guarded cursor refuses gaps.
     void gap(int32_t count, const char *path);
 
-    // Clears what nobody has written at the end of the message; mostly there is nothing.
+    // Clears the bytes at the end of the message that nobody has written. Mostly there are none.
     void clear_rest()
     {
         if (position_ < end_) {
@@ -177,11 +186,11 @@ public:
 
 private:
     void write_body_head(uint32_t type, uint32_t param, uint32_t data_size);
-    bool fields_fast_path(const uint8_t *record, Fields list);
-    void fields_slow_path(const uint8_t *record, Fields list);
+    bool write_fields(const uint8_t *record, Fields list);
+    void fail_in_fields(const uint8_t *record, Fields list);
     [[gnu::cold, gnu::noinline]] void fail_in_message_head(const mdm_msg_t &msg);
     void clear(size_t count);
-    uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
+    uint8_t *advance(size_t count) { return Cursor::advance(position_, count); }
 
     uint8_t *position_;
     uint8_t *end_;
@@ -194,7 +203,7 @@ public:
         : Cursor(buffer, no_end, 0, log, nullptr), position_(buffer + offset)
     {
     }
-    // The guarded one. The arena is the message's.
+    // A guarded reader. The arena is the message's.
     Reader(const uint8_t *buffer, uint32_t offset, uint32_t length, Log log, ipc_fault_t &fault,
            Arena &arena)
         : Cursor(buffer, length - offset, length, log, &fault), position_(buffer + offset),
@@ -204,10 +213,10 @@ public:
 
     const uint8_t *position() const { return position_; }
 
-    // The text that is there is overwritten, not released.
+    // Overwrites `hdr_text`, and does not release it.
     void message_head(mdm_msg_t &msg);
 
-    // `aux` and `data` stay as they were.
+    // Leaves `aux` and `data` as they were.
     template <class Body>
     void body_head(Body &body)
     {
@@ -217,21 +226,21 @@ public:
     uint32_t u32(const char *path);
     int32_t i32(const char *path) { return static_cast<int32_t>(u32(path)); }
 
-    // How many elements follow, each of `smallest` bytes or more; below 1 none do. A guarded cursor
-    // refuses a number that the bytes left have no room for.
+    // Reads how many elements follow, each of `smallest` bytes or more. Below 1, none follow. A
+    // guarded cursor refuses a count whose elements do not fit into the remaining bytes.
     int32_t count(const char *path, uint32_t smallest);
-    // The same for a list that may be longer than a signed number tells.
+    // Like count(), for a list whose count is unsigned.
     uint32_t unsigned_count(const char *path, uint32_t smallest);
 
-    // A new string, or null for an empty one.
+    // Reads a new string, or null for an empty one.
     char *str(const char *path);
 
-    // A new string of the next `data_size` bytes and a terminator; a zero byte ends its text early.
+    // Reads a new string of `data_size` bytes and a terminator. A zero byte ends its text early.
     char *raw_bytes(int32_t data_size);
 
     void fields(void *record, Fields list);
 
-    // A new record with the listed fields read and every other byte zero.
+    // Reads the listed fields into a new record, in which every other byte is zero.
     template <class Record, size_t size>
     Record *record(const FieldList<Record, size> &list)
     {
@@ -240,17 +249,18 @@ public:
     }
     void *record(Fields list);
 
-    // A new list of records, from its count on; null for a count below 1.
+    // Reads a count and a new list of records; null for a count below 1.
     GList *records(const char *path, Fields list);
 
-    // A new list of strings, an empty one a null element; null for a count below 1.
+    // Reads a new list of strings, in which an empty string is a null element; null for a count
+    // below 1.
     GList *strings(int64_t count, const char *path, EachLine each = no_line);
 
-    // A second copy of a string that str() returned. Of a arena, where nothing is released on its
-    // own, one is enough.
+    // Returns a second copy of a string that str() returned. In an arena no string is released on
+    // its own, so one copy is enough.
     char *copy(char *text) { return is_guarded() ? text : g_strdup(text); }
 
-    // A new zero-filled record.
+    // Returns a new zero-filled record.
     template <class Record>
     Record *make()
     {
@@ -259,18 +269,19 @@ public:
         return static_cast<Record *>(make(sizeof(Record)));
     }
 
-    // As record(), but null without memory, for the categories that say what happens then. A guarded
-    // cursor fails instead, and returns a place that no message keeps.
+    // Like record(), but returns null without memory, for categories with a rule for this case. A
+    // guarded cursor fails instead, and returns scratch memory that no message keeps.
     template <class Record, size_t size>
     Record *try_record(const FieldList<Record, size> &list)
     {
         return static_cast<Record *>(try_record(Fields(list)));
     }
 
-    // A new zero-filled array for as many strings as follow; of null for a count below 1.
+    // Returns a new zero-filled array for the `count` strings that follow. It is empty for a count
+    // below 1.
     std::span<char *> make_array(int32_t count, const char *path);
 
-    // A new list, null until something is appended.
+    // A new list. Its head is null until an element is appended.
     class List {
     public:
         explicit List(Reader &in) : in_(in) {}
@@ -285,33 +296,33 @@ public:
 
 private:
     void read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size);
-    bool fields_fast_path(uint8_t *record, Fields list);
-    const uint8_t *texts(const uint8_t *position, char **texts, size_t count, size_t &rest);
-    void fields_slow_path(uint8_t *record, Fields list);
+    bool read_fields(uint8_t *record, Fields list);
+    const uint8_t *read_texts(const uint8_t *position, char **texts, size_t count, size_t &budget);
+    void fail_in_fields(uint8_t *record, Fields list);
     [[gnu::cold, gnu::noinline]] void fail_in_message_head(mdm_msg_t &msg);
     void *make(size_t size);
     void *try_record(Fields list);
 
-    // Room for a record or a cell.
-    void *place(size_t size)
+    // Returns memory for a record or a cell; never null.
+    void *allocate(size_t size)
     {
         if (!is_guarded()) {
             return g_malloc(size);
         }
-        void *place = take(size);
-        return place != nullptr ? place : arena_->scratch();
+        void *memory = allocate_in_arena(size);
+        return memory != nullptr ? memory : arena_->scratch();
     }
-    // Of the arena. Null without memory, which ends the cursor.
-    void *take(size_t size)
+    // Without memory the cursor fails, and the result is null.
+    void *allocate_in_arena(size_t size)
     {
-        void *place = arena_->take(size);
-        return place != nullptr ? place : take_from_new_block(size);
+        void *memory = arena_->take(size);
+        return memory != nullptr ? memory : allocate_in_new_block(size);
     }
-    [[gnu::cold, gnu::noinline]] void *take_from_new_block(size_t size);
+    [[gnu::cold, gnu::noinline]] void *allocate_in_new_block(size_t size);
 
     char *new_text(const uint8_t *bytes, size_t length);
 
-    const uint8_t *pass(size_t count) { return Cursor::pass(position_, count); }
+    const uint8_t *advance(size_t count) { return Cursor::advance(position_, count); }
 
     const uint8_t *position_;
     Arena *arena_ = nullptr;
@@ -324,7 +335,7 @@ inline void Writer::message_head(const mdm_msg_t &msg)
         return fail_in_message_head(msg);
     }
     const auto length = static_cast<uint32_t>(size);
-    uint8_t *position = pass(smallest_head_size + size_t{length});
+    uint8_t *position = advance(smallest_head_size + size_t{length});
     position = store_u32(position, msg.hdr_word1);
     position = store_u32(position, msg.hdr_word2);
     position = write_str(position, msg.hdr_text, length);
@@ -335,15 +346,15 @@ inline void Writer::message_head(const mdm_msg_t &msg)
     store_u32(position, msg.hdr_word5);
 }
 
-// The envelope has made sure that a head without its text is there.
+// The envelope has checked that a head without its text is there.
 inline void Reader::message_head(mdm_msg_t &msg)
 {
     const uint8_t *position = position_;
     const size_t length = load_u32(position + size_t{2} * word_size);
-    if (is_guarded() && length > left() - smallest_head_size) [[unlikely]] {
+    if (is_guarded() && length > remaining() - smallest_head_size) [[unlikely]] {
         return fail_in_message_head(msg);
     }
-    pass(smallest_head_size + length);
+    advance(smallest_head_size + length);
     msg.hdr_word1 = load_u32(position);
     msg.hdr_word2 = load_u32(position + word_size);
     msg.hdr_text = nullptr;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Faults: what the guarded path reports.
+// The faults that the guarded path reports.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +25,7 @@ constexpr uint32_t saturated(uint64_t number)
     return static_cast<uint32_t>(std::min<uint64_t>(number, std::numeric_limits<uint32_t>::max()));
 }
 
-// So many bytes of memory could not be had.
+// The fault of a failed allocation of `size` bytes.
 inline ipc_fault_t fault_without_memory(uint32_t offset, size_t size)
 {
     return {offset, saturated(size), 0, fault_path::memory};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Field lists: the members of a record that travel, in wire order, as data. Sizing, writing, reading
-// and releasing a record are one function each that runs over its list, so they cannot drift apart.
+// Field lists: the members of a record that travel, in wire order, as data. One function each
+// sizes, writes, reads and releases a record by its list, so these four cannot drift apart.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +15,7 @@
 
 namespace mdm {
 
-// The wire types. A word is a u32 or an i32: their bytes are alike. None ends a list.
+// The wire types. A word is a u32 or an i32, which have the same bytes. `none` ends a list.
 enum class WireType : uint8_t { none, byte, word, text };
 
 template <class Member>
@@ -32,7 +32,7 @@ constexpr WireType wire_type_of()
     }
 }
 
-// In memory.
+// The size of a member in memory.
 constexpr size_t size_of(WireType type)
 {
     switch (type) {
@@ -47,7 +47,7 @@ constexpr size_t size_of(WireType type)
     return sizeof(char *);
 }
 
-// On the wire, a string without its bytes.
+// The size of a member on the wire; for a string, the size of an empty one.
 constexpr uint32_t smallest_size(WireType type)
 {
     return type == WireType::byte ? sizeof(uint8_t) : word_size;
@@ -60,23 +60,24 @@ struct Field {
     size_t offset;
 };
 
-// Neighbours in a record that travel one behind the other: `count` members of one wire type, the first at
-// `offset`.
+// Members of one wire type that are adjacent both in the record and on the wire: `count` members,
+// the first at `offset`.
 struct Run {
     WireType type;
     uint8_t count;
     uint8_t offset;
 };
 
-// A field list is bytes without a pointer among them, so that nothing has to be relocated: the facts
-// of a record, the runs and their end, and the paths, each with its terminator.
+// A field list is an array of bytes: three facts about the record, the runs, a mark that ends them,
+// and the paths, each with its terminator. It holds no pointer, so the dynamic linker has nothing
+// to relocate.
 namespace field_list {
 inline constexpr size_t record_size = 0;
 inline constexpr size_t smallest_size = 1;  // of the record on the wire
 inline constexpr size_t is_whole = 2;       // whether every byte of the record belongs to a field
 inline constexpr size_t runs = 3;
 inline constexpr size_t run_size = 3;
-inline constexpr size_t end_size = 1;  // of what ends the runs
+inline constexpr size_t end_size = 1;  // of the mark that ends the runs
 }  // namespace field_list
 
 template <class Record, size_t size>
@@ -84,11 +85,11 @@ struct FieldList {
     std::array<uint8_t, size> bytes;
 };
 
-// A list as the functions take it that run over any.
+// Any field list, whatever its record and its size.
 class Fields {
 public:
     template <class Record, size_t size>
-    // NOLINTNEXTLINE(google-explicit-constructor): a list is what it is
+    // NOLINTNEXTLINE(google-explicit-constructor): it is the same list
     constexpr Fields(const FieldList<Record, size> &list) : bytes_(list.bytes.data())
     {
     }
@@ -118,7 +119,7 @@ public:
     constexpr Iterator begin() const { return Iterator(bytes_ + field_list::runs); }
     static constexpr Iterator::End end() { return {}; }
 
-    // The first path; the next one begins behind its terminator.
+    // The first path. Each further path begins behind the terminator of the previous one.
     const char *paths() const
     {
         const uint8_t *run = bytes_ + field_list::runs;
@@ -132,7 +133,7 @@ private:
     const uint8_t *bytes_;
 };
 
-// Whether a field belongs to the run of the one before it.
+// Whether a field continues the run of the previous field.
 template <size_t count>
 constexpr bool goes_on(const std::array<Field, count> &fields, size_t index)
 {
@@ -160,7 +161,7 @@ constexpr size_t size_of_paths(const std::array<Field, count> &fields)
     return size;
 }
 
-// Whether a list's bytes can hold its numbers.
+// Whether each number of a field list fits into its byte.
 template <size_t count>
 constexpr bool all_fit(const std::array<Field, count> &fields)
 {
@@ -169,7 +170,7 @@ constexpr bool all_fit(const std::array<Field, count> &fields)
                        [](const Field &field) { return field.offset <= UINT8_MAX; });
 }
 
-// `Maker` returns the record's fields, as an array.
+// `Maker` returns an array of the record's fields.
 template <class Record, class Maker>
 consteval auto make_field_list(Maker /*maker*/)
 {
@@ -195,7 +196,7 @@ consteval auto make_field_list(Maker /*maker*/)
         size_of_all += size_of(field.type);
         smallest += smallest_size(field.type);
     }
-    // Of a record that is never made from its list the size is not needed.
+    // No reader makes a larger record, so its size is not needed.
     list.bytes[field_list::record_size] = sizeof(Record) <= largest_record ? sizeof(Record) : 0;
     list.bytes[field_list::smallest_size] = static_cast<uint8_t>(smallest);
     list.bytes[field_list::is_whole] = size_of_all == sizeof(Record) ? 1 : 0;
@@ -210,13 +211,13 @@ consteval auto make_field_list(Maker /*maker*/)
     __VA_OPT__(, MDM_FIELD_NEXT MDM_PARENS(record, place, __VA_ARGS__))
 #define MDM_FIELD_NEXT() MDM_FIELD_STEP
 #define MDM_PARENS ()
-// Each level rescans four times as often: enough for 64 fields and more.
+// Each level rescans four times as often. That is enough for more than 64 fields.
 #define MDM_EXPAND(...) MDM_EXPAND_16(MDM_EXPAND_16(MDM_EXPAND_16(MDM_EXPAND_16(__VA_ARGS__))))
 #define MDM_EXPAND_16(...) MDM_EXPAND_4(MDM_EXPAND_4(MDM_EXPAND_4(MDM_EXPAND_4(__VA_ARGS__))))
 #define MDM_EXPAND_4(...) MDM_EXPAND_1(MDM_EXPAND_1(MDM_EXPAND_1(MDM_EXPAND_1(__VA_ARGS__))))
 #define MDM_EXPAND_1(...) __VA_ARGS__
 
-// The same of MDM_FIELD()s. A member that is a union travels as one of its arms, which `type` says.
+// A list of MDM_FIELD()s. A member that is a union travels as one of its arms: `type` is the arm's.
 #define MDM_FIELD_LIST(record, ...) \
     ::mdm::make_field_list<record>([] { return std::array{__VA_ARGS__}; })
 #define MDM_FIELD(record, path, member, type)                       \
@@ -234,7 +235,8 @@ constexpr uint32_t smallest_size(const FieldList<Record, size> &list)
 // The byte count of a record on the wire.
 uint32_t size_of_fields(const void *record, Fields list);
 
-// The same of a list's records, without a count, up to the first null one.
+// The byte count of a list's records on the wire, up to the first null record, without the list's
+// count.
 uint32_t size_of_records_before_null(void *records, Fields list);
 
 // Releases the strings of a record, in wire order, and sets each to null.

@@ -26,7 +26,7 @@ uint32_t Lengths::measure(void *strings, const Log &log, EachLine each)
     return size;
 }
 
-// A length that is not known makes all of the list's unknown.
+// If one length cannot be kept, none of the list's lengths is known.
 inline void Lengths::add(size_t length)
 {
     if (length > UINT32_MAX || (count_ == capacity_ && !grow())) [[unlikely]] {

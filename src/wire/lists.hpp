@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The lists that a body holds in memory. A loop over a list begins at the list's first element, and so
-// does a release. The count on the wire is the result of g_list_length(): it includes null elements.
+// The lists that a body holds in memory.
+//
+// Loops and releases begin at the list's first element, whichever cell is given. The count on the
+// wire is g_list_length() of the given cell, null elements included.
 #pragma once
 
 #include <cstdint>
@@ -41,7 +43,7 @@ private:
     GList *list_;
 };
 
-// A body keeps its list in a void pointer. A GList pointer will do, too.
+// A body keeps its list in a void pointer, so these functions take one.
 template <class Element>
 ListRange<Element, false> elements(void *list)
 {
@@ -66,7 +68,7 @@ inline void release_cells(void *list)
     g_list_free(g_list_first(static_cast<GList *>(list)));
 }
 
-// Releases the elements, which own nothing further, then the cells.
+// Releases the elements, then the cells. The elements own no further memory.
 inline void release_elements(void *list)
 {
     g_list_free_full(g_list_first(static_cast<GList *>(list)), g_free);

@@ -7,8 +7,8 @@
 
 namespace mdm {
 
-// What a category is called, as texts one behind the other: the origin of its handlers' lines, and the
-// paths of the fields that most bodies begin with.
+// Consecutive texts, each with its terminator: the origin of the handlers' log lines, which is the
+// file and the category, then the paths of the fields that most bodies begin with.
 class Names {
 public:
     explicit constexpr Names(const char *texts) : texts_(texts) {}
@@ -21,7 +21,7 @@ public:
 
 private:
     const char *text(int index) const { return text_at(texts_, index); }
-    // Names are one word: as an argument they stay in a register.
+    // Static, so that an object, which is one pointer, stays in a register.
     [[gnu::noinline]] static const char *text_at(const char *texts, int index)
     {
         for (; index > 0; --index) {

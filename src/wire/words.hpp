@@ -36,7 +36,7 @@ inline uint32_t load_u32(const uint8_t *position)
     return GUINT32_FROM_LE(wire);
 }
 
-// A record that a reader makes is not larger, in memory.
+// The limit for the size in memory of a record that a reader makes.
 inline constexpr size_t largest_record = UINT8_MAX;
 
 // Strings.
@@ -46,7 +46,7 @@ inline size_t text_size(const char *text)
     return text == nullptr ? 0 : std::strlen(text);
 }
 
-// As a count on the wire tells it.
+// The text's 32-bit count on the wire.
 inline uint32_t text_length(const char *text)
 {
     return static_cast<uint32_t>(text_size(text));
@@ -57,7 +57,7 @@ inline uint32_t size_of_str(const char *text)
     return word_size + text_length(text);
 }
 
-// A text of `length` bytes.
+// Writes a text of `length` bytes, and returns the position after it.
 inline uint8_t *write_str(uint8_t *position, const char *text, uint32_t length)
 {
     position = store_u32(position, length);
@@ -79,7 +79,7 @@ inline char *copy_text(char *text, const uint8_t *bytes, size_t count)
 
 inline void release_string(char *&text)
 {
-    if (text != nullptr) {  // most are
+    if (text != nullptr) {  // null needs no call
         g_free(text);
         text = nullptr;
     }
