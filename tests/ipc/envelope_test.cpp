@@ -13,6 +13,7 @@
 #include "ipc/envelope.hpp"
 #include "mdm/ipc.h"
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
