@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What the handlers of many categories have in common: the answer to a null argument.
-#include <map>
 #include <string>
 #include <vector>
 
@@ -9,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "ipc/category.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/no_memory.hpp"
 #include "support/wire.hpp"
@@ -16,6 +16,7 @@
 namespace mdm::test {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
@@ -30,51 +31,41 @@ enum class Manner {
 };
 
 struct Category {
-    const char *name;
-    uint8_t type;
+    Handlers handlers;
     Manner manner;
 };
 
 std::ostream &operator<<(std::ostream &out, const Category &category)
 {
-    return out << category.name;
+    return out << category_entry(category.handlers.type).name;
 }
 
 class NullArguments : public ::testing::TestWithParam<Category> {
 protected:
-    static Handlers row() { return Handlers(GetParam().type); }
+    static Handlers row() { return GetParam().handlers; }
     static Manner manner() { return GetParam().manner; }
 
-    static std::string handler(const char *kind)
+    static Lines failed_check(const Origin &handler)
     {
-        return std::string("_") + kind + "_" + GetParam().name;
-    }
-
-    static Lines failed_check(const char *kind)
-    {
-        const std::string function = handler(kind);
         Lines lines;
         if (manner() == Manner::entering || manner() == Manner::no_free) {
-            lines.push_back(enter(function.c_str()));
+            lines.push_back(enter(handler));
         }
-        lines.push_back(assert_fails(function.c_str()));
+        lines.push_back(assert_fails(handler));
         return lines;
     }
 
     static Lines size_of_nothing()
     {
-        const std::string function = handler("size_of");
         return manner() == Manner::app
-                   ? Lines{critical(function.c_str(), "p_data is NULL!"), leave(function.c_str())}
-                   : failed_check("size_of");
+                   ? Lines{critical(row().size, "p_data is NULL!"), leave(row().size)}
+                   : failed_check(row().size);
     }
 
     static Lines release_of_nothing()
     {
-        const std::string function = handler("free");
-        return manner() == Manner::entering
-                   ? Lines{enter(function.c_str()), leave(function.c_str())}
-                   : Lines{leave(function.c_str())};
+        return manner() == Manner::entering ? enter_and_leave(row().free)
+                                            : Lines{leave(row().free)};
     }
 };
 
@@ -86,13 +77,13 @@ TEST_P(NullArguments, FailACheck)
     EXPECT_EQ(row().size(nullptr), 0U);
     EXPECT_THAT(log.take(), ElementsAreArray(size_of_nothing()));
     EXPECT_EQ(row().set(nullptr, &some), nullptr);
-    EXPECT_THAT(log.take(), ElementsAreArray(failed_check("set")));
+    EXPECT_THAT(log.take(), ElementsAreArray(failed_check(row().set)));
     EXPECT_EQ(row().set(buffer.data(), nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAreArray(failed_check("set")));
+    EXPECT_THAT(log.take(), ElementsAreArray(failed_check(row().set)));
     EXPECT_EQ(row().get(nullptr, buffer.data()), nullptr);
-    EXPECT_THAT(log.take(), ElementsAreArray(failed_check("get")));
+    EXPECT_THAT(log.take(), ElementsAreArray(failed_check(row().get)));
     EXPECT_EQ(row().get(&some, nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAreArray(failed_check("get")));
+    EXPECT_THAT(log.take(), ElementsAreArray(failed_check(row().get)));
     EXPECT_EQ(buffer, Bytes(64));
 }
 
@@ -122,55 +113,38 @@ TEST_P(NullArguments, FailAlikeWithTheLoggerOff)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, NullArguments,
-    ::testing::Values(
-        Category{"security", 5, Manner::entering}, Category{"wifi", 7, Manner::entering},
-        Category{"bluetooth", 9, Manner::entering}, Category{"eas", 11, Manner::no_free},
-        Category{"app", 13, Manner::app}, Category{"app_res", 14, Manner::app},
-        Category{"roaming", 15, Manner::no_free}, Category{"roaming_res", 16, Manner::no_free},
-        Category{"misc", 17, Manner::entering}, Category{"apn", 21, Manner::entering},
-        Category{"phone_res", 35, Manner::quiet}, Category{"email", 39, Manner::entering},
-        Category{"kiosk", 45, Manner::quiet}, Category{"container", 47, Manner::entering}),
-    [](const auto &test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Of, NullArguments,
+                         ::testing::Values(Category{handlers_of("security"), Manner::entering},
+                                           Category{handlers_of("wifi"), Manner::entering},
+                                           Category{handlers_of("bluetooth"), Manner::entering},
+                                           Category{handlers_of("eas"), Manner::no_free},
+                                           Category{handlers_of("app"), Manner::app},
+                                           Category{handlers_of("app_res"), Manner::app},
+                                           Category{handlers_of("roaming"), Manner::no_free},
+                                           Category{handlers_of("roaming_res"), Manner::no_free},
+                                           Category{handlers_of("misc"), Manner::entering},
+                                           Category{handlers_of("apn"), Manner::entering},
+                                           Category{handlers_of("phone_res"), Manner::quiet},
+                                           Category{handlers_of("email"), Manner::entering},
+                                           Category{handlers_of("kiosk"), Manner::quiet},
+                                           Category{handlers_of("container"), Manner::entering}),
+                         ::testing::PrintToStringParamName());
 
-// Where the lines of each category come from. Both types of a pair have one row.
+// Where the lines of each category come from.
 TEST(HandlerLines, SayTheirFileAndTheirFunction)
 {
-    const std::map<std::string, std::string> shared_files = {
-        {"roaming_res", "mdm_ipc_roaming.cpp"},   {"app_cb", "mdm_ipc_callback.cpp"},
-        {"misc_cb", "mdm_ipc_callback.cpp"},      {"browser", "mdm_ipc_single_list.cpp"},
-        {"date_time", "mdm_ipc_single_list.cpp"}, {"remote", "mdm_ipc_single_list.cpp"},
-        {"vpn", "mdm_ipc_single_list.cpp"},       {"firewall", "mdm_ipc_single_list.cpp"},
-        {"res", "mdm_ipc_single_list.cpp"},       {"enterprise", "mdm_ipc_single_list.cpp"},
-    };
-    const std::map<uint8_t, std::string> categories = {
-        {1, "admin"},        {3, "pwd"},          {5, "security"},   {7, "wifi"},
-        {9, "bluetooth"},    {11, "eas"},         {13, "app"},       {14, "app_res"},
-        {15, "roaming"},     {16, "roaming_res"}, {17, "misc"},      {21, "apn"},
-        {23, "browser"},     {25, "date_time"},   {27, "remote"},    {29, "vpn"},
-        {31, "firewall"},    {33, "res"},         {35, "phone_res"}, {37, "enterprise"},
-        {39, "email"},       {45, "kiosk"},       {47, "container"}, {49, "location"},
-        {51, "log_manager"}, {53, "platform"},    {61, "app_cb"},    {63, "misc_cb"},
-    };
-    for (const auto &[type, name] : categories) {
-        const auto shared = shared_files.find(name);
-        const std::string file =
-            shared != shared_files.end() ? shared->second : "mdm_ipc_" + name + ".cpp";
-        const mdm::Category category = category_of(type);
-        LogRecorder recorder;
-        for (const auto function :
-             {Log::Function::set, Log::Function::get, Log::Function::size, Log::Function::free}) {
-            const Log log = category.log(function);
-            MDM_ENTER();
-        }
-        const std::vector<LogLine> lines = recorder.take();
-        EXPECT_THAT(lines,
-                    ElementsAreArray(
-                        {enter(("_set_" + name).c_str()), enter(("_get_" + name).c_str()),
-                         enter(("_size_of_" + name).c_str()), enter(("_free_" + name).c_str())}));
-        for (const LogLine &line : lines) {
-            EXPECT_EQ(line.file, file);
+    for (const CategoryEntry &entry : category_entries) {
+        for (const uint8_t type : {entry.first, entry.last}) {
+            const mdm::Category category = category_of(type);
+            LogRecorder recorder;
+            for (const auto function : {Log::Function::set, Log::Function::get, Log::Function::size,
+                                        Log::Function::free}) {
+                const Log log = category.log(function);
+                MDM_ENTER();
+            }
+            const Handlers handlers(type);
+            EXPECT_THAT(recorder.take(), ElementsAre(enter(handlers.set), enter(handlers.get),
+                                                     enter(handlers.size), enter(handlers.free)));
         }
     }
 }
@@ -206,10 +180,10 @@ TEST_F(FailingPayloads, AreNotSizedWithTheLoggerOff)
              Sent{15, headed_body<&mdm_body_t::roaming>(1, 1, nullptr)},
              Sent{21, headed_body<&mdm_body_t::apn>(389, 1, null_element_)},
          }) {
-        EXPECT_EQ(size_body(sent.type, sent.body), 0U) << int{sent.type};
+        EXPECT_EQ(Handlers(sent.type).size(&sent.body), 0U) << int{sent.type};
     }
     mdm_body_t book = headed_body<&mdm_body_t::misc>(281, 1, nullptr);
-    EXPECT_EQ(size_body(17, book), static_cast<uint32_t>(-999));
+    EXPECT_EQ(Handlers(17).size(&book), static_cast<uint32_t>(-999));
 }
 
 TEST_F(FailingPayloads, AreNotWrittenWithTheLoggerOff)
@@ -238,10 +212,10 @@ TEST_F(FailingPayloads, AreNotReadWithoutMemoryAndWithTheLoggerOff)
     const NoMemory no_memory;
     const Bytes pair = hex("B8 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00");
     mdm_body_t app{};
-    EXPECT_EQ(_get_app(&app, pair.data()), pair.data() + pair.size());
+    EXPECT_EQ(Handlers(13).get(&app, pair.data()), pair.data() + pair.size());
     const Bytes text = hex("7C 00 00 00 00 00 00 00 04 00 00 00 00 00 00 00");
     mdm_body_t misc{};
-    EXPECT_EQ(_get_misc(&misc, text.data()), nullptr);
+    EXPECT_EQ(Handlers(17).get(&misc, text.data()), nullptr);
 }
 
 }  // namespace

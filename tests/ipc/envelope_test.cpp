@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -13,6 +14,7 @@
 #include "ipc/envelope.hpp"
 #include "mdm/ipc.h"
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -22,7 +24,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_res = 33;
+constexpr Handlers admin(1);
+constexpr Handlers res(33);
 constexpr uint8_t type_without_category = 19;
 
 // Type 33, header words 1 to 7, no text, the two payload bytes "ok".
@@ -46,7 +49,7 @@ mdm_msg_t message_with_header(uint8_t type)
 
 mdm_msg_t res_example(char *payload)
 {
-    mdm_msg_t msg = message_with_header(type_res);
+    mdm_msg_t msg = message_with_header(res.type);
     msg.body.res.type = 100;
     msg.body.res.data_size = 2;
     msg.body.res.data = payload;
@@ -86,7 +89,7 @@ TEST(Envelope, EndToEndExampleSerialises)
 {
     char payload[] = "ok";
     mdm_msg_t msg = res_example(payload);
-    EXPECT_EQ(Handlers(type_res).size(&msg.body), 14U);
+    EXPECT_EQ(res.size(&msg.body), 14U);
 
     uint32_t length = 0;
     AllocationTrace trace;
@@ -108,7 +111,7 @@ TEST(Envelope, EndToEndExampleDeserialises)
     trace.stop();
 
     EXPECT_EQ(msg.hdr_aux, 0xBBBBBBBBU);
-    EXPECT_EQ(msg.type, type_res);
+    EXPECT_EQ(msg.type, res.type);
     EXPECT_EQ(msg.hdr_byte, 0);
     EXPECT_EQ(msg.hdr_text, nullptr);
     expect_header_words(msg);
@@ -128,7 +131,7 @@ TEST(Envelope, EndToEndExampleDeserialises)
 TEST(Envelope, HeaderTextShiftsWhatFollows)
 {
     char text[] = "abc";
-    mdm_msg_t msg = message_with_header(type_res);
+    mdm_msg_t msg = message_with_header(res.type);
     msg.hdr_byte = 0x99;
     msg.hdr_text = text;
     const Bytes bytes = serialize(msg);
@@ -147,13 +150,13 @@ TEST(Envelope, HeaderTextShiftsWhatFollows)
     trace.stop();
     EXPECT_THAT(trace.released(), ElementsAre(received));
     EXPECT_EQ(back.hdr_text, nullptr);
-    EXPECT_EQ(back.type, type_res);
+    EXPECT_EQ(back.type, res.type);
 }
 
 TEST(Envelope, EmptyHeaderTextComesBackAsNull)
 {
     char text[] = "";
-    mdm_msg_t msg = message(type_res);
+    mdm_msg_t msg = message(res.type);
     msg.hdr_text = text;
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(bytes.size(), 52U);
@@ -164,7 +167,7 @@ TEST(Envelope, EmptyHeaderTextComesBackAsNull)
 
 TEST(Envelope, EveryHeaderBitTravels)
 {
-    mdm_msg_t msg = message(type_res);
+    mdm_msg_t msg = message(res.type);
     msg.hdr_byte = 0xFF;
     msg.hdr_word1 = 0xFFFFFFFF;
     msg.hdr_word2 = 0x80000000;
@@ -202,7 +205,7 @@ TEST(Envelope, ReservedBytesAreIgnoredOnReading)
     bytes[7] = 0xFF;
     mdm_msg_t msg{};
     EXPECT_EQ(deserialize(msg, bytes), 0);
-    EXPECT_EQ(msg.type, type_res);
+    EXPECT_EQ(msg.type, res.type);
     EXPECT_EQ(msg.hdr_byte, 0);
     ipc_free(&msg);
 }
@@ -225,7 +228,7 @@ TEST(Envelope, OldHeaderTextIsReleasedBeforeTheNewOneIsRead)
     using Kind = AllocationTrace::Kind;
     using Event = AllocationTrace::Event;
     char text[] = "new text";
-    mdm_msg_t sent = message(type_res);
+    mdm_msg_t sent = message(res.type);
     sent.hdr_text = text;
     const Bytes bytes = serialize(sent);
     mdm_msg_t msg{};
@@ -253,106 +256,35 @@ TEST(Envelope, OldHeaderTextIsReleasedWhenThereIsNoNewOne)
     EXPECT_EQ(msg.hdr_text, nullptr);
 }
 
-// Which types have a category, and that both types of a pair share their handlers.
+// Which types have a category, and that both types of a pair share their handlers. Which handlers a
+// category has, the tests of its body see.
 
-bool same_handlers(uint8_t left, uint8_t right)
+bool has_category(uint8_t type)
 {
-    const Category a = category_of(left);
-    const Category b = category_of(right);
-    return &a.row == &b.row && a.names.origin() == b.names.origin();
+    return std::ranges::any_of(category_entries, [type](const CategoryEntry &entry) {
+        return entry.first <= type && type <= entry.last;
+    });
 }
 
-bool is_empty(uint8_t type)
+TEST(Dispatch, TypesWithACategoryHaveHandlersAndNoOthers)
 {
-    const ipc_handler_row &row = category_of(type).row;
-    return row.set == nullptr && row.get == nullptr && row.size == nullptr && row.free == nullptr;
-}
-
-// By what its lines call it, too, which tells those apart that share their handlers.
-void expect_row(uint8_t type, const char *name, SetHandler *set, GetHandler *get, SizeHandler *size,
-                FreeHandler *free)
-{
-    const ipc_handler_row &row = category_of(type).row;
-    const char *origin = category_of(type).names.origin();
-    EXPECT_STREQ(origin + std::strlen(origin) + 1, name);
-    EXPECT_EQ(row.set, set) << int{type};
-    EXPECT_EQ(row.get, get) << int{type};
-    EXPECT_EQ(row.size, size) << int{type};
-    EXPECT_EQ(row.free, free) << int{type};
-}
-
-TEST(Dispatch, EachTypeSelectsItsCategory)
-{
-    expect_row(1, "admin", mdm::_set_admin, mdm::_get_admin, mdm::_size_of_admin, mdm::_free_admin);
-    expect_row(3, "pwd", mdm::_set_pwd, mdm::_get_pwd, mdm::_size_of_pwd, mdm::_free_pwd);
-    expect_row(5, "security", mdm::_set_security, mdm::_get_security, mdm::_size_of_security,
-               mdm::_free_security);
-    expect_row(7, "wifi", mdm::_set_wifi, mdm::_get_wifi, mdm::_size_of_wifi, mdm::_free_wifi);
-    expect_row(9, "bluetooth", mdm::_set_bluetooth, mdm::_get_bluetooth, mdm::_size_of_bluetooth,
-               mdm::_free_bluetooth);
-    expect_row(11, "eas", mdm::_set_eas, mdm::_get_eas, mdm::_size_of_eas, mdm::_free_eas);
-    expect_row(13, "app", mdm::_set_app, mdm::_get_app, mdm::_size_of_app, mdm::_free_app);
-    expect_row(14, "app_res", mdm::_set_app_res, mdm::_get_app_res, mdm::_size_of_app_res,
-               mdm::_free_app_res);
-    expect_row(15, "roaming", mdm::_set_roaming, mdm::_get_roaming, mdm::_size_of_roaming,
-               mdm::_free_roaming);
-    expect_row(16, "roaming_res", mdm::_set_roaming_res, mdm::_get_roaming_res,
-               mdm::_size_of_roaming_res, mdm::_free_roaming);
-    expect_row(17, "misc", mdm::_set_misc, mdm::_get_misc, mdm::_size_of_misc, mdm::_free_misc);
-    expect_row(21, "apn", mdm::_set_apn, mdm::_get_apn, mdm::_size_of_apn, mdm::_free_apn);
-    expect_row(23, "browser", mdm::_set_single_list, mdm::_get_single_list_unread,
-               mdm::_size_of_single_list, mdm::_free_single_list);
-    expect_row(25, "date_time", mdm::_set_single_list, mdm::_get_single_list,
-               mdm::_size_of_single_list, mdm::_free_single_list);
-    expect_row(27, "remote", mdm::_set_single_list, mdm::_get_single_list,
-               mdm::_size_of_single_list, mdm::_free_single_list);
-    expect_row(29, "vpn", mdm::_set_single_list, mdm::_get_single_list, mdm::_size_of_single_list,
-               mdm::_free_single_list);
-    expect_row(31, "firewall", mdm::_set_single_list, mdm::_get_single_list,
-               mdm::_size_of_single_list, mdm::_free_single_list);
-    expect_row(33, "res", mdm::_set_single_list, mdm::_get_single_list, mdm::_size_of_single_list,
-               mdm::_free_single_list);
-    expect_row(35, "phone_res", mdm::_set_phone_res, mdm::_get_phone_res, mdm::_size_of_phone_res,
-               mdm::_free_phone_res);
-    expect_row(37, "enterprise", mdm::_set_single_list, mdm::_get_single_list_unread,
-               mdm::_size_of_single_list, mdm::_free_single_list);
-    expect_row(39, "email", mdm::_set_email, mdm::_get_email, mdm::_size_of_email,
-               mdm::_free_email);
-    expect_row(45, "kiosk", mdm::_set_kiosk, mdm::_get_kiosk, mdm::_size_of_kiosk,
-               mdm::_free_kiosk);
-    expect_row(47, "container", mdm::_set_container, mdm::_get_container, mdm::_size_of_container,
-               mdm::_free_container);
-    expect_row(49, "location", mdm::_set_location, mdm::_get_location, mdm::_size_of_location,
-               mdm::_free_location);
-    expect_row(51, "log_manager", mdm::_set_log_manager, mdm::_get_log_manager,
-               mdm::_size_of_log_manager, mdm::_free_log_manager);
-    expect_row(53, "platform", mdm::_set_platform, mdm::_get_platform, mdm::_size_of_platform,
-               mdm::_free_platform);
-    expect_row(61, "app_cb", mdm::_set_app_cb, mdm::_get_app_cb, mdm::_size_of_app_cb,
-               mdm::_free_app_cb);
-    expect_row(63, "misc_cb", mdm::_set_misc_cb, mdm::_get_misc_cb, mdm::_size_of_misc_cb,
-               mdm::_free_misc_cb);
+    for (uint8_t type = 0; type <= 80; ++type) {
+        const ipc_handler_row &row = category_of(type).row;
+        const bool expected = has_category(type);
+        EXPECT_EQ(row.set != nullptr, expected) << int{type};
+        EXPECT_EQ(row.get != nullptr, expected) << int{type};
+        EXPECT_EQ(row.size != nullptr, expected) << int{type};
+        EXPECT_EQ(row.free != nullptr, expected) << int{type};
+    }
 }
 
 TEST(Dispatch, BothTypesOfAPairShareTheirHandlers)
 {
-    for (const uint8_t first : std::to_array<uint8_t>(
-             {1, 3, 5, 7, 9, 11, 17, 21, 23, 25, 27, 29, 31, 33, 35, 37, 39, 45, 47, 49, 51, 53})) {
-        EXPECT_TRUE(same_handlers(first, static_cast<uint8_t>(first + 1))) << int{first};
-    }
-}
-
-TEST(Dispatch, RowsWithoutCategoryAreEmpty)
-{
-    std::vector<uint8_t> empty = {0, 19, 20, 41, 42, 43, 44, 62, 75};
-    for (uint8_t type = 55; type <= 60; ++type) {
-        empty.push_back(type);
-    }
-    for (uint8_t type = 64; type <= 80; ++type) {
-        empty.push_back(type);
-    }
-    for (const uint8_t type : empty) {
-        EXPECT_TRUE(is_empty(type)) << int{type};
+    for (const CategoryEntry &entry : category_entries) {
+        const Category first = category_of(entry.first);
+        const Category last = category_of(entry.last);
+        EXPECT_EQ(&first.row, &last.row) << entry.name;
+        EXPECT_EQ(first.names.origin(), last.names.origin()) << entry.name;
     }
 }
 
@@ -394,12 +326,11 @@ TEST(Serialise, TypeWithoutCategoryReturnsNullInSilence)
 
 TEST(Serialise, LogsEnterAndExitAroundTheCategorysLines)
 {
-    mdm_msg_t msg = message(type_res);
+    mdm_msg_t msg = message(res.type);
     LogRecorder log;
     serialize(msg);
-    EXPECT_THAT(log.take(),
-                ElementsAre(enter("ipc_serialize"), enter("_size_of_res"), leave("_size_of_res"),
-                            enter("_set_res"), leave("_set_res"), leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize"), enter(res.size), leave(res.size),
+                                        enter(res.set), leave(res.set), leave("ipc_serialize")));
 }
 
 // Handlers of a made-up category, for what no real one does.
@@ -441,7 +372,7 @@ struct Serialised {
 Serialised serialize_made_up(const ipc_handler_row &row, int32_t body_size)
 {
     made_up_size = body_size;
-    mdm_msg_t msg = message(type_res);
+    mdm_msg_t msg = message(res.type);
     uint32_t length = 0;
     uint8_t *buffer = ipc_serialize({row, no_names}, &msg, &length);
     EXPECT_NE(buffer, nullptr);
@@ -456,7 +387,7 @@ TEST(Serialise, TotalBelow8FailsAnAssertTwice)
     for (const int32_t body_size :
          {-33, -39, -40, -41, -999, INT32_MIN, INT32_MAX, INT32_MAX - 39}) {
         made_up_size = body_size;
-        mdm_msg_t msg = message(type_res);
+        mdm_msg_t msg = message(res.type);
         uint32_t length = 77;
         LogRecorder log;
         const ipc_handler_row row = {set_three_bytes, nullptr, size_made_up, nullptr};
@@ -470,7 +401,7 @@ TEST(Serialise, TotalBelow8FailsAnAssertTwice)
 TEST(Serialise, TotalFrom8UpGetsABufferWithItsTrailer)
 {
     for (const int32_t total : {8, 9, 39, 40}) {
-        mdm_msg_t msg = message(type_res);
+        mdm_msg_t msg = message(res.type);
         msg.hdr_byte = 0x99;
         LogRecorder log;
         AllocationTrace trace;
@@ -479,7 +410,7 @@ TEST(Serialise, TotalFrom8UpGetsABufferWithItsTrailer)
         const auto size = static_cast<size_t>(total);
         EXPECT_THAT(trace.allocated(), ElementsAre(Block{buffer, size + 5}));
         EXPECT_EQ(load_u32(buffer), size - 8);
-        EXPECT_EQ(buffer[4], type_res);
+        EXPECT_EQ(buffer[4], res.type);
         EXPECT_EQ(buffer[5], 0x99);
         EXPECT_EQ(Bytes(buffer + 6, buffer + 8), hex("00 00"));
         EXPECT_EQ(Bytes(buffer + size, buffer + size + 5), hex("00 F4 F4 F4 F4"));
@@ -490,7 +421,7 @@ TEST(Serialise, TotalFrom8UpGetsABufferWithItsTrailer)
 
 TEST(Serialise, TotalsBelow1AndBelow8FailDifferentChecks)
 {
-    const mdm_msg_t msg = message(type_res);
+    const mdm_msg_t msg = message(res.type);
     LogRecorder log;
     EXPECT_EQ(_alloc_msg(msg, 0), nullptr);
     EXPECT_EQ(_alloc_msg(msg, INT32_MIN), nullptr);
@@ -680,7 +611,7 @@ TEST(Deserialise, FewerBytesThanALengthFieldAreRejectedUnread)
         expect_rejected(&msg, few.get(), length);
     }
     for (uint32_t length = 0; length < 4; ++length) {
-        Bytes matching = header_only(type_res);
+        Bytes matching = header_only(res.type);
         store_u32(matching.data(), length - 8);
         expect_rejected(matching, length);
     }
@@ -692,7 +623,7 @@ TEST(Deserialise, LengthsFrom4To39AreRejected)
         Bytes bytes(length);
         store_u32(bytes.data(), length >= 8 ? length - 8 : 0);
         if (length > 4) {
-            bytes[4] = type_res;
+            bytes[4] = res.type;
         }
         expect_rejected(bytes, length);
     }
@@ -718,7 +649,7 @@ TEST(Deserialise, TypeOutside1To80IsRejected)
 TEST(Deserialise, EveryTypeWithoutCategoryFillsTheHeaderOnly)
 {
     for (uint8_t type = 1; type <= 80; ++type) {
-        if (!is_empty(type)) {
+        if (has_category(type)) {
             continue;
         }
         mdm_msg_t msg = prefilled();
@@ -751,8 +682,8 @@ TEST(Deserialise, LogsEnterAndExitAroundTheCategorysLines)
     mdm_msg_t msg{};
     LogRecorder log;
     EXPECT_EQ(deserialize(msg, res_message), 0);
-    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), enter("_get_res"),
-                                        leave("_get_res"), leave("ipc_deserialize")));
+    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), enter(res.get), leave(res.get),
+                                        leave("ipc_deserialize")));
     ipc_free(&msg);
 }
 
@@ -765,7 +696,7 @@ TEST(Envelope, FailuresAreTheSameWithTheLoggerOff)
     EXPECT_EQ(::ipc_serialize(&untyped, &length), nullptr);
     EXPECT_EQ(length, 77U);
 
-    mdm_msg_t msg = message(type_res);
+    mdm_msg_t msg = message(res.type);
     made_up_size = -999;
     const ipc_handler_row row = {nullptr, nullptr, size_made_up, nullptr};
     EXPECT_EQ(ipc_serialize({row, no_names}, &msg, &length), nullptr);
@@ -831,7 +762,7 @@ TEST(Free, TypesWithoutCategoryReleaseTheTextOnly)
 
 TEST(Free, ReleasesTheTextBeforeTheBody)
 {
-    mdm_msg_t msg = message(type_res);
+    mdm_msg_t msg = message(res.type);
     msg.hdr_text = heap_text("text");
     msg.body.res.data = heap_text("payload");
     const void *text = msg.hdr_text;
@@ -844,19 +775,19 @@ TEST(Free, ReleasesTheTextBeforeTheBody)
 
 TEST(Free, LogsNothingOfItsOwn)
 {
-    mdm_msg_t msg = message(1);
+    mdm_msg_t msg = message(admin.type);
     LogRecorder log;
     EXPECT_EQ(ipc_free(&msg), 0);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+    EXPECT_EQ(log.take(), enter_and_leave(admin.free));
 }
 
 TEST(Free, ASecondCallCallsTheCategoryAgain)
 {
-    mdm_msg_t msg = message(1);
+    mdm_msg_t msg = message(admin.type);
     EXPECT_EQ(ipc_free(&msg), 0);
     LogRecorder log;
     EXPECT_EQ(ipc_free(&msg), 0);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+    EXPECT_EQ(log.take(), enter_and_leave(admin.free));
 }
 
 TEST(Envelope, ThreadsWorkOnDifferentMessagesAtOnce)
@@ -866,7 +797,7 @@ TEST(Envelope, ThreadsWorkOnDifferentMessagesAtOnce)
         threads.emplace_back([worker] {
             for (int round = 0; round < 200; ++round) {
                 const std::string text = "worker " + std::to_string(worker);
-                mdm_msg_t msg = message(type_res);
+                mdm_msg_t msg = message(res.type);
                 msg.hdr_word1 = static_cast<uint32_t>(round);
                 msg.body.res.data_size = static_cast<int32_t>(text.size());
                 msg.body.res.data = const_cast<char *>(text.data());

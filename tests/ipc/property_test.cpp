@@ -10,6 +10,7 @@
 #include <rapidcheck.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/senders.hpp"
 #include "support/wire.hpp"
@@ -51,7 +52,7 @@ void expect_bounds(mdm_msg_t &msg, const Bytes &body, bool is_received)
 
     mdm_body_t received{};
     AllocationTrace trace;
-    const size_t consumed = read_body(msg.type, received, body);
+    const size_t consumed = row.read(&received, body);
     trace.stop();
     release_blocks(trace.kept());
     RC_ASSERT(consumed <= body.size());

@@ -1,35 +1,82 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/handlers.hpp"
 
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+
 #include "ipc/category.hpp"
+#include "support/allocation_trace.hpp"
 
 namespace mdm::test {
 
-uint8_t *Handlers::set(uint8_t *position, mdm_body_t *body) const
+const CategoryEntry &category_entry(uint8_t type)
 {
-    const Category category = category_of(type_);
-    Writer out(position, 0, 0, category.log(Log::Function::set));
-    return category.set(out, body) ? out.position() : nullptr;
+    for (const CategoryEntry &entry : category_entries) {
+        if (entry.first <= type && type <= entry.last) {
+            return entry;
+        }
+    }
+    throw std::invalid_argument("no category: " + std::to_string(type));
 }
 
-const uint8_t *Handlers::get(mdm_body_t *body, const uint8_t *position) const
+Handler::operator Origin() const
 {
-    const Category category = category_of(type_);
-    Reader in(position, 0, category.log(Log::Function::get));
-    return category.get(in, body) ? in.position() : nullptr;
+    const CategoryEntry &entry = category_entry(type_);
+    return {std::string(prefix_) + entry.name, entry.file};
 }
 
-uint32_t Handlers::size(mdm_body_t *body) const
+uint32_t SizeOf::operator()(mdm_body_t *body) const
 {
     const Category category = category_of(type_);
     Lengths lengths;
     return category.row.size(lengths, category.log(Log::Function::size), body);
 }
 
-void Handlers::free(mdm_body_t *body) const
+uint8_t *Set::operator()(uint8_t *position, mdm_body_t *body) const
+{
+    const Category category = category_of(type_);
+    Writer out(position, 0, 0, category.log(Log::Function::set));
+    return category.set(out, body) ? out.position() : nullptr;
+}
+
+const uint8_t *Get::operator()(mdm_body_t *body, const uint8_t *position) const
+{
+    const Category category = category_of(type_);
+    Reader in(position, 0, category.log(Log::Function::get));
+    return category.get(in, body) ? in.position() : nullptr;
+}
+
+void Free::operator()(mdm_body_t *body) const
 {
     const Category category = category_of(type_);
     category.row.free(category.log(Log::Function::free), body);
+}
+
+Bytes Handlers::write(mdm_body_t *body) const
+{
+    Bytes buffer(4096);
+    const uint8_t *end = set(buffer.data(), body);
+    EXPECT_NE(end, nullptr);
+    buffer.resize(static_cast<size_t>(end - buffer.data()));
+    return buffer;
+}
+
+size_t Handlers::read(mdm_body_t *body, const Bytes &bytes) const
+{
+    const auto copy = exact_copy(bytes);
+    const uint8_t *end = get(body, copy.get());
+    EXPECT_NE(end, nullptr);
+    return static_cast<size_t>(end - copy.get());
+}
+
+std::vector<const void *> Handlers::release(mdm_body_t *body) const
+{
+    AllocationTrace trace;
+    free(body);
+    trace.stop();
+    return trace.released();
 }
 
 }  // namespace mdm::test

@@ -64,51 +64,52 @@ LogLine parsed(const PlatformLine &line)
 
 std::ostream &operator<<(std::ostream &out, const LogLine &line)
 {
-    return out << line.level << ' ' << line.function << ' ' << line.text;
+    return out << line.level << ' ' << line.file << ' ' << line.function << ' ' << line.text;
 }
 
-LogLine enter(const char *function)
+LogLine enter(const Origin &from)
 {
-    return {MDM_LOG_DEBUG, function, "\033[0;32mENTER >>>>\033[0;m"};
+    return {MDM_LOG_DEBUG, from.function, "\033[0;32mENTER >>>>\033[0;m", from.file};
 }
 
-LogLine leave(const char *function)
+LogLine leave(const Origin &from)
 {
-    return {MDM_LOG_DEBUG, function, "\033[0;32mEXIT  <<<<\033[0;m"};
+    return {MDM_LOG_DEBUG, from.function, "\033[0;32mEXIT  <<<<\033[0;m", from.file};
 }
 
-std::vector<LogLine> enter_and_leave(const char *function)
+std::vector<LogLine> enter_and_leave(const Origin &from)
 {
-    return {enter(function), leave(function)};
+    return {enter(from), leave(from)};
 }
 
-LogLine debug(const char *function, const char *text)
+LogLine debug(const Origin &from, const char *text)
 {
-    return {MDM_LOG_DEBUG, function, text};
+    return {MDM_LOG_DEBUG, from.function, text, from.file};
 }
 
-LogLine info(const char *function, const std::string &text)
+LogLine info(const Origin &from, const std::string &text)
 {
-    return {MDM_LOG_INFO, function, text};
+    return {MDM_LOG_INFO, from.function, text, from.file};
 }
 
-std::vector<LogLine> infos(const char *function, const std::vector<std::string> &texts)
+std::vector<LogLine> infos(const Origin &from, const std::vector<std::string> &texts)
 {
     std::vector<LogLine> lines;
     for (const std::string &text : texts) {
-        lines.push_back(info(function, text));
+        lines.push_back(info(from, text));
     }
     return lines;
 }
 
-LogLine critical(const char *function, const std::string &text)
+LogLine critical(const Origin &from, const std::string &text)
 {
-    return {MDM_LOG_CRITICAL, function, "\033[0;31m* Critical * " + text + "\033[0;m"};
+    return {MDM_LOG_CRITICAL, from.function, "\033[0;31m* Critical * " + text + "\033[0;m",
+            from.file};
 }
 
-LogLine assert_fails(const char *function)
+LogLine assert_fails(const Origin &from)
 {
-    return critical(function, "_ASSERT fails");
+    return critical(from, "_ASSERT fails");
 }
 
 LogRecorder::LogRecorder(mdm_log_level_t threshold) : previous_threshold_(mdm_log_get_level())

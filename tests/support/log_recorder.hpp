@@ -8,6 +8,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "mdm/log.h"
@@ -23,8 +24,22 @@ struct PlatformLine {
     std::string text;
 };
 
+// Where a line comes from.
+struct Origin {
+    // NOLINTNEXTLINE(google-explicit-constructor): so that enter("ipc_free") will do
+    Origin(const char *its_function) : function(its_function) {}
+    Origin(std::string its_function, const char *its_file)
+        : function(std::move(its_function)), file(its_file)
+    {
+    }
+
+    std::string function;
+    std::string file;  // empty: any
+};
+
 // A line of the library: its level, the function that logged it, what follows the prefix, and
-// where it was logged. Expected lines leave the last two to the code.
+// where it was logged. An expected line says nothing of the source line, and the file only if its
+// origin does.
 struct LogLine {
     uint32_t level;
     std::string function;
@@ -35,20 +50,21 @@ struct LogLine {
     friend bool operator==(const LogLine &left, const LogLine &right)
     {
         return left.level == right.level && left.function == right.function &&
-               left.text == right.text;
+               left.text == right.text &&
+               (left.file.empty() || right.file.empty() || left.file == right.file);
     }
 };
 
 std::ostream &operator<<(std::ostream &out, const LogLine &line);
 
-LogLine enter(const char *function);
-LogLine leave(const char *function);
-std::vector<LogLine> enter_and_leave(const char *function);
-LogLine debug(const char *function, const char *text);
-LogLine info(const char *function, const std::string &text);
-std::vector<LogLine> infos(const char *function, const std::vector<std::string> &texts);
-LogLine critical(const char *function, const std::string &text);
-LogLine assert_fails(const char *function);
+LogLine enter(const Origin &from);
+LogLine leave(const Origin &from);
+std::vector<LogLine> enter_and_leave(const Origin &from);
+LogLine debug(const Origin &from, const char *text);
+LogLine info(const Origin &from, const std::string &text);
+std::vector<LogLine> infos(const Origin &from, const std::vector<std::string> &texts);
+LogLine critical(const Origin &from, const std::string &text);
+LogLine assert_fails(const Origin &from);
 
 // Records from its construction to its destruction, one at a time, under a threshold of its own.
 // Any number of threads may log meanwhile.

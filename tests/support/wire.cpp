@@ -8,20 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/allocation_trace.hpp"
-#include "support/handlers.hpp"
-
 namespace mdm::test {
-namespace {
-
-std::unique_ptr<uint8_t[]> exact_copy(const Bytes &bytes)
-{
-    auto copy = std::make_unique<uint8_t[]>(bytes.size());
-    std::ranges::copy(bytes, copy.get());
-    return copy;
-}
-
-}  // namespace
 
 Bytes hex(std::string_view text)
 {
@@ -166,40 +153,17 @@ Bytes serialize(mdm_msg_t &msg)
     return bytes;
 }
 
+std::unique_ptr<uint8_t[]> exact_copy(const Bytes &bytes)
+{
+    auto copy = std::make_unique<uint8_t[]>(bytes.size());
+    std::ranges::copy(bytes, copy.get());
+    return copy;
+}
+
 int32_t deserialize(mdm_msg_t &msg, const Bytes &bytes)
 {
     const auto copy = exact_copy(bytes);
     return ipc_deserialize(&msg, copy.get(), static_cast<uint32_t>(bytes.size()));
-}
-
-uint32_t size_body(uint8_t type, mdm_body_t &body)
-{
-    return Handlers(type).size(&body);
-}
-
-Bytes write_body(uint8_t type, mdm_body_t &body)
-{
-    Bytes buffer(4096);
-    const uint8_t *end = Handlers(type).set(buffer.data(), &body);
-    EXPECT_NE(end, nullptr);
-    buffer.resize(static_cast<size_t>(end - buffer.data()));
-    return buffer;
-}
-
-size_t read_body(uint8_t type, mdm_body_t &body, const Bytes &bytes)
-{
-    const auto copy = exact_copy(bytes);
-    const uint8_t *end = Handlers(type).get(&body, copy.get());
-    EXPECT_NE(end, nullptr);
-    return static_cast<size_t>(end - copy.get());
-}
-
-std::vector<const void *> free_body(uint8_t type, mdm_body_t &body)
-{
-    AllocationTrace trace;
-    Handlers(type).free(&body);
-    trace.stop();
-    return trace.released();
 }
 
 }  // namespace mdm::test

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Short ways to write bytes down and to run messages and bodies through the codec.
+// Short ways to write bytes down and to run messages through the codec.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,6 @@
 #include <gtest/gtest.h>
 
 #include "mdm/ipc.h"
-#include "support/handlers.hpp"
 
 namespace mdm::test {
 
@@ -110,21 +109,10 @@ mdm_msg_t message(uint8_t type);
 // The bytes of a message; fails the test if there are none.
 Bytes serialize(mdm_msg_t &msg);
 
-// ipc_deserialize() on an exact heap copy of the bytes, so that no read beyond them goes unseen
-// under a sanitizer.
+// A heap copy of the bytes alone, so that no read beyond them goes unseen under a sanitizer.
+std::unique_ptr<uint8_t[]> exact_copy(const Bytes &bytes);
+
+// ipc_deserialize() on an exact copy of the bytes.
 int32_t deserialize(mdm_msg_t &msg, const Bytes &bytes);
-
-// What the size handler of the message type returns.
-uint32_t size_body(uint8_t type, mdm_body_t &body);
-
-// The body's bytes as the set handler of the message type writes them into a zeroed buffer that
-// is larger than any test needs.
-Bytes write_body(uint8_t type, mdm_body_t &body);
-
-// Lets the get handler of the message type read the body; returns how many bytes it consumed.
-size_t read_body(uint8_t type, mdm_body_t &body, const Bytes &bytes);
-
-// Lets the free handler of the message type release the body; returns what it released, in order.
-std::vector<const void *> free_body(uint8_t type, mdm_body_t &body);
 
 }  // namespace mdm::test

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -14,7 +15,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_admin = 1;
+constexpr Handlers admin(1);
 
 char pkg[] = "alpha.app";
 char text[] = "hi";
@@ -39,12 +40,12 @@ TEST(Admin, RegistrationQueryWithoutPackageIs12Bytes)
     mdm_body_t sent = body(IS_CLIENT_REGISTERED, nullptr, nullptr);
     sent.admin.status = 1;
     const Bytes bytes = hex("00 00 00 00 00 00 00 00 01 00 00 00");
-    EXPECT_EQ(_size_of_admin(&sent), 12U);
-    EXPECT_EQ(write_body(type_admin, sent), bytes);
+    EXPECT_EQ(admin.size(&sent), 12U);
+    EXPECT_EQ(admin.write(&sent), bytes);
 
     mdm_body_t received{};
     received.admin.pkg = static_cast<char *>(sentinel());
-    EXPECT_EQ(read_body(type_admin, received, bytes), 12U);
+    EXPECT_EQ(admin.read(&received, bytes), 12U);
     EXPECT_EQ(received.admin.pkg, nullptr);
     EXPECT_EQ(received.admin.status, 1);
 }
@@ -52,16 +53,16 @@ TEST(Admin, RegistrationQueryWithoutPackageIs12Bytes)
 TEST(Admin, RegistrationQueryCarriesTypePackageAndStatus)
 {
     mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, text);
-    EXPECT_EQ(_size_of_admin(&sent), 21U);
-    EXPECT_EQ(write_body(type_admin, sent),
+    EXPECT_EQ(admin.size(&sent), 21U);
+    EXPECT_EQ(admin.write(&sent),
               hex("00 00 00 00 09 00 00 00 61 6C 70 68 61 2E 61 70 70 FE FF FF FF"));
 }
 
 TEST(Admin, GeneralFormCarriesTypeValuePackageAndText)
 {
     mdm_body_t sent = body(0x80000001, pkg, text);
-    EXPECT_EQ(_size_of_admin(&sent), 16U + 9 + 2);
-    EXPECT_EQ(write_body(type_admin, sent),
+    EXPECT_EQ(admin.size(&sent), 16U + 9 + 2);
+    EXPECT_EQ(admin.write(&sent),
               hex("01 00 00 80 04 03 02 01 09 00 00 00 61 6C 70 68 61 2E 61 70 70 "
                   "02 00 00 00 68 69"));
 }
@@ -69,12 +70,12 @@ TEST(Admin, GeneralFormCarriesTypeValuePackageAndText)
 TEST(Admin, EmptyStringsAre16BytesAndComeBackAsNull)
 {
     mdm_body_t sent = body(5, empty, empty);
-    EXPECT_EQ(_size_of_admin(&sent), 16U);
-    const Bytes bytes = write_body(type_admin, sent);
+    EXPECT_EQ(admin.size(&sent), 16U);
+    const Bytes bytes = admin.write(&sent);
     EXPECT_EQ(bytes, hex("05 00 00 00 04 03 02 01 00 00 00 00 00 00 00 00"));
 
     mdm_body_t received = body(0, pkg, text);
-    EXPECT_EQ(read_body(type_admin, received, bytes), 16U);
+    EXPECT_EQ(admin.read(&received, bytes), 16U);
     EXPECT_EQ(received.admin.pkg, nullptr);
     EXPECT_EQ(received.admin.text, nullptr);
 }
@@ -86,7 +87,7 @@ TEST(Admin, SizeCountsWhatIsWritten)
         for (char *first : {static_cast<char *>(nullptr), empty, one, non_ascii, pkg}) {
             for (char *second : {static_cast<char *>(nullptr), empty, one, long_text.data()}) {
                 mdm_body_t sent = body(type, first, second);
-                EXPECT_EQ(write_body(type_admin, sent).size(), _size_of_admin(&sent));
+                EXPECT_EQ(admin.write(&sent).size(), admin.size(&sent));
             }
         }
     }
@@ -96,7 +97,7 @@ TEST(Admin, RegistrationQueryLeavesTheFieldsOfTheOtherForm)
 {
     mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, nullptr);
     mdm_body_t received = body(7, nullptr, static_cast<char *>(sentinel()));
-    read_body(type_admin, received, write_body(type_admin, sent));
+    admin.read(&received, admin.write(&sent));
     EXPECT_EQ(received.admin.type, 0U);
     EXPECT_STREQ(received.admin.pkg, pkg);
     EXPECT_EQ(received.admin.status, -2);
@@ -114,7 +115,7 @@ TEST(Admin, GeneralFormLeavesStatus)
         mdm_body_t received = body(0, nullptr, nullptr);
         received.admin.status = 77;
         AllocationTrace trace;
-        read_body(type_admin, received, write_body(type_admin, sent));
+        admin.read(&received, admin.write(&sent));
         trace.stop();
         EXPECT_EQ(received.admin.type, type);
         EXPECT_EQ(received.admin.value, 9U);
@@ -124,7 +125,7 @@ TEST(Admin, GeneralFormLeavesStatus)
         EXPECT_EQ(received.admin.aux, 0xAAAAAAAAU);
         EXPECT_THAT(trace.kept(), ElementsAre(Block{received.admin.pkg, sizeof pkg},
                                               Block{received.admin.text, sizeof non_ascii}));
-        _free_admin(&received);
+        admin.free(&received);
     }
 }
 
@@ -135,8 +136,8 @@ TEST(Admin, FreeReleasesBothStringsInOrderAndMayRunTwice)
         const void *first = received.admin.pkg;
         const void *second = received.admin.text;
         AllocationTrace trace;
-        _free_admin(&received);
-        _free_admin(&received);
+        admin.free(&received);
+        admin.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(first, second));
         EXPECT_EQ(received.admin.pkg, nullptr);
@@ -162,50 +163,50 @@ TEST(Admin, WholeMessageLeaksNothing)
 TEST(Admin, SizeOfNullBodyFailsAnAssert)
 {
     LogRecorder log;
-    EXPECT_EQ(_size_of_admin(nullptr), 0U);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_admin"), assert_fails("_size_of_admin")));
+    EXPECT_EQ(admin.size(nullptr), 0U);
+    EXPECT_THAT(log.take(), ElementsAre(enter(admin.size), assert_fails(admin.size)));
 }
 
 TEST(Admin, FailureIsTheSameWithTheLoggerOff)
 {
     LogRecorder log(MDM_LOG_NONE);
-    EXPECT_EQ(_size_of_admin(nullptr), 0U);
+    EXPECT_EQ(admin.size(nullptr), 0U);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST(Admin, FreeOfNullBodyDoesNothing)
 {
     LogRecorder log;
-    _free_admin(nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+    admin.free(nullptr);
+    EXPECT_EQ(log.take(), enter_and_leave(admin.free));
 }
 
 TEST(Admin, RegistrationQueryLogsItsFields)
 {
     mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, nullptr);
     LogRecorder log;
-    _size_of_admin(&sent);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_admin"), leave("_size_of_admin")));
-    const Bytes bytes = write_body(type_admin, sent);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_admin"), debug("_set_admin", "info->type: 0"),
-                                        debug("_set_admin", "Processing IS_CLIENT_REGISTERED, pkg: "
-                                                            "'alpha.app', status: -2"),
-                                        leave("_set_admin")));
+    admin.size(&sent);
+    EXPECT_EQ(log.take(), enter_and_leave(admin.size));
+    const Bytes bytes = admin.write(&sent);
+    EXPECT_THAT(log.take(), ElementsAre(enter(admin.set), debug(admin.set, "info->type: 0"),
+                                        debug(admin.set, "Processing IS_CLIENT_REGISTERED, pkg: "
+                                                         "'alpha.app', status: -2"),
+                                        leave(admin.set)));
     mdm_body_t received{};
-    read_body(type_admin, received, bytes);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_admin"), debug("_get_admin", "info->type: 0"),
-                                        debug("_get_admin", "Processed IS_CLIENT_REGISTERED, pkg: "
-                                                            "'alpha.app', status: -2"),
-                                        leave("_get_admin")));
-    _free_admin(&received);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_admin"), leave("_free_admin")));
+    admin.read(&received, bytes);
+    EXPECT_THAT(log.take(), ElementsAre(enter(admin.get), debug(admin.get, "info->type: 0"),
+                                        debug(admin.get, "Processed IS_CLIENT_REGISTERED, pkg: "
+                                                         "'alpha.app', status: -2"),
+                                        leave(admin.get)));
+    admin.free(&received);
+    EXPECT_EQ(log.take(), enter_and_leave(admin.free));
 }
 
 TEST(Admin, NullPackageIsLoggedAsTheCLibraryPrintsIt)
 {
     mdm_body_t sent = body(IS_CLIENT_REGISTERED, nullptr, nullptr);
     LogRecorder log;
-    write_body(type_admin, sent);
+    admin.write(&sent);
     EXPECT_EQ(log.take()[2].text, "Processing IS_CLIENT_REGISTERED, pkg: '(null)', status: -2");
 }
 
@@ -213,14 +214,14 @@ TEST(Admin, GeneralFormLogsItsTypeOnlyAsASignedNumber)
 {
     mdm_body_t sent = body(0xFFFFFFFE, pkg, nullptr);
     LogRecorder log;
-    const Bytes bytes = write_body(type_admin, sent);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_admin"), debug("_set_admin", "info->type: -2"),
-                                        leave("_set_admin")));
+    const Bytes bytes = admin.write(&sent);
+    EXPECT_THAT(log.take(), ElementsAre(enter(admin.set), debug(admin.set, "info->type: -2"),
+                                        leave(admin.set)));
     mdm_body_t received{};
-    read_body(type_admin, received, bytes);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_admin"), debug("_get_admin", "info->type: -2"),
-                                        leave("_get_admin")));
-    _free_admin(&received);
+    admin.read(&received, bytes);
+    EXPECT_THAT(log.take(), ElementsAre(enter(admin.get), debug(admin.get, "info->type: -2"),
+                                        leave(admin.get)));
+    admin.free(&received);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -20,7 +21,7 @@ using ::testing::IsEmpty;
 using ::testing::IsNull;
 using ::testing::StrEq;
 
-constexpr uint8_t type_apn = 21;
+constexpr Handlers apn(21);
 
 bool is_profile(uint32_t type)
 {
@@ -69,8 +70,7 @@ mdm_body_t received(uint32_t type, int32_t data_size)
 {
     mdm_body_t received = body(0, 0, sentinel());
     const Bytes payload = data_size == 0 ? Bytes{} : payload_bytes(type);
-    EXPECT_EQ(read_body(type_apn, received, head_bytes(type, data_size) + payload),
-              12 + payload.size());
+    EXPECT_EQ(apn.read(&received, head_bytes(type, data_size) + payload), 12 + payload.size());
     return received;
 }
 
@@ -101,10 +101,9 @@ void expect_sizes(mdm_body_t &sent, uint32_t size, int32_t data_size)
 {
     const std::string text = "size [" + std::to_string(static_cast<int32_t>(size)) + "]";
     LogRecorder log;
-    EXPECT_EQ(size_body(type_apn, sent), size);
+    EXPECT_EQ(apn.size(&sent), size);
     EXPECT_EQ(sent.apn.data_size, data_size);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_apn"), info("_size_of_apn", text),
-                                        leave("_size_of_apn")));
+    EXPECT_THAT(log.take(), ElementsAre(enter(apn.size), info(apn.size, text), leave(apn.size)));
 }
 
 TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
@@ -113,7 +112,7 @@ TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
         mdm_apn_account_t record = full_profile();
         mdm_body_t sent = body(type, 3, &record);
         expect_sizes(sent, 12 + 3 + profile_size, 3 + profile_size);
-        const Bytes bytes = write_body(type_apn, sent);
+        const Bytes bytes = apn.write(&sent);
         EXPECT_EQ(bytes, head_bytes(type, 3 + profile_size) + profile_bytes);
         EXPECT_EQ(sent.apn.data, &record);
 
@@ -130,7 +129,7 @@ TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
         ASSERT_EQ(kept.size(), 1U + 13);
         EXPECT_EQ(kept.front(), (Block{&profile, sizeof profile}));
         EXPECT_EQ(kept.back(), (Block{profile.str14, 3}));
-        _free_apn(&back);
+        apn.free(&back);
     }
 }
 
@@ -143,9 +142,9 @@ TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
     for (const uint32_t type : {387U, 393U}) {
         mdm_body_t sent = body(type, 1, &record);
         expect_sizes(sent, 73, 61);
-        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 61) + payload);
+        EXPECT_EQ(apn.write(&sent), head_bytes(type, 61) + payload);
         expect_sizes(sent, 133, 121);
-        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 121) + payload);
+        EXPECT_EQ(apn.write(&sent), head_bytes(type, 121) + payload);
 
         sent.apn.data_size = -1;
         expect_sizes(sent, 71, 59);
@@ -153,7 +152,7 @@ TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
         expect_sizes(sent, 0x80000000U + 72, INT32_MIN + 60);
         sent.apn.data_size = -60;
         expect_sizes(sent, 12, 0);
-        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 0));
+        EXPECT_EQ(apn.write(&sent), head_bytes(type, 0));
     }
 }
 
@@ -162,7 +161,7 @@ TEST(Apn, ProfileMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
     mdm_apn_account_t record{};
     record.num0 = 1;
     record.num1 = 2;
-    mdm_msg_t msg = message(type_apn);
+    mdm_msg_t msg = message(apn.type);
     msg.body = body(387, 1, &record);
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
@@ -191,7 +190,7 @@ TEST(Apn, ListCarriesACountAndProfilesAndCountsTheWholeBody)
         mdm_body_t sent = body(type, -5, list);
         expect_sizes(sent, size, size);
         expect_sizes(sent, size, size);
-        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, size) + list_bytes);
+        EXPECT_EQ(apn.write(&sent), head_bytes(type, size) + list_bytes);
 
         AllocationTrace trace;
         mdm_body_t back = received(type, size);
@@ -203,7 +202,7 @@ TEST(Apn, ListCarriesACountAndProfilesAndCountsTheWholeBody)
         EXPECT_EQ(profile_at(profiles[1]).num1, 0U);
         EXPECT_THAT(strings_of(profile_at(profiles[1])), Each(IsNull()));
         EXPECT_EQ(trace.kept().size(), 2U + 13 + 2);
-        _free_apn(&back);
+        apn.free(&back);
     }
     g_list_free(list);
 }
@@ -214,7 +213,7 @@ TEST(Apn, ListOfTwoProfilesWithNullStringsIs136Bytes)
     GList *list = list_of({&record, &record});
     mdm_body_t sent = body(390, 1, list);
     expect_sizes(sent, 136, 136);
-    EXPECT_EQ(write_body(type_apn, sent), head_bytes(390, 136) + hex("02 00 00 00") + Bytes(120));
+    EXPECT_EQ(apn.write(&sent), head_bytes(390, 136) + hex("02 00 00 00") + Bytes(120));
     g_list_free(list);
 }
 
@@ -226,7 +225,7 @@ TEST(Apn, ListsOfManyProfilesTravel)
         profile.num1 = static_cast<uint32_t>(&profile - profiles.data());
         list = g_list_append(list, &profile);
     }
-    mdm_msg_t msg = message(type_apn);
+    mdm_msg_t msg = message(apn.type);
     msg.body = body(391, 1, list);
     mdm_msg_t arrived{};
     EXPECT_EQ(deserialize(arrived, serialize(msg)), 0);
@@ -245,7 +244,7 @@ TEST(Apn, ListCountBelow1IsReceivedAsNull)
     for (const uint32_t type : {389U, 390U, 391U}) {
         for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
             mdm_body_t empty = body(0, 0, sentinel());
-            EXPECT_EQ(read_body(type_apn, empty, head_bytes(type, 1) + hex(count)), 16U);
+            EXPECT_EQ(apn.read(&empty, head_bytes(type, 1) + hex(count)), 16U);
             EXPECT_EQ(empty.apn.data, nullptr);
             EXPECT_EQ(empty.apn.data_size, 1);
         }
@@ -259,10 +258,9 @@ TEST(Apn, ListWithANullElementHasNoSize)
                         list_of({&record, nullptr}), list_of({&record, nullptr, &record})}) {
         mdm_body_t sent = body(390, 9, list);
         LogRecorder log;
-        EXPECT_EQ(size_body(type_apn, sent), 0U);
-        EXPECT_THAT(log.take(),
-                    ElementsAre(enter("_size_of_apn"), critical("_size_of_apn", "acconts is NULL"),
-                                leave("_size_of_apn")));
+        EXPECT_EQ(apn.size(&sent), 0U);
+        EXPECT_THAT(log.take(), ElementsAre(enter(apn.size), critical(apn.size, "acconts is NULL"),
+                                            leave(apn.size)));
         EXPECT_EQ(sent.apn.data_size, 9);
         g_list_free(list);
     }
@@ -275,9 +273,9 @@ TEST(Apn, NullElementIsCountedButNeitherWrittenNorLogged)
     GList *list = list_of({nullptr, &unnamed, nullptr, &named});
     mdm_body_t sent = body(389, 9, list);
     LogRecorder log;
-    const Bytes bytes = write_body(type_apn, sent);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_apn"), info("_set_apn", "ProfileName [(null)]"),
-                                        info("_set_apn", "ProfileName [home]"), leave("_set_apn")));
+    const Bytes bytes = apn.write(&sent);
+    EXPECT_THAT(log.take(), ElementsAre(enter(apn.set), info(apn.set, "ProfileName [(null)]"),
+                                        info(apn.set, "ProfileName [home]"), leave(apn.set)));
     EXPECT_EQ(bytes,
               hex("85 01 00 00 04 03 02 01 09 00 00 00 04 00 00 00") + Bytes(60) + profile_bytes);
     g_list_free(list);
@@ -291,7 +289,7 @@ TEST(Apn, EveryOtherTypeIsRaw)
         mdm_body_t sent = body(type, 4, payload);
         expect_sizes(sent, 16, 4);
         expect_sizes(sent, 16, 4);
-        EXPECT_EQ(write_body(type_apn, sent), head_bytes(type, 4) + hex("01 02 FE 34"));
+        EXPECT_EQ(apn.write(&sent), head_bytes(type, 4) + hex("01 02 FE 34"));
 
         AllocationTrace trace;
         mdm_body_t back = received(type, 4);
@@ -299,7 +297,7 @@ TEST(Apn, EveryOtherTypeIsRaw)
         EXPECT_THAT(trace.kept(), ElementsAre(Block{back.apn.data, 5}));
         EXPECT_STREQ(static_cast<char *>(back.apn.data), payload);
         EXPECT_EQ(back.apn.data_size, 4);
-        _free_apn(&back);
+        apn.free(&back);
     }
 }
 
@@ -307,12 +305,12 @@ TEST(Apn, RawPayloadEndsAtItsFirstZeroByte)
 {
     char payload[] = "a\0b";
     mdm_body_t sent = body(388, 3, payload);
-    const Bytes bytes = write_body(type_apn, sent);
+    const Bytes bytes = apn.write(&sent);
     EXPECT_EQ(bytes, head_bytes(388, 3) + hex("61 00 62"));
     mdm_body_t back{};
-    EXPECT_EQ(read_body(type_apn, back, bytes), 15U);
+    EXPECT_EQ(apn.read(&back, bytes), 15U);
     EXPECT_EQ(std::string(static_cast<char *>(back.apn.data), 4), std::string("a\0\0\0", 4));
-    _free_apn(&back);
+    apn.free(&back);
 }
 
 TEST(Apn, RawSizeTrustsTheSignOfDataSize)
@@ -336,12 +334,12 @@ TEST(Apn, TextsOfEveryKindTravel)
     mdm_body_t sent = body(387, 1, &record);
     expect_sizes(sent, 73 + 505, 61 + 505);
     mdm_body_t back{};
-    EXPECT_EQ(read_body(type_apn, back, write_body(type_apn, sent)), 72U + 505);
+    EXPECT_EQ(apn.read(&back, apn.write(&sent)), 72U + 505);
     EXPECT_THAT(strings_of(profile_at(back.apn.data)),
                 ElementsAre(StrEq("\xC3\xA4\xFF\x01"), IsNull(), IsNull(), StrEq(text), IsNull(),
                             IsNull(), IsNull(), IsNull(), IsNull(), IsNull(), IsNull(), IsNull(),
                             StrEq("x")));
-    _free_apn(&back);
+    apn.free(&back);
 }
 
 TEST(Apn, NoPayloadIsTheHeadAlone)
@@ -351,11 +349,11 @@ TEST(Apn, NoPayloadIsTheHeadAlone)
                                 body(type, -1, nullptr), body(type, INT32_MIN, nullptr)}) {
             const int32_t data_size = sent.apn.data_size;
             LogRecorder log;
-            EXPECT_EQ(size_body(type_apn, sent), 12U);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_apn"), leave("_size_of_apn")));
+            EXPECT_EQ(apn.size(&sent), 12U);
+            EXPECT_EQ(log.take(), enter_and_leave(apn.size));
             EXPECT_EQ(sent.apn.data_size, data_size);
-            EXPECT_EQ(write_body(type_apn, sent).size(), 12U);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_set_apn"), leave("_set_apn")));
+            EXPECT_EQ(apn.write(&sent).size(), 12U);
+            EXPECT_EQ(log.take(), enter_and_leave(apn.set));
         }
         EXPECT_EQ(received(type, 0).apn.data, nullptr);
     }
@@ -367,9 +365,8 @@ TEST(Apn, NegativeDataSizeIsAPayloadOfAProfileOrAList)
         for (const int32_t data_size : {-1, INT32_MIN}) {
             mdm_body_t back = received(type, data_size);
             EXPECT_EQ(back.apn.data_size, data_size);
-            EXPECT_EQ(write_body(type_apn, back),
-                      head_bytes(type, data_size) + payload_bytes(type));
-            _free_apn(&back);
+            EXPECT_EQ(apn.write(&back), head_bytes(type, data_size) + payload_bytes(type));
+            apn.free(&back);
         }
     }
 }
@@ -384,11 +381,11 @@ TEST(Apn, TypesOfEachShape)
     for (const uint32_t type : types) {
         const size_t consumed = is_profile(type) ? 72 : is_list(type) ? 76 : 13;
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_apn, back, head_bytes(type, 1) + payload), consumed) << type;
-        EXPECT_EQ(size_body(type_apn, back), is_profile(type) ? 73 : consumed) << type;
-        EXPECT_EQ(write_body(type_apn, back).size(), consumed) << type;
+        EXPECT_EQ(apn.read(&back, head_bytes(type, 1) + payload), consumed) << type;
+        EXPECT_EQ(apn.size(&back), is_profile(type) ? 73 : consumed) << type;
+        EXPECT_EQ(apn.write(&back).size(), consumed) << type;
         const bool keeps_data = is_profile(type) || is_list(type);
-        EXPECT_EQ(free_body(type_apn, back).size(), is_list(type) ? 2U : 1U) << type;
+        EXPECT_EQ(apn.release(&back).size(), is_list(type) ? 2U : 1U) << type;
         EXPECT_EQ(back.apn.data != nullptr, keeps_data) << type;
         EXPECT_EQ(back.apn.data_size != 0, keeps_data) << type;
     }
@@ -418,10 +415,10 @@ TEST(Apn, FreeReleasesAProfileOrAListAndLeavesTheBody)
                 EXPECT_THAT(strings_of(profile_at(block)), Each(IsNull()));
             }
         });
-        _free_apn(&back);
+        apn.free(&back);
         trace.stop();
         EXPECT_EQ(trace.released(), expected);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_free_apn"), leave("_free_apn")));
+        EXPECT_EQ(log.take(), enter_and_leave(apn.free));
         EXPECT_EQ(back.apn.data, data);
         EXPECT_EQ(back.apn.data_size, -1);
     }
@@ -433,12 +430,12 @@ TEST(Apn, FreeReleasesARawPayloadAndResetsTheBody)
         mdm_body_t back = received(type, 4);
         const void *data = back.apn.data;
         LogRecorder log;
-        EXPECT_THAT(free_body(type_apn, back), ElementsAre(data));
-        EXPECT_THAT(log.take(), ElementsAre(enter("_free_apn"), leave("_free_apn")));
+        EXPECT_THAT(apn.release(&back), ElementsAre(data));
+        EXPECT_EQ(log.take(), enter_and_leave(apn.free));
         EXPECT_EQ(back.apn.data, nullptr);
         EXPECT_EQ(back.apn.data_size, 0);
         EXPECT_EQ(back.apn.type, type);
-        EXPECT_THAT(free_body(type_apn, back), IsEmpty());
+        EXPECT_THAT(apn.release(&back), IsEmpty());
     }
 }
 
@@ -448,10 +445,10 @@ TEST(Apn, FreeWithoutAPayloadReleasesNothing)
         mdm_body_t without_data = body(type, 3, nullptr);
         mdm_body_t without_size = body(type, 0, sentinel());
         LogRecorder log;
-        EXPECT_THAT(free_body(type_apn, without_data), IsEmpty());
-        EXPECT_THAT(free_body(type_apn, without_size), IsEmpty());
-        EXPECT_THAT(log.take(), ElementsAre(enter("_free_apn"), leave("_free_apn"),
-                                            enter("_free_apn"), leave("_free_apn")));
+        EXPECT_THAT(apn.release(&without_data), IsEmpty());
+        EXPECT_THAT(apn.release(&without_size), IsEmpty());
+        EXPECT_THAT(log.take(), ElementsAre(enter(apn.free), leave(apn.free), enter(apn.free),
+                                            leave(apn.free)));
         EXPECT_EQ(without_data.apn.data_size, 3);
         EXPECT_EQ(without_size.apn.data, sentinel());
     }
@@ -459,7 +456,7 @@ TEST(Apn, FreeWithoutAPayloadReleasesNothing)
 
 TEST(Apn, BothMessageTypesCarryEveryShapeAndLeakNothing)
 {
-    for (const uint8_t message_type : {type_apn, uint8_t{22}}) {
+    for (const uint8_t message_type : {apn.type, uint8_t{22}}) {
         for (const uint32_t type : some_types) {
             mdm_msg_t msg = message(message_type);
             msg.body = received(type, 4);
@@ -469,7 +466,7 @@ TEST(Apn, BothMessageTypesCarryEveryShapeAndLeakNothing)
             AllocationTrace trace;
             mdm_msg_t arrived{};
             EXPECT_EQ(deserialize(arrived, bytes), 0);
-            EXPECT_EQ(write_body(message_type, arrived.body), expected);
+            EXPECT_EQ(Handlers(message_type).write(&arrived.body), expected);
             EXPECT_EQ(ipc_free(&arrived), 0);
             trace.stop();
             EXPECT_THAT(trace.kept(), IsEmpty());
@@ -480,7 +477,7 @@ TEST(Apn, BothMessageTypesCarryEveryShapeAndLeakNothing)
 TEST(Apn, OnlyListsLogTheirProfilesNames)
 {
     for (const uint32_t type : some_types) {
-        const auto lines = [type](const char *function) {
+        const auto lines = [type](const Origin &function) {
             std::vector<LogLine> expected = {enter(function), leave(function)};
             if (is_list(type)) {
                 expected.insert(expected.begin() + 1, {info(function, "ProfileName [home]"),
@@ -491,11 +488,11 @@ TEST(Apn, OnlyListsLogTheirProfilesNames)
         const Bytes bytes = head_bytes(type, 4) + payload_bytes(type);
         mdm_body_t back{};
         LogRecorder log;
-        read_body(type_apn, back, bytes);
-        EXPECT_EQ(log.take(), lines("_get_apn"));
-        write_body(type_apn, back);
-        EXPECT_EQ(log.take(), lines("_set_apn"));
-        _free_apn(&back);
+        apn.read(&back, bytes);
+        EXPECT_EQ(log.take(), lines(apn.get));
+        apn.write(&back);
+        EXPECT_EQ(log.take(), lines(apn.set));
+        apn.free(&back);
     }
 }
 

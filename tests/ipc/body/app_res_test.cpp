@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -21,7 +22,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 
-constexpr uint8_t type_app_res = 14;
+constexpr Handlers app_res(14);
 
 constexpr std::array package_types = {3, 155, 159, 162, 168, 169, 170, 171, 176, 177};
 constexpr std::array item_types = {140, 141, 142};
@@ -58,10 +59,10 @@ mdm_body_t body(int32_t type, int32_t data_size, void *data, const char *pkg = n
 Bytes sized_and_written(mdm_body_t sent, uint32_t unwritten = 0)
 {
     const int32_t data_size = sent.app_res.data_size;
-    const uint32_t size = _size_of_app_res(&sent);
-    EXPECT_EQ(_size_of_app_res(&sent), size);
+    const uint32_t size = app_res.size(&sent);
+    EXPECT_EQ(app_res.size(&sent), size);
     EXPECT_EQ(sent.app_res.data_size, data_size);
-    Bytes bytes = write_body(type_app_res, sent);
+    Bytes bytes = app_res.write(&sent);
     EXPECT_EQ(bytes.size() + unwritten, size);
     return bytes;
 }
@@ -87,7 +88,7 @@ Received read(const Bytes &bytes)
     mdm_body_t used{};
     used.app_res = {-1, 0xBBBBBBBB, 0xCCCCCCCC, static_cast<char *>(sentinel()), -9, sentinel()};
     AllocationTrace trace;
-    const size_t consumed = read_body(type_app_res, used, bytes);
+    const size_t consumed = app_res.read(&used, bytes);
     trace.stop();
     EXPECT_EQ(used.app_res.aux, 0xBBBBBBBBU);
     EXPECT_EQ(used.app_res.param, 0x01020304U);
@@ -117,7 +118,7 @@ std::vector<const void *> release(mdm_body_t &received)
         received.app_res.data_size > 0) {
         kept = elements_of(received.app_res.data);
     }
-    auto released = free_body(type_app_res, received);
+    auto released = app_res.release(&received);
     release(kept);
     return released;
 }
@@ -408,7 +409,7 @@ TEST(AppRes, EveryOtherTypeIsRawAndEndsAtItsFirstZeroByte)
     release(received.body);
 
     mdm_body_t endless = body(143, INT32_MAX, nullptr, "abc");
-    EXPECT_EQ(_size_of_app_res(&endless), 0x80000012U);
+    EXPECT_EQ(app_res.size(&endless), 0x80000012U);
 }
 
 TEST(AppRes, FreeReleasesPackagesThenCellsThenThePackageName)
@@ -419,14 +420,14 @@ TEST(AppRes, FreeReleasesPackagesThenCellsThenThePackageName)
         const auto names = elements_of(received.app_res.data);
         const auto cells = cells_of(received.app_res.data);
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app_res, received),
+        EXPECT_THAT(app_res.release(&received),
                     ElementsAre(names[0], names[2], cells[0], cells[1], cells[2], pkg));
         EXPECT_EQ(received.app_res.data, nullptr);
         EXPECT_EQ(received.app_res.pkg, nullptr);
         EXPECT_EQ(received.app_res.data_size, 1);
         EXPECT_THAT(log.take(), IsEmpty());
-        EXPECT_THAT(free_body(type_app_res, received), IsEmpty());
-        EXPECT_THAT(log.take(), ElementsAre(leave("_free_app_res")));
+        EXPECT_THAT(app_res.release(&received), IsEmpty());
+        EXPECT_THAT(log.take(), ElementsAre(leave(app_res.free)));
     }
 }
 
@@ -442,12 +443,12 @@ TEST(AppRes, FreeReleasesItemsUpToANullOneAndKeepsThePointer)
         const void *name = first->name;
         const auto cells = cells_of(list);
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app_res, received),
+        EXPECT_THAT(app_res.release(&received),
                     ElementsAre(name, first, second, cells[0], cells[1], cells[2], cells[3], pkg));
         EXPECT_EQ(received.app_res.data, list);
         EXPECT_EQ(received.app_res.pkg, nullptr);
         EXPECT_EQ(received.app_res.data_size, 1);
-        EXPECT_EQ(log.take(), infos("_free_app_res", {"a(1)", "(null)(4294967295)"}));
+        EXPECT_EQ(log.take(), infos(app_res.free, {"a(1)", "(null)(4294967295)"}));
         EXPECT_STREQ(behind->name, "b");
         release({behind->name, behind});
     }
@@ -467,7 +468,7 @@ TEST(AppRes, FreeReleasesTheListsOfControlsAndLeavesTheRecords)
         const auto inner = cells_of(dangling);
         const auto outer = cells_of(list);
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app_res, received),
+        EXPECT_THAT(app_res.release(&received),
                     ElementsAre(names[0], names[2], inner[0], inner[1], inner[2], outer[0],
                                 outer[1], outer[2], outer[3], pkg));
         EXPECT_EQ(received.app_res.data, nullptr);
@@ -476,8 +477,8 @@ TEST(AppRes, FreeReleasesTheListsOfControlsAndLeavesTheRecords)
         EXPECT_EQ(first->client_id, 1);
         EXPECT_EQ(first->pkg_list, dangling);
         EXPECT_THAT(texts_of(behind->pkg_list), ElementsAre(Optional(std::string("c"))));
-        EXPECT_THAT(free_body(type_app_res, received), IsEmpty());
-        EXPECT_THAT(log.take(), ElementsAre(leave("_free_app_res")));
+        EXPECT_THAT(app_res.release(&received), IsEmpty());
+        EXPECT_THAT(log.take(), ElementsAre(leave(app_res.free)));
         g_list_free_full(behind->pkg_list, g_free);
         release({first, second, behind});
     }
@@ -490,7 +491,7 @@ TEST(AppRes, FreeReleasesAnyOtherPayloadThenThePackageName)
         const void *pkg = received.app_res.pkg;
         const void *data = received.app_res.data;
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app_res, received), ElementsAre(data, pkg));
+        EXPECT_THAT(app_res.release(&received), ElementsAre(data, pkg));
         EXPECT_EQ(received.app_res.data, nullptr);
         EXPECT_EQ(received.app_res.pkg, nullptr);
         EXPECT_EQ(received.app_res.data_size, 3);
@@ -505,11 +506,11 @@ TEST(AppRes, FreeLooksAtDataOnlyWhenDataSizeIsAtLeast1)
             mdm_body_t received = body(type, data_size, sentinel(), heap_text("pkg"));
             const void *pkg = received.app_res.pkg;
             LogRecorder log;
-            EXPECT_THAT(free_body(type_app_res, received), ElementsAre(pkg));
+            EXPECT_THAT(app_res.release(&received), ElementsAre(pkg));
             EXPECT_EQ(received.app_res.pkg, nullptr);
             EXPECT_EQ(received.app_res.data, sentinel());
             EXPECT_EQ(received.app_res.data_size, data_size);
-            EXPECT_THAT(free_body(type_app_res, received), IsEmpty());
+            EXPECT_THAT(app_res.release(&received), IsEmpty());
             EXPECT_THAT(log.take(), IsEmpty());
         }
     }
@@ -521,10 +522,10 @@ TEST(AppRes, FreeOfAnAnnouncedButMissingPayloadLeavesThePackageName)
         mdm_body_t received = body(type, 1, nullptr, heap_text("pkg"));
         char *pkg = received.app_res.pkg;
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app_res, received), IsEmpty());
+        EXPECT_THAT(app_res.release(&received), IsEmpty());
         EXPECT_EQ(received.app_res.pkg, pkg);
         EXPECT_STREQ(pkg, "pkg");
-        EXPECT_THAT(log.take(), ElementsAre(leave("_free_app_res")));
+        EXPECT_THAT(log.take(), ElementsAre(leave(app_res.free)));
         g_free(pkg);
     }
 }
@@ -535,12 +536,12 @@ void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
                   const std::vector<std::string> &get_lines)
 {
     LogRecorder log;
-    _size_of_app_res(&sent);
-    EXPECT_EQ(log.take(), infos("_size_of_app_res", size_lines));
-    const Bytes bytes = write_body(type_app_res, sent) + Bytes(32);
-    EXPECT_EQ(log.take(), infos("_set_app_res", set_lines));
+    app_res.size(&sent);
+    EXPECT_EQ(log.take(), infos(app_res.size, size_lines));
+    const Bytes bytes = app_res.write(&sent) + Bytes(32);
+    EXPECT_EQ(log.take(), infos(app_res.set, set_lines));
     Received received = read(bytes);
-    EXPECT_EQ(log.take(), infos("_get_app_res", get_lines));
+    EXPECT_EQ(log.take(), infos(app_res.get, get_lines));
     release(received.body);
 }
 
@@ -610,14 +611,14 @@ TEST(AppRes, CountsAreLoggedEvenWhenNothingFollows)
         expect_lines(body(type, 1, nullptr), {"len : 0", "size : 20"}, {"len : 0"}, {"len : 0"});
         LogRecorder log;
         read(head(type) + hex("FE FF FF FF"));
-        EXPECT_THAT(log.take(), ElementsAre(info("_get_app_res", "len : -2")));
+        EXPECT_THAT(log.take(), ElementsAre(info(app_res.get, "len : -2")));
     }
 }
 
 // Sends a message and lets its receiver release it: the blocks that stay.
 std::vector<Block> kept_by_journey(const mdm_body_t &sent, mdm_msg_t &received)
 {
-    mdm_msg_t msg = message(type_app_res);
+    mdm_msg_t msg = message(app_res.type);
     msg.body = sent;
     const Bytes bytes = serialize(msg);
     received = {};
@@ -665,7 +666,7 @@ TEST(AppRes, ZerosOfAnItemWithoutANameTravelAtTheEndOfTheMessage)
     mdm_app_res_item_t a = {borrowed("a"), 1};
     mdm_app_res_item_t unnamed = {nullptr, 2};
     const Cells list = cells({&unnamed, &a});
-    mdm_msg_t msg = message(type_app_res);
+    mdm_msg_t msg = message(app_res.type);
     msg.body = body(140, 1, list.get());
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(Bytes(bytes.begin() + 56, bytes.end()),
@@ -695,7 +696,7 @@ TEST(AppRes, ManyItemsComeBackInOrder)
         cells = g_list_prepend(cells, &item);
     }
     cells = g_list_reverse(cells);
-    mdm_msg_t msg = message(type_app_res);
+    mdm_msg_t msg = message(app_res.type);
     msg.body = body(141, 1, cells);
     mdm_msg_t received{};
     EXPECT_EQ(deserialize(received, serialize(msg)), 0);

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/no_memory.hpp"
 #include "support/wire.hpp"
@@ -20,7 +21,7 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 
-constexpr uint8_t type_app = 13;
+constexpr Handlers app(13);
 
 enum class Shape { packages, num_pair, pair, raw };
 
@@ -61,10 +62,10 @@ Cells packages(std::initializer_list<const char *> names)
 Bytes sized_and_written(mdm_body_t sent)
 {
     const int32_t data_size = sent.app.data_size;
-    const uint32_t size = size_body(type_app, sent);
-    EXPECT_EQ(size_body(type_app, sent), size);
+    const uint32_t size = app.size(&sent);
+    EXPECT_EQ(app.size(&sent), size);
     EXPECT_EQ(sent.app.data_size, data_size);
-    Bytes bytes = write_body(type_app, sent);
+    Bytes bytes = app.write(&sent);
     EXPECT_EQ(bytes.size(), size);
     return bytes;
 }
@@ -101,7 +102,7 @@ TEST(App, HeadComesBackFieldByField)
         mdm_body_t received = used_body();
         const Bytes bytes = sized_and_written(body(0x11223344, 0, nullptr, pkg.c_str()));
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_app, received, bytes), 16 + pkg.size());
+        EXPECT_EQ(app.read(&received, bytes), 16 + pkg.size());
         trace.stop();
         expect_nothing_but_head_fields_read(received, 0x11223344, 0);
         EXPECT_EQ(received.app.data, nullptr);
@@ -123,10 +124,10 @@ TEST(App, DataSizeBelow1SendsTheHeadAloneWhateverTheType)
             const Bytes bytes = sized_and_written(body(type, data_size, sentinel(), "abc"));
             EXPECT_EQ(bytes.size(), 19U);
             mdm_body_t received = used_body();
-            EXPECT_EQ(read_body(type_app, received, bytes), 19U);
+            EXPECT_EQ(app.read(&received, bytes), 19U);
             expect_nothing_but_head_fields_read(received, type, data_size);
             EXPECT_EQ(received.app.data, nullptr);
-            free_body(type_app, received);
+            app.release(&received);
         }
     }
 }
@@ -162,9 +163,9 @@ TEST(App, TypeSelectsTheShapeInEveryHandler)
         const Bytes bytes = Bytes(written.begin(), written.begin() + 16) +
                             hex("02 00 00 00 00 00 00 00 00 00 00 00");
         mdm_body_t received{};
-        EXPECT_EQ(read_body(type_app, received, bytes), marks.at(shape).read);
+        EXPECT_EQ(app.read(&received, bytes), marks.at(shape).read);
         void *data = received.app.data;
-        EXPECT_EQ(free_body(type_app, received).size(), marks.at(shape).released);
+        EXPECT_EQ(app.release(&received).size(), marks.at(shape).released);
         const bool keeps_data = shape == Shape::packages || shape == Shape::pair;
         EXPECT_EQ(received.app.data, keeps_data ? data : nullptr);
         if (shape == Shape::packages) {
@@ -182,7 +183,7 @@ TEST(App, PackagesFollowTheirCount)
 
     mdm_body_t received = used_body();
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_app, received, bytes), bytes.size());
+    EXPECT_EQ(app.read(&received, bytes), bytes.size());
     trace.stop();
     expect_nothing_but_head_fields_read(received, 4, 1);
     EXPECT_EQ(received.app.pkg, nullptr);
@@ -210,7 +211,7 @@ TEST(App, NullPackageEndsTheListButNotTheCount)
 
     // The receiver finds the names that the count promised in whatever comes next.
     mdm_body_t received = used_body();
-    EXPECT_EQ(read_body(type_app, received, bytes + hex("02 00 00 00 79 7A 00 00 00 00 FF")),
+    EXPECT_EQ(app.read(&received, bytes + hex("02 00 00 00 79 7A 00 00 00 00 FF")),
               expected.size() + 10);
     EXPECT_THAT(texts_of(received.app.data),
                 ElementsAre(Optional(std::string("a")), Optional(std::string("yz")), std::nullopt));
@@ -235,8 +236,7 @@ TEST(App, NoPackagesAreACountOf0AndComeBackAsNull)
     EXPECT_EQ(bytes, head("04 00 00 00", "09 00 00 00") + hex("00 00 00 00"));
     for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
         mdm_body_t received = used_body();
-        EXPECT_EQ(read_body(type_app, received, head("0F 00 00 00", "09 00 00 00") + hex(count)),
-                  20U);
+        EXPECT_EQ(app.read(&received, head("0F 00 00 00", "09 00 00 00") + hex(count)), 20U);
         EXPECT_EQ(received.app.data_size, 9);
         EXPECT_EQ(received.app.data, nullptr);
     }
@@ -252,14 +252,14 @@ TEST(App, NumberPairTravelsAs8Bytes)
 
         mdm_body_t received = used_body();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_app, received, bytes), 24U);
+        EXPECT_EQ(app.read(&received, bytes), 24U);
         trace.stop();
         expect_nothing_but_head_fields_read(received, type, 8);
         const auto &back = *static_cast<mdm_app_num_pair_t *>(received.app.data);
         EXPECT_EQ(back.num1, 0x11121314U);
         EXPECT_EQ(back.num2, 0xF1F2F3F4U);
         EXPECT_THAT(trace.kept(), ElementsAre(Block{&back, sizeof numbers}));
-        free_body(type_app, received);
+        app.release(&received);
     }
 }
 
@@ -275,9 +275,9 @@ TEST(App, NumberPairIsWrittenByDataSizeAndReadAs8Bytes)
         const Bytes sent = sized_and_written(body(140, data_size, bytes));
         EXPECT_EQ(Bytes(sent.begin() + 16, sent.end()), hex(written));
         mdm_body_t received = used_body();
-        EXPECT_EQ(read_body(type_app, received, sent + Bytes(8)), 24U);
+        EXPECT_EQ(app.read(&received, sent + Bytes(8)), 24U);
         EXPECT_EQ(received.app.data_size, data_size);
-        free_body(type_app, received);
+        app.release(&received);
     }
 }
 
@@ -291,7 +291,7 @@ TEST(App, PairCarriesTwoStrings)
 
         mdm_body_t received = used_body();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_app, received, bytes), bytes.size());
+        EXPECT_EQ(app.read(&received, bytes), bytes.size());
         trace.stop();
         expect_nothing_but_head_fields_read(received, type, 1);
         const auto &back = *static_cast<mdm_app_pair_t *>(received.app.data);
@@ -299,7 +299,7 @@ TEST(App, PairCarriesTwoStrings)
         EXPECT_STREQ(back.second, "hi");
         EXPECT_THAT(trace.kept(), ElementsAre(Block{&back, sizeof strings}, Block{back.first, 4},
                                               Block{back.second, 3}));
-        free_body(type_app, received);
+        app.release(&received);
     }
 }
 
@@ -310,11 +310,11 @@ TEST(App, NullAndEmptyStringsOfAPairComeBackAsNull)
         const Bytes bytes = sized_and_written(body(184, INT32_MAX, &strings));
         EXPECT_EQ(bytes, head("B8 00 00 00", "FF FF FF 7F") + Bytes(8));
         mdm_body_t received = used_body();
-        EXPECT_EQ(read_body(type_app, received, bytes), 24U);
+        EXPECT_EQ(app.read(&received, bytes), 24U);
         const auto &back = *static_cast<mdm_app_pair_t *>(received.app.data);
         EXPECT_EQ(back.first, nullptr);
         EXPECT_EQ(back.second, nullptr);
-        free_body(type_app, received);
+        app.release(&received);
     }
 }
 
@@ -324,11 +324,11 @@ TEST(App, MissingPairIsSentAsTheHeadAloneAndReadAllTheSame)
     EXPECT_EQ(bytes, head("B8 00 00 00", "05 00 00 00"));
     EXPECT_EQ(sized_and_written(body(185, 5, nullptr)), head("B9 00 00 00", "05 00 00 00"));
     mdm_body_t received = used_body();
-    EXPECT_EQ(read_body(type_app, received, bytes + hex("01 00 00 00 79 01 00 00 00 7A")), 26U);
+    EXPECT_EQ(app.read(&received, bytes + hex("01 00 00 00 79 01 00 00 00 7A")), 26U);
     const auto &back = *static_cast<mdm_app_pair_t *>(received.app.data);
     EXPECT_STREQ(back.first, "y");
     EXPECT_STREQ(back.second, "z");
-    free_body(type_app, received);
+    app.release(&received);
 }
 
 TEST(App, PairWithoutMemoryIsLeftUnread)
@@ -339,9 +339,9 @@ TEST(App, PairWithoutMemoryIsLeftUnread)
     LogRecorder log;
     {
         const NoMemory no_memory;
-        EXPECT_EQ(read_body(type_app, received, bytes), 16U);
+        EXPECT_EQ(app.read(&received, bytes), 16U);
     }
-    EXPECT_THAT(log.take(), ElementsAre(critical("_get_app", "malloc failed!")));
+    EXPECT_THAT(log.take(), ElementsAre(critical(app.get, "malloc failed!")));
     expect_nothing_but_head_fields_read(received, 185, 1);
     EXPECT_EQ(received.app.pkg, nullptr);
     EXPECT_EQ(received.app.data, sentinel());
@@ -357,14 +357,14 @@ TEST(App, RawBytesComeBackAsATextThatAZeroByteEnds)
                   Bytes(sent.begin(), sent.begin() + data_size));
         mdm_body_t received = used_body();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_app, received, bytes), bytes.size());
+        EXPECT_EQ(app.read(&received, bytes), bytes.size());
         trace.stop();
         expect_nothing_but_head_fields_read(received, 7, data_size);
         const auto length = static_cast<size_t>(data_size);
         EXPECT_EQ(std::string(static_cast<char *>(received.app.data), length + 1),
                   "\xC3" + std::string(length, '\0'));
         EXPECT_THAT(trace.kept(), ElementsAre(Block{received.app.data, length + 1}));
-        free_body(type_app, received);
+        app.release(&received);
     }
 }
 
@@ -373,8 +373,8 @@ TEST(App, SizeAddsDataSizeWithoutLookingAtTheBytes)
     for (const int32_t type : {7, 140, 141}) {
         mdm_body_t sent = body(type, INT32_MAX, nullptr, "abc");
         LogRecorder log;
-        EXPECT_EQ(size_body(type_app, sent), 0x80000012U);
-        EXPECT_THAT(log.take(), ElementsAre(info("_size_of_app", "size : -2147483630")));
+        EXPECT_EQ(app.size(&sent), 0x80000012U);
+        EXPECT_THAT(log.take(), ElementsAre(info(app.size, "size : -2147483630")));
     }
 }
 
@@ -385,9 +385,9 @@ TEST(App, FreeReleasesThePackageNameAndLeavesThePackages)
         void *list = received.app.data;
         const void *pkg = received.app.pkg;
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app, received), ElementsAre(pkg));
+        EXPECT_THAT(app.release(&received), ElementsAre(pkg));
         EXPECT_EQ(received.app.pkg, nullptr);
-        EXPECT_THAT(free_body(type_app, received), IsEmpty());
+        EXPECT_THAT(app.release(&received), IsEmpty());
         EXPECT_EQ(received.app.data, list);
         EXPECT_EQ(received.app.data_size, 2);
         EXPECT_THAT(log.take(), IsEmpty());
@@ -406,7 +406,7 @@ TEST(App, FreeReleasesAPairAndKeepsThePointer)
         mdm_body_t received = body(type, 0, pair, heap_text("pkg"));
         const void *pkg = received.app.pkg;
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app, received), ElementsAre(pkg, first, second, pair));
+        EXPECT_THAT(app.release(&received), ElementsAre(pkg, first, second, pair));
         EXPECT_EQ(received.app.pkg, nullptr);
         EXPECT_EQ(received.app.data, pair);
         EXPECT_EQ(received.app.data_size, 0);
@@ -422,10 +422,10 @@ TEST(App, FreeReleasesAnyOtherPayloadAndMayRunTwice)
             const void *pkg = received.app.pkg;
             const void *data = received.app.data;
             LogRecorder log;
-            EXPECT_THAT(free_body(type_app, received), ElementsAre(pkg, data));
+            EXPECT_THAT(app.release(&received), ElementsAre(pkg, data));
             EXPECT_THAT(log.take(), IsEmpty());
-            EXPECT_THAT(free_body(type_app, received), IsEmpty());
-            EXPECT_THAT(log.take(), ElementsAre(leave("_free_app")));
+            EXPECT_THAT(app.release(&received), IsEmpty());
+            EXPECT_THAT(log.take(), ElementsAre(leave(app.free)));
             EXPECT_EQ(received.app.pkg, nullptr);
             EXPECT_EQ(received.app.data, nullptr);
             EXPECT_EQ(received.app.data_size, data_size);
@@ -439,10 +439,10 @@ TEST(App, FreeWithoutDataReleasesThePackageNameAndLogsItsExit)
         mdm_body_t received = body(type, 3, nullptr, heap_text("pkg"));
         const void *pkg = received.app.pkg;
         LogRecorder log;
-        EXPECT_THAT(free_body(type_app, received), ElementsAre(pkg));
+        EXPECT_THAT(app.release(&received), ElementsAre(pkg));
         EXPECT_EQ(received.app.pkg, nullptr);
         EXPECT_EQ(received.app.data_size, 3);
-        EXPECT_THAT(log.take(), ElementsAre(leave("_free_app")));
+        EXPECT_THAT(log.take(), ElementsAre(leave(app.free)));
     }
 }
 
@@ -452,15 +452,15 @@ void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
                   const std::vector<std::string> &get_lines)
 {
     LogRecorder log;
-    size_body(type_app, sent);
-    EXPECT_THAT(log.take(), ElementsAreArray(infos("_size_of_app", size_lines)));
+    app.size(&sent);
+    EXPECT_THAT(log.take(), ElementsAreArray(infos(app.size, size_lines)));
     // Names that the count promises and that are not written are read as empty ones.
-    const Bytes bytes = write_body(type_app, sent) + Bytes(8);
-    EXPECT_THAT(log.take(), ElementsAreArray(infos("_set_app", set_lines)));
+    const Bytes bytes = app.write(&sent) + Bytes(8);
+    EXPECT_THAT(log.take(), ElementsAreArray(infos(app.set, set_lines)));
     mdm_body_t received{};
-    read_body(type_app, received, bytes);
-    EXPECT_THAT(log.take(), ElementsAreArray(infos("_get_app", get_lines)));
-    free_body(type_app, received);
+    app.read(&received, bytes);
+    EXPECT_THAT(log.take(), ElementsAreArray(infos(app.get, get_lines)));
+    app.release(&received);
     if (expected_shape(sent.app.type) == Shape::packages) {
         g_list_free_full(static_cast<GList *>(received.app.data), g_free);
     }
@@ -482,8 +482,8 @@ TEST(App, EveryPackageIsLogged)
     }
     mdm_body_t received{};
     LogRecorder log;
-    read_body(type_app, received, head("04 00 00 00", "01 00 00 00") + hex("FE FF FF FF"));
-    EXPECT_THAT(log.take(), ElementsAre(info("_get_app", "len : -2")));
+    app.read(&received, head("04 00 00 00", "01 00 00 00") + hex("FE FF FF FF"));
+    EXPECT_THAT(log.take(), ElementsAre(info(app.get, "len : -2")));
 }
 
 TEST(App, BothStringsOfAPairAreLogged)
@@ -518,7 +518,7 @@ struct Journey {
 
 Journey travel(const mdm_body_t &sent)
 {
-    mdm_msg_t msg = message(type_app);
+    mdm_msg_t msg = message(app.type);
     msg.body = sent;
     const Bytes bytes = serialize(msg);
     Journey journey{};

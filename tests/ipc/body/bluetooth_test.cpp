@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -18,7 +19,7 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_bluetooth = 9;
+constexpr Handlers bluetooth(9);
 constexpr uint32_t list_type = 223;
 constexpr uint32_t raw_type = 232;
 
@@ -67,7 +68,7 @@ mdm_body_t received_from(const Bytes &bytes)
 {
     mdm_body_t received = body(0, 0, sentinel());
     received.bluetooth.aux = 0xBBBBBBBB;
-    EXPECT_EQ(read_body(type_bluetooth, received, bytes), bytes.size());
+    EXPECT_EQ(bluetooth.read(&received, bytes), bytes.size());
     EXPECT_EQ(received.bluetooth.aux, 0xBBBBBBBBU);
     EXPECT_EQ(received.bluetooth.param, 0x01020304U);
     return received;
@@ -81,12 +82,12 @@ void release_list(const mdm_body_t &received)
 // A body's bytes behind its type.
 Bytes written(mdm_body_t &sent)
 {
-    const Bytes bytes = write_body(type_bluetooth, sent);
+    const Bytes bytes = bluetooth.write(&sent);
     return {bytes.begin() + 4, bytes.end()};
 }
 
 // The lines that a handler logs: information between entry and exit.
-auto lines(const char *function, const std::vector<std::string> &texts = {})
+auto lines(const Origin &function, const std::vector<std::string> &texts = {})
 {
     std::vector<LogLine> lines{enter(function)};
     for (const std::string &text : texts) {
@@ -102,14 +103,14 @@ TEST(Bluetooth, ListIsItsCountAndNames)
     for (const uint32_t type : list_types()) {
         SCOPED_TRACE(type);
         mdm_body_t sent = body(type, 1, names.list);
-        EXPECT_EQ(_size_of_bluetooth(&sent), 32U);
-        EXPECT_EQ(_size_of_bluetooth(&sent), 32U);
+        EXPECT_EQ(bluetooth.size(&sent), 32U);
+        EXPECT_EQ(bluetooth.size(&sent), 32U);
         EXPECT_EQ(sent.bluetooth.data_size, 1);
         EXPECT_EQ(written(sent), hex("04 03 02 01 01 00 00 00 02 00 00 00 "
                                      "03 00 00 00 61 62 63 05 00 00 00 68 65 6C 6C 6F"));
 
         AllocationTrace trace;
-        const mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+        const mdm_body_t received = received_from(bluetooth.write(&sent));
         trace.stop();
         EXPECT_EQ(received.bluetooth.type, type);
         EXPECT_EQ(received.bluetooth.data_size, 1);
@@ -127,15 +128,15 @@ TEST(Bluetooth, EveryOtherTypeIsRaw)
     for (const uint32_t type : raw_types()) {
         SCOPED_TRACE(type);
         mdm_body_t sent = body(type, 4, nullptr);
-        ASSERT_EQ(_size_of_bluetooth(&sent), 16U);
+        ASSERT_EQ(bluetooth.size(&sent), 16U);
         sent.bluetooth.data_size = 5;
-        ASSERT_EQ(_size_of_bluetooth(&sent), 17U);
+        ASSERT_EQ(bluetooth.size(&sent), 17U);
         sent = body(type, 4, digits);
         EXPECT_EQ(written(sent), hex("04 03 02 01 04 00 00 00 31 32 33 34"));
         EXPECT_EQ(sent.bluetooth.data_size, 4);
 
         AllocationTrace trace;
-        const mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+        const mdm_body_t received = received_from(bluetooth.write(&sent));
         trace.stop();
         EXPECT_EQ(received.bluetooth.type, type);
         EXPECT_EQ(received.bluetooth.data_size, 4);
@@ -149,8 +150,8 @@ TEST(Bluetooth, RawPayloadEndsAtItsFirstZeroByte)
 {
     char payload[] = "a\0b";
     mdm_body_t sent = body(raw_type, 3, payload);
-    EXPECT_EQ(_size_of_bluetooth(&sent), 15U);
-    const Bytes bytes = write_body(type_bluetooth, sent);
+    EXPECT_EQ(bluetooth.size(&sent), 15U);
+    const Bytes bytes = bluetooth.write(&sent);
     EXPECT_EQ(bytes, hex("E8 00 00 00 04 03 02 01 03 00 00 00 61 00 62"));
     const mdm_body_t received = received_from(bytes);
     const auto *text = static_cast<char *>(received.bluetooth.data);
@@ -163,15 +164,15 @@ TEST(Bluetooth, PayloadsOfEveryLengthTravel)
     for (const size_t length : {size_t{1}, size_t{3000}}) {
         std::string payload(length, '\xFE');
         mdm_body_t sent = body(raw_type, static_cast<int32_t>(length), payload.data());
-        EXPECT_EQ(_size_of_bluetooth(&sent), 12 + length);
-        mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+        EXPECT_EQ(bluetooth.size(&sent), 12 + length);
+        mdm_body_t received = received_from(bluetooth.write(&sent));
         EXPECT_EQ(static_cast<char *>(received.bluetooth.data), payload);
         g_free(received.bluetooth.data);
 
         const Names names{payload.c_str()};
         sent = body(list_type, 1, names.list);
-        EXPECT_EQ(_size_of_bluetooth(&sent), 16 + 4 + length);
-        received = received_from(write_body(type_bluetooth, sent));
+        EXPECT_EQ(bluetooth.size(&sent), 16 + 4 + length);
+        received = received_from(bluetooth.write(&sent));
         EXPECT_THAT(texts_of(received.bluetooth.data), ElementsAre(payload));
         release_list(received);
     }
@@ -186,8 +187,8 @@ TEST(Bluetooth, ManyNamesTravelInOrder)
         names.list = g_list_append(names.list, heap_text(texts.back()->c_str()));
     }
     mdm_body_t sent = body(list_type, 1, names.list);
-    EXPECT_EQ(_size_of_bluetooth(&sent), 16U + 300 * 8);
-    const mdm_body_t received = received_from(write_body(type_bluetooth, sent));
+    EXPECT_EQ(bluetooth.size(&sent), 16U + 300 * 8);
+    const mdm_body_t received = received_from(bluetooth.write(&sent));
     EXPECT_EQ(texts_of(received.bluetooth.data), texts);
     auto *list = static_cast<GList *>(received.bluetooth.data);
     EXPECT_EQ(g_list_first(g_list_last(list)), list);
@@ -197,14 +198,14 @@ TEST(Bluetooth, ManyNamesTravelInOrder)
 TEST(Bluetooth, SizeOfARawPayloadIsUnsigned)
 {
     mdm_body_t sent = body(raw_type, INT32_MAX, nullptr);
-    EXPECT_EQ(_size_of_bluetooth(&sent), 0x8000000BU);
+    EXPECT_EQ(bluetooth.size(&sent), 0x8000000BU);
 }
 
 TEST(Bluetooth, SizeOfAListDoesNotCountDataSize)
 {
     const Names names{"a"};
     mdm_body_t sent = body(list_type, INT32_MAX, names.list);
-    EXPECT_EQ(_size_of_bluetooth(&sent), 21U);
+    EXPECT_EQ(bluetooth.size(&sent), 21U);
     EXPECT_EQ(sent.bluetooth.data_size, INT32_MAX);
 }
 
@@ -215,17 +216,17 @@ TEST(Bluetooth, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, names.list);
             LogRecorder log;
-            EXPECT_EQ(_size_of_bluetooth(&sent), 12U);
+            EXPECT_EQ(bluetooth.size(&sent), 12U);
             EXPECT_THAT(log.take(),
-                        lines("_size_of_bluetooth", {"data_size : " + std::to_string(data_size)}));
-            const Bytes bytes = write_body(type_bluetooth, sent);
+                        lines(bluetooth.size, {"data_size : " + std::to_string(data_size)}));
+            const Bytes bytes = bluetooth.write(&sent);
             EXPECT_EQ(bytes.size(), 12U);
-            EXPECT_THAT(log.take(), lines("_set_bluetooth"));
+            EXPECT_THAT(log.take(), lines(bluetooth.set));
             const mdm_body_t received = received_from(bytes);
             EXPECT_EQ(received.bluetooth.type, type);
             EXPECT_EQ(received.bluetooth.data_size, data_size);
             EXPECT_EQ(received.bluetooth.data, sentinel());
-            EXPECT_THAT(log.take(), lines("_get_bluetooth"));
+            EXPECT_THAT(log.take(), lines(bluetooth.get));
         }
     }
 }
@@ -234,13 +235,13 @@ TEST(Bluetooth, EmptyListIsItsCountAlone)
 {
     mdm_body_t sent = body(list_type, 1, nullptr);
     LogRecorder log;
-    EXPECT_EQ(_size_of_bluetooth(&sent), 16U);
-    EXPECT_THAT(log.take(), lines("_size_of_bluetooth", {"data_size : 1", "len : 0"}));
-    const Bytes bytes = write_body(type_bluetooth, sent);
+    EXPECT_EQ(bluetooth.size(&sent), 16U);
+    EXPECT_THAT(log.take(), lines(bluetooth.size, {"data_size : 1", "len : 0"}));
+    const Bytes bytes = bluetooth.write(&sent);
     EXPECT_EQ(bytes, hex("DF 00 00 00 04 03 02 01 01 00 00 00 00 00 00 00"));
-    EXPECT_THAT(log.take(), lines("_set_bluetooth", {"length : 0"}));
+    EXPECT_THAT(log.take(), lines(bluetooth.set, {"length : 0"}));
     EXPECT_EQ(received_from(bytes).bluetooth.data, nullptr);
-    EXPECT_THAT(log.take(), lines("_get_bluetooth", {"length : 0"}));
+    EXPECT_THAT(log.take(), lines(bluetooth.get, {"length : 0"}));
 }
 
 TEST(Bluetooth, NegativeCountIsReceivedAsANullList)
@@ -248,9 +249,9 @@ TEST(Bluetooth, NegativeCountIsReceivedAsANullList)
     const Bytes bytes = hex("DF 00 00 00 04 03 02 01 01 00 00 00");
     LogRecorder log;
     EXPECT_EQ(received_from(bytes + hex("FF FF FF FF")).bluetooth.data, nullptr);
-    EXPECT_THAT(log.take(), lines("_get_bluetooth", {"length : -1"}));
+    EXPECT_THAT(log.take(), lines(bluetooth.get, {"length : -1"}));
     EXPECT_EQ(received_from(bytes + hex("00 00 00 80")).bluetooth.data, nullptr);
-    EXPECT_THAT(log.take(), lines("_get_bluetooth", {"length : -2147483648"}));
+    EXPECT_THAT(log.take(), lines(bluetooth.get, {"length : -2147483648"}));
 }
 
 TEST(Bluetooth, NamesAreLoggedAndEmptyOnesAreReceivedAsNullElements)
@@ -258,21 +259,21 @@ TEST(Bluetooth, NamesAreLoggedAndEmptyOnesAreReceivedAsNullElements)
     const Names names{"", "\xC3\xA4\xFF", ""};
     mdm_body_t sent = body(list_type, 7, names.list);
     LogRecorder log;
-    EXPECT_EQ(_size_of_bluetooth(&sent), 16U + 4 + 7 + 4);
-    EXPECT_THAT(log.take(),
-                lines("_size_of_bluetooth", {"data_size : 7", "len : 3", "device_name : ",
-                                             "device_name : \xC3\xA4\xFF", "device_name : "}));
-    const Bytes bytes = write_body(type_bluetooth, sent);
+    EXPECT_EQ(bluetooth.size(&sent), 16U + 4 + 7 + 4);
+    EXPECT_THAT(log.take(), lines(bluetooth.size, {"data_size : 7", "len : 3",
+                                                   "device_name : ", "device_name : \xC3\xA4\xFF",
+                                                   "device_name : "}));
+    const Bytes bytes = bluetooth.write(&sent);
     EXPECT_EQ(bytes, hex("DF 00 00 00 04 03 02 01 07 00 00 00 03 00 00 00 "
                          "00 00 00 00 03 00 00 00 C3 A4 FF 00 00 00 00"));
-    EXPECT_THAT(log.take(), lines("_set_bluetooth", {"length : 3"}));
+    EXPECT_THAT(log.take(), lines(bluetooth.set, {"length : 3"}));
     mdm_body_t received = received_from(bytes);
     EXPECT_THAT(texts_of(received.bluetooth.data),
                 ElementsAre(std::nullopt, "\xC3\xA4\xFF", std::nullopt));
     EXPECT_THAT(log.take(),
-                lines("_get_bluetooth", {"length : 3", "device_name : (null)",
-                                         "device_name : \xC3\xA4\xFF", "device_name : (null)"}));
-    _free_bluetooth(&received);
+                lines(bluetooth.get, {"length : 3", "device_name : (null)",
+                                      "device_name : \xC3\xA4\xFF", "device_name : (null)"}));
+    bluetooth.free(&received);
     EXPECT_EQ(received.bluetooth.data, nullptr);
 }
 
@@ -280,12 +281,12 @@ TEST(Bluetooth, RawPayloadLogsItsSizeOnly)
 {
     mdm_body_t sent = body(raw_type, 4, digits);
     LogRecorder log;
-    _size_of_bluetooth(&sent);
-    EXPECT_THAT(log.take(), lines("_size_of_bluetooth", {"data_size : 4"}));
-    const Bytes bytes = write_body(type_bluetooth, sent);
-    EXPECT_THAT(log.take(), lines("_set_bluetooth"));
+    bluetooth.size(&sent);
+    EXPECT_THAT(log.take(), lines(bluetooth.size, {"data_size : 4"}));
+    const Bytes bytes = bluetooth.write(&sent);
+    EXPECT_THAT(log.take(), lines(bluetooth.set));
     const mdm_body_t received = received_from(bytes);
-    EXPECT_THAT(log.take(), lines("_get_bluetooth"));
+    EXPECT_THAT(log.take(), lines(bluetooth.get));
     g_free(received.bluetooth.data);
 }
 
@@ -296,8 +297,8 @@ TEST(Bluetooth, NullNameCannotBeSized)
                                : list_of({borrowed("a"), borrowed("b"), nullptr, borrowed("c")});
         mdm_body_t sent = body(list_type, 1, list);
         LogRecorder log;
-        EXPECT_EQ(_size_of_bluetooth(&sent), 0U);
-        const char *function = "_size_of_bluetooth";
+        EXPECT_EQ(bluetooth.size(&sent), 0U);
+        const Origin function = bluetooth.size;
         std::vector<LogLine> expected{enter(function), info(function, "data_size : 1"),
                                       info(function, is_first ? "len : 2" : "len : 4")};
         if (!is_first) {
@@ -316,7 +317,7 @@ TEST(Bluetooth, NullNameLeavesDataSizeBytesUnwritten)
     GList *list = list_of({nullptr, borrowed("a"), nullptr, borrowed("b"), nullptr});
     mdm_body_t sent = body(list_type, 2, list);
     Bytes buffer(33, 0xEE);
-    const uint8_t *end = _set_bluetooth(buffer.data(), &sent);
+    const uint8_t *end = bluetooth.set(buffer.data(), &sent);
     EXPECT_EQ(end - buffer.data(), 32);
     EXPECT_EQ(buffer, hex("DF 00 00 00 04 03 02 01 02 00 00 00 05 00 00 00 "
                           "EE EE 01 00 00 00 61 EE EE 01 00 00 00 62 EE EE EE"));
@@ -331,13 +332,13 @@ TEST(Bluetooth, FreeReleasesTheListsOfFiveTypes)
             const auto texts = elements_of(received.bluetooth.data);
             const auto cells = cells_of(received.bluetooth.data);
             LogRecorder log;
-            EXPECT_THAT(free_body(type_bluetooth, received),
+            EXPECT_THAT(bluetooth.release(&received),
                         ElementsAre(texts[0], texts[2], cells[0], cells[1], cells[2]));
-            EXPECT_THAT(log.take(), lines("_free_bluetooth"));
+            EXPECT_THAT(log.take(), lines(bluetooth.free));
             EXPECT_EQ(received.bluetooth.data, nullptr);
             EXPECT_EQ(received.bluetooth.data_size, 0);
             EXPECT_EQ(received.bluetooth.type, type);
-            EXPECT_THAT(free_body(type_bluetooth, received), IsEmpty());
+            EXPECT_THAT(bluetooth.release(&received), IsEmpty());
         }
     }
 }
@@ -347,8 +348,8 @@ TEST(Bluetooth, FreeOfANullListLeavesDataSize)
     for (const uint32_t type : released_types) {
         mdm_body_t received = body(type, 3, nullptr);
         LogRecorder log;
-        EXPECT_THAT(free_body(type_bluetooth, received), IsEmpty());
-        EXPECT_THAT(log.take(), lines("_free_bluetooth"));
+        EXPECT_THAT(bluetooth.release(&received), IsEmpty());
+        EXPECT_THAT(log.take(), lines(bluetooth.free));
         EXPECT_EQ(received.bluetooth.data, nullptr);
         EXPECT_EQ(received.bluetooth.data_size, 3);
     }
@@ -363,8 +364,8 @@ TEST(Bluetooth, FreeOfEveryOtherTypeResetsDataSizeAndReleasesNothing)
             SCOPED_TRACE(type);
             mdm_body_t received = body(type, 3, data);
             LogRecorder log;
-            EXPECT_THAT(free_body(type_bluetooth, received), IsEmpty());
-            EXPECT_THAT(log.take(), lines("_free_bluetooth"));
+            EXPECT_THAT(bluetooth.release(&received), IsEmpty());
+            EXPECT_THAT(log.take(), lines(bluetooth.free));
             EXPECT_EQ(received.bluetooth.data, data);
             EXPECT_EQ(received.bluetooth.data_size, 0);
         }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -36,8 +37,7 @@ using Numbers = std::vector<uint32_t>;
 using Strings = std::vector<char **>;
 
 struct Category {
-    const char *name;
-    uint8_t type;
+    Handlers handlers;
     const char *log_name;
     Numbers numbers;     // of fill()
     Bytes number_bytes;  // the same on the wire
@@ -48,12 +48,14 @@ struct Category {
 
 std::ostream &operator<<(std::ostream &out, const Category &category)
 {
-    return out << category.name;
+    return out << category_entry(category.handlers.type).name;
 }
 
-const Category app_cb{
-    "app_cb",
-    61,
+constexpr Handlers app_cb(61);
+constexpr Handlers misc_cb(63);
+
+const Category app_category{
+    app_cb,
     "APP",
     {0x81121314},
     hex("14 13 12 81"),
@@ -64,9 +66,8 @@ const Category app_cb{
     },
 };
 
-const Category misc_cb{
-    "misc_cb",
-    63,
+const Category misc_category{
+    misc_cb,
     "MISC",
     {0xF6, 0x81222324},
     hex("F6 24 23 22 81"),
@@ -91,8 +92,7 @@ Bytes head(uint32_t type, uint32_t data_size)
 // The fields of the head stand at the same places in both bodies, so either serves for both.
 class Callback : public ::testing::TestWithParam<Category> {
 protected:
-    static uint8_t type() { return GetParam().type; }
-    static Handlers row() { return Handlers(type()); }
+    static Handlers row() { return GetParam().handlers; }
     static Strings strings_of(mdm_body_t &body) { return GetParam().strings_of(body); }
 
     static mdm_body_t body(uint32_t type, const std::vector<const char *> &texts = {})
@@ -153,40 +153,29 @@ protected:
         }
     }
 
-    // The name of a handler, as its log lines give it.
-    static std::string handler(const char *kind)
-    {
-        return std::string("_") + kind + "_" + GetParam().name;
-    }
-
     // The lines of a handler that comes to look at `type`, which a line shows as a signed number.
     using Lines = std::vector<LogLine>;
-    static Lines lines(const char *kind, int32_t type, const Lines &more = {})
+    static Lines lines(const Origin &handler, int32_t type, const Lines &more = {})
     {
-        const std::string function = handler(kind);
         const std::string number = "[" + std::to_string(type) + "]";
-        Lines lines{enter(function.c_str()),
-                    info(function.c_str(), "Callback detail request " + number)};
+        Lines lines{enter(handler), info(handler, "Callback detail request " + number)};
         if (type != 0 && type != 1) {
-            lines.push_back(critical(function.c_str(), std::string("Unknown ") +
-                                                           GetParam().log_name + " callback type " +
-                                                           number));
+            lines.push_back(critical(handler, std::string("Unknown ") + GetParam().log_name +
+                                                  " callback type " + number));
         }
         lines.insert(lines.end(), more.begin(), more.end());
-        lines.push_back(leave(function.c_str()));
+        lines.push_back(leave(handler));
         return lines;
     }
 
     static Lines size_lines(int32_t type, uint32_t size)
     {
-        return lines("size_of", type,
-                     {info(handler("size_of").c_str(), "Size = " + std::to_string(size))});
+        return lines(row().size, type, {info(row().size, "Size = " + std::to_string(size))});
     }
 
-    static Lines null_lines(const char *kind, const char *text)
+    static Lines null_lines(const Origin &handler, const char *text)
     {
-        const std::string function = handler(kind);
-        return {enter(function.c_str()), critical(function.c_str(), text), leave(function.c_str())};
+        return {enter(handler), critical(handler, text), leave(handler)};
     }
 };
 
@@ -206,13 +195,13 @@ TEST_P(Callback, Types0And1CarryThePayload)
             EXPECT_EQ(row().size(&sent), size);
             EXPECT_EQ(sent.app_cb.data_size, size);
             EXPECT_EQ(log.take(), size_lines(callback_type, size));
-            const Bytes bytes = write_body(type(), sent);
+            const Bytes bytes = row().write(&sent);
             EXPECT_EQ(bytes, head(sent.app_cb.type, size) + expected);
-            EXPECT_EQ(log.take(), lines("set", callback_type));
+            EXPECT_EQ(log.take(), lines(row().set, callback_type));
 
             mdm_body_t received = used_body();
-            EXPECT_EQ(read_body(type(), received, bytes), size);
-            EXPECT_EQ(log.take(), lines("get", callback_type));
+            EXPECT_EQ(row().read(&received, bytes), size);
+            EXPECT_EQ(log.take(), lines(row().get, callback_type));
             expect_head(received, sent.app_cb.type, size);
             EXPECT_EQ(GetParam().numbers_of(received), GetParam().numbers);
             for (size_t i = 0; i < strings_of(received).size(); ++i) {
@@ -238,18 +227,18 @@ TEST_P(Callback, EveryOtherTypeIsTheHeadAlone)
         EXPECT_EQ(row().size(&sent), 16U);
         EXPECT_EQ(sent.app_cb.data_size, 16U);
         EXPECT_EQ(log.take(), size_lines(shown, 16));
-        const Bytes bytes = write_body(type(), sent);
+        const Bytes bytes = row().write(&sent);
         EXPECT_EQ(bytes, head(callback_type, 16));
-        EXPECT_EQ(log.take(), lines("set", shown));
+        EXPECT_EQ(log.take(), lines(row().set, shown));
 
         mdm_body_t received = used_body();
-        EXPECT_EQ(read_body(type(), received, bytes), 16U);
-        EXPECT_EQ(log.take(), lines("get", shown));
+        EXPECT_EQ(row().read(&received, bytes), 16U);
+        EXPECT_EQ(log.take(), lines(row().get, shown));
         expect_head(received, callback_type, 16);
         expect_untouched_payload(received);
 
-        EXPECT_THAT(free_body(type(), received), IsEmpty());
-        EXPECT_EQ(log.take(), lines("free", shown));
+        EXPECT_THAT(row().release(&received), IsEmpty());
+        EXPECT_EQ(log.take(), lines(row().free, shown));
         expect_untouched_payload(received);
     }
 }
@@ -260,13 +249,12 @@ TEST_P(Callback, ReaderStopsBehindTheHeadAtADataSizeOf0)
         mdm_body_t received = used_body();
         LogRecorder log;
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type(), received, head(callback_type, 0)), 16U);
+        EXPECT_EQ(row().read(&received, head(callback_type, 0)), 16U);
         trace.stop();
         expect_head(received, callback_type, 0);
         expect_untouched_payload(received);
         EXPECT_THAT(trace.kept(), IsEmpty());
-        EXPECT_THAT(log.take(),
-                    ElementsAre(enter(handler("get").c_str()), leave(handler("get").c_str())));
+        EXPECT_EQ(log.take(), enter_and_leave(row().get));
     }
 }
 
@@ -275,7 +263,7 @@ TEST_P(Callback, ReaderTakesThePayloadUnderAnyOtherDataSize)
     for (const uint32_t data_size : {1U, 15U, 16U, 1000U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         const Bytes bytes = head(1, data_size) + payload({"abc", "de"});
         mdm_body_t received = used_body();
-        EXPECT_EQ(read_body(type(), received, bytes), bytes.size());
+        EXPECT_EQ(row().read(&received, bytes), bytes.size());
         expect_head(received, 1, data_size);
         EXPECT_EQ(GetParam().numbers_of(received), GetParam().numbers);
         EXPECT_STREQ(*strings_of(received)[0], "abc");
@@ -289,7 +277,7 @@ TEST_P(Callback, WriterSendsWhateverDataSizeHolds)
     for (const uint32_t data_size : {0U, 99U, 0xFFFFFFFFU}) {
         mdm_body_t sent = body(0, {"abc", "de"});
         sent.app_cb.data_size = data_size;
-        EXPECT_EQ(write_body(type(), sent), head(0, data_size) + payload({"abc", "de"}));
+        EXPECT_EQ(row().write(&sent), head(0, data_size) + payload({"abc", "de"}));
         EXPECT_EQ(sent.app_cb.data_size, data_size);
     }
 }
@@ -341,15 +329,15 @@ TEST_P(Callback, FreeReleasesAndNullsOneStringAfterTheOther)
         row().free(&received);
         trace.stop();
         EXPECT_EQ(trace.released(), texts);
-        EXPECT_EQ(log.take(), lines("free", callback_type));
+        EXPECT_EQ(log.take(), lines(row().free, callback_type));
         for (char **text : strings_of(received)) {
             EXPECT_EQ(*text, nullptr);
         }
         EXPECT_EQ(received.app_cb.data_size, 99U);
         EXPECT_EQ(GetParam().numbers_of(received), GetParam().numbers);
 
-        EXPECT_THAT(free_body(type(), received), IsEmpty());
-        EXPECT_EQ(log.take(), lines("free", callback_type));
+        EXPECT_THAT(row().release(&received), IsEmpty());
+        EXPECT_EQ(log.take(), lines(row().free, callback_type));
     }
 }
 
@@ -359,21 +347,21 @@ TEST_P(Callback, NullArgumentsAreNamedInTheLog)
     Bytes buffer(64);
     LogRecorder log;
     EXPECT_EQ(row().size(nullptr), 0U);
-    EXPECT_EQ(log.take(), null_lines("size_of", "info is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().size, "info is NULL"));
     EXPECT_EQ(row().set(nullptr, &some), nullptr);
-    EXPECT_EQ(log.take(), null_lines("set", "p_msg is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().set, "p_msg is NULL"));
     EXPECT_EQ(row().set(buffer.data(), nullptr), nullptr);
-    EXPECT_EQ(log.take(), null_lines("set", "p_data is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().set, "p_data is NULL"));
     EXPECT_EQ(row().set(nullptr, nullptr), nullptr);
-    EXPECT_EQ(log.take(), null_lines("set", "p_msg is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().set, "p_msg is NULL"));
     EXPECT_EQ(row().get(&some, nullptr), nullptr);
-    EXPECT_EQ(log.take(), null_lines("get", "p_msg is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().get, "p_msg is NULL"));
     EXPECT_EQ(row().get(nullptr, buffer.data()), nullptr);
-    EXPECT_EQ(log.take(), null_lines("get", "p_data is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().get, "p_data is NULL"));
     EXPECT_EQ(row().get(nullptr, nullptr), nullptr);
-    EXPECT_EQ(log.take(), null_lines("get", "p_msg is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().get, "p_msg is NULL"));
     row().free(nullptr);
-    EXPECT_EQ(log.take(), null_lines("free", "info is NULL"));
+    EXPECT_EQ(log.take(), null_lines(row().free, "info is NULL"));
     EXPECT_EQ(buffer, Bytes(64));
     EXPECT_EQ(some.app_cb.param, some_param);
 }
@@ -397,7 +385,7 @@ TEST_P(Callback, WholeMessagesLeakNothing)
     for (const uint32_t callback_type : {0U, 1U, 2U}) {
         const Bytes expected = callback_type < 2 ? payload({"abc", "de"}) : Bytes{};
         const auto size = static_cast<uint32_t>(16 + expected.size());
-        mdm_msg_t msg = message(type());
+        mdm_msg_t msg = message(row().type);
         msg.body = body(callback_type, {"abc", "de"});
         const Bytes bytes = serialize(msg);
         EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head(callback_type, size) + expected);
@@ -413,37 +401,37 @@ TEST_P(Callback, WholeMessagesLeakNothing)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, Callback, ::testing::Values(app_cb, misc_cb),
-                         [](const auto &test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Both, Callback, ::testing::Values(app_category, misc_category),
+                         ::testing::PrintToStringParamName());
 
 TEST(AppCb, CarriesTheNumberThenTheLastStringThenTheOther)
 {
     mdm_body_t sent{};
     sent.app_cb = {1,          0xAAAAAAAA, 0x11121314,     0x21222324,     0,
                    0xBBBBBBBB, 0x31323334, borrowed("7!"), borrowed("8th")};
-    EXPECT_EQ(_size_of_app_cb(&sent), 33U);
+    EXPECT_EQ(app_cb.size(&sent), 33U);
     const Bytes bytes =
         hex("01 00 00 00 21 00 00 00 14 13 12 11 24 23 22 21 34 33 32 31 03 00 00 00 38 74 68 "
             "02 00 00 00 37 21");
-    EXPECT_EQ(write_body(61, sent), bytes);
+    EXPECT_EQ(app_cb.write(&sent), bytes);
 
     mdm_body_t received{};
     AllocationTrace trace;
-    EXPECT_EQ(read_body(61, received, bytes), 33U);
+    EXPECT_EQ(app_cb.read(&received, bytes), 33U);
     trace.stop();
     EXPECT_STREQ(received.app_cb.str7, "7!");
     EXPECT_STREQ(received.app_cb.str8, "8th");
     EXPECT_THAT(trace.kept(),
                 ElementsAre(Block{received.app_cb.str8, 4}, Block{received.app_cb.str7, 3}));
-    EXPECT_THAT(free_body(61, received),
+    EXPECT_THAT(app_cb.release(&received),
                 ElementsAre(trace.kept()[0].address, trace.kept()[1].address));
 }
 
 TEST(AppCb, WithoutStringsIs28Bytes)
 {
     mdm_body_t sent{};
-    EXPECT_EQ(_size_of_app_cb(&sent), 28U);
-    EXPECT_EQ(write_body(61, sent), words({0, 28, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(app_cb.size(&sent), 28U);
+    EXPECT_EQ(app_cb.write(&sent), words({0, 28, 0, 0, 0, 0, 0}));
 }
 
 TEST(MiscCb, CarriesOneByteAndAnUnalignedNumberThenTheString)
@@ -451,20 +439,20 @@ TEST(MiscCb, CarriesOneByteAndAnUnalignedNumberThenTheString)
     mdm_body_t sent{};
     sent.misc_cb = {1,          0xAAAAAAAA, 0x11121314, 0x21222324,     0,
                     0xBBBBBBBB, 0x41,       0x51525354, borrowed("8th")};
-    EXPECT_EQ(_size_of_misc_cb(&sent), 28U);
+    EXPECT_EQ(misc_cb.size(&sent), 28U);
     const Bytes bytes =
         hex("01 00 00 00 1C 00 00 00 14 13 12 11 24 23 22 21 41 54 53 52 51 03 00 00 00 38 74 68");
-    EXPECT_EQ(write_body(63, sent), bytes);
+    EXPECT_EQ(misc_cb.write(&sent), bytes);
 
     mdm_body_t received{};
     AllocationTrace trace;
-    EXPECT_EQ(read_body(63, received, bytes), 28U);
+    EXPECT_EQ(misc_cb.read(&received, bytes), 28U);
     trace.stop();
     EXPECT_EQ(received.misc_cb.flag6, 0x41);
     EXPECT_EQ(received.misc_cb.num7, 0x51525354U);
     EXPECT_STREQ(received.misc_cb.str8, "8th");
     EXPECT_THAT(trace.kept(), ElementsAre(Block{received.misc_cb.str8, 4}));
-    EXPECT_THAT(free_body(63, received), ElementsAre(trace.kept()[0].address));
+    EXPECT_THAT(misc_cb.release(&received), ElementsAre(trace.kept()[0].address));
 }
 
 TEST(MiscCb, WithoutAStringIs25Bytes)
@@ -472,12 +460,12 @@ TEST(MiscCb, WithoutAStringIs25Bytes)
     mdm_body_t sent{};
     sent.misc_cb.type = 1;
     sent.misc_cb.num7 = 0xFFFFFFFE;
-    EXPECT_EQ(_size_of_misc_cb(&sent), 25U);
-    const Bytes bytes = write_body(63, sent);
+    EXPECT_EQ(misc_cb.size(&sent), 25U);
+    const Bytes bytes = misc_cb.write(&sent);
     EXPECT_EQ(bytes, hex("01 00 00 00 19 00 00 00 00 00 00 00 00 00 00 00 "
                          "00 FE FF FF FF 00 00 00 00"));
     mdm_body_t received{};
-    EXPECT_EQ(read_body(63, received, bytes), 25U);
+    EXPECT_EQ(misc_cb.read(&received, bytes), 25U);
     EXPECT_EQ(received.misc_cb.num7, 0xFFFFFFFEU);
     EXPECT_EQ(received.misc_cb.str8, nullptr);
 }

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -28,7 +29,7 @@ struct ShortItem {
 };
 static_assert(sizeof(ShortItem) == offsetof(Item, str2));
 
-constexpr uint8_t type_container = 47;
+constexpr Handlers container(47);
 constexpr uint32_t item_type = 628;
 constexpr uint32_t short_item_type = 629;
 constexpr uint32_t raw_types[] = {630, 631, 632};
@@ -50,7 +51,7 @@ mdm_body_t untouched()
 void expect_size(mdm_body_t &sent, uint32_t size, int32_t stored)
 {
     for (int call = 0; call < 3; ++call) {
-        EXPECT_EQ(size_body(type_container, sent), size);
+        EXPECT_EQ(container.size(&sent), size);
         EXPECT_EQ(sent.container.data_size, stored);
     }
 }
@@ -100,11 +101,11 @@ TEST(Container, TypeDecidesTheShapeInEveryHandler)
         const bool is_nothing = &form == &nothing_form;
         void *data = g_malloc0(form.block);
         mdm_body_t some = body(type, 4, data);
-        EXPECT_EQ(size_body(type_container, some), form.size);
+        EXPECT_EQ(container.size(&some), form.size);
         EXPECT_EQ(some.container.data_size, form.stored);
         some.container.data_size = 4;
-        EXPECT_EQ(write_body(type_container, some), head_bytes(type, 4) + Bytes(form.payload));
-        EXPECT_THAT(free_body(type_container, some), SizeIs(is_nothing ? 0 : 1));
+        EXPECT_EQ(container.write(&some), head_bytes(type, 4) + Bytes(form.payload));
+        EXPECT_THAT(container.release(&some), SizeIs(is_nothing ? 0 : 1));
         EXPECT_EQ(some.container.data, is_raw ? nullptr : data);
         expect_headed<&mdm_body_t::container>(some, type, 4);
         if (is_nothing) {
@@ -112,11 +113,10 @@ TEST(Container, TypeDecidesTheShapeInEveryHandler)
         }
 
         mdm_body_t received = untouched();
-        EXPECT_EQ(read_body(type_container, received, head_bytes(type, 4) + Bytes(12)),
-                  12 + form.payload);
+        EXPECT_EQ(container.read(&received, head_bytes(type, 4) + Bytes(12)), 12 + form.payload);
         expect_headed<&mdm_body_t::container>(received, type, 4);
         EXPECT_EQ(received.container.data == sentinel(), is_nothing);
-        _free_container(&received);
+        container.free(&received);
     }
 }
 
@@ -126,7 +126,7 @@ TEST(Container, NullDataIsTheHeadAloneWithItsDataSize)
         for (const int32_t data_size : {0, 1, 9, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, nullptr);
             expect_size(sent, 12, data_size);
-            EXPECT_EQ(write_body(type_container, sent), head_bytes(type, data_size));
+            EXPECT_EQ(container.write(&sent), head_bytes(type, data_size));
         }
     }
 }
@@ -136,12 +136,12 @@ TEST(Container, DataSize0IsTheHeadAloneAndMakesTheReceiversDataNull)
     for (const uint32_t type : one_type_of_each_shape) {
         mdm_body_t sent = body(type, 0, sentinel());
         expect_size(sent, 12, 0);
-        const Bytes bytes = write_body(type_container, sent);
+        const Bytes bytes = container.write(&sent);
         EXPECT_EQ(bytes, head_bytes(type, 0));
 
         mdm_body_t received = untouched();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_container, received, bytes), 12U);
+        EXPECT_EQ(container.read(&received, bytes), 12U);
         trace.stop();
         expect_headed<&mdm_body_t::container>(received, type, 0);
         EXPECT_EQ(received.container.data, nullptr);
@@ -155,10 +155,10 @@ TEST(Container, RecordsAreWrittenForAnyDataSizeOtherThan0)
     ShortItem short_record{2, borrowed("de")};
     for (const int32_t data_size : any_payload) {
         mdm_body_t sent = body(item_type, data_size, &record);
-        EXPECT_EQ(write_body(type_container, sent),
+        EXPECT_EQ(container.write(&sent),
                   head_bytes(item_type, data_size) + hex("01 00 00 00 00 00 00 00 01 00 00 00 63"));
         sent = body(short_item_type, data_size, &short_record);
-        EXPECT_EQ(write_body(type_container, sent),
+        EXPECT_EQ(container.write(&sent),
                   head_bytes(short_item_type, data_size) + hex("02 00 00 00 02 00 00 00 64 65"));
     }
 }
@@ -169,7 +169,7 @@ TEST(Container, FreeDoesNothingWithoutDataOrDataSize)
         for (const auto &[data_size, data] :
              {std::pair{0, sentinel()}, {9, nullptr}, {0, nullptr}}) {
             mdm_body_t received = body(type, data_size, data);
-            EXPECT_THAT(free_body(type_container, received), IsEmpty());
+            EXPECT_THAT(container.release(&received), IsEmpty());
             expect_headed<&mdm_body_t::container>(received, type, data_size);
             EXPECT_EQ(received.container.data, data);
         }
@@ -185,19 +185,19 @@ TEST(Container, HandlersLogEnterAndExitOnly)
                     body(type, data_size, has_data ? g_malloc0(form_of(type).block) : nullptr);
                 void *data = some.container.data;
                 LogRecorder log;
-                size_body(type_container, some);
-                EXPECT_EQ(log.take(), enter_and_leave("_size_of_container"));
-                write_body(type_container, some);
-                EXPECT_EQ(log.take(), enter_and_leave("_set_container"));
-                const bool released = free_body(type_container, some).size() == 1;
-                EXPECT_EQ(log.take(), enter_and_leave("_free_container"));
+                container.size(&some);
+                EXPECT_EQ(log.take(), enter_and_leave(container.size));
+                container.write(&some);
+                EXPECT_EQ(log.take(), enter_and_leave(container.set));
+                const bool released = container.release(&some).size() == 1;
+                EXPECT_EQ(log.take(), enter_and_leave(container.free));
                 if (!released) {
                     g_free(data);
                 }
                 mdm_body_t received{};
-                read_body(type_container, received, head_bytes(type, data_size) + Bytes(12));
-                EXPECT_EQ(log.take(), enter_and_leave("_get_container"));
-                _free_container(&received);
+                container.read(&received, head_bytes(type, data_size) + Bytes(12));
+                EXPECT_EQ(log.take(), enter_and_leave(container.get));
+                container.free(&received);
             }
         }
     }
@@ -209,7 +209,7 @@ TEST(ContainerItem, SendsANumberAndTwoStringsAndStoresTheirSize)
     for (const int32_t data_size : any_payload) {
         mdm_body_t sent = body(item_type, data_size, &record);
         expect_size(sent, 29, 12 + 2 + 3);
-        EXPECT_EQ(write_body(type_container, sent),
+        EXPECT_EQ(container.write(&sent),
                   hex("74 02 00 00 04 03 02 01 11 00 00 00 "
                       "04 03 02 01 02 00 00 00 61 62 03 00 00 00 C3 A9 21"));
     }
@@ -221,13 +221,13 @@ TEST(ContainerItem, WithoutASecondStringComesBackWithANullOne)
         Item record{1, borrowed("ab"), str2};
         mdm_body_t sent = body(item_type, 1, &record);
         expect_size(sent, 26, 14);
-        const Bytes bytes = write_body(type_container, sent);
+        const Bytes bytes = container.write(&sent);
         EXPECT_EQ(bytes,
                   head_bytes(item_type, 14) + hex("01 00 00 00 02 00 00 00 61 62 00 00 00 00"));
 
         mdm_body_t received = untouched();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_container, received, bytes), 26U);
+        EXPECT_EQ(container.read(&received, bytes), 26U);
         trace.stop();
         expect_headed<&mdm_body_t::container>(received, item_type, 14);
         const auto &back = received_record<Item>(received);
@@ -235,7 +235,7 @@ TEST(ContainerItem, WithoutASecondStringComesBackWithANullOne)
         EXPECT_STREQ(back.str1, "ab");
         EXPECT_EQ(back.str2, nullptr);
         EXPECT_THAT(trace.kept(), ElementsAre(Block{&back, sizeof(Item)}, Block{back.str1, 3}));
-        _free_container(&received);
+        container.free(&received);
     }
 }
 
@@ -243,16 +243,15 @@ TEST(ContainerItem, IsReadForAnyDataSizeOtherThan0)
 {
     for (const int32_t data_size : any_payload) {
         mdm_body_t received = untouched();
-        EXPECT_EQ(read_body(type_container, received,
-                            head_bytes(item_type, data_size) +
-                                hex("F1 FF FF FF 00 00 00 00 01 00 00 00 62")),
+        EXPECT_EQ(container.read(&received, head_bytes(item_type, data_size) +
+                                                hex("F1 FF FF FF 00 00 00 00 01 00 00 00 62")),
                   25U);
         expect_headed<&mdm_body_t::container>(received, item_type, data_size);
         const auto &record = received_record<Item>(received);
         EXPECT_EQ(record.num0, 0xFFFFFFF1U);
         EXPECT_EQ(record.str1, nullptr);
         EXPECT_STREQ(record.str2, "b");
-        _free_container(&received);
+        container.free(&received);
     }
 }
 
@@ -264,10 +263,10 @@ TEST(ContainerItem, LongStringsTravel)
     mdm_body_t sent = body(item_type, 1, &record);
     expect_size(sent, 3324, 3312);
     mdm_body_t received{};
-    EXPECT_EQ(read_body(type_container, received, write_body(type_container, sent)), 3324U);
+    EXPECT_EQ(container.read(&received, container.write(&sent)), 3324U);
     EXPECT_EQ(received_record<Item>(received).str1, first);
     EXPECT_EQ(received_record<Item>(received).str2, second);
-    _free_container(&received);
+    container.free(&received);
 }
 
 TEST(ContainerItem, FreeReleasesBothStringsThenTheRecordAndKeepsThePointer)
@@ -284,7 +283,7 @@ TEST(ContainerItem, FreeReleasesBothStringsThenTheRecordAndKeepsThePointer)
                 EXPECT_EQ(record->str2, nullptr);
             }
         });
-        _free_container(&received);
+        container.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(before.str1, before.str2, record));
         expect_headed<&mdm_body_t::container>(received, item_type, data_size);
@@ -298,7 +297,7 @@ TEST(ContainerShortItem, SendsANumberAndOneStringAndStoresTheirSize)
     for (const int32_t data_size : any_payload) {
         mdm_body_t sent = body(short_item_type, data_size, &record);
         expect_size(sent, 22, 8 + 2);
-        EXPECT_EQ(write_body(type_container, sent),
+        EXPECT_EQ(container.write(&sent),
                   hex("75 02 00 00 04 03 02 01 0A 00 00 00 04 03 02 01 02 00 00 00 61 62"));
     }
 }
@@ -309,12 +308,12 @@ TEST(ContainerShortItem, OfANullOrEmptyStringIs20Bytes)
         ShortItem record{1, str1};
         mdm_body_t sent = body(short_item_type, 1, &record);
         expect_size(sent, 20, 8);
-        const Bytes bytes = write_body(type_container, sent);
+        const Bytes bytes = container.write(&sent);
         EXPECT_EQ(bytes, head_bytes(short_item_type, 8) + hex("01 00 00 00 00 00 00 00"));
         mdm_body_t received = untouched();
-        EXPECT_EQ(read_body(type_container, received, bytes), 20U);
+        EXPECT_EQ(container.read(&received, bytes), 20U);
         EXPECT_EQ(received_record<ShortItem>(received).str1, nullptr);
-        _free_container(&received);
+        container.free(&received);
     }
 }
 
@@ -323,10 +322,10 @@ TEST(ContainerShortItem, ComesBackInARecordThatEndsBeforeStr2)
     for (const int32_t data_size : any_payload) {
         mdm_body_t received = untouched();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_container, received,
-                            head_bytes(short_item_type, data_size) +
-                                hex("F1 FF FF FF 02 00 00 00 61 62 01 00 00 00 63")),
-                  22U);
+        EXPECT_EQ(
+            container.read(&received, head_bytes(short_item_type, data_size) +
+                                          hex("F1 FF FF FF 02 00 00 00 61 62 01 00 00 00 63")),
+            22U);
         trace.stop();
         expect_headed<&mdm_body_t::container>(received, short_item_type, data_size);
         const auto &record = received_record<ShortItem>(received);
@@ -334,7 +333,7 @@ TEST(ContainerShortItem, ComesBackInARecordThatEndsBeforeStr2)
         EXPECT_STREQ(record.str1, "ab");
         EXPECT_THAT(trace.kept(),
                     ElementsAre(Block{&record, offsetof(Item, str2)}, Block{record.str1, 3}));
-        _free_container(&received);
+        container.free(&received);
     }
 }
 
@@ -351,7 +350,7 @@ TEST(ContainerShortItem, FreeReleasesItsStringThenTheRecordAndKeepsThePointer)
                 EXPECT_EQ(record->str1, nullptr);
             }
         });
-        _free_container(&received);
+        container.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(before.str1, record));
         expect_headed<&mdm_body_t::container>(received, short_item_type, data_size);
@@ -365,18 +364,18 @@ TEST(ContainerRaw, TravelsAsItIsAndArrivesTerminatedAtItsFirstZeroByte)
         char payload[] = {'a', 0, '\xFF', 'b'};
         mdm_body_t sent = body(type, 3, payload);
         expect_size(sent, 15, 3);
-        const Bytes bytes = write_body(type_container, sent);
+        const Bytes bytes = container.write(&sent);
         EXPECT_EQ(bytes, head_bytes(type, 3) + hex("61 00 FF"));
 
         mdm_body_t received = untouched();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_container, received, bytes), 15U);
+        EXPECT_EQ(container.read(&received, bytes), 15U);
         trace.stop();
         expect_headed<&mdm_body_t::container>(received, type, 3);
         EXPECT_THAT(trace.kept(), ElementsAre(Block{received.container.data, 4}));
         EXPECT_EQ(std::string(static_cast<const char *>(received.container.data), 4),
                   std::string("a\0\0\0", 4));
-        _free_container(&received);
+        container.free(&received);
     }
 }
 
@@ -386,10 +385,9 @@ TEST(ContainerRaw, OneByteAndManyBytesTravel)
         std::string payload(length, '\xFE');
         mdm_body_t sent = body(631, static_cast<int32_t>(length), payload.data());
         mdm_body_t received = untouched();
-        EXPECT_EQ(read_body(type_container, received, write_body(type_container, sent)),
-                  12 + length);
+        EXPECT_EQ(container.read(&received, container.write(&sent)), 12 + length);
         EXPECT_EQ(static_cast<const char *>(received.container.data), payload);
-        _free_container(&received);
+        container.free(&received);
     }
 }
 
@@ -413,8 +411,8 @@ TEST(ContainerRaw, FreeReleasesItAndResetsThePointerOnly)
             mdm_body_t received = body(type, data_size, heap_text("raw"));
             const void *data = received.container.data;
             AllocationTrace trace;
-            _free_container(&received);
-            _free_container(&received);
+            container.free(&received);
+            container.free(&received);
             trace.stop();
             EXPECT_THAT(trace.released(), ElementsAre(data));
             expect_headed<&mdm_body_t::container>(received, type, data_size);
@@ -429,13 +427,13 @@ TEST(ContainerNothing, SendsTheHeadAloneAndLeavesTheReceiversData)
         for (const int32_t data_size : any_payload) {
             mdm_body_t sent = body(type, data_size, sentinel());
             expect_size(sent, 12, data_size);
-            const Bytes bytes = write_body(type_container, sent);
+            const Bytes bytes = container.write(&sent);
             EXPECT_EQ(bytes, head_bytes(type, data_size));
             mdm_body_t received = untouched();
-            EXPECT_EQ(read_body(type_container, received, bytes), 12U);
+            EXPECT_EQ(container.read(&received, bytes), 12U);
             expect_headed<&mdm_body_t::container>(received, type, data_size);
             EXPECT_EQ(received.container.data, sentinel());
-            EXPECT_THAT(free_body(type_container, received), IsEmpty());
+            EXPECT_THAT(container.release(&received), IsEmpty());
             EXPECT_EQ(received.container.data, sentinel());
         }
     }
@@ -457,7 +455,7 @@ TEST(ContainerMessage, CarriesEveryShapeAndLeaksNothing)
         {body(630, 3, borrowed("raw")), 15, {4}},
         {body(632, 2, borrowed("raw")), 14, {3}},
         {body(640, 9, borrowed("nothing")), 12, {}}};
-    for (const uint8_t message_type : {type_container, uint8_t{48}}) {
+    for (const uint8_t message_type : {container.type, uint8_t{48}}) {
         for (const auto &[sent, size, blocks] : cases) {
             mdm_msg_t msg = message(message_type);
             msg.body = sent;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -20,7 +21,7 @@ using ::testing::IsEmpty;
 using ::testing::IsNull;
 using ::testing::StrEq;
 
-constexpr uint8_t type_eas = 11;
+constexpr Handlers eas(11);
 constexpr uint32_t account_type = 98;
 constexpr uint32_t settings_type = 104;
 constexpr uint32_t list_type = 106;
@@ -69,7 +70,7 @@ mdm_body_t received(uint32_t type, int32_t data_size = 1)
 {
     const Bytes bytes = head_bytes(type, data_size) + payload_bytes(type);
     mdm_body_t received = body(0, 0, sentinel());
-    EXPECT_EQ(read_body(type_eas, received, bytes), bytes.size());
+    EXPECT_EQ(eas.read(&received, bytes), bytes.size());
     return received;
 }
 
@@ -104,7 +105,7 @@ void expect_full(const mdm_eas_account_t &account)
 
 void expect_sizes(mdm_body_t &sent, uint32_t size, int32_t data_size)
 {
-    EXPECT_EQ(size_body(type_eas, sent), size);
+    EXPECT_EQ(eas.size(&sent), size);
     EXPECT_EQ(sent.eas.data_size, data_size);
 }
 
@@ -114,8 +115,7 @@ TEST(Eas, AccountCarriesSixNumbersAndNineStrings)
     mdm_body_t sent = body(account_type, 1, &record);
     expect_sizes(sent, 12 + 76, 76);
     expect_sizes(sent, 12 + 76, 76);
-    EXPECT_EQ(write_body(type_eas, sent),
-              hex("62 00 00 00 04 03 02 01 4C 00 00 00") + account_bytes);
+    EXPECT_EQ(eas.write(&sent), hex("62 00 00 00 04 03 02 01 4C 00 00 00") + account_bytes);
     EXPECT_EQ(sent.eas.data, &record);
 }
 
@@ -124,13 +124,13 @@ TEST(Eas, AccountWithNullStringsIs72Bytes)
     mdm_eas_account_t record{};
     mdm_body_t sent = body(account_type, -1, &record);
     expect_sizes(sent, 72, 60);
-    const Bytes bytes = write_body(type_eas, sent);
+    const Bytes bytes = eas.write(&sent);
     EXPECT_EQ(bytes, head_bytes(account_type, 60) + Bytes(60));
 
     mdm_body_t received{};
-    EXPECT_EQ(read_body(type_eas, received, bytes), 72U);
+    EXPECT_EQ(eas.read(&received, bytes), 72U);
     EXPECT_THAT(strings_of(account_at(received.eas.data)), Each(IsNull()));
-    _free_eas(&received);
+    eas.free(&received);
 }
 
 TEST(Eas, AccountComesBackFieldByField)
@@ -149,7 +149,7 @@ TEST(Eas, AccountComesBackFieldByField)
                                           Block{account.str9, 2}, Block{account.str10, 2},
                                           Block{account.str11, 7}, Block{account.str12, 3},
                                           Block{account.str13, 2}, Block{account.str14, 3}));
-    _free_eas(&back);
+    eas.free(&back);
 }
 
 TEST(Eas, SettingsCarryThreeStringsOfAnAccount)
@@ -157,7 +157,7 @@ TEST(Eas, SettingsCarryThreeStringsOfAnAccount)
     mdm_eas_account_t record = full_account();
     mdm_body_t sent = body(settings_type, 5, &record);
     expect_sizes(sent, 12 + 5 + 15, 5 + 15);
-    EXPECT_EQ(write_body(type_eas, sent), head_bytes(settings_type, 20) + settings_bytes);
+    EXPECT_EQ(eas.write(&sent), head_bytes(settings_type, 20) + settings_bytes);
 
     AllocationTrace trace;
     mdm_body_t back = received(settings_type);
@@ -169,7 +169,7 @@ TEST(Eas, SettingsCarryThreeStringsOfAnAccount)
                             IsNull(), StrEq("D"), IsNull()));
     EXPECT_THAT(trace.kept(), ElementsAre(Block{&account, sizeof account}, Block{account.str8, 2},
                                           Block{account.str10, 2}, Block{account.str13, 2}));
-    _free_eas(&back);
+    eas.free(&back);
 }
 
 TEST(Eas, SettingsSizeAddsToDataSizeWithEveryCall)
@@ -177,9 +177,9 @@ TEST(Eas, SettingsSizeAddsToDataSizeWithEveryCall)
     mdm_eas_account_t record{};
     mdm_body_t sent = body(settings_type, 1, &record);
     expect_sizes(sent, 25, 13);
-    EXPECT_EQ(write_body(type_eas, sent), head_bytes(settings_type, 13) + Bytes(12));
+    EXPECT_EQ(eas.write(&sent), head_bytes(settings_type, 13) + Bytes(12));
     expect_sizes(sent, 37, 25);
-    EXPECT_EQ(write_body(type_eas, sent), head_bytes(settings_type, 25) + Bytes(12));
+    EXPECT_EQ(eas.write(&sent), head_bytes(settings_type, 25) + Bytes(12));
 
     sent.eas.data_size = -1;
     expect_sizes(sent, 23, 11);
@@ -192,14 +192,14 @@ TEST(Eas, SettingsWhoseSumIsZeroAreSentAsTheHeadAlone)
     mdm_eas_account_t record{};
     mdm_body_t sent = body(settings_type, -12, &record);
     expect_sizes(sent, 12, 0);
-    EXPECT_EQ(write_body(type_eas, sent), head_bytes(settings_type, 0));
+    EXPECT_EQ(eas.write(&sent), head_bytes(settings_type, 0));
     expect_sizes(sent, 12, 0);
 }
 
 TEST(Eas, SettingsMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
 {
     mdm_eas_account_t record = full_account();
-    mdm_msg_t msg = message(type_eas);
+    mdm_msg_t msg = message(eas.type);
     msg.body = body(settings_type, 5, &record);
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
@@ -221,7 +221,7 @@ TEST(Eas, ListCarriesACountAndAccountsAndCountsTheWholeBody)
     mdm_body_t sent = body(list_type, -1, list);
     expect_sizes(sent, 16 + 76 + 60, 16 + 76 + 60);
     expect_sizes(sent, 16 + 76 + 60, 16 + 76 + 60);
-    EXPECT_EQ(write_body(type_eas, sent), head_bytes(list_type, 152) + list_bytes);
+    EXPECT_EQ(eas.write(&sent), head_bytes(list_type, 152) + list_bytes);
     g_list_free(list);
 }
 
@@ -231,8 +231,7 @@ TEST(Eas, ListOfTwoEmptyAccountsIs136Bytes)
     GList *list = list_of({&record, &record});
     mdm_body_t sent = body(list_type, 1, list);
     expect_sizes(sent, 136, 136);
-    EXPECT_EQ(write_body(type_eas, sent),
-              head_bytes(list_type, 136) + hex("02 00 00 00") + Bytes(120));
+    EXPECT_EQ(eas.write(&sent), head_bytes(list_type, 136) + hex("02 00 00 00") + Bytes(120));
     g_list_free(list);
 }
 
@@ -247,7 +246,7 @@ TEST(Eas, ListComesBackInWireOrder)
     EXPECT_THAT(numbers_of(account_at(accounts[1])), ElementsAre(0x20, 0, 0, 0, 0, 0));
     EXPECT_THAT(strings_of(account_at(accounts[1])), Each(IsNull()));
     EXPECT_EQ(trace.kept().size(), 2U + 9 + 2);
-    _free_eas(&back);
+    eas.free(&back);
 }
 
 TEST(Eas, ListsOfManyAccountsTravel)
@@ -259,7 +258,7 @@ TEST(Eas, ListsOfManyAccountsTravel)
         account.num5 = number++;
         list = g_list_append(list, &account);
     }
-    mdm_msg_t msg = message(type_eas);
+    mdm_msg_t msg = message(eas.type);
     msg.body = body(list_type, 1, list);
     mdm_msg_t received{};
     EXPECT_EQ(deserialize(received, serialize(msg)), 0);
@@ -277,10 +276,10 @@ TEST(Eas, ListCountBelow1IsReceivedAsNull)
 {
     for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
         mdm_body_t received = body(0, 0, sentinel());
-        EXPECT_EQ(read_body(type_eas, received, head_bytes(list_type, 16) + hex(count)), 16U);
+        EXPECT_EQ(eas.read(&received, head_bytes(list_type, 16) + hex(count)), 16U);
         EXPECT_EQ(received.eas.data, nullptr);
         EXPECT_EQ(received.eas.data_size, 16);
-        EXPECT_THAT(free_body(type_eas, received), IsEmpty());
+        EXPECT_THAT(eas.release(&received), IsEmpty());
     }
 }
 
@@ -292,9 +291,8 @@ TEST(Eas, ListWithANullElementHasNoSize)
         mdm_body_t sent = body(list_type, 4, list);
         LogRecorder log;
         expect_sizes(sent, 0, 4);
-        EXPECT_THAT(log.take(),
-                    ElementsAre(enter("_size_of_eas"), critical("_size_of_eas", "acconts is NULL"),
-                                leave("_size_of_eas")));
+        EXPECT_THAT(log.take(), ElementsAre(enter(eas.size), critical(eas.size, "acconts is NULL"),
+                                            leave(eas.size)));
         g_list_free(list);
     }
 }
@@ -305,9 +303,9 @@ TEST(Eas, NullElementIsCountedButNotWritten)
     GList *list = list_of({nullptr, &record, nullptr, &record});
     mdm_body_t sent = body(list_type, 4, list);
     LogRecorder log;
-    EXPECT_EQ(write_body(type_eas, sent), hex("6A 00 00 00 04 03 02 01 04 00 00 00 04 00 00 00") +
-                                              account_bytes + account_bytes);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_eas"), leave("_set_eas")));
+    EXPECT_EQ(eas.write(&sent), hex("6A 00 00 00 04 03 02 01 04 00 00 00 04 00 00 00") +
+                                    account_bytes + account_bytes);
+    EXPECT_EQ(log.take(), enter_and_leave(eas.set));
     g_list_free(list);
 }
 
@@ -317,7 +315,7 @@ TEST(Eas, ValueCarriesANumberAndAText)
     mdm_body_t sent = body(value_type, 1, &record);
     expect_sizes(sent, 25, 13);
     expect_sizes(sent, 25, 13);
-    EXPECT_EQ(write_body(type_eas, sent), hex("07 00 00 00 04 03 02 01 0D 00 00 00") + value_bytes);
+    EXPECT_EQ(eas.write(&sent), hex("07 00 00 00 04 03 02 01 0D 00 00 00") + value_bytes);
 
     AllocationTrace trace;
     mdm_body_t back = received(value_type, 13);
@@ -326,7 +324,7 @@ TEST(Eas, ValueCarriesANumberAndAText)
     EXPECT_STREQ(value_at(back.eas.data).str1, "hello");
     EXPECT_THAT(trace.kept(), ElementsAre(Block{back.eas.data, sizeof record},
                                           Block{value_at(back.eas.data).str1, 6}));
-    _free_eas(&back);
+    eas.free(&back);
 }
 
 TEST(Eas, ValueWithoutATextIs20Bytes)
@@ -336,10 +334,10 @@ TEST(Eas, ValueWithoutATextIs20Bytes)
         mdm_body_t sent = body(value_type, INT32_MIN, &record);
         expect_sizes(sent, 20, 8);
         mdm_body_t received{};
-        EXPECT_EQ(read_body(type_eas, received, write_body(type_eas, sent)), 20U);
+        EXPECT_EQ(eas.read(&received, eas.write(&sent)), 20U);
         EXPECT_EQ(value_at(received.eas.data).num0, 1U);
         EXPECT_EQ(value_at(received.eas.data).str1, nullptr);
-        _free_eas(&received);
+        eas.free(&received);
     }
 }
 
@@ -353,13 +351,13 @@ TEST(Eas, StringsOfEveryKindTravel)
     record.str14 = borrowed("x");
     mdm_body_t sent = body(account_type, 1, &record);
     expect_sizes(sent, 72 + 305, 60 + 305);
-    const Bytes bytes = write_body(type_eas, sent);
+    const Bytes bytes = eas.write(&sent);
     mdm_body_t received{};
-    EXPECT_EQ(read_body(type_eas, received, bytes), 72U + 305);
+    EXPECT_EQ(eas.read(&received, bytes), 72U + 305);
     EXPECT_THAT(strings_of(account_at(received.eas.data)),
                 ElementsAre(IsNull(), IsNull(), StrEq(text), StrEq("\xC3\xA4\xFF\x01"), IsNull(),
                             IsNull(), IsNull(), IsNull(), StrEq("x")));
-    _free_eas(&received);
+    eas.free(&received);
 }
 
 TEST(Eas, NoPayloadIsTheHeadAlone)
@@ -367,10 +365,10 @@ TEST(Eas, NoPayloadIsTheHeadAlone)
     for (const uint32_t type : every_type) {
         mdm_body_t sent = body(type, 0, sentinel());
         expect_sizes(sent, 12, 0);
-        const Bytes bytes = write_body(type_eas, sent);
+        const Bytes bytes = eas.write(&sent);
         EXPECT_EQ(bytes.size(), 12U);
         mdm_body_t received = body(0, 7, sentinel());
-        EXPECT_EQ(read_body(type_eas, received, bytes), 12U);
+        EXPECT_EQ(eas.read(&received, bytes), 12U);
         EXPECT_EQ(received.eas.type, type);
         EXPECT_EQ(received.eas.data_size, 0);
         EXPECT_EQ(received.eas.data, nullptr);
@@ -378,7 +376,7 @@ TEST(Eas, NoPayloadIsTheHeadAlone)
         for (const int32_t data_size : {1, -1, INT32_MIN}) {
             mdm_body_t without_data = body(type, data_size, nullptr);
             expect_sizes(without_data, 12, data_size);
-            EXPECT_EQ(write_body(type_eas, without_data).size(), 12U);
+            EXPECT_EQ(eas.write(&without_data).size(), 12U);
         }
     }
 }
@@ -389,9 +387,8 @@ TEST(Eas, EveryDataSizeButZeroIsAPayload)
         for (const int32_t data_size : {1, -1, INT32_MIN, INT32_MAX}) {
             mdm_body_t back = received(type, data_size);
             EXPECT_EQ(back.eas.data_size, data_size);
-            EXPECT_EQ(write_body(type_eas, back),
-                      head_bytes(type, data_size) + payload_bytes(type));
-            EXPECT_THAT(free_body(type_eas, back), ::testing::Not(IsEmpty()));
+            EXPECT_EQ(eas.write(&back), head_bytes(type, data_size) + payload_bytes(type));
+            EXPECT_THAT(eas.release(&back), ::testing::Not(IsEmpty()));
         }
     }
 }
@@ -423,12 +420,11 @@ TEST(Eas, EveryTypeButThreeIsAValue)
         SCOPED_TRACE(type);
         const Traits traits = traits_of(type);
         mdm_body_t received{};
-        EXPECT_EQ(
-            read_body(type_eas, received, head_bytes(type, 1) + hex("01 00 00 00") + Bytes(60)),
-            traits.size);
-        EXPECT_EQ(size_body(type_eas, received), traits.size);
-        EXPECT_EQ(write_body(type_eas, received).size(), traits.written);
-        EXPECT_EQ(free_body(type_eas, received).size(), traits.released);
+        EXPECT_EQ(eas.read(&received, head_bytes(type, 1) + hex("01 00 00 00") + Bytes(60)),
+                  traits.size);
+        EXPECT_EQ(eas.size(&received), traits.size);
+        EXPECT_EQ(eas.write(&received).size(), traits.written);
+        EXPECT_EQ(eas.release(&received).size(), traits.released);
     }
 }
 
@@ -477,7 +473,7 @@ TEST(Eas, FreeReleasesEverythingInSilenceAndLeavesTheBody)
                 EXPECT_THAT(strings_of(type, block), Each(IsNull()));
             }
         });
-        _free_eas(&back);
+        eas.free(&back);
         trace.stop();
         EXPECT_EQ(trace.released(), blocks);
         EXPECT_EQ(back.eas.data, data);
@@ -495,7 +491,7 @@ TEST(Eas, FreeOfSettingsReleasesNoOtherString)
     const std::array others = {account.str6 = heap_text("6"),   account.str7 = heap_text("7"),
                                account.str9 = heap_text("9"),   account.str11 = heap_text("11"),
                                account.str12 = heap_text("12"), account.str14 = heap_text("14")};
-    EXPECT_EQ(free_body(type_eas, back), blocks);
+    EXPECT_EQ(eas.release(&back), blocks);
     std::ranges::for_each(others, g_free);
 }
 
@@ -505,7 +501,7 @@ TEST(Eas, FreeOfAListSkipsNullElements)
     GList *list = list_of({nullptr, account, nullptr});
     const auto cells = cells_of(list);
     mdm_body_t received = body(list_type, 1, list);
-    EXPECT_THAT(free_body(type_eas, received), ElementsAre(account, cells[0], cells[1], cells[2]));
+    EXPECT_THAT(eas.release(&received), ElementsAre(account, cells[0], cells[1], cells[2]));
 }
 
 TEST(Eas, FreeWithoutAPayloadReleasesNothing)
@@ -513,10 +509,10 @@ TEST(Eas, FreeWithoutAPayloadReleasesNothing)
     for (const uint32_t type : every_type) {
         LogRecorder log;
         mdm_body_t without_data = body(type, 3, nullptr);
-        EXPECT_THAT(free_body(type_eas, without_data), IsEmpty());
+        EXPECT_THAT(eas.release(&without_data), IsEmpty());
         EXPECT_EQ(without_data.eas.data_size, 3);
         mdm_body_t without_size = body(type, 0, sentinel());
-        EXPECT_THAT(free_body(type_eas, without_size), IsEmpty());
+        EXPECT_THAT(eas.release(&without_size), IsEmpty());
         EXPECT_EQ(without_size.eas.data, sentinel());
         EXPECT_THAT(log.take(), IsEmpty());
     }
@@ -524,7 +520,7 @@ TEST(Eas, FreeWithoutAPayloadReleasesNothing)
 
 TEST(Eas, BothMessageTypesCarryEveryShapeAndLeakNothing)
 {
-    for (const uint8_t message_type : {type_eas, uint8_t{12}}) {
+    for (const uint8_t message_type : {eas.type, uint8_t{12}}) {
         for (const uint32_t type : every_type) {
             mdm_msg_t msg = message(message_type);
             msg.body = received(type);
@@ -532,7 +528,7 @@ TEST(Eas, BothMessageTypesCarryEveryShapeAndLeakNothing)
             mdm_msg_t arrived{};
             AllocationTrace trace;
             EXPECT_EQ(deserialize(arrived, bytes), 0);
-            EXPECT_EQ(write_body(message_type, arrived.body),
+            EXPECT_EQ(Handlers(message_type).write(&arrived.body),
                       head_bytes(type, msg.body.eas.data_size) + payload_bytes(type));
             EXPECT_EQ(ipc_free(&arrived), 0);
             trace.stop();
@@ -549,13 +545,13 @@ TEST(Eas, LogsEnterAndExitOnly)
             const Bytes bytes = head_bytes(type, data_size) + payload_bytes(type);
             mdm_body_t back{};
             LogRecorder log;
-            read_body(type_eas, back, bytes);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_get_eas"), leave("_get_eas")));
-            size_body(type_eas, back);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_eas"), leave("_size_of_eas")));
-            write_body(type_eas, back);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_set_eas"), leave("_set_eas")));
-            _free_eas(&back);
+            eas.read(&back, bytes);
+            EXPECT_EQ(log.take(), enter_and_leave(eas.get));
+            eas.size(&back);
+            EXPECT_EQ(log.take(), enter_and_leave(eas.size));
+            eas.write(&back);
+            EXPECT_EQ(log.take(), enter_and_leave(eas.set));
+            eas.free(&back);
         }
     }
 }

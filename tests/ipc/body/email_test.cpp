@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -20,7 +21,7 @@ using ::testing::IsEmpty;
 using ::testing::IsNull;
 using ::testing::StrEq;
 
-constexpr uint8_t type_email = 39;
+constexpr Handlers email(39);
 
 mdm_body_t body(uint32_t type, int32_t data_size, void *data)
 {
@@ -74,7 +75,7 @@ mdm_body_t received(uint32_t type, int32_t data_size, const Bytes &payload)
 {
     const Bytes bytes = head_bytes(type, data_size) + payload;
     mdm_body_t received = body(0, 0, sentinel());
-    EXPECT_EQ(read_body(type_email, received, bytes), bytes.size());
+    EXPECT_EQ(email.read(&received, bytes), bytes.size());
     return received;
 }
 
@@ -120,7 +121,7 @@ void release_strings_of(const mdm_email_account_t &account)
 // The free handler leaves the record of settings to the test.
 void free_whole(mdm_body_t &body)
 {
-    _free_email(&body);
+    email.free(&body);
     if (body.email.type == 362) {
         g_free(body.email.data);
     }
@@ -139,7 +140,7 @@ std::vector<const void *> release(mdm_body_t &body, const std::vector<const void
                                     [](const char *text) { return text == nullptr; }));
         }
     });
-    _free_email(&body);
+    email.free(&body);
     trace.stop();
     return trace.released();
 }
@@ -151,7 +152,7 @@ TEST(Email, EveryShapeHasItsSizeWhicheverDataSizeItBeginsWith)
             mdm_body_t sent = received(payload.type, data_size, payload.bytes);
             EXPECT_EQ(sent.email.data_size, data_size);
             for (int call = 0; call < 2; ++call) {
-                EXPECT_EQ(size_body(type_email, sent), payload.size);
+                EXPECT_EQ(email.size(&sent), payload.size);
                 EXPECT_EQ(sent.email.data_size, payload.data_size);
             }
             free_whole(sent);
@@ -163,8 +164,8 @@ TEST(Email, AccountCarriesSevenNumbersOutOfOrderAndNineStrings)
 {
     mdm_email_account_t record = full_account();
     mdm_body_t sent = body(359, -7, &record);
-    EXPECT_EQ(size_body(type_email, sent), 96U);
-    const Bytes bytes = write_body(type_email, sent);
+    EXPECT_EQ(email.size(&sent), 96U);
+    const Bytes bytes = email.write(&sent);
     EXPECT_EQ(bytes, hex("67 01 00 00 04 03 02 01 54 00 00 00") + account_bytes);
     EXPECT_EQ(sent.email.data, &record);
 }
@@ -173,9 +174,9 @@ TEST(Email, AccountWithNullStringsIs76Bytes)
 {
     mdm_email_account_t record{};
     mdm_body_t sent = body(359, 1, &record);
-    EXPECT_EQ(size_body(type_email, sent), 76U);
+    EXPECT_EQ(email.size(&sent), 76U);
     EXPECT_EQ(sent.email.data_size, 64);
-    EXPECT_EQ(write_body(type_email, sent), head_bytes(359, 64) + Bytes(64));
+    EXPECT_EQ(email.write(&sent), head_bytes(359, 64) + Bytes(64));
 }
 
 TEST(Email, AccountArrivesWithTheFieldsThatDoNotTravelZero)
@@ -197,16 +198,15 @@ TEST(Email, AccountArrivesWithTheFieldsThatDoNotTravelZero)
     ASSERT_EQ(kept.size(), 1U + 9);
     EXPECT_EQ(kept.front(), (Block{&account, sizeof account}));
     EXPECT_EQ(kept.back(), (Block{account.str21, 5}));
-    _free_email(&back);
+    email.free(&back);
 }
 
 TEST(Email, SettingsCarryThreeStringsInDescendingOrder)
 {
     mdm_email_account_t record = full_account();
     mdm_body_t sent = body(362, 1, &record);
-    EXPECT_EQ(size_body(type_email, sent), 30U);
-    EXPECT_EQ(write_body(type_email, sent),
-              hex("6A 01 00 00 04 03 02 01 12 00 00 00") + settings_bytes);
+    EXPECT_EQ(email.size(&sent), 30U);
+    EXPECT_EQ(email.write(&sent), hex("6A 01 00 00 04 03 02 01 12 00 00 00") + settings_bytes);
 
     AllocationTrace trace;
     mdm_body_t back = received(362, 18, settings_bytes);
@@ -227,9 +227,9 @@ TEST(Email, SettingsWithNullStringsAre24BytesWithEveryCall)
     mdm_email_account_t record{};
     mdm_body_t sent = body(362, 1, &record);
     for (int call = 0; call < 2; ++call) {
-        EXPECT_EQ(size_body(type_email, sent), 24U);
+        EXPECT_EQ(email.size(&sent), 24U);
         EXPECT_EQ(sent.email.data_size, 12);
-        EXPECT_EQ(write_body(type_email, sent), head_bytes(362, 12) + Bytes(12));
+        EXPECT_EQ(email.write(&sent), head_bytes(362, 12) + Bytes(12));
     }
 }
 
@@ -239,8 +239,8 @@ TEST(Email, ListElementCarriesEveryFieldInOrder)
     mdm_email_account_t second{};
     GList *list = list_of({&first, &second});
     mdm_body_t sent = body(363, 1, list);
-    EXPECT_EQ(size_body(type_email, sent), 219U);
-    const Bytes bytes = write_body(type_email, sent);
+    EXPECT_EQ(email.size(&sent), 219U);
+    const Bytes bytes = email.write(&sent);
     EXPECT_EQ(bytes, hex("6B 01 00 00 04 03 02 01 DB 00 00 00 02 00 00 00") + element_bytes +
                          Bytes(36 + 52));
     g_list_free(list);
@@ -259,7 +259,7 @@ TEST(Email, ListElementCarriesEveryFieldInOrder)
     EXPECT_THAT(numbers_of(account_at(accounts[1])), Each(0U));
     EXPECT_THAT(strings_of(account_at(accounts[1])), Each(IsNull()));
     EXPECT_EQ(trace.kept().size(), 2U + 13 + 2);
-    _free_email(&back);
+    email.free(&back);
 }
 
 TEST(Email, ListOfOneEmptyAccountIs104Bytes)
@@ -267,9 +267,9 @@ TEST(Email, ListOfOneEmptyAccountIs104Bytes)
     mdm_email_account_t record{};
     GList *list = list_of({&record});
     mdm_body_t sent = body(363, 1, list);
-    EXPECT_EQ(size_body(type_email, sent), 104U);
+    EXPECT_EQ(email.size(&sent), 104U);
     EXPECT_EQ(sent.email.data_size, 104);
-    EXPECT_EQ(write_body(type_email, sent), head_bytes(363, 104) + hex("01 00 00 00") + Bytes(88));
+    EXPECT_EQ(email.write(&sent), head_bytes(363, 104) + hex("01 00 00 00") + Bytes(88));
     g_list_free(list);
 }
 
@@ -293,11 +293,11 @@ TEST(Email, SizeOfAListEndsAtItsFirstNullElementAndTheWriterGoesOn)
         mdm_body_t sent = body(363, 1, list);
         const Bytes expected = head_bytes(363, size) + payload;
         LogRecorder log;
-        EXPECT_EQ(size_body(type_email, sent), static_cast<uint32_t>(size));
-        EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_email"), leave("_size_of_email")));
+        EXPECT_EQ(email.size(&sent), static_cast<uint32_t>(size));
+        EXPECT_EQ(log.take(), enter_and_leave(email.size));
         EXPECT_EQ(sent.email.data_size, size);
-        EXPECT_EQ(write_body(type_email, sent), expected);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_set_email"), leave("_set_email")));
+        EXPECT_EQ(email.write(&sent), expected);
+        EXPECT_EQ(log.take(), enter_and_leave(email.set));
         g_list_free(list);
     }
 }
@@ -310,7 +310,7 @@ TEST(Email, ListsOfManyAccountsTravel)
         accounts[i].num8 = static_cast<uint32_t>(i);
         list = g_list_append(list, &accounts[i]);
     }
-    mdm_msg_t msg = message(type_email);
+    mdm_msg_t msg = message(email.type);
     msg.body = body(363, 1, list);
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(bytes.size(), 40U + 16 + 250 * 88);
@@ -338,9 +338,9 @@ TEST(Email, ValueCarriesANumberAndAText)
 {
     mdm_email_value_t record{0x800000FE, borrowed("abc")};
     mdm_body_t sent = body(5, 1, &record);
-    EXPECT_EQ(size_body(type_email, sent), 23U);
+    EXPECT_EQ(email.size(&sent), 23U);
     EXPECT_EQ(sent.email.data_size, 11);
-    const Bytes bytes = write_body(type_email, sent);
+    const Bytes bytes = email.write(&sent);
     EXPECT_EQ(bytes, hex("05 00 00 00 04 03 02 01 0B 00 00 00") + value_bytes);
 
     AllocationTrace trace;
@@ -350,7 +350,7 @@ TEST(Email, ValueCarriesANumberAndAText)
     EXPECT_STREQ(value_of(back).str1, "abc");
     EXPECT_THAT(trace.kept(), ElementsAre(Block{back.email.data, sizeof(mdm_email_value_t)},
                                           Block{value_of(back).str1, 4}));
-    _free_email(&back);
+    email.free(&back);
 }
 
 TEST(Email, TextsOfEveryKindTravel)
@@ -361,12 +361,12 @@ TEST(Email, TextsOfEveryKindTravel)
         const size_t length = text == nullptr ? 0 : std::string(text).size();
         mdm_email_value_t record{1, borrowed(text)};
         mdm_body_t sent = body(0xFFFFFFFF, 1, &record);
-        EXPECT_EQ(size_body(type_email, sent), 20 + length);
-        const Bytes bytes = write_body(type_email, sent);
+        EXPECT_EQ(email.size(&sent), 20 + length);
+        const Bytes bytes = email.write(&sent);
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_email, back, bytes), 20 + length);
+        EXPECT_EQ(email.read(&back, bytes), 20 + length);
         EXPECT_STREQ(value_of(back).str1, length == 0 ? nullptr : text);
-        _free_email(&back);
+        email.free(&back);
 
         mdm_email_account_t account{};
         account.str9 = account.str15 = account.str21 = borrowed(text);
@@ -376,8 +376,8 @@ TEST(Email, TextsOfEveryKindTravel)
               {362, &account, 24 + length},
               {363, list, 104 + 3 * length}}) {
             mdm_body_t with_account = body(type, 1, data);
-            EXPECT_EQ(size_body(type_email, with_account), size);
-            EXPECT_EQ(write_body(type_email, with_account).size(), size);
+            EXPECT_EQ(email.size(&with_account), size);
+            EXPECT_EQ(email.write(&with_account).size(), size);
         }
         g_list_free(list);
     }
@@ -387,16 +387,16 @@ TEST(Email, NoPayloadIsTheHeadAlone)
 {
     for (const Payload &payload : payloads) {
         mdm_body_t sent = body(payload.type, 0, sentinel());
-        EXPECT_EQ(size_body(type_email, sent), 12U);
+        EXPECT_EQ(email.size(&sent), 12U);
         EXPECT_EQ(sent.email.data_size, 0);
-        EXPECT_EQ(write_body(type_email, sent).size(), 12U);
+        EXPECT_EQ(email.write(&sent).size(), 12U);
         EXPECT_EQ(received(payload.type, 0, {}).email.data, nullptr);
 
         for (const int32_t data_size : {1, -1, INT32_MIN}) {
             mdm_body_t without_data = body(payload.type, data_size, nullptr);
-            EXPECT_EQ(size_body(type_email, without_data), 12U);
+            EXPECT_EQ(email.size(&without_data), 12U);
             EXPECT_EQ(without_data.email.data_size, data_size);
-            EXPECT_EQ(write_body(type_email, without_data).size(), 12U);
+            EXPECT_EQ(email.write(&without_data).size(), 12U);
         }
     }
 }
@@ -411,12 +411,12 @@ TEST(Email, EveryTypeButThreeIsAValue)
     for (const uint32_t type : types) {
         const size_t size = type == 359 ? 76 : type == 362 ? 25 : type == 363 ? 104 : 20;
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_email, back, head_bytes(type, 1) + payload), size) << type;
+        EXPECT_EQ(email.read(&back, head_bytes(type, 1) + payload), size) << type;
         // The first string of settings is empty, but not null, which no byte tells.
         const size_t sent_size = type == 362 ? 24 : size;
-        EXPECT_EQ(size_body(type_email, back), sent_size) << type;
-        EXPECT_EQ(write_body(type_email, back).size(), sent_size) << type;
-        EXPECT_EQ(free_body(type_email, back).size(), type == 363 ? 2U : 1U) << type;
+        EXPECT_EQ(email.size(&back), sent_size) << type;
+        EXPECT_EQ(email.write(&back).size(), sent_size) << type;
+        EXPECT_EQ(email.release(&back).size(), type == 363 ? 2U : 1U) << type;
         if (type == 362) {
             g_free(back.email.data);
         }
@@ -433,7 +433,7 @@ TEST(Email, FreeReleasesAnAccountsLastNineStringsThenItsRecord)
     expected.push_back(&account);
     LogRecorder log;
     EXPECT_EQ(release(back, {&account}, 9), expected);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_email"), leave("_free_email")));
+    EXPECT_EQ(log.take(), enter_and_leave(email.free));
     EXPECT_EQ(back.email.data, &account);
     EXPECT_EQ(back.email.data_size, -1);
     std::for_each(strings.begin(), strings.begin() + 4, g_free);
@@ -447,7 +447,7 @@ TEST(Email, FreeReleasesThreeStringsOfSettingsAndKeepsTheRecord)
     const std::vector<const void *> expected = {account.str16, account.str15, account.str14};
     LogRecorder log;
     EXPECT_EQ(release(back, {}, 0), expected);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_email"), leave("_free_email")));
+    EXPECT_EQ(log.take(), enter_and_leave(email.free));
     EXPECT_EQ(release(back, {}, 0), std::vector<const void *>{});
     EXPECT_EQ(back.email.data, &account);
     EXPECT_EQ(back.email.data_size, 18);
@@ -470,7 +470,7 @@ TEST(Email, FreeReleasesEveryAccountOfAListThenTheCells)
     expected.insert(expected.end(), {accounts[0], accounts[2], cells[0], cells[1], cells[2]});
     LogRecorder log;
     EXPECT_EQ(release(back, {accounts[0], accounts[2]}, 13), expected);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_email"), leave("_free_email")));
+    EXPECT_EQ(log.take(), enter_and_leave(email.free));
     EXPECT_EQ(back.email.data, list);
     EXPECT_EQ(back.email.data_size, 219);
 }
@@ -487,10 +487,10 @@ TEST(Email, FreeReleasesAValuesTextThenItsRecord)
             EXPECT_EQ(value_of(back).str1, nullptr);
         }
     });
-    _free_email(&back);
+    email.free(&back);
     trace.stop();
     EXPECT_THAT(trace.released(), ElementsAre(text, data));
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_email"), leave("_free_email")));
+    EXPECT_EQ(log.take(), enter_and_leave(email.free));
     EXPECT_EQ(back.email.data, data);
     EXPECT_EQ(back.email.data_size, 11);
 }
@@ -502,8 +502,8 @@ TEST(Email, FreeWithoutAPayloadReleasesNothing)
              {body(payload.type, 3, nullptr), body(payload.type, 0, sentinel())}) {
             const mdm_email_info_t before = empty.email;
             LogRecorder log;
-            EXPECT_THAT(free_body(type_email, empty), IsEmpty());
-            EXPECT_THAT(log.take(), ElementsAre(enter("_free_email"), leave("_free_email")));
+            EXPECT_THAT(email.release(&empty), IsEmpty());
+            EXPECT_EQ(log.take(), enter_and_leave(email.free));
             EXPECT_EQ(empty.email.data, before.data);
             EXPECT_EQ(empty.email.data_size, before.data_size);
         }
@@ -512,7 +512,7 @@ TEST(Email, FreeWithoutAPayloadReleasesNothing)
 
 TEST(Email, BothMessageTypesCarryEveryShapeAndLeakTheRecordOfSettingsOnly)
 {
-    for (const uint8_t message_type : {type_email, uint8_t{40}}) {
+    for (const uint8_t message_type : {email.type, uint8_t{40}}) {
         for (const Payload &payload : payloads) {
             mdm_msg_t msg = message(message_type);
             msg.body = received(payload.type, 1, payload.bytes);
@@ -522,7 +522,7 @@ TEST(Email, BothMessageTypesCarryEveryShapeAndLeakTheRecordOfSettingsOnly)
             mdm_msg_t arrived{};
             AllocationTrace trace;
             EXPECT_EQ(deserialize(arrived, bytes), 0);
-            EXPECT_EQ(write_body(message_type, arrived.body),
+            EXPECT_EQ(Handlers(message_type).write(&arrived.body),
                       head_bytes(payload.type, payload.data_size) + payload.bytes);
             EXPECT_EQ(ipc_free(&arrived), 0);
             trace.stop();
@@ -545,11 +545,11 @@ TEST(Email, LogsEnterAndExitOnly)
             LogRecorder log;
             mdm_body_t some =
                 received(payload.type, data_size, data_size == 0 ? Bytes{} : payload.bytes);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_get_email"), leave("_get_email")));
-            size_body(type_email, some);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_email"), leave("_size_of_email")));
-            write_body(type_email, some);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_set_email"), leave("_set_email")));
+            EXPECT_EQ(log.take(), enter_and_leave(email.get));
+            email.size(&some);
+            EXPECT_EQ(log.take(), enter_and_leave(email.size));
+            email.write(&some);
+            EXPECT_EQ(log.take(), enter_and_leave(email.set));
             free_whole(some);
         }
     }

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -22,14 +23,14 @@ using ::testing::IsEmpty;
 
 using Pairs = std::vector<std::pair<uint32_t, uint32_t>>;
 
-constexpr uint8_t type_kiosk = 45;
+constexpr Handlers kiosk(45);
 constexpr uint32_t text_types[] = {612, 614};
 constexpr uint32_t key_types[] = {618, 621};
 constexpr uint32_t pair_type = 619;
 constexpr uint32_t raw_type = 613;
 
-const LogLine keys_line = info("_set_kiosk", "MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
-const LogLine pairs_line = info("_set_kiosk", "MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
+const LogLine keys_line = info(kiosk.set, "MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
+const LogLine pairs_line = info(kiosk.set, "MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
 
 mdm_body_t body(uint32_t type, int32_t data_size, void *data)
 {
@@ -82,8 +83,8 @@ void expect_size(mdm_body_t &sent, uint32_t size, int32_t data_size)
 {
     for (const int32_t before : {data_size, 1, -1}) {
         sent.kiosk.data_size = before;
-        EXPECT_EQ(size_body(type_kiosk, sent), size);
-        EXPECT_EQ(size_body(type_kiosk, sent), size);
+        EXPECT_EQ(kiosk.size(&sent), size);
+        EXPECT_EQ(kiosk.size(&sent), size);
         expect_headed<&mdm_body_t::kiosk>(sent, sent.kiosk.type, data_size);
     }
 }
@@ -93,17 +94,17 @@ TEST(Kiosk, TextIsSizedSentAndReceived)
     for (const uint32_t type : text_types) {
         mdm_body_t sent = body(type, 1, borrowed("launcher"));
         expect_size(sent, 24, 12);
-        const Bytes bytes = write_body(type_kiosk, sent);
+        const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(bytes, wire(type, 12, hex("08 00 00 00 6C 61 75 6E 63 68 65 72")));
 
         mdm_body_t back = body(0, 0, sentinel());
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_kiosk, back, bytes), 24U);
+        EXPECT_EQ(kiosk.read(&back, bytes), 24U);
         trace.stop();
         expect_headed<&mdm_body_t::kiosk>(back, type, 12);
         EXPECT_STREQ(static_cast<char *>(back.kiosk.data), "launcher");
         EXPECT_THAT(trace.kept(), ElementsAre(Block{back.kiosk.data, 9}));
-        _free_kiosk(&back);
+        kiosk.free(&back);
     }
 }
 
@@ -112,10 +113,10 @@ TEST(Kiosk, EmptyTextArrivesAsNull)
     for (const uint32_t type : text_types) {
         mdm_body_t sent = body(type, 1, borrowed(""));
         expect_size(sent, 16, 4);
-        const Bytes bytes = write_body(type_kiosk, sent);
+        const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(bytes, wire(type, 4, Bytes(4)));
         mdm_body_t back = body(0, 0, sentinel());
-        EXPECT_EQ(read_body(type_kiosk, back, bytes), 16U);
+        EXPECT_EQ(kiosk.read(&back, bytes), 16U);
         expect_headed<&mdm_body_t::kiosk>(back, type, 4);
         EXPECT_EQ(back.kiosk.data, nullptr);
     }
@@ -128,9 +129,9 @@ TEST(Kiosk, LongAndNonAsciiTextsTravel)
         const auto length = static_cast<uint32_t>(text.size());
         expect_size(sent, 16 + length, static_cast<int32_t>(4 + length));
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_kiosk, back, write_body(type_kiosk, sent)), 16 + length);
+        EXPECT_EQ(kiosk.read(&back, kiosk.write(&sent)), 16 + length);
         EXPECT_EQ(static_cast<char *>(back.kiosk.data), text);
-        _free_kiosk(&back);
+        kiosk.free(&back);
     }
 }
 
@@ -141,17 +142,17 @@ TEST(Kiosk, KeysTravelAsACountAndNumbers)
     for (const uint32_t type : key_types) {
         mdm_body_t sent = body(type, 1, list.get());
         expect_size(sent, 28, 12);
-        const Bytes bytes = write_body(type_kiosk, sent);
+        const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(bytes, wire(type, 12, hex("03 00 00 00 04 03 02 01 00 00 00 00 FE FF FF FF")));
 
         mdm_body_t back = body(0, 0, sentinel());
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_kiosk, back, bytes + hex("FF")), 28U);
+        EXPECT_EQ(kiosk.read(&back, bytes + hex("FF")), 28U);
         trace.stop();
         expect_headed<&mdm_body_t::kiosk>(back, type, 12);
         EXPECT_THAT(keys_of(back), ElementsAreArray(keys));
         EXPECT_THAT(trace.kept(), elements_and_cells(back, 4));
-        _free_kiosk(&back);
+        kiosk.free(&back);
     }
 }
 
@@ -161,18 +162,18 @@ TEST(Kiosk, KeyPairsTravelAsACountAndPairs)
     const Cells list = cells({&pairs[0], &pairs[1]});
     mdm_body_t sent = body(pair_type, 1, list.get());
     expect_size(sent, 32, 16);
-    const Bytes bytes = write_body(type_kiosk, sent);
+    const Bytes bytes = kiosk.write(&sent);
     EXPECT_EQ(bytes, hex("6B 02 00 00 04 03 02 01 10 00 00 00 02 00 00 00 "
                          "04 03 02 01 00 00 00 00 05 00 00 00 FE FF FF FF"));
 
     mdm_body_t back = body(0, 0, sentinel());
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_kiosk, back, bytes + hex("FF")), 32U);
+    EXPECT_EQ(kiosk.read(&back, bytes + hex("FF")), 32U);
     trace.stop();
     expect_headed<&mdm_body_t::kiosk>(back, pair_type, 16);
     EXPECT_EQ(pairs_of(back), (Pairs{{0x01020304, 0}, {5, 0xFFFFFFFE}}));
     EXPECT_THAT(trace.kept(), elements_and_cells(back, sizeof(mdm_kiosk_key_pair_t)));
-    _free_kiosk(&back);
+    kiosk.free(&back);
 }
 
 TEST(Kiosk, ManyKeysKeepTheirOrder)
@@ -186,9 +187,9 @@ TEST(Kiosk, ManyKeysKeepTheirOrder)
     mdm_body_t sent = body(618, 1, list.get());
     expect_size(sent, 2016, 2000);
     mdm_body_t back{};
-    EXPECT_EQ(read_body(type_kiosk, back, write_body(type_kiosk, sent)), 2016U);
+    EXPECT_EQ(kiosk.read(&back, kiosk.write(&sent)), 2016U);
     EXPECT_EQ(keys_of(back), keys);
-    _free_kiosk(&back);
+    kiosk.free(&back);
 }
 
 TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
@@ -200,25 +201,24 @@ TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
     for (const uint32_t type : key_types) {
         mdm_body_t sent = body(type, 1, key_list.get());
         expect_size(sent, 28, 12);
-        EXPECT_EQ(write_body(type_kiosk, sent),
-                  wire(type, 12, hex("03 00 00 00 07 00 00 00 09 00 00 00")));
+        EXPECT_EQ(kiosk.write(&sent), wire(type, 12, hex("03 00 00 00 07 00 00 00 09 00 00 00")));
     }
     mdm_body_t sent = body(pair_type, 1, pair_list.get());
     expect_size(sent, 40, 24);
-    EXPECT_EQ(write_body(type_kiosk, sent), wire(pair_type, 24,
-                                                 hex("03 00 00 00 07 00 00 00 08 00 00 00 "
-                                                     "09 00 00 00 0A 00 00 00")));
+    EXPECT_EQ(kiosk.write(&sent), wire(pair_type, 24,
+                                       hex("03 00 00 00 07 00 00 00 08 00 00 00 "
+                                           "09 00 00 00 0A 00 00 00")));
     const Cells nothing = cells({nullptr});
     sent = body(621, 1, nothing.get());
     expect_size(sent, 20, 4);
-    EXPECT_EQ(write_body(type_kiosk, sent), wire(621, 4, hex("01 00 00 00")));
+    EXPECT_EQ(kiosk.write(&sent), wire(621, 4, hex("01 00 00 00")));
 }
 
 TEST(Kiosk, NullElementsArriveAsZerosAtTheEnd)
 {
     uint32_t keys[] = {7, 9};
     const Cells key_list = cells({&keys[0], nullptr, &keys[1]});
-    mdm_msg_t msg = message(type_kiosk);
+    mdm_msg_t msg = message(kiosk.type);
     msg.body = body(618, 1, key_list.get());
     mdm_msg_t back{};
     EXPECT_EQ(deserialize(back, serialize(msg)), 0);
@@ -237,19 +237,19 @@ TEST(Kiosk, RawBytesArriveAsAStringUpToTheirFirstZeroByte)
 {
     char payload[] = "ab\0c";
     mdm_body_t sent = body(raw_type, 4, payload);
-    EXPECT_EQ(size_body(type_kiosk, sent), 16U);
+    EXPECT_EQ(kiosk.size(&sent), 16U);
     expect_headed<&mdm_body_t::kiosk>(sent, raw_type, 4);
-    const Bytes bytes = write_body(type_kiosk, sent);
+    const Bytes bytes = kiosk.write(&sent);
     EXPECT_EQ(bytes, hex("65 02 00 00 04 03 02 01 04 00 00 00 61 62 00 63"));
 
     mdm_body_t back = body(0, 0, sentinel());
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_kiosk, back, bytes), 16U);
+    EXPECT_EQ(kiosk.read(&back, bytes), 16U);
     trace.stop();
     expect_headed<&mdm_body_t::kiosk>(back, raw_type, 4);
     EXPECT_THAT(trace.kept(), ElementsAre(Block{back.kiosk.data, 5}));
     EXPECT_EQ(std::string(static_cast<char *>(back.kiosk.data), 5), std::string("ab\0\0\0", 5));
-    _free_kiosk(&back);
+    kiosk.free(&back);
 }
 
 // What tells the shapes apart.
@@ -289,15 +289,15 @@ TEST(Kiosk, EveryTypeHasItsShape)
         const Shape shape = shape_of(type);
         mdm_body_t sent =
             body(type, 2, shape.size == 17 ? borrowed("x") : static_cast<void *>(list.get()));
-        EXPECT_EQ(size_body(type_kiosk, sent), shape.size);
+        EXPECT_EQ(kiosk.size(&sent), shape.size);
         EXPECT_EQ(sent.kiosk.data_size, shape.data_size);
-        EXPECT_EQ(write_body(type_kiosk, sent).size(), shape.size);
+        EXPECT_EQ(kiosk.write(&sent).size(), shape.size);
 
         const Bytes bytes = wire(type, 2, hex("01 00 00 00 41 00 00 00 42 00 00 00"));
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_kiosk, back, bytes), 12 + shape.payload_size);
+        EXPECT_EQ(kiosk.read(&back, bytes), 12 + shape.payload_size);
         EXPECT_EQ(back.kiosk.data_size, 2);
-        EXPECT_EQ(free_body(type_kiosk, back).size(), shape.blocks);
+        EXPECT_EQ(kiosk.release(&back).size(), shape.blocks);
         EXPECT_EQ(back.kiosk.data == nullptr, shape.data_is_dropped);
         EXPECT_EQ(back.kiosk.data_size, shape.data_is_dropped ? 0 : 2);
     }
@@ -310,8 +310,8 @@ TEST(Kiosk, NullDataSendsTheHeadAloneWithItsDataSize)
     for (const uint32_t type : a_type_of_each_shape) {
         for (const int32_t data_size : {8, 0, -1}) {
             mdm_body_t sent = body(type, data_size, nullptr);
-            EXPECT_EQ(size_body(type_kiosk, sent), 12U);
-            EXPECT_EQ(write_body(type_kiosk, sent), wire(type, data_size, {}));
+            EXPECT_EQ(kiosk.size(&sent), 12U);
+            EXPECT_EQ(kiosk.write(&sent), wire(type, data_size, {}));
             expect_headed<&mdm_body_t::kiosk>(sent, type, data_size);
         }
     }
@@ -322,23 +322,23 @@ TEST(Kiosk, AnnouncedListIsReadFromBeyondItsBody)
     mdm_body_t sent = body(618, 8, nullptr);
     const Bytes beyond = hex("01 00 00 00 07 00 00 00");
     mdm_body_t back{};
-    EXPECT_EQ(read_body(type_kiosk, back, write_body(type_kiosk, sent) + beyond), 20U);
+    EXPECT_EQ(kiosk.read(&back, kiosk.write(&sent) + beyond), 20U);
     EXPECT_THAT(keys_of(back), ElementsAre(7U));
-    _free_kiosk(&back);
+    kiosk.free(&back);
 }
 
 TEST(Kiosk, DataSize0SendsTheHeadAloneAndIsReceivedAsNull)
 {
     for (const uint32_t type : a_type_of_each_shape) {
         mdm_body_t sent = body(type, 0, sentinel());
-        EXPECT_EQ(size_body(type_kiosk, sent), 12U);
+        EXPECT_EQ(kiosk.size(&sent), 12U);
         expect_headed<&mdm_body_t::kiosk>(sent, type, 0);
-        const Bytes bytes = write_body(type_kiosk, sent);
+        const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(bytes, wire(type, 0, {}));
 
         mdm_body_t back = body(0, 0, sentinel());
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_kiosk, back, bytes), 12U);
+        EXPECT_EQ(kiosk.read(&back, bytes), 12U);
         trace.stop();
         expect_headed<&mdm_body_t::kiosk>(back, type, 0);
         EXPECT_EQ(back.kiosk.data, nullptr);
@@ -349,24 +349,24 @@ TEST(Kiosk, DataSize0SendsTheHeadAloneAndIsReceivedAsNull)
 TEST(Kiosk, NegativeDataSizeAnnouncesAPayload)
 {
     mdm_body_t sent = body(raw_type, -4, sentinel());
-    EXPECT_EQ(size_body(type_kiosk, sent), 8U);
+    EXPECT_EQ(kiosk.size(&sent), 8U);
     EXPECT_EQ(sent.kiosk.data_size, -4);
 
     uint32_t key = 7;
     const Cells list = cells({&key});
     sent = body(618, INT32_MIN, list.get());
-    Bytes bytes = write_body(type_kiosk, sent);
+    Bytes bytes = kiosk.write(&sent);
     EXPECT_EQ(bytes, wire(618, INT32_MIN, hex("01 00 00 00 07 00 00 00")));
     mdm_body_t back{};
-    EXPECT_EQ(read_body(type_kiosk, back, bytes), 20U);
+    EXPECT_EQ(kiosk.read(&back, bytes), 20U);
     EXPECT_THAT(keys_of(back), ElementsAre(7U));
-    EXPECT_EQ(free_body(type_kiosk, back).size(), 2U);
+    EXPECT_EQ(kiosk.release(&back).size(), 2U);
 
     bytes = wire(612, -1, hex("01 00 00 00 61"));
-    EXPECT_EQ(read_body(type_kiosk, back, bytes), 17U);
+    EXPECT_EQ(kiosk.read(&back, bytes), 17U);
     EXPECT_STREQ(static_cast<char *>(back.kiosk.data), "a");
     EXPECT_EQ(back.kiosk.data_size, -1);
-    EXPECT_EQ(free_body(type_kiosk, back).size(), 1U);
+    EXPECT_EQ(kiosk.release(&back).size(), 1U);
 }
 
 TEST(Kiosk, CountBelow1IsReceivedAsNull)
@@ -375,7 +375,7 @@ TEST(Kiosk, CountBelow1IsReceivedAsNull)
         for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
             mdm_body_t back = body(0, 0, sentinel());
             AllocationTrace trace;
-            EXPECT_EQ(read_body(type_kiosk, back, wire(type, 8, hex(count))), 16U);
+            EXPECT_EQ(kiosk.read(&back, wire(type, 8, hex(count))), 16U);
             trace.stop();
             expect_headed<&mdm_body_t::kiosk>(back, type, 8);
             EXPECT_EQ(back.kiosk.data, nullptr);
@@ -390,7 +390,7 @@ TEST(Kiosk, FreeReleasesATextAndKeepsThePointer)
         for (const int32_t data_size : {7, -1}) {
             mdm_body_t kept = body(type, data_size, heap_text("abc"));
             const void *data = kept.kiosk.data;
-            EXPECT_THAT(free_body(type_kiosk, kept), ElementsAre(data));
+            EXPECT_THAT(kiosk.release(&kept), ElementsAre(data));
             EXPECT_EQ(kept.kiosk.data, data);
             expect_headed<&mdm_body_t::kiosk>(kept, type, data_size);
         }
@@ -405,8 +405,7 @@ TEST(Kiosk, FreeReleasesElementsThenCellsAndKeepsThePointer)
         GList *list = list_of({first, nullptr, last});
         const auto cells = cells_of(list);
         mdm_body_t kept = body(type, -8, list);
-        EXPECT_THAT(free_body(type_kiosk, kept),
-                    ElementsAre(first, last, cells[0], cells[1], cells[2]));
+        EXPECT_THAT(kiosk.release(&kept), ElementsAre(first, last, cells[0], cells[1], cells[2]));
         EXPECT_EQ(kept.kiosk.data, list);
         expect_headed<&mdm_body_t::kiosk>(kept, type, -8);
     }
@@ -417,10 +416,10 @@ TEST(Kiosk, FreeResetsARawBodyAndMayThenRunAgain)
     for (const uint32_t type : {613U, 615U, 616U, 617U, 620U, 611U, 622U}) {
         mdm_body_t kept = body(type, 3, heap_text("raw"));
         const void *data = kept.kiosk.data;
-        EXPECT_THAT(free_body(type_kiosk, kept), ElementsAre(data));
+        EXPECT_THAT(kiosk.release(&kept), ElementsAre(data));
         EXPECT_EQ(kept.kiosk.data, nullptr);
         expect_headed<&mdm_body_t::kiosk>(kept, type, 0);
-        EXPECT_THAT(free_body(type_kiosk, kept), IsEmpty());
+        EXPECT_THAT(kiosk.release(&kept), IsEmpty());
     }
 }
 
@@ -430,7 +429,7 @@ TEST(Kiosk, FreeWithoutDataOrDataSizeDoesNothing)
         for (void *data : {sentinel(), static_cast<void *>(nullptr)}) {
             const int32_t data_size = data == nullptr ? 8 : 0;
             mdm_body_t kept = body(type, data_size, data);
-            EXPECT_THAT(free_body(type_kiosk, kept), IsEmpty());
+            EXPECT_THAT(kiosk.release(&kept), IsEmpty());
             EXPECT_EQ(kept.kiosk.data, data);
             expect_headed<&mdm_body_t::kiosk>(kept, type, data_size);
         }
@@ -453,7 +452,7 @@ TEST(Kiosk, WholeMessagesOfBothTypesLeakNothing)
     LogRecorder log(MDM_LOG_CRITICAL);
     for (const int offset : {0, 1}) {
         for (const auto &[sent, size, blocks] : cases) {
-            mdm_msg_t msg = message(static_cast<uint8_t>(type_kiosk + offset));
+            mdm_msg_t msg = message(static_cast<uint8_t>(kiosk.type + offset));
             msg.body = sent;
             const Bytes bytes = serialize(msg);
             ASSERT_EQ(bytes.size(), 40 + size);
@@ -485,13 +484,13 @@ TEST(Kiosk, OnlyTheWriterOfKeysLogsAndNamesTheirPolicy)
                  {body(619, 8, nullptr), {}}};
     for (auto [sent, written] : cases) {
         LogRecorder log;
-        size_body(type_kiosk, sent);
+        kiosk.size(&sent);
         EXPECT_THAT(log.take(), IsEmpty());
-        const Bytes bytes = write_body(type_kiosk, sent);
+        const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(log.take(), written);
         mdm_body_t back{};
-        read_body(type_kiosk, back, bytes + Bytes(4));
-        _free_kiosk(&back);
+        kiosk.read(&back, bytes + Bytes(4));
+        kiosk.free(&back);
         EXPECT_THAT(log.take(), IsEmpty());
     }
 }

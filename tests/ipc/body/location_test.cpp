@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -12,7 +13,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_location = 49;
+constexpr Handlers location(49);
 
 mdm_body_t body(uint32_t type, int32_t data_size)
 {
@@ -37,14 +38,14 @@ TEST(Location, CarriesTheHeadAloneWhateverItSays)
                  {0xF1F2F3F4, INT32_MIN, "F4 F3 F2 F1 04 03 02 01 00 00 00 80"}};
     for (const auto &[type, data_size, bytes] : cases) {
         mdm_body_t sent = body(type, data_size);
-        EXPECT_EQ(size_body(type_location, sent), 12U);
-        EXPECT_EQ(write_body(type_location, sent), hex(bytes));
+        EXPECT_EQ(location.size(&sent), 12U);
+        EXPECT_EQ(location.write(&sent), hex(bytes));
         expect_body(sent, type, data_size);
 
         mdm_body_t back = body(99, 99);
         back.location.param = 99;
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_location, back, hex(bytes)), 12U);
+        EXPECT_EQ(location.read(&back, hex(bytes)), 12U);
         trace.stop();
         expect_body(back, type, data_size);
         EXPECT_THAT(trace.kept(), IsEmpty());
@@ -54,7 +55,7 @@ TEST(Location, CarriesTheHeadAloneWhateverItSays)
 TEST(Location, BothTypesOfTheMessageTravel)
 {
     for (const int offset : {0, 1}) {
-        mdm_msg_t msg = message(static_cast<uint8_t>(type_location + offset));
+        mdm_msg_t msg = message(static_cast<uint8_t>(location.type + offset));
         msg.body = body(1, 7);
         const Bytes bytes = serialize(msg);
         EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
@@ -73,10 +74,10 @@ TEST(Location, BothTypesOfTheMessageTravel)
 TEST(Location, SizeAndFreeDoNotLookAtTheBody)
 {
     LogRecorder log;
-    EXPECT_EQ(_size_of_location(nullptr), 12U);
-    _free_location(nullptr);
+    EXPECT_EQ(location.size(nullptr), 12U);
+    location.free(nullptr);
     mdm_body_t kept = body(1, 7);
-    EXPECT_THAT(free_body(type_location, kept), IsEmpty());
+    EXPECT_THAT(location.release(&kept), IsEmpty());
     expect_body(kept, 1, 7);
     EXPECT_THAT(log.take(), IsEmpty());
 }
@@ -86,14 +87,14 @@ TEST(Location, WriterChecksItsPositionAndReaderItsBody)
     mdm_body_t some = body(1, 7);
     const Bytes bytes(12);
     LogRecorder log;
-    EXPECT_EQ(_set_location(nullptr, &some), nullptr);
-    EXPECT_EQ(_set_location(nullptr, nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_location"), assert_fails("_set_location"),
-                                        enter("_set_location"), assert_fails("_set_location")));
-    EXPECT_EQ(_get_location(nullptr, bytes.data()), nullptr);
-    EXPECT_EQ(_get_location(nullptr, nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_location"), assert_fails("_get_location"),
-                                        enter("_get_location"), assert_fails("_get_location")));
+    EXPECT_EQ(location.set(nullptr, &some), nullptr);
+    EXPECT_EQ(location.set(nullptr, nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter(location.set), assert_fails(location.set),
+                                        enter(location.set), assert_fails(location.set)));
+    EXPECT_EQ(location.get(nullptr, bytes.data()), nullptr);
+    EXPECT_EQ(location.get(nullptr, nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter(location.get), assert_fails(location.get),
+                                        enter(location.get), assert_fails(location.get)));
     expect_body(some, 1, 7);
 }
 
@@ -102,9 +103,9 @@ TEST(Location, FailuresAreTheSameWithTheLoggerOff)
     mdm_body_t some = body(1, 7);
     const Bytes bytes(12);
     LogRecorder log(MDM_LOG_NONE);
-    EXPECT_EQ(_size_of_location(nullptr), 12U);
-    EXPECT_EQ(_set_location(nullptr, &some), nullptr);
-    EXPECT_EQ(_get_location(nullptr, bytes.data()), nullptr);
+    EXPECT_EQ(location.size(nullptr), 12U);
+    EXPECT_EQ(location.set(nullptr, &some), nullptr);
+    EXPECT_EQ(location.get(nullptr, bytes.data()), nullptr);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
@@ -112,11 +113,11 @@ TEST(Location, WriterAndReaderLogEnterAndExit)
 {
     mdm_body_t sent = body(1, 7);
     LogRecorder log;
-    const Bytes bytes = write_body(type_location, sent);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_location"), leave("_set_location")));
-    read_body(type_location, sent, bytes);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_location"), leave("_get_location")));
-    size_body(type_location, sent);
+    const Bytes bytes = location.write(&sent);
+    EXPECT_EQ(log.take(), enter_and_leave(location.set));
+    location.read(&sent, bytes);
+    EXPECT_EQ(log.take(), enter_and_leave(location.get));
+    location.size(&sent);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -15,7 +16,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_log_manager = 51;
+constexpr Handlers log_manager(51);
 constexpr uint32_t text_type = 638;
 
 mdm_body_t text_body(const char *text)
@@ -43,8 +44,8 @@ void expect_head(const mdm_body_t &body, uint32_t type)
 TEST(LogManager, TextIsSentAsAString)
 {
     mdm_body_t sent = text_body("abc");
-    EXPECT_EQ(size_body(type_log_manager, sent), 11U);
-    EXPECT_EQ(write_body(type_log_manager, sent), hex("7E 02 00 00 03 00 00 00 61 62 63"));
+    EXPECT_EQ(log_manager.size(&sent), 11U);
+    EXPECT_EQ(log_manager.write(&sent), hex("7E 02 00 00 03 00 00 00 61 62 63"));
     expect_head(sent, text_type);
     EXPECT_STREQ(sent.log_manager.value.text, "abc");
 }
@@ -53,23 +54,23 @@ TEST(LogManager, TextArrivesAsANewString)
 {
     mdm_body_t back = used_body();
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_log_manager, back, hex("7E 02 00 00 03 00 00 00 61 62 63 FF")), 11U);
+    EXPECT_EQ(log_manager.read(&back, hex("7E 02 00 00 03 00 00 00 61 62 63 FF")), 11U);
     trace.stop();
     expect_head(back, text_type);
     EXPECT_STREQ(back.log_manager.value.text, "abc");
     EXPECT_THAT(trace.kept(), ElementsAre(Block{back.log_manager.value.text, 4}));
-    _free_log_manager(&back);
+    log_manager.free(&back);
 }
 
 TEST(LogManager, MissingAndEmptyTextsArriveAsNull)
 {
     for (const char *text : {static_cast<const char *>(nullptr), ""}) {
         mdm_body_t sent = text_body(text);
-        EXPECT_EQ(size_body(type_log_manager, sent), 8U);
-        const Bytes bytes = write_body(type_log_manager, sent);
+        EXPECT_EQ(log_manager.size(&sent), 8U);
+        const Bytes bytes = log_manager.write(&sent);
         EXPECT_EQ(bytes, hex("7E 02 00 00 00 00 00 00"));
         mdm_body_t back = used_body();
-        EXPECT_EQ(read_body(type_log_manager, back, bytes), 8U);
+        EXPECT_EQ(log_manager.read(&back, bytes), 8U);
         expect_head(back, text_type);
         EXPECT_EQ(back.log_manager.value.text, nullptr);
     }
@@ -79,26 +80,25 @@ TEST(LogManager, LongAndNonAsciiTextsTravel)
 {
     for (const std::string &text : {std::string(1, 'x'), std::string(400, '\xE9')}) {
         mdm_body_t sent = text_body(text.c_str());
-        EXPECT_EQ(size_body(type_log_manager, sent), 8 + text.size());
+        EXPECT_EQ(log_manager.size(&sent), 8 + text.size());
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_log_manager, back, write_body(type_log_manager, sent)),
-                  8 + text.size());
+        EXPECT_EQ(log_manager.read(&back, log_manager.write(&sent)), 8 + text.size());
         EXPECT_EQ(back.log_manager.value.text, text);
-        _free_log_manager(&back);
+        log_manager.free(&back);
     }
 }
 
 TEST(LogManager, LowByteOfTheValueTravelsForOtherTypes)
 {
     mdm_body_t sent = word_body(1, 0x1234);
-    EXPECT_EQ(size_body(type_log_manager, sent), 5U);
-    EXPECT_EQ(write_body(type_log_manager, sent), hex("01 00 00 00 34"));
+    EXPECT_EQ(log_manager.size(&sent), 5U);
+    EXPECT_EQ(log_manager.write(&sent), hex("01 00 00 00 34"));
     EXPECT_EQ(sent.log_manager.value.word, 0x1234U);
 
     for (const char *byte : {"00", "34", "FF"}) {
         mdm_body_t back = used_body();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_log_manager, back, hex("01 00 00 00") + hex(byte)), 5U);
+        EXPECT_EQ(log_manager.read(&back, hex("01 00 00 00") + hex(byte)), 5U);
         trace.stop();
         expect_head(back, 1);
         EXPECT_EQ(back.log_manager.value.word, hex(byte)[0]);
@@ -118,14 +118,14 @@ TEST(LogManager, EveryTypeBut638CarriesAByteThatIsNotReleased)
         mdm_body_t sent = text_body(text);
         sent.log_manager.type = type;
         const bool is_text = type == 638;
-        EXPECT_EQ(size_body(type_log_manager, sent), is_text ? 12U : 5U);
-        const Bytes bytes = write_body(type_log_manager, sent);
+        EXPECT_EQ(log_manager.size(&sent), is_text ? 12U : 5U);
+        const Bytes bytes = log_manager.write(&sent);
         EXPECT_EQ(bytes.size(), is_text ? 12U : 5U);
         mdm_body_t back = used_body();
-        EXPECT_EQ(read_body(type_log_manager, back, bytes), bytes.size());
+        EXPECT_EQ(log_manager.read(&back, bytes), bytes.size());
         expect_head(back, type);
-        EXPECT_EQ(free_body(type_log_manager, back).size(), is_text ? 1U : 0U);
-        EXPECT_EQ(free_body(type_log_manager, sent).size(), is_text ? 1U : 0U);
+        EXPECT_EQ(log_manager.release(&back).size(), is_text ? 1U : 0U);
+        EXPECT_EQ(log_manager.release(&sent).size(), is_text ? 1U : 0U);
         if (!is_text) {
             g_free(text);
         }
@@ -136,7 +136,7 @@ TEST(LogManager, FreeReleasesTheTextAndKeepsThePointer)
 {
     char *text = heap_text("abc");
     mdm_body_t kept = text_body(text);
-    EXPECT_THAT(free_body(type_log_manager, kept), ElementsAre(text));
+    EXPECT_THAT(log_manager.release(&kept), ElementsAre(text));
     EXPECT_EQ(kept.log_manager.value.text, text);
     expect_head(kept, text_type);
 }
@@ -144,9 +144,9 @@ TEST(LogManager, FreeReleasesTheTextAndKeepsThePointer)
 TEST(LogManager, FreeOfAMissingTextOrBodyDoesNothing)
 {
     mdm_body_t kept = text_body(nullptr);
-    EXPECT_THAT(free_body(type_log_manager, kept), IsEmpty());
+    EXPECT_THAT(log_manager.release(&kept), IsEmpty());
     AllocationTrace trace;
-    _free_log_manager(nullptr);
+    log_manager.free(nullptr);
     trace.stop();
     EXPECT_THAT(trace.released(), IsEmpty());
 }
@@ -155,12 +155,11 @@ TEST(LogManager, WholeMessagesOfBothTypesReleaseTheTextAlone)
 {
     for (const int offset : {0, 1}) {
         for (const mdm_body_t &sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
-            mdm_msg_t msg = message(static_cast<uint8_t>(type_log_manager + offset));
+            mdm_msg_t msg = message(static_cast<uint8_t>(log_manager.type + offset));
             msg.body = sent;
             LogRecorder log(MDM_LOG_CRITICAL);
             const Bytes bytes = serialize(msg);
-            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
-                      write_body(type_log_manager, msg.body));
+            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), log_manager.write(&msg.body));
             mdm_msg_t back{};
             back.body = used_body();
             EXPECT_EQ(deserialize(back, bytes), 0);
@@ -180,10 +179,10 @@ TEST(LogManager, WholeMessagesOfBothTypesReleaseTheTextAlone)
 TEST(LogManager, SizeOfNothingIs0)
 {
     LogRecorder log;
-    EXPECT_EQ(_size_of_log_manager(nullptr), 0U);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_log_manager"),
-                                        critical("_size_of_log_manager", "info is NULL!"),
-                                        leave("_size_of_log_manager")));
+    EXPECT_EQ(log_manager.size(nullptr), 0U);
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter(log_manager.size), critical(log_manager.size, "info is NULL!"),
+                            leave(log_manager.size)));
 }
 
 TEST(LogManager, WriterChecksItsPositionFirstAndWritesNothingForNoBody)
@@ -192,16 +191,16 @@ TEST(LogManager, WriterChecksItsPositionFirstAndWritesNothingForNoBody)
     Bytes buffer(16);
     LogRecorder log;
     for (mdm_body_t *body : {&some, static_cast<mdm_body_t *>(nullptr)}) {
-        EXPECT_EQ(_set_log_manager(nullptr, body), nullptr);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_set_log_manager"),
-                                            critical("_set_log_manager", "buffer is NULL!"),
-                                            leave("_set_log_manager")));
+        EXPECT_EQ(log_manager.set(nullptr, body), nullptr);
+        EXPECT_THAT(log.take(), ElementsAre(enter(log_manager.set),
+                                            critical(log_manager.set, "buffer is NULL!"),
+                                            leave(log_manager.set)));
     }
-    EXPECT_EQ(_set_log_manager(buffer.data(), nullptr), buffer.data());
+    EXPECT_EQ(log_manager.set(buffer.data(), nullptr), buffer.data());
     EXPECT_EQ(buffer, Bytes(16));
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_log_manager"),
-                                        critical("_set_log_manager", "info is NULL!"),
-                                        leave("_set_log_manager")));
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter(log_manager.set), critical(log_manager.set, "info is NULL!"),
+                            leave(log_manager.set)));
 }
 
 TEST(LogManager, ReaderChecksItsBodyFirstAndReadsNothingWithoutOne)
@@ -210,15 +209,15 @@ TEST(LogManager, ReaderChecksItsBodyFirstAndReadsNothingWithoutOne)
     const Bytes bytes(16);
     LogRecorder log;
     for (const uint8_t *position : {bytes.data(), static_cast<const uint8_t *>(nullptr)}) {
-        EXPECT_EQ(_get_log_manager(nullptr, position), position);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_get_log_manager"),
-                                            critical("_get_log_manager", "info is NULL!"),
-                                            leave("_get_log_manager")));
+        EXPECT_EQ(log_manager.get(nullptr, position), position);
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter(log_manager.get), critical(log_manager.get, "info is NULL!"),
+                                leave(log_manager.get)));
     }
-    EXPECT_EQ(_get_log_manager(&some, nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_log_manager"),
-                                        critical("_get_log_manager", "buffer is NULL!"),
-                                        leave("_get_log_manager")));
+    EXPECT_EQ(log_manager.get(&some, nullptr), nullptr);
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter(log_manager.get), critical(log_manager.get, "buffer is NULL!"),
+                            leave(log_manager.get)));
     expect_head(some, 99);
     EXPECT_EQ(some.log_manager.value.word, UINTPTR_MAX);
 }
@@ -228,12 +227,12 @@ TEST(LogManager, FailuresAreTheSameWithTheLoggerOff)
     mdm_body_t some = used_body();
     Bytes buffer(16);
     LogRecorder log(MDM_LOG_NONE);
-    EXPECT_EQ(_size_of_log_manager(nullptr), 0U);
-    EXPECT_EQ(_set_log_manager(nullptr, &some), nullptr);
-    EXPECT_EQ(_set_log_manager(buffer.data(), nullptr), buffer.data());
-    EXPECT_EQ(_get_log_manager(nullptr, buffer.data()), buffer.data());
-    EXPECT_EQ(_get_log_manager(&some, nullptr), nullptr);
-    _free_log_manager(nullptr);
+    EXPECT_EQ(log_manager.size(nullptr), 0U);
+    EXPECT_EQ(log_manager.set(nullptr, &some), nullptr);
+    EXPECT_EQ(log_manager.set(buffer.data(), nullptr), buffer.data());
+    EXPECT_EQ(log_manager.get(nullptr, buffer.data()), buffer.data());
+    EXPECT_EQ(log_manager.get(&some, nullptr), nullptr);
+    log_manager.free(nullptr);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
@@ -241,19 +240,17 @@ TEST(LogManager, LogsEnterAndExit)
 {
     for (mdm_body_t sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
         LogRecorder log;
-        size_body(type_log_manager, sent);
-        EXPECT_THAT(log.take(),
-                    ElementsAre(enter("_size_of_log_manager"), leave("_size_of_log_manager")));
-        const Bytes bytes = write_body(type_log_manager, sent);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_set_log_manager"), leave("_set_log_manager")));
+        log_manager.size(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(log_manager.size));
+        const Bytes bytes = log_manager.write(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(log_manager.set));
         mdm_body_t back{};
-        read_body(type_log_manager, back, bytes);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_get_log_manager"), leave("_get_log_manager")));
-        _free_log_manager(&back);
-        _free_log_manager(nullptr);
-        EXPECT_THAT(log.take(),
-                    ElementsAre(enter("_free_log_manager"), leave("_free_log_manager"),
-                                enter("_free_log_manager"), leave("_free_log_manager")));
+        log_manager.read(&back, bytes);
+        EXPECT_EQ(log.take(), enter_and_leave(log_manager.get));
+        log_manager.free(&back);
+        log_manager.free(nullptr);
+        EXPECT_THAT(log.take(), ElementsAre(enter(log_manager.free), leave(log_manager.free),
+                                            enter(log_manager.free), leave(log_manager.free)));
     }
 }
 

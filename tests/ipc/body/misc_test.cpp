@@ -12,6 +12,7 @@
 
 #include "ipc/envelope.hpp"
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/no_memory.hpp"
 #include "support/wire.hpp"
@@ -23,7 +24,7 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_misc = 17;
+constexpr Handlers misc(17);
 constexpr size_t pointer_size = sizeof(void *);
 
 enum class Shape { array, nothing, text, list, book, pair, raw };
@@ -98,7 +99,7 @@ Received receive(const Bytes &bytes)
 {
     Received received{used_body(), 0, {}};
     AllocationTrace trace;
-    received.consumed = read_body(type_misc, received.body, bytes);
+    received.consumed = misc.read(&received.body, bytes);
     trace.stop();
     received.kept = trace.kept();
     return received;
@@ -148,26 +149,26 @@ std::string data_line(const void *data, int32_t data_size)
 
 std::vector<LogLine> sent_lines(const mdm_body_t &sent)
 {
-    const mdm_misc_info_t &misc = sent.misc;
-    std::vector<LogLine> lines{enter("_set_misc"),
-                               info("_set_misc", data_line(misc.data, misc.data_size))};
-    const Shape shape = shape_of(misc.type);
-    if (misc.data_size != 0 || shape == Shape::list) {
-        lines.push_back(info("_set_misc", "serializing..."));
+    const mdm_misc_info_t &body = sent.misc;
+    std::vector<LogLine> lines{enter(misc.set),
+                               info(misc.set, data_line(body.data, body.data_size))};
+    const Shape shape = shape_of(body.type);
+    if (body.data_size != 0 || shape == Shape::list) {
+        lines.push_back(info(misc.set, "serializing..."));
         if (shape == Shape::book) {
-            const auto &book = *static_cast<const mdm_book_info_t *>(misc.data);
+            const auto &book = *static_cast<const mdm_book_info_t *>(body.data);
             lines.push_back(
-                info("_set_misc", "URL : " + shown(book.url) + ", TITLE : " + shown(book.title)));
+                info(misc.set, "URL : " + shown(book.url) + ", TITLE : " + shown(book.title)));
         }
     }
-    lines.push_back(leave("_set_misc"));
+    lines.push_back(leave(misc.set));
     return lines;
 }
 
 std::vector<LogLine> received_lines(const mdm_body_t &before, int32_t data_size)
 {
-    return {enter("_get_misc"), info("_get_misc", data_line(before.misc.data, data_size)),
-            leave("_get_misc")};
+    return {enter(misc.get), info(misc.get, data_line(before.misc.data, data_size)),
+            leave(misc.get)};
 }
 
 // The head and its lines come before the failure, whose line is the last.
@@ -175,11 +176,11 @@ void expect_failing_write(mdm_body_t &sent, const LogLine &last)
 {
     Bytes buffer(64);
     LogRecorder log;
-    EXPECT_EQ(_set_misc(buffer.data(), &sent), nullptr);
+    EXPECT_EQ(misc.set(buffer.data(), &sent), nullptr);
     EXPECT_EQ(buffer, head(sent.misc.type, sent.misc.data_size) + Bytes(52));
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_misc"),
-                                        info("_set_misc", data_line(nullptr, sent.misc.data_size)),
-                                        info("_set_misc", "serializing..."), last));
+    EXPECT_THAT(log.take(), ElementsAre(enter(misc.set),
+                                        info(misc.set, data_line(nullptr, sent.misc.data_size)),
+                                        info(misc.set, "serializing..."), last));
 }
 
 // Sound in every shape, and in nearly every shape of another size.
@@ -230,30 +231,30 @@ void expect_shape(int32_t type)
     const Look look = look_of(shape);
     mdm_body_t sent = any_shape(type);
     LogRecorder log;
-    EXPECT_EQ(size_body(type_misc, sent), 12 + look.payload.size());
+    EXPECT_EQ(misc.size(&sent), 12 + look.payload.size());
     EXPECT_EQ(sent.misc.data_size, look.data_size);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_misc"), leave("_size_of_misc")));
+    EXPECT_EQ(log.take(), enter_and_leave(misc.size));
 
-    const Bytes bytes = write_body(type_misc, sent);
+    const Bytes bytes = misc.write(&sent);
     EXPECT_EQ(bytes, head(type, look.data_size, low_bits(&one_cell)) + look.payload);
     EXPECT_THAT(log.take(), ElementsAreArray(sent_lines(sent)));
 
     Received received = receive(bytes);
     EXPECT_THAT(log.take(), ElementsAreArray(received_lines(used_body(), look.data_size)));
-    mdm_misc_info_t &misc = received.body.misc;
+    mdm_misc_info_t &back = received.body.misc;
     EXPECT_EQ(received.consumed, bytes.size());
-    EXPECT_EQ(misc.type, type);
-    EXPECT_EQ(misc.data_size, look.data_size);
+    EXPECT_EQ(back.type, type);
+    EXPECT_EQ(back.data_size, look.data_size);
     EXPECT_EQ(sizes_of(received.kept), look.blocks);
     const bool has_data = shape != Shape::nothing && shape != Shape::list;
-    EXPECT_EQ(misc.data != sentinel(), has_data);
+    EXPECT_EQ(back.data != sentinel(), has_data);
 
-    const void *data = misc.data;
+    const void *data = back.data;
     const auto expected = in_order_of_release(received);
-    EXPECT_EQ(free_body(type_misc, received.body), expected);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_misc"), leave("_free_misc")));
-    EXPECT_EQ(misc.data, has_data && !dangles_when_freed(shape) ? nullptr : data);
-    EXPECT_EQ(misc.data_size, look.data_size);
+    EXPECT_EQ(misc.release(&received.body), expected);
+    EXPECT_EQ(log.take(), enter_and_leave(misc.free));
+    EXPECT_EQ(back.data, has_data && !dangles_when_freed(shape) ? nullptr : data);
+    EXPECT_EQ(back.data_size, look.data_size);
 }
 
 TEST(Misc, TypeSelectsTheShape)
@@ -277,10 +278,10 @@ TEST(Misc, DataSize0SendsTheHeadAloneUnlessAListTravels)
         for (void *data : {static_cast<void *>(two_texts.data()), static_cast<void *>(nullptr)}) {
             mdm_body_t sent = body(type, 0, data);
             LogRecorder log;
-            EXPECT_EQ(size_body(type_misc, sent), 12U);
+            EXPECT_EQ(misc.size(&sent), 12U);
             EXPECT_EQ(sent.misc.data_size, 0);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_misc"), leave("_size_of_misc")));
-            const Bytes bytes = write_body(type_misc, sent);
+            EXPECT_EQ(log.take(), enter_and_leave(misc.size));
+            const Bytes bytes = misc.write(&sent);
             EXPECT_EQ(bytes, head(type, 0));
             EXPECT_THAT(log.take(), ElementsAreArray(sent_lines(sent)));
 
@@ -301,10 +302,10 @@ TEST(Misc, RecordsStoreTheirSizeInPlaceOfAnyDataSize)
         for (const int32_t data_size : {1, -1, 100, INT32_MIN, INT32_MAX}) {
             mdm_body_t sent = body(type, data_size, two_texts.data());
             for (int call = 0; call < 2; ++call) {
-                EXPECT_EQ(size_body(type_misc, sent), 12 + look.payload.size());
+                EXPECT_EQ(misc.size(&sent), 12 + look.payload.size());
                 EXPECT_EQ(sent.misc.data_size, look.data_size);
             }
-            EXPECT_EQ(write_body(type_misc, sent), head(type, look.data_size) + look.payload);
+            EXPECT_EQ(misc.write(&sent), head(type, look.data_size) + look.payload);
         }
     }
 }
@@ -315,13 +316,13 @@ TEST(Misc, RecordsAreSentAndReceivedUnderAnyDataSizeBut0)
         const Look look = look_of(shape_of(type));
         for (const int32_t data_size : {1, -1, INT32_MIN, INT32_MAX}) {
             mdm_body_t sent = body(type, data_size, two_texts.data());
-            const Bytes bytes = write_body(type_misc, sent);
+            const Bytes bytes = misc.write(&sent);
             EXPECT_EQ(bytes, head(type, data_size) + look.payload);
             Received received = receive(bytes);
             EXPECT_EQ(received.consumed, bytes.size());
             expect_head(received.body, type, data_size);
             EXPECT_EQ(sizes_of(received.kept), look.blocks);
-            free_body(type_misc, received.body);
+            misc.release(&received.body);
         }
     }
 }
@@ -334,13 +335,13 @@ TEST(Misc, TextRecordCarriesOneStringOfAnyKind)
             mdm_misc_str_t record{borrowed(text)};
             mdm_body_t sent = body(type, 1, &record);
             const auto data_size = static_cast<int32_t>(4 + std::strlen(text));
-            EXPECT_EQ(size_body(type_misc, sent), 12U + static_cast<uint32_t>(data_size));
-            const Bytes bytes = write_body(type_misc, sent);
+            EXPECT_EQ(misc.size(&sent), 12U + static_cast<uint32_t>(data_size));
+            const Bytes bytes = misc.write(&sent);
             EXPECT_EQ(bytes, head(type, data_size) + str(text));
             Received received = receive(bytes);
             expect_head(received.body, type, data_size);
             EXPECT_STREQ(payload<mdm_misc_str_t>(received).value, text);
-            free_body(type_misc, received.body);
+            misc.release(&received.body);
         }
     }
 }
@@ -350,14 +351,14 @@ TEST(Misc, TextRecordWithoutTextIs16Bytes)
     for (const char *text : {static_cast<const char *>(nullptr), ""}) {
         mdm_misc_str_t record{borrowed(text)};
         mdm_body_t sent = body(125, 1, &record);
-        EXPECT_EQ(size_body(type_misc, sent), 16U);
+        EXPECT_EQ(misc.size(&sent), 16U);
         EXPECT_EQ(sent.misc.data_size, 4);
-        const Bytes bytes = write_body(type_misc, sent);
+        const Bytes bytes = misc.write(&sent);
         EXPECT_EQ(bytes, hex("7D 00 00 00 04 03 02 01 04 00 00 00 00 00 00 00"));
         Received received = receive(bytes);
         EXPECT_EQ(received.consumed, 16U);
         EXPECT_EQ(payload<mdm_misc_str_t>(received).value, nullptr);
-        free_body(type_misc, received.body);
+        misc.release(&received.body);
     }
 }
 
@@ -394,10 +395,10 @@ void expect_two_strings(int32_t type, char *Record::*first, char *Record::*secon
         record.*second = borrowed(texts.second);
         mdm_body_t sent = body(type, 1, &record);
         const auto data_size = static_cast<int32_t>(texts.payload.size());
-        EXPECT_EQ(size_body(type_misc, sent), 12 + texts.payload.size());
+        EXPECT_EQ(misc.size(&sent), 12 + texts.payload.size());
         EXPECT_EQ(sent.misc.data_size, data_size);
         LogRecorder log;
-        const Bytes bytes = write_body(type_misc, sent);
+        const Bytes bytes = misc.write(&sent);
         EXPECT_EQ(bytes, head(type, data_size) + texts.payload);
         EXPECT_THAT(log.take(), ElementsAreArray(sent_lines(sent)));
 
@@ -408,7 +409,7 @@ void expect_two_strings(int32_t type, char *Record::*first, char *Record::*secon
         EXPECT_EQ(shown(payload<Record>(received).*first), arriving(texts.first));
         EXPECT_EQ(shown(payload<Record>(received).*second), arriving(texts.second));
         EXPECT_THAT(log.take(), ElementsAreArray(received_lines(used_body(), data_size)));
-        free_body(type_misc, received.body);
+        misc.release(&received.body);
     }
 }
 
@@ -431,13 +432,13 @@ TEST(Misc, BookIsLoggedWithItsTexts)
     mdm_book_info_t book{nullptr, borrowed("de")};
     mdm_body_t sent = body(283, 9, &book);
     LogRecorder log;
-    write_body(type_misc, sent);
+    misc.write(&sent);
     std::array<char, 64> head{};
     std::snprintf(head.data(), head.size(), "data: %p, data_size: 9", static_cast<void *>(&book));
     EXPECT_THAT(log.take(),
-                ElementsAre(enter("_set_misc"), info("_set_misc", head.data()),
-                            info("_set_misc", "serializing..."),
-                            info("_set_misc", "URL : (null), TITLE : de"), leave("_set_misc")));
+                ElementsAre(enter(misc.set), info(misc.set, head.data()),
+                            info(misc.set, "serializing..."),
+                            info(misc.set, "URL : (null), TITLE : de"), leave(misc.set)));
 }
 
 TEST(Misc, ArrayCarriesAsManyStringsAsDataSizeSays)
@@ -449,9 +450,9 @@ TEST(Misc, ArrayCarriesAsManyStringsAsDataSizeSays)
         mdm_body_t sent = body(122, count, texts.data());
         const size_t end = ends.at(static_cast<size_t>(count));
         const Bytes expected(strings.begin(), strings.begin() + static_cast<std::ptrdiff_t>(end));
-        EXPECT_EQ(size_body(type_misc, sent), 12 + end);
+        EXPECT_EQ(misc.size(&sent), 12 + end);
         EXPECT_EQ(sent.misc.data_size, count);
-        const Bytes bytes = write_body(type_misc, sent);
+        const Bytes bytes = misc.write(&sent);
         EXPECT_EQ(bytes, head(122, count) + expected);
 
         Received received = receive(bytes);
@@ -464,7 +465,7 @@ TEST(Misc, ArrayCarriesAsManyStringsAsDataSizeSays)
             EXPECT_EQ(shown((&payload<char *>(received))[i]),
                       arriving(texts.at(static_cast<size_t>(i))));
         }
-        EXPECT_EQ(free_body(type_misc, received.body), in_order_of_release(received));
+        EXPECT_EQ(misc.release(&received.body), in_order_of_release(received));
     }
 }
 
@@ -473,22 +474,22 @@ TEST(Misc, ArrayOfManyStringsTravels)
     std::array<char *, 300> texts{};
     texts.fill(borrowed("abc"));
     mdm_body_t sent = body(122, 300, texts.data());
-    EXPECT_EQ(size_body(type_misc, sent), 12U + 300 * 7);
-    Received received = receive(write_body(type_misc, sent));
+    EXPECT_EQ(misc.size(&sent), 12U + 300 * 7);
+    Received received = receive(misc.write(&sent));
     EXPECT_EQ(received.consumed, 12U + 300 * 7);
     EXPECT_EQ(received.kept.size(), 301U);
     EXPECT_STREQ((&payload<char *>(received))[299], "abc");
-    EXPECT_EQ(free_body(type_misc, received.body), in_order_of_release(received));
+    EXPECT_EQ(misc.release(&received.body), in_order_of_release(received));
 }
 
 TEST(Misc, ArrayOfNegativeCountIsEmpty)
 {
     for (const int32_t count : {-1, -3, INT32_MIN}) {
         mdm_body_t sent = body(122, count, two_texts.data());
-        EXPECT_EQ(size_body(type_misc, sent), 12U);
+        EXPECT_EQ(misc.size(&sent), 12U);
         EXPECT_EQ(sent.misc.data_size, count);
         LogRecorder log;
-        const Bytes bytes = write_body(type_misc, sent);
+        const Bytes bytes = misc.write(&sent);
         EXPECT_EQ(bytes, head(122, count));
         EXPECT_THAT(log.take(), ElementsAreArray(sent_lines(sent)));
 
@@ -504,16 +505,16 @@ TEST(Misc, Type123SendsNothingWhateverDataSizeSays)
 {
     for (const int32_t data_size : {40, 1, -1, INT32_MIN}) {
         mdm_body_t sent = body(123, data_size, two_texts.data());
-        EXPECT_EQ(size_body(type_misc, sent), 12U);
+        EXPECT_EQ(misc.size(&sent), 12U);
         EXPECT_EQ(sent.misc.data_size, data_size);
-        const Bytes bytes = write_body(type_misc, sent);
+        const Bytes bytes = misc.write(&sent);
         EXPECT_EQ(bytes, head(123, data_size));
 
         Received received = receive(bytes);
         EXPECT_EQ(received.consumed, 12U);
         expect_head(received.body, 123, data_size);
         EXPECT_EQ(received.body.misc.data, sentinel());
-        EXPECT_THAT(free_body(type_misc, received.body), IsEmpty());
+        EXPECT_THAT(misc.release(&received.body), IsEmpty());
         EXPECT_EQ(received.body.misc.data, sentinel());
     }
 }
@@ -524,10 +525,10 @@ TEST(Misc, ListTravelsInPlaceOfParamWhateverDataSizeSays)
     for (const int32_t type : {127, 128}) {
         for (const int32_t data_size : {0, 5, -1, INT32_MIN}) {
             mdm_body_t sent = list_body(type, data_size, list);
-            EXPECT_EQ(size_body(type_misc, sent), 29U);
+            EXPECT_EQ(misc.size(&sent), 29U);
             EXPECT_EQ(sent.misc.data_size, data_size);
             LogRecorder log;
-            const Bytes bytes = write_body(type_misc, sent);
+            const Bytes bytes = misc.write(&sent);
             EXPECT_EQ(bytes, head(type, data_size, low_bits(list)) + hex("02 00 00 00") + abc_str +
                                  de_str);
             EXPECT_THAT(log.take(), ElementsAreArray(sent_lines(sent)));
@@ -541,7 +542,7 @@ TEST(Misc, ListTravelsInPlaceOfParamWhateverDataSizeSays)
             EXPECT_EQ(sizes_of(received.kept),
                       (std::vector<size_t>{4, sizeof(GList), 3, sizeof(GList)}));
             EXPECT_THAT(log.take(), ElementsAreArray(received_lines(used_body(), data_size)));
-            free_body(type_misc, received.body);
+            misc.release(&received.body);
         }
     }
     g_list_free(list);
@@ -552,8 +553,8 @@ TEST(Misc, NullListIsACountOf0)
     for (const int32_t type : {127, 128}) {
         for (const int32_t data_size : {0, 8}) {
             mdm_body_t sent = list_body(type, data_size, nullptr);
-            EXPECT_EQ(size_body(type_misc, sent), 16U);
-            const Bytes bytes = write_body(type_misc, sent);
+            EXPECT_EQ(misc.size(&sent), 16U);
+            const Bytes bytes = misc.write(&sent);
             EXPECT_EQ(bytes, head(type, data_size, 0) + null_str);
 
             const Received received = receive(bytes);
@@ -582,8 +583,8 @@ TEST(Misc, NullElementsOfAListAreCountedAndSizedButNotWritten)
     for (const auto &[list, gap, payload] : cases) {
         for (const int32_t type : {127, 128}) {
             mdm_body_t sent = list_body(type, 0, list);
-            EXPECT_EQ(size_body(type_misc, sent), 12 + payload.size() + gap);
-            EXPECT_EQ(write_body(type_misc, sent), head(type, 0, low_bits(list)) + payload);
+            EXPECT_EQ(misc.size(&sent), 12 + payload.size() + gap);
+            EXPECT_EQ(misc.write(&sent), head(type, 0, low_bits(list)) + payload);
         }
         g_list_free(list);
     }
@@ -593,15 +594,15 @@ TEST(Misc, EmptyStringsOfAListArriveAsNullElements)
 {
     GList *list = list_of({borrowed(""), borrowed("abc"), borrowed("")});
     mdm_body_t sent = list_body(128, 0, list);
-    EXPECT_EQ(size_body(type_misc, sent), 31U);
-    const Bytes bytes = write_body(type_misc, sent);
+    EXPECT_EQ(misc.size(&sent), 31U);
+    const Bytes bytes = misc.write(&sent);
     EXPECT_EQ(bytes,
               head(128, 0, low_bits(list)) + hex("03 00 00 00") + null_str + abc_str + null_str);
     Received received = receive(bytes);
     EXPECT_EQ(received.consumed, 31U);
     EXPECT_THAT(texts_of(received.body.misc.param_list),
                 ElementsAre(std::nullopt, "abc", std::nullopt));
-    EXPECT_EQ(free_body(type_misc, received.body).size(), 4U);
+    EXPECT_EQ(misc.release(&received.body).size(), 4U);
     g_list_free(list);
 }
 
@@ -609,7 +610,7 @@ TEST(Misc, SizeCountsAListFromItsFirstElement)
 {
     GList *list = list_of({borrowed("abc"), borrowed("de")});
     mdm_body_t sent = list_body(127, 0, list->next);
-    EXPECT_EQ(size_body(type_misc, sent), 29U);
+    EXPECT_EQ(misc.size(&sent), 29U);
     g_list_free(list);
 }
 
@@ -621,14 +622,14 @@ TEST(Misc, LongListsAndStringsTravel)
         list = g_list_prepend(list, borrowed("abc"));
     }
     mdm_body_t sent = list_body(128, 0, list);
-    EXPECT_EQ(size_body(type_misc, sent), 16U + 100 * 7 + 404);
-    Received received = receive(write_body(type_misc, sent));
+    EXPECT_EQ(misc.size(&sent), 16U + 100 * 7 + 404);
+    Received received = receive(misc.write(&sent));
     EXPECT_EQ(received.consumed, 16U + 100 * 7 + 404);
     const auto texts = texts_of(received.body.misc.param_list);
     ASSERT_EQ(texts.size(), 101U);
     EXPECT_EQ(texts[99], "abc");
     EXPECT_EQ(texts[100], longer);
-    EXPECT_EQ(free_body(type_misc, received.body).size(), 202U);
+    EXPECT_EQ(misc.release(&received.body).size(), 202U);
     g_list_free(list);
 }
 
@@ -638,9 +639,9 @@ TEST(Misc, OtherTypesCarryRawBytesAndReceiveAString)
     for (const std::string &raw : {std::string("x"), std::string("a\0b\xFF", 4), longer}) {
         const auto data_size = static_cast<int32_t>(raw.size());
         mdm_body_t sent = body(7, data_size, borrowed(raw.c_str()));
-        EXPECT_EQ(size_body(type_misc, sent), 12 + raw.size());
+        EXPECT_EQ(misc.size(&sent), 12 + raw.size());
         EXPECT_EQ(sent.misc.data_size, data_size);
-        const Bytes bytes = write_body(type_misc, sent);
+        const Bytes bytes = misc.write(&sent);
         EXPECT_EQ(bytes, head(7, data_size) + Bytes(raw.begin(), raw.end()));
 
         Received received = receive(bytes);
@@ -648,18 +649,18 @@ TEST(Misc, OtherTypesCarryRawBytesAndReceiveAString)
         expect_head(received.body, 7, data_size);
         EXPECT_THAT(received.kept, ElementsAre(Block{received.body.misc.data, raw.size() + 1}));
         EXPECT_STREQ(&payload<char>(received), raw.c_str());
-        free_body(type_misc, received.body);
+        misc.release(&received.body);
     }
 }
 
 TEST(Misc, SizeOfRawBytesTrustsDataSize)
 {
     mdm_body_t sent = body(7, -4, nullptr);
-    EXPECT_EQ(size_body(type_misc, sent), 8U);
+    EXPECT_EQ(misc.size(&sent), 8U);
     sent.misc.data_size = -13;
-    EXPECT_EQ(size_body(type_misc, sent), 0xFFFFFFFFU);
+    EXPECT_EQ(misc.size(&sent), 0xFFFFFFFFU);
     sent.misc.data_size = INT32_MAX;
-    EXPECT_EQ(size_body(type_misc, sent), 0x8000000BU);
+    EXPECT_EQ(misc.size(&sent), 0x8000000BU);
     EXPECT_EQ(sent.misc.data_size, INT32_MAX);
 }
 
@@ -669,12 +670,12 @@ TEST(Misc, MissingBookFailsToBeSizedAndWritten)
         for (const int32_t data_size : {8, 1, -1}) {
             mdm_body_t sent = body(type, data_size, nullptr);
             LogRecorder log;
-            EXPECT_EQ(static_cast<int32_t>(size_body(type_misc, sent)), -999);
+            EXPECT_EQ(static_cast<int32_t>(misc.size(&sent)), -999);
             EXPECT_EQ(sent.misc.data_size, data_size);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_misc"),
-                                                critical("_size_of_misc", "p_book_info is NULL"),
-                                                leave("_size_of_misc")));
-            expect_failing_write(sent, assert_fails("_set_misc"));
+            EXPECT_THAT(log.take(),
+                        ElementsAre(enter(misc.size), critical(misc.size, "p_book_info is NULL"),
+                                    leave(misc.size)));
+            expect_failing_write(sent, assert_fails(misc.set));
         }
     }
 }
@@ -684,7 +685,7 @@ TEST(Misc, MissingTextRecordFailsToBeWritten)
     for (const int32_t type : {124, 125, 126}) {
         for (const int32_t data_size : {8, 1, -1}) {
             mdm_body_t sent = body(type, data_size, nullptr);
-            expect_failing_write(sent, leave("_set_misc"));
+            expect_failing_write(sent, leave(misc.set));
         }
     }
 }
@@ -694,10 +695,10 @@ TEST(Misc, MissingPairSendsTheHeadAlone)
     for (const int32_t type : {288, 289}) {
         mdm_body_t sent = body(type, 8, nullptr);
         LogRecorder log;
-        EXPECT_EQ(size_body(type_misc, sent), 12U);
+        EXPECT_EQ(misc.size(&sent), 12U);
         EXPECT_EQ(sent.misc.data_size, 8);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_misc"), leave("_size_of_misc")));
-        const Bytes bytes = write_body(type_misc, sent);
+        EXPECT_EQ(log.take(), enter_and_leave(misc.size));
+        const Bytes bytes = misc.write(&sent);
         EXPECT_EQ(bytes, head(type, 8));
         EXPECT_THAT(log.take(), ElementsAreArray(sent_lines(sent)));
 
@@ -706,7 +707,7 @@ TEST(Misc, MissingPairSendsTheHeadAlone)
         EXPECT_EQ(received.consumed, 23U);
         EXPECT_EQ(payload<mdm_misc_str_pair_t>(received).first, nullptr);
         EXPECT_STREQ(payload<mdm_misc_str_pair_t>(received).second, "abc");
-        free_body(type_misc, received.body);
+        misc.release(&received.body);
     }
 }
 
@@ -719,7 +720,7 @@ TEST(Misc, WithoutMemoryATextRecordFailsToBeRead)
         AllocationTrace trace;
         {
             const NoMemory no_memory;
-            EXPECT_EQ(_get_misc(&received, bytes.data()), nullptr);
+            EXPECT_EQ(misc.get(&received, bytes.data()), nullptr);
         }
         trace.stop();
         EXPECT_THAT(trace.allocated(), IsEmpty());
@@ -770,7 +771,7 @@ TEST(Misc, FreeNullsEachStringOfABookAtOnce)
             EXPECT_EQ(book->url == nullptr, block != url);
             EXPECT_EQ(book->title == nullptr, block == book);
         });
-        _free_misc(&received.body);
+        misc.free(&received.body);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(url, title, book));
     }
@@ -785,7 +786,7 @@ TEST(Misc, FreeNullsTheStringOfATextRecord)
         AllocationTrace trace;
         trace.during_release(
             [&](const void *block) { EXPECT_EQ(record->value == nullptr, block == record); });
-        _free_misc(&received.body);
+        misc.free(&received.body);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(value, record));
     }
@@ -795,11 +796,11 @@ TEST(Misc, FreeMayRunTwiceWhereItNullsData)
 {
     for (const int32_t type : {124, 125, 126, 281, 283, 7}) {
         mdm_body_t sent = any_shape(type);
-        size_body(type_misc, sent);
-        Received received = receive(write_body(type_misc, sent));
-        free_body(type_misc, received.body);
+        misc.size(&sent);
+        Received received = receive(misc.write(&sent));
+        misc.release(&received.body);
         EXPECT_EQ(received.body.misc.data, nullptr);
-        EXPECT_THAT(free_body(type_misc, received.body), IsEmpty());
+        EXPECT_THAT(misc.release(&received.body), IsEmpty());
     }
 }
 
@@ -808,10 +809,10 @@ TEST(Misc, FreeOfNullDataReleasesNothingNotEvenAList)
     for (const int32_t type : {122, 123, 124, 125, 126, 127, 128, 281, 283, 288, 289, 7}) {
         mdm_body_t received = list_body(type, 2, &one_cell);
         LogRecorder log;
-        EXPECT_THAT(free_body(type_misc, received), IsEmpty());
+        EXPECT_THAT(misc.release(&received), IsEmpty());
         EXPECT_EQ(received.misc.param_list, &one_cell);
         EXPECT_EQ(received.misc.data_size, 2);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_free_misc"), leave("_free_misc")));
+        EXPECT_EQ(log.take(), enter_and_leave(misc.free));
     }
 }
 
@@ -823,7 +824,7 @@ TEST(Misc, FreeOfAListNeedsDataButLeavesIt)
         const auto cells = cells_of(list);
         mdm_body_t received = list_body(type, 0, list);
         received.misc.data = sentinel();
-        EXPECT_THAT(free_body(type_misc, received),
+        EXPECT_THAT(misc.release(&received),
                     ElementsAre(elements[0], elements[2], cells[0], cells[1], cells[2]));
         EXPECT_EQ(received.misc.param_list, list);
         EXPECT_EQ(received.misc.data, sentinel());
@@ -843,7 +844,7 @@ TEST(Misc, FreeOfAnArrayReleasesAsManyStringsAsDataSizeSays)
                                            strings.begin() + static_cast<std::ptrdiff_t>(count));
         expected.push_back(texts);
         mdm_body_t received = body(122, data_size, texts);
-        EXPECT_EQ(free_body(type_misc, received), expected);
+        EXPECT_EQ(misc.release(&received), expected);
         EXPECT_EQ(received.misc.data, texts);
         EXPECT_EQ(received.misc.data_size, data_size);
         for (size_t i = count; i < strings.size(); ++i) {
@@ -857,7 +858,7 @@ TEST(Misc, FreeLooksAtDataAndNotAtDataSize)
     for (const int32_t type : {124, 281, 288, 7}) {
         void *data = g_malloc0(sizeof(mdm_book_info_t));
         mdm_body_t received = body(type, 0, data);
-        EXPECT_THAT(free_body(type_misc, received), ElementsAre(data));
+        EXPECT_THAT(misc.release(&received), ElementsAre(data));
     }
 }
 
@@ -915,7 +916,7 @@ TEST(Misc, MissingBookMakesNoMessage)
     LogRecorder log(MDM_LOG_CRITICAL);
     EXPECT_EQ(ipc_serialize(&msg, &length), nullptr);
     EXPECT_EQ(length, 77U);
-    EXPECT_THAT(log.take(), ElementsAre(critical("_size_of_misc", "p_book_info is NULL"),
+    EXPECT_THAT(log.take(), ElementsAre(critical(misc.size, "p_book_info is NULL"),
                                         assert_fails("_alloc_msg"), assert_fails("ipc_serialize")));
 }
 

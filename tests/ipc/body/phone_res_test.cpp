@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -21,7 +22,7 @@ using ::testing::IsEmpty;
 
 using Ranges = std::vector<std::pair<uint32_t, uint32_t>>;
 
-constexpr uint8_t type_phone_res = 35;
+constexpr Handlers phone_res(35);
 constexpr uint32_t item_type = 400;
 constexpr uint32_t ext_type = 422;
 constexpr uint32_t raw_type = 450;
@@ -96,10 +97,10 @@ TEST(PhoneRes, ItemCarriesTwoStrings)
 {
     mdm_phone_res_item_t record = item("abc", "hi");
     mdm_body_t sent = body(item_type, 1, &record);
-    EXPECT_EQ(size_body(type_phone_res, sent), 20U + 3 + 2);
-    EXPECT_EQ(size_body(type_phone_res, sent), 20U + 3 + 2);
-    EXPECT_EQ(write_body(type_phone_res, sent), hex("90 01 00 00 04 03 02 01 01 00 00 00 "
-                                                    "03 00 00 00 61 62 63 02 00 00 00 68 69"));
+    EXPECT_EQ(phone_res.size(&sent), 20U + 3 + 2);
+    EXPECT_EQ(phone_res.size(&sent), 20U + 3 + 2);
+    EXPECT_EQ(phone_res.write(&sent), hex("90 01 00 00 04 03 02 01 01 00 00 00 "
+                                          "03 00 00 00 61 62 63 02 00 00 00 68 69"));
     expect_headed<&mdm_body_t::phone_res>(sent, item_type, 1);
     EXPECT_EQ(record.word1, 0x77777777U);
 }
@@ -109,7 +110,7 @@ TEST(PhoneRes, ItemArrivesAsANewRecordOfDataSize12)
     const Bytes bytes = wire(item_type, 1, hex("03 00 00 00 61 62 63 02 00 00 00 68 69"));
     mdm_body_t back = body(0, 0, sentinel());
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_phone_res, back, bytes), bytes.size());
+    EXPECT_EQ(phone_res.read(&back, bytes), bytes.size());
     trace.stop();
     expect_headed<&mdm_body_t::phone_res>(back, item_type, 12);
     const auto &record = received<mdm_phone_res_item_t>(back);
@@ -118,7 +119,7 @@ TEST(PhoneRes, ItemArrivesAsANewRecordOfDataSize12)
     EXPECT_STREQ(record.str2, "hi");
     EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}, Block{record.str0, 4},
                                           Block{record.str2, 3}));
-    _free_phone_res(&back);
+    phone_res.free(&back);
 }
 
 TEST(PhoneRes, ItemsMissingAndEmptyStringsArriveAsNull)
@@ -126,24 +127,24 @@ TEST(PhoneRes, ItemsMissingAndEmptyStringsArriveAsNull)
     for (const char *absent : {static_cast<const char *>(nullptr), ""}) {
         mdm_phone_res_item_t record = item("a", absent);
         mdm_body_t sent = body(item_type, 1, &record);
-        EXPECT_EQ(size_body(type_phone_res, sent), 21U);
-        Bytes bytes = write_body(type_phone_res, sent);
+        EXPECT_EQ(phone_res.size(&sent), 21U);
+        Bytes bytes = phone_res.write(&sent);
         EXPECT_EQ(bytes, wire(item_type, 1, hex("01 00 00 00 61 00 00 00 00")));
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_phone_res, back, bytes), 21U);
+        EXPECT_EQ(phone_res.read(&back, bytes), 21U);
         EXPECT_EQ(back.phone_res.data_size, 12);
         EXPECT_STREQ(received<mdm_phone_res_item_t>(back).str0, "a");
         EXPECT_EQ(received<mdm_phone_res_item_t>(back).str2, nullptr);
-        _free_phone_res(&back);
+        phone_res.free(&back);
 
         record = item(absent, absent);
-        EXPECT_EQ(size_body(type_phone_res, sent), 20U);
-        bytes = write_body(type_phone_res, sent);
+        EXPECT_EQ(phone_res.size(&sent), 20U);
+        bytes = phone_res.write(&sent);
         EXPECT_EQ(bytes, wire(item_type, 1, Bytes(8)));
-        EXPECT_EQ(read_body(type_phone_res, back, bytes), 20U);
+        EXPECT_EQ(phone_res.read(&back, bytes), 20U);
         EXPECT_EQ(received<mdm_phone_res_item_t>(back).str0, nullptr);
         EXPECT_EQ(received<mdm_phone_res_item_t>(back).str2, nullptr);
-        _free_phone_res(&back);
+        phone_res.free(&back);
     }
 }
 
@@ -152,12 +153,12 @@ TEST(PhoneRes, LongAndNonAsciiStringsTravel)
     const std::string text(400, '\xC3');
     mdm_phone_res_item_t record = item(text.c_str(), "\xE2\x82\xAC");
     mdm_body_t sent = body(item_type, 1, &record);
-    EXPECT_EQ(size_body(type_phone_res, sent), 20U + 400 + 3);
+    EXPECT_EQ(phone_res.size(&sent), 20U + 400 + 3);
     mdm_body_t back{};
-    EXPECT_EQ(read_body(type_phone_res, back, write_body(type_phone_res, sent)), 423U);
+    EXPECT_EQ(phone_res.read(&back, phone_res.write(&sent)), 423U);
     EXPECT_EQ(received<mdm_phone_res_item_t>(back).str0, text);
     EXPECT_STREQ(received<mdm_phone_res_item_t>(back).str2, "\xE2\x82\xAC");
-    _free_phone_res(&back);
+    phone_res.free(&back);
 }
 
 TEST(PhoneRes, ExtendedRecordCarriesAStringAndItsDetail)
@@ -165,8 +166,8 @@ TEST(PhoneRes, ExtendedRecordCarriesAStringAndItsDetail)
     mdm_phone_res_detail_t numbers = detail(0x11121314, 0xF1F2F3F4, "hi");
     mdm_phone_res_ext_t record = ext("abc", &numbers);
     mdm_body_t sent = body(ext_type, 1, &record);
-    EXPECT_EQ(size_body(type_phone_res, sent), 28U + 3 + 2);
-    EXPECT_EQ(write_body(type_phone_res, sent),
+    EXPECT_EQ(phone_res.size(&sent), 28U + 3 + 2);
+    EXPECT_EQ(phone_res.write(&sent),
               hex("A6 01 00 00 04 03 02 01 01 00 00 00 03 00 00 00 61 62 63 "
                   "14 13 12 11 F4 F3 F2 F1 02 00 00 00 68 69"));
     expect_headed<&mdm_body_t::phone_res>(sent, ext_type, 1);
@@ -179,7 +180,7 @@ TEST(PhoneRes, ExtendedRecordArrivesWithItsDetail)
         wire(ext_type, 1, hex("03 00 00 00 61 62 63 14 13 12 11 F4 F3 F2 F1 02 00 00 00 68 69 FF"));
     mdm_body_t back = body(0, 0, sentinel());
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_phone_res, back, bytes), 33U);
+    EXPECT_EQ(phone_res.read(&back, bytes), 33U);
     trace.stop();
     expect_headed<&mdm_body_t::phone_res>(back, ext_type, 12);
     const auto &record = received<mdm_phone_res_ext_t>(back);
@@ -191,7 +192,7 @@ TEST(PhoneRes, ExtendedRecordArrivesWithItsDetail)
     EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record},
                                           Block{record.detail, sizeof(mdm_phone_res_detail_t)},
                                           Block{record.str0, 4}, Block{record.detail->str2, 3}));
-    _free_phone_res(&back);
+    phone_res.free(&back);
 }
 
 TEST(PhoneRes, ExtendedRecordWithoutStringsIs28Bytes)
@@ -199,35 +200,35 @@ TEST(PhoneRes, ExtendedRecordWithoutStringsIs28Bytes)
     mdm_phone_res_detail_t numbers = detail(5, 7, nullptr);
     mdm_phone_res_ext_t record = ext(nullptr, &numbers);
     mdm_body_t sent = body(ext_type, 12, &record);
-    EXPECT_EQ(size_body(type_phone_res, sent), 28U);
-    const Bytes bytes = write_body(type_phone_res, sent);
+    EXPECT_EQ(phone_res.size(&sent), 28U);
+    const Bytes bytes = phone_res.write(&sent);
     EXPECT_EQ(bytes, wire(ext_type, 12, hex("00 00 00 00 05 00 00 00 07 00 00 00 00 00 00 00")));
     mdm_body_t back{};
-    EXPECT_EQ(read_body(type_phone_res, back, bytes), 28U);
+    EXPECT_EQ(phone_res.read(&back, bytes), 28U);
     EXPECT_EQ(received<mdm_phone_res_ext_t>(back).str0, nullptr);
     EXPECT_EQ(received<mdm_phone_res_ext_t>(back).detail->num0, 5U);
     EXPECT_EQ(received<mdm_phone_res_ext_t>(back).detail->num1, 7U);
     EXPECT_EQ(received<mdm_phone_res_ext_t>(back).detail->str2, nullptr);
-    _free_phone_res(&back);
+    phone_res.free(&back);
 }
 
 TEST(PhoneRes, RawBytesArriveAsAStringUpToTheirFirstZeroByte)
 {
     char payload[] = "a\0b";
     mdm_body_t sent = body(raw_type, 3, payload);
-    EXPECT_EQ(size_body(type_phone_res, sent), 15U);
-    const Bytes bytes = write_body(type_phone_res, sent);
+    EXPECT_EQ(phone_res.size(&sent), 15U);
+    const Bytes bytes = phone_res.write(&sent);
     EXPECT_EQ(bytes, hex("C2 01 00 00 04 03 02 01 03 00 00 00 61 00 62"));
     expect_headed<&mdm_body_t::phone_res>(sent, raw_type, 3);
 
     mdm_body_t back = body(0, 0, sentinel());
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_phone_res, back, bytes), 15U);
+    EXPECT_EQ(phone_res.read(&back, bytes), 15U);
     trace.stop();
     expect_headed<&mdm_body_t::phone_res>(back, raw_type, 3);
     EXPECT_THAT(trace.kept(), ElementsAre(Block{back.phone_res.data, 4}));
     EXPECT_EQ(std::string(static_cast<char *>(back.phone_res.data), 4), std::string("a\0\0\0", 4));
-    _free_phone_res(&back);
+    phone_res.free(&back);
 }
 
 TEST(PhoneRes, EveryTypeTravelsAsAnItemOrAsRawBytes)
@@ -238,19 +239,19 @@ TEST(PhoneRes, EveryTypeTravelsAsAnItemOrAsRawBytes)
         const bool as_item = is_in(travels_as_item, type);
         mdm_body_t sent = body(type, 3, &record);
         EXPECT_EQ(
-            write_body(type_phone_res, sent),
+            phone_res.write(&sent),
             wire(type, 3,
                  as_item ? hex("04 00 00 00 61 62 63 64 02 00 00 00 68 69") : image(record, 3)));
 
         mdm_body_t back{};
         const Bytes bytes = wire(type, 3, hex("01 00 00 00 61 00 00 00 00"));
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_phone_res, back, bytes), as_item ? 21U : 15U);
+        EXPECT_EQ(phone_res.read(&back, bytes), as_item ? 21U : 15U);
         trace.stop();
         EXPECT_EQ(back.phone_res.data_size, as_item ? 12 : 3);
         EXPECT_EQ(trace.kept().size(), as_item ? 2U : 1U);
         if (as_item) {
-            _free_phone_res(&back);
+            phone_res.free(&back);
         } else {
             g_free(back.phone_res.data);  // of some types no item, but released as one
         }
@@ -265,8 +266,8 @@ TEST(PhoneRes, EveryTypeIsSizedAndReleasedAsAnItemOrAsRawBytes)
         mdm_phone_res_item_t *record = heap_item();
         char *const strings[] = {record->str0, record->str2};
         mdm_body_t kept = body(type, 3, record);
-        EXPECT_EQ(size_body(type_phone_res, kept), as_item ? 25U : 15U);
-        const auto released = free_body(type_phone_res, kept);
+        EXPECT_EQ(phone_res.size(&kept), as_item ? 25U : 15U);
+        const auto released = phone_res.release(&kept);
         EXPECT_EQ(kept.phone_res.data_size, as_item ? 3 : 0);
         if (as_item) {
             EXPECT_THAT(released, ElementsAre(strings[0], strings[1], record));
@@ -284,9 +285,9 @@ TEST(PhoneRes, TwoTypesAreSizedAsAnItemAndSentAsItsMemory)
 {
     for (const uint32_t type : {439U, 440U}) {
         mdm_phone_res_item_t record = item("abc", "hi");
-        mdm_msg_t msg = message(type_phone_res);
+        mdm_msg_t msg = message(phone_res.type);
         msg.body = body(type, 12, &record);
-        EXPECT_EQ(size_body(type_phone_res, msg.body), 25U);
+        EXPECT_EQ(phone_res.size(&msg.body), 25U);
         const Bytes bytes = serialize(msg);
         ASSERT_EQ(bytes.size(), 40U + 25);
         const Bytes sent(bytes.begin() + 40, bytes.end());
@@ -312,11 +313,11 @@ TEST(PhoneRes, DataSizeBelow1SendsTheHeadAloneAndIsReceivedAsNull)
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
             for (void *maybe : {data, static_cast<void *>(nullptr)}) {
                 mdm_body_t sent = body(type, data_size, maybe);
-                const Bytes bytes = write_body(type_phone_res, sent);
+                const Bytes bytes = phone_res.write(&sent);
                 EXPECT_EQ(bytes, wire(type, data_size, {}));
                 mdm_body_t back = body(0, 0, sentinel());
                 AllocationTrace trace;
-                EXPECT_EQ(read_body(type_phone_res, back, bytes), 12U);
+                EXPECT_EQ(phone_res.read(&back, bytes), 12U);
                 trace.stop();
                 expect_headed<&mdm_body_t::phone_res>(back, type, data_size);
                 EXPECT_EQ(back.phone_res.data, nullptr);
@@ -341,13 +342,13 @@ TEST(PhoneRes, SizeLooksForDataAndForADataSizeOf0Only)
                  {&record, raw_type, 8}};
     for (const auto &[data, type, size_at_minus_4] : cases) {
         mdm_body_t sent = body(type, -4, data);
-        EXPECT_EQ(size_body(type_phone_res, sent), size_at_minus_4);
+        EXPECT_EQ(phone_res.size(&sent), size_at_minus_4);
         EXPECT_EQ(sent.phone_res.data_size, -4);
         sent = body(type, 0, data);
-        EXPECT_EQ(size_body(type_phone_res, sent), 12U);
+        EXPECT_EQ(phone_res.size(&sent), 12U);
         for (const int32_t data_size : {-4, 1, 9}) {
             sent = body(type, data_size, nullptr);
-            EXPECT_EQ(size_body(type_phone_res, sent), 12U);
+            EXPECT_EQ(phone_res.size(&sent), 12U);
             EXPECT_EQ(sent.phone_res.data_size, data_size);
         }
     }
@@ -358,8 +359,8 @@ void expect_failure_after_head(mdm_body_t sent)
 {
     Bytes buffer(64);
     LogRecorder log;
-    EXPECT_EQ(_set_phone_res(buffer.data(), &sent), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(assert_fails("_set_phone_res")));
+    EXPECT_EQ(phone_res.set(buffer.data(), &sent), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(assert_fails(phone_res.set)));
     EXPECT_EQ(buffer, wire(static_cast<uint32_t>(sent.phone_res.type), 1, Bytes(52)));
 }
 
@@ -374,12 +375,12 @@ TEST(PhoneRes, MissingRecordsCannotBeWritten)
 
 TEST(PhoneRes, MessageWithoutItsRecordIsAHeadAndALineInTheLog)
 {
-    mdm_msg_t msg = message(type_phone_res);
+    mdm_msg_t msg = message(phone_res.type);
     msg.body = body(item_type, 1, nullptr);
     LogRecorder log(MDM_LOG_CRITICAL);
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), wire(item_type, 1, {}));
-    EXPECT_THAT(log.take(), ElementsAre(assert_fails("_set_phone_res"),
+    EXPECT_THAT(log.take(), ElementsAre(assert_fails(phone_res.set),
                                         critical("ipc_serialize", "lp_body is NULL")));
 }
 
@@ -394,7 +395,7 @@ TEST(PhoneRes, FreeEmptiesAnItemBeforeItReleasesIt)
             LogRecorder log;
             AllocationTrace trace;
             trace.during_release([&](const void *) { last = *record; });
-            _free_phone_res(&kept);
+            phone_res.free(&kept);
             trace.stop();
             EXPECT_THAT(trace.released(), ElementsAre(strings[0], strings[1], record));
             EXPECT_EQ(last.str0, nullptr);
@@ -423,7 +424,7 @@ TEST(PhoneRes, FreeEmptiesAnExtendedRecordAndItsDetailBeforeItReleasesThem)
         }
         last = *record;
     });
-    _free_phone_res(&kept);
+    phone_res.free(&kept);
     trace.stop();
     EXPECT_THAT(trace.released(), ElementsAre(strings[0], strings[1], numbers, record));
     EXPECT_EQ(last_numbers.str2, nullptr);
@@ -441,10 +442,10 @@ TEST(PhoneRes, FreeResetsARawBodyAndMayThenRunAgain)
         mdm_body_t kept = body(raw_type, data_size, heap_text("raw"));
         const void *data = kept.phone_res.data;
         LogRecorder log;
-        EXPECT_THAT(free_body(type_phone_res, kept), ElementsAre(data));
+        EXPECT_THAT(phone_res.release(&kept), ElementsAre(data));
         EXPECT_EQ(kept.phone_res.data, nullptr);
         expect_headed<&mdm_body_t::phone_res>(kept, raw_type, 0);
-        EXPECT_THAT(free_body(type_phone_res, kept), IsEmpty());
+        EXPECT_THAT(phone_res.release(&kept), IsEmpty());
         EXPECT_THAT(log.take(), IsEmpty());
     }
 }
@@ -454,12 +455,12 @@ TEST(PhoneRes, FreeWithoutDataOrDataSizeDoesNothing)
     for (const uint32_t type : {item_type, ext_type, 439U, raw_type}) {
         mdm_body_t kept = body(type, 12, nullptr);
         LogRecorder log;
-        EXPECT_THAT(free_body(type_phone_res, kept), IsEmpty());
+        EXPECT_THAT(phone_res.release(&kept), IsEmpty());
         EXPECT_EQ(kept.phone_res.data, nullptr);
         expect_headed<&mdm_body_t::phone_res>(kept, type, 12);
 
         kept = body(type, 0, sentinel());
-        EXPECT_THAT(free_body(type_phone_res, kept), IsEmpty());
+        EXPECT_THAT(phone_res.release(&kept), IsEmpty());
         EXPECT_EQ(kept.phone_res.data, sentinel());
         expect_headed<&mdm_body_t::phone_res>(kept, type, 0);
         EXPECT_THAT(log.take(), IsEmpty());
@@ -482,7 +483,7 @@ TEST(PhoneRes, WholeMessagesOfBothTypesLeakNothing)
                  {body(394, 0, &record), 12, 0}};
     for (const int offset : {0, 1}) {
         for (const auto &[sent, size, blocks] : cases) {
-            mdm_msg_t msg = message(static_cast<uint8_t>(type_phone_res + offset));
+            mdm_msg_t msg = message(static_cast<uint8_t>(phone_res.type + offset));
             msg.body = sent;
             const Bytes bytes = serialize(msg);
             EXPECT_EQ(bytes.size(), 40 + size);
@@ -510,10 +511,10 @@ TEST(PhoneRes, HandlersLogNothing)
              {body(item_type, data_size, &record), body(ext_type, data_size, &extended),
               body(raw_type, data_size, &record)}) {
             LogRecorder log;
-            size_body(type_phone_res, sent);
+            phone_res.size(&sent);
             mdm_body_t back{};
-            read_body(type_phone_res, back, write_body(type_phone_res, sent));
-            _free_phone_res(&back);
+            phone_res.read(&back, phone_res.write(&sent));
+            phone_res.free(&back);
             EXPECT_THAT(log.take(), IsEmpty());
         }
     }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -15,7 +16,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_platform = 53;
+constexpr Handlers platform(53);
 constexpr uint32_t number_and_flag_type = 439;
 constexpr uint32_t number_type = 440;
 constexpr uint32_t text_type = 1;
@@ -77,20 +78,19 @@ TEST(Platform, TextThenNumberThenFlagTravel)
     mdm_body_t sent = body(number_and_flag_type, "abc");
     sent.platform.number = 7;
     sent.platform.flag = 1;
-    EXPECT_EQ(size_body(type_platform, sent), 16U);
-    EXPECT_EQ(write_body(type_platform, sent),
-              hex("B7 01 00 00 03 00 00 00 61 62 63 07 00 00 00 01"));
+    EXPECT_EQ(platform.size(&sent), 16U);
+    EXPECT_EQ(platform.write(&sent), hex("B7 01 00 00 03 00 00 00 61 62 63 07 00 00 00 01"));
     expect_fields(sent, number_and_flag_type, {7, 1});
 }
 
 TEST(Platform, NumberWithoutTextIs12BytesAndLeavesTheFlag)
 {
     mdm_body_t sent = body(number_type, nullptr);
-    EXPECT_EQ(size_body(type_platform, sent), 12U);
-    const Bytes bytes = write_body(type_platform, sent);
+    EXPECT_EQ(platform.size(&sent), 12U);
+    const Bytes bytes = platform.write(&sent);
     EXPECT_EQ(bytes, hex("B8 01 00 00 00 00 00 00 14 13 12 11"));
     mdm_body_t back = used_body();
-    EXPECT_EQ(read_body(type_platform, back, bytes), 12U);
+    EXPECT_EQ(platform.read(&back, bytes), 12U);
     EXPECT_EQ(back.platform.text, nullptr);
     expect_fields(back, number_type, {0x11121314, 0x66});
 }
@@ -106,20 +106,20 @@ TEST(Platform, OnlyTwoTypesCarryNumbers)
         mdm_body_t sent = body(type, "ab");
         const Bytes text = hex("02 00 00 00 61 62");
         const Bytes payload = text + numbers_on_the_wire(type);
-        EXPECT_EQ(size_body(type_platform, sent), 4 + payload.size());
-        const Bytes bytes = write_body(type_platform, sent);
+        EXPECT_EQ(platform.size(&sent), 4 + payload.size());
+        const Bytes bytes = platform.write(&sent);
         EXPECT_EQ(Bytes(bytes.begin() + 4, bytes.end()), payload);
 
         mdm_body_t back = used_body();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_platform, back, bytes), bytes.size());
+        EXPECT_EQ(platform.read(&back, bytes), bytes.size());
         trace.stop();
         expect_fields(back, type, numbers_after_receiving(type));
         EXPECT_STREQ(back.platform.text, "ab");
         EXPECT_THAT(trace.kept(), ElementsAre(Block{back.platform.text, 3}));
 
         const void *released = back.platform.text;
-        EXPECT_THAT(free_body(type_platform, back), ElementsAre(released));
+        EXPECT_THAT(platform.release(&back), ElementsAre(released));
         EXPECT_EQ(back.platform.text, released);
         expect_fields(back, type, numbers_after_receiving(type));
     }
@@ -131,14 +131,14 @@ TEST(Platform, MissingAndEmptyTextsArriveAsNull)
         for (const char *text : {static_cast<const char *>(nullptr), ""}) {
             mdm_body_t sent = body(type, text);
             const Bytes payload = Bytes(4) + numbers_on_the_wire(type);
-            EXPECT_EQ(size_body(type_platform, sent), 4 + payload.size());
-            const Bytes bytes = write_body(type_platform, sent);
+            EXPECT_EQ(platform.size(&sent), 4 + payload.size());
+            const Bytes bytes = platform.write(&sent);
             EXPECT_EQ(Bytes(bytes.begin() + 4, bytes.end()), payload);
             mdm_body_t back = used_body();
-            EXPECT_EQ(read_body(type_platform, back, bytes), bytes.size());
+            EXPECT_EQ(platform.read(&back, bytes), bytes.size());
             EXPECT_EQ(back.platform.text, nullptr);
             expect_fields(back, type, numbers_after_receiving(type));
-            EXPECT_THAT(free_body(type_platform, back), IsEmpty());
+            EXPECT_THAT(platform.release(&back), IsEmpty());
         }
     }
 }
@@ -147,12 +147,11 @@ TEST(Platform, LongAndNonAsciiTextsTravel)
 {
     for (const std::string &text : {std::string(1, 'x'), std::string(400, '\xE9')}) {
         mdm_body_t sent = body(number_type, text.c_str());
-        EXPECT_EQ(size_body(type_platform, sent), 12 + text.size());
+        EXPECT_EQ(platform.size(&sent), 12 + text.size());
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_platform, back, write_body(type_platform, sent)),
-                  12 + text.size());
+        EXPECT_EQ(platform.read(&back, platform.write(&sent)), 12 + text.size());
         EXPECT_EQ(back.platform.text, text);
-        _free_platform(&back);
+        platform.free(&back);
     }
 }
 
@@ -160,10 +159,10 @@ TEST(Platform, WholeMessagesOfBothTypesLeakNothing)
 {
     for (const int offset : {0, 1}) {
         for (const uint32_t type : {text_type, number_type, number_and_flag_type}) {
-            mdm_msg_t msg = message(static_cast<uint8_t>(type_platform + offset));
+            mdm_msg_t msg = message(static_cast<uint8_t>(platform.type + offset));
             msg.body = body(type, "abc");
             const Bytes bytes = serialize(msg);
-            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), write_body(type_platform, msg.body));
+            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), platform.write(&msg.body));
             mdm_msg_t back{};
             back.body = used_body();
             AllocationTrace trace;
@@ -181,13 +180,13 @@ TEST(Platform, OnlyTheWriterLogs)
     for (const uint32_t type : {text_type, number_type, number_and_flag_type}) {
         mdm_body_t sent = body(type, "abc");
         LogRecorder log;
-        size_body(type_platform, sent);
+        platform.size(&sent);
         EXPECT_THAT(log.take(), IsEmpty());
-        const Bytes bytes = write_body(type_platform, sent);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_set_platform"), leave("_set_platform")));
+        const Bytes bytes = platform.write(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(platform.set));
         mdm_body_t back{};
-        read_body(type_platform, back, bytes);
-        _free_platform(&back);
+        platform.read(&back, bytes);
+        platform.free(&back);
         EXPECT_THAT(log.take(), IsEmpty());
     }
 }

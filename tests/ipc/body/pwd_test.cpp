@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -14,7 +15,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_pwd = 3;
+constexpr Handlers pwd(3);
 constexpr uint32_t policy_type = 40;
 
 char digits[] = "1234";
@@ -57,9 +58,9 @@ TEST(Pwd, PolicyCarriesNineNumbersAndTwoStrings)
 {
     mdm_pwd_policy_t record = policy(abc, hi);
     mdm_body_t sent = body(policy_type, 1, &record);
-    EXPECT_EQ(_size_of_pwd(&sent), 56U + 3 + 2);
+    EXPECT_EQ(pwd.size(&sent), 56U + 3 + 2);
     EXPECT_EQ(sent.pwd.data_size, 1);
-    EXPECT_EQ(write_body(type_pwd, sent),
+    EXPECT_EQ(pwd.write(&sent),
               policy_head + policy_numbers + hex("03 00 00 00 61 62 63 02 00 00 00 68 69"));
 }
 
@@ -67,13 +68,13 @@ TEST(Pwd, PolicyWithNullStringsIs56Bytes)
 {
     mdm_pwd_policy_t record = policy(nullptr, nullptr);
     mdm_body_t sent = body(policy_type, 1, &record);
-    EXPECT_EQ(_size_of_pwd(&sent), 56U);
-    const Bytes bytes = write_body(type_pwd, sent);
+    EXPECT_EQ(pwd.size(&sent), 56U);
+    const Bytes bytes = pwd.write(&sent);
     EXPECT_EQ(bytes, policy_head + policy_numbers + Bytes(8));
 
     mdm_body_t received = body(0, 0, sentinel());
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_pwd, received, bytes), 56U);
+    EXPECT_EQ(pwd.read(&received, bytes), 56U);
     trace.stop();
     EXPECT_EQ(received.pwd.type, policy_type);
     EXPECT_EQ(received.pwd.aux, 0xAAAAAAAAU);
@@ -91,13 +92,13 @@ TEST(Pwd, PolicyComesBackFieldByField)
     mdm_pwd_policy_t record = policy(abc, hi);
     mdm_body_t sent = body(policy_type, 0x7FFFFFFF, &record);
     mdm_body_t received{};
-    read_body(type_pwd, received, write_body(type_pwd, sent));
+    pwd.read(&received, pwd.write(&sent));
     EXPECT_EQ(received.pwd.data_size, 0x7FFFFFFF);
     const mdm_pwd_policy_t &back = received_policy(received);
     expect_numbers_of_policy(back);
     EXPECT_STREQ(back.str9, "abc");
     EXPECT_STREQ(back.str10, "hi");
-    _free_pwd(&received);
+    pwd.free(&received);
 }
 
 TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
@@ -106,12 +107,12 @@ TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     for (const uint32_t type : {policy_type, 7U}) {
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, &record);
-            EXPECT_EQ(_size_of_pwd(&sent), 12U);
-            const Bytes bytes = write_body(type_pwd, sent);
+            EXPECT_EQ(pwd.size(&sent), 12U);
+            const Bytes bytes = pwd.write(&sent);
             EXPECT_EQ(bytes.size(), 12U);
 
             mdm_body_t received = body(0, 0, sentinel());
-            EXPECT_EQ(read_body(type_pwd, received, bytes), 12U);
+            EXPECT_EQ(pwd.read(&received, bytes), 12U);
             EXPECT_EQ(received.pwd.type, type);
             EXPECT_EQ(received.pwd.data_size, data_size);
             EXPECT_EQ(received.pwd.data, sentinel());
@@ -123,8 +124,8 @@ TEST(Pwd, NullDataSendsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : {policy_type, 7U}) {
         mdm_body_t sent = body(type, 4, nullptr);
-        EXPECT_EQ(_size_of_pwd(&sent), 12U);
-        const Bytes bytes = write_body(type_pwd, sent);
+        EXPECT_EQ(pwd.size(&sent), 12U);
+        const Bytes bytes = pwd.write(&sent);
         EXPECT_EQ(bytes.size(), 12U);
         EXPECT_EQ(bytes[8], 4);
     }
@@ -134,13 +135,13 @@ TEST(Pwd, EveryOtherTypeIsRaw)
 {
     for (const uint32_t type : {0U, 7U, 39U, 41U, 296U, 0x80000028U, 0xFFFFFFFFU}) {
         mdm_body_t sent = body(type, 4, digits);
-        EXPECT_EQ(_size_of_pwd(&sent), 16U);
-        const Bytes bytes = write_body(type_pwd, sent);
+        EXPECT_EQ(pwd.size(&sent), 16U);
+        const Bytes bytes = pwd.write(&sent);
         EXPECT_EQ(Bytes(bytes.begin() + 8, bytes.end()), hex("04 00 00 00 31 32 33 34"));
 
         mdm_body_t received = body(0, 0, sentinel());
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_pwd, received, bytes), 16U);
+        EXPECT_EQ(pwd.read(&received, bytes), 16U);
         trace.stop();
         EXPECT_STREQ(static_cast<char *>(received.pwd.data), "1234");
         EXPECT_EQ(received.pwd.aux, 0xAAAAAAAAU);
@@ -154,18 +155,18 @@ TEST(Pwd, RawPayloadEndsAtItsFirstZeroByte)
     char payload[] = "a\0b";
     mdm_body_t sent = body(7, 3, payload);
     mdm_body_t received{};
-    EXPECT_EQ(read_body(type_pwd, received, write_body(type_pwd, sent)), 15U);
+    EXPECT_EQ(pwd.read(&received, pwd.write(&sent)), 15U);
     EXPECT_EQ(std::string(static_cast<char *>(received.pwd.data), 4), std::string("a\0\0\0", 4));
     EXPECT_EQ(received.pwd.data_size, 3);
-    _free_pwd(&received);
+    pwd.free(&received);
 }
 
 TEST(Pwd, SizeNeverStoresDataSize)
 {
     mdm_pwd_policy_t record = policy(abc, hi);
     mdm_body_t sent = body(policy_type, 5, &record);
-    EXPECT_EQ(_size_of_pwd(&sent), 61U);
-    EXPECT_EQ(_size_of_pwd(&sent), 61U);
+    EXPECT_EQ(pwd.size(&sent), 61U);
+    EXPECT_EQ(pwd.size(&sent), 61U);
     EXPECT_EQ(sent.pwd.data_size, 5);
 }
 
@@ -178,12 +179,12 @@ TEST(Pwd, FreeReleasesAPolicysStringsThenItsRecordAndKeepsThePointer)
     mdm_body_t received = body(policy_type, 1, record);
     LogRecorder log;
     AllocationTrace trace;
-    _free_pwd(&received);
+    pwd.free(&received);
     trace.stop();
     EXPECT_THAT(trace.released(), ElementsAre(str9, str10, record));
     EXPECT_EQ(received.pwd.data, record);
     EXPECT_EQ(received.pwd.data_size, 1);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_free_pwd"), leave("_free_pwd")));
+    EXPECT_EQ(log.take(), enter_and_leave(pwd.free));
 }
 
 TEST(Pwd, FreeLooksAtDataAndNotAtDataSize)
@@ -191,7 +192,7 @@ TEST(Pwd, FreeLooksAtDataAndNotAtDataSize)
     mdm_body_t received = body(7, 0, heap_text("raw"));
     const void *data = received.pwd.data;
     AllocationTrace trace;
-    _free_pwd(&received);
+    pwd.free(&received);
     trace.stop();
     EXPECT_THAT(trace.released(), ElementsAre(data));
     EXPECT_EQ(received.pwd.data, nullptr);
@@ -203,8 +204,8 @@ TEST(Pwd, FreeReleasesARawPayloadAndResetsThePointer)
         mdm_body_t received = body(type, 3, heap_text("raw"));
         const void *data = received.pwd.data;
         AllocationTrace trace;
-        _free_pwd(&received);
-        _free_pwd(&received);
+        pwd.free(&received);
+        pwd.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(data));
         EXPECT_EQ(received.pwd.data, nullptr);
@@ -218,11 +219,11 @@ TEST(Pwd, FreeOfNullDataDoesNothing)
         mdm_body_t received = body(type, 1, nullptr);
         LogRecorder log;
         AllocationTrace trace;
-        _free_pwd(&received);
+        pwd.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), IsEmpty());
         EXPECT_EQ(received.pwd.data_size, 1);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_free_pwd"), leave("_free_pwd")));
+        EXPECT_EQ(log.take(), enter_and_leave(pwd.free));
     }
 }
 
@@ -246,27 +247,27 @@ TEST(Pwd, NullArgumentsFailAnAssert)
     mdm_body_t some = body(7, 0, nullptr);
     Bytes buffer(12);
     LogRecorder log;
-    EXPECT_EQ(_size_of_pwd(nullptr), 0U);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_pwd"), assert_fails("_size_of_pwd")));
+    EXPECT_EQ(pwd.size(nullptr), 0U);
+    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.size), assert_fails(pwd.size)));
 
-    EXPECT_EQ(_set_pwd(nullptr, &some), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_pwd"), assert_fails("_set_pwd")));
-    EXPECT_EQ(_set_pwd(buffer.data(), nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_pwd"), assert_fails("_set_pwd")));
+    EXPECT_EQ(pwd.set(nullptr, &some), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.set), assert_fails(pwd.set)));
+    EXPECT_EQ(pwd.set(buffer.data(), nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.set), assert_fails(pwd.set)));
 
-    EXPECT_EQ(_get_pwd(nullptr, buffer.data()), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_pwd"), assert_fails("_get_pwd")));
-    EXPECT_EQ(_get_pwd(&some, nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_pwd"), assert_fails("_get_pwd")));
+    EXPECT_EQ(pwd.get(nullptr, buffer.data()), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.get), assert_fails(pwd.get)));
+    EXPECT_EQ(pwd.get(&some, nullptr), nullptr);
+    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.get), assert_fails(pwd.get)));
 }
 
 TEST(Pwd, FailuresAreTheSameWithTheLoggerOff)
 {
     mdm_body_t some = body(7, 0, nullptr);
     LogRecorder log(MDM_LOG_NONE);
-    EXPECT_EQ(_size_of_pwd(nullptr), 0U);
-    EXPECT_EQ(_set_pwd(nullptr, &some), nullptr);
-    EXPECT_EQ(_get_pwd(&some, nullptr), nullptr);
+    EXPECT_EQ(pwd.size(nullptr), 0U);
+    EXPECT_EQ(pwd.set(nullptr, &some), nullptr);
+    EXPECT_EQ(pwd.get(&some, nullptr), nullptr);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
@@ -277,14 +278,14 @@ TEST(Pwd, LogsEnterAndExitOnly)
         for (const int32_t data_size : {0, 2}) {
             mdm_body_t sent = body(type, data_size, &record);
             LogRecorder log;
-            _size_of_pwd(&sent);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_pwd"), leave("_size_of_pwd")));
-            const Bytes bytes = write_body(type_pwd, sent);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_set_pwd"), leave("_set_pwd")));
+            pwd.size(&sent);
+            EXPECT_EQ(log.take(), enter_and_leave(pwd.size));
+            const Bytes bytes = pwd.write(&sent);
+            EXPECT_EQ(log.take(), enter_and_leave(pwd.set));
             mdm_body_t received{};
-            read_body(type_pwd, received, bytes);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_get_pwd"), leave("_get_pwd")));
-            _free_pwd(&received);
+            pwd.read(&received, bytes);
+            EXPECT_EQ(log.take(), enter_and_leave(pwd.get));
+            pwd.free(&received);
         }
     }
 }

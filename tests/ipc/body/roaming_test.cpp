@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -14,8 +15,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_roaming = 15;
-constexpr uint8_t type_roaming_res = 16;
+constexpr Handlers roaming(15);
+constexpr Handlers roaming_res(16);
 
 // Neither body makes anything of these.
 constexpr int32_t data_sizes[] = {0, 1, 7, -1, INT32_MIN, INT32_MAX};
@@ -50,13 +51,13 @@ TEST(Roaming, CarriesTheHeadAndAName)
 {
     mdm_roaming_data_t record = named("abc");
     mdm_body_t sent = body(0x7FFFFFFF, &record);
-    EXPECT_EQ(size_body(type_roaming, sent), 19U);
-    EXPECT_EQ(write_body(type_roaming, sent),
+    EXPECT_EQ(roaming.size(&sent), 19U);
+    EXPECT_EQ(roaming.write(&sent),
               hex("F4 F3 F2 F1 04 03 02 01 FF FF FF 7F 03 00 00 00 61 62 63"));
     for (const int32_t data_size : data_sizes) {
         sent = body(data_size, &record);
-        EXPECT_EQ(size_body(type_roaming, sent), 19U);
-        EXPECT_EQ(write_body(type_roaming, sent), wire(data_size, hex("03 00 00 00 61 62 63")));
+        EXPECT_EQ(roaming.size(&sent), 19U);
+        EXPECT_EQ(roaming.write(&sent), wire(data_size, hex("03 00 00 00 61 62 63")));
         expect_head(sent, data_size);
     }
 }
@@ -68,13 +69,13 @@ TEST(Roaming, ReceivesANewRecordWhateverDataSizeSays)
         back.roaming.type = back.roaming.param = 0;
         const Bytes bytes = wire(data_size, hex("03 00 00 00 61 62 63 FF"));
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_roaming, back, bytes), 19U);
+        EXPECT_EQ(roaming.read(&back, bytes), 19U);
         trace.stop();
         expect_head(back, data_size);
         EXPECT_STREQ(data_of(back).name, "abc");
         EXPECT_THAT(trace.kept(), ElementsAre(Block{&data_of(back), sizeof(mdm_roaming_data_t)},
                                               Block{data_of(back).name, 4}));
-        _free_roaming(&back);
+        roaming.free(&back);
         g_free(back.roaming.data);
     }
 }
@@ -84,13 +85,13 @@ TEST(Roaming, MissingAndEmptyNamesArriveAsNull)
     for (const char *name : {static_cast<const char *>(nullptr), ""}) {
         mdm_roaming_data_t record = named(name);
         mdm_body_t sent = body(0, &record);
-        EXPECT_EQ(size_body(type_roaming, sent), 16U);
-        const Bytes bytes = write_body(type_roaming, sent);
+        EXPECT_EQ(roaming.size(&sent), 16U);
+        const Bytes bytes = roaming.write(&sent);
         EXPECT_EQ(bytes, wire(0, Bytes(4)));
 
         mdm_body_t back = body(0, sentinel());
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_roaming, back, bytes), 16U);
+        EXPECT_EQ(roaming.read(&back, bytes), 16U);
         trace.stop();
         EXPECT_EQ(data_of(back).name, nullptr);
         EXPECT_THAT(trace.kept(),
@@ -104,11 +105,11 @@ TEST(Roaming, LongAndNonAsciiNamesTravel)
     for (const std::string &name : {std::string(1, 'x'), std::string(400, '\xE9')}) {
         mdm_roaming_data_t record = named(name.c_str());
         mdm_body_t sent = body(1, &record);
-        EXPECT_EQ(size_body(type_roaming, sent), 16 + name.size());
+        EXPECT_EQ(roaming.size(&sent), 16 + name.size());
         mdm_body_t back{};
-        EXPECT_EQ(read_body(type_roaming, back, write_body(type_roaming, sent)), 16 + name.size());
+        EXPECT_EQ(roaming.read(&back, roaming.write(&sent)), 16 + name.size());
         EXPECT_EQ(data_of(back).name, name);
-        _free_roaming(&back);
+        roaming.free(&back);
         g_free(back.roaming.data);
     }
 }
@@ -117,26 +118,25 @@ TEST(Roaming, NullDataIsSizedAs0ThoughTheHeadIsWritten)
 {
     mdm_body_t sent = body(4, nullptr);
     LogRecorder log;
-    EXPECT_EQ(size_body(type_roaming, sent), 0U);
-    EXPECT_THAT(log.take(),
-                ElementsAre(enter("_size_of_roaming"), assert_fails("_size_of_roaming")));
-    EXPECT_EQ(write_body(type_roaming, sent), wire(4, {}));
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_roaming"), leave("_set_roaming")));
+    EXPECT_EQ(roaming.size(&sent), 0U);
+    EXPECT_THAT(log.take(), ElementsAre(enter(roaming.size), assert_fails(roaming.size)));
+    EXPECT_EQ(roaming.write(&sent), wire(4, {}));
+    EXPECT_EQ(log.take(), enter_and_leave(roaming.set));
     expect_head(sent, 4);
 }
 
 TEST(Roaming, FreeReleasesTheNameAloneAndMayRunTwice)
 {
-    for (const uint8_t type : {type_roaming, type_roaming_res}) {
+    for (const Handlers &handlers : {roaming, roaming_res}) {
         mdm_roaming_data_t record = {heap_text("abc")};
         const void *name = record.name;
         mdm_body_t kept = body(3, &record);
         LogRecorder log;
-        EXPECT_THAT(free_body(type, kept), ElementsAre(name));
+        EXPECT_THAT(handlers.release(&kept), ElementsAre(name));
         EXPECT_EQ(record.name, nullptr);
         EXPECT_EQ(kept.roaming.data, &record);
         expect_head(kept, 3);
-        EXPECT_THAT(free_body(type, kept), IsEmpty());
+        EXPECT_THAT(handlers.release(&kept), IsEmpty());
         EXPECT_EQ(kept.roaming.data, &record);
         EXPECT_THAT(log.take(), IsEmpty());
     }
@@ -147,17 +147,17 @@ TEST(Roaming, FreeDoesNotLookAtDataSize)
     for (const int32_t data_size : data_sizes) {
         mdm_roaming_data_t record = {heap_text("abc")};
         mdm_body_t kept = body(data_size, &record);
-        EXPECT_EQ(free_body(type_roaming, kept).size(), 1U);
+        EXPECT_EQ(roaming.release(&kept).size(), 1U);
         expect_head(kept, data_size);
     }
 }
 
 TEST(Roaming, FreeOfNullDataDoesNothing)
 {
-    for (const uint8_t type : {type_roaming, type_roaming_res}) {
+    for (const Handlers &handlers : {roaming, roaming_res}) {
         mdm_body_t kept = body(3, nullptr);
         LogRecorder log;
-        EXPECT_THAT(free_body(type, kept), IsEmpty());
+        EXPECT_THAT(handlers.release(&kept), IsEmpty());
         expect_head(kept, 3);
         EXPECT_THAT(log.take(), IsEmpty());
     }
@@ -166,7 +166,7 @@ TEST(Roaming, FreeOfNullDataDoesNothing)
 TEST(Roaming, WholeMessageLeavesItsRecordAllocated)
 {
     mdm_roaming_data_t record = named("abc");
-    mdm_msg_t msg = message(type_roaming);
+    mdm_msg_t msg = message(roaming.type);
     msg.body = body(0, &record);
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), wire(0, hex("03 00 00 00 61 62 63")));
@@ -187,14 +187,14 @@ TEST(Roaming, LogsEnterAndExit)
         mdm_roaming_data_t record = named(name);
         mdm_body_t sent = body(0, &record);
         LogRecorder log;
-        size_body(type_roaming, sent);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_roaming"), leave("_size_of_roaming")));
-        const Bytes bytes = write_body(type_roaming, sent);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_set_roaming"), leave("_set_roaming")));
+        roaming.size(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(roaming.size));
+        const Bytes bytes = roaming.write(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(roaming.set));
         mdm_body_t back{};
-        read_body(type_roaming, back, bytes);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_get_roaming"), leave("_get_roaming")));
-        _free_roaming(&back);
+        roaming.read(&back, bytes);
+        EXPECT_EQ(log.take(), enter_and_leave(roaming.get));
+        roaming.free(&back);
         g_free(back.roaming.data);
     }
 }
@@ -204,8 +204,8 @@ TEST(RoamingRes, CarriesTheHeadAndLeavesDataAsItWas)
     for (const int32_t data_size : data_sizes) {
         for (void *data : {sentinel(), static_cast<void *>(nullptr)}) {
             mdm_body_t sent = body(data_size, data);
-            EXPECT_EQ(size_body(type_roaming_res, sent), 12U);
-            const Bytes bytes = write_body(type_roaming_res, sent);
+            EXPECT_EQ(roaming_res.size(&sent), 12U);
+            const Bytes bytes = roaming_res.write(&sent);
             EXPECT_EQ(bytes, wire(data_size, {}));
             expect_head(sent, data_size);
             EXPECT_EQ(sent.roaming_res.data, data);
@@ -213,7 +213,7 @@ TEST(RoamingRes, CarriesTheHeadAndLeavesDataAsItWas)
             mdm_body_t back = body(99, data);
             back.roaming_res.type = back.roaming_res.param = 0;
             AllocationTrace trace;
-            EXPECT_EQ(read_body(type_roaming_res, back, bytes), 12U);
+            EXPECT_EQ(roaming_res.read(&back, bytes), 12U);
             trace.stop();
             expect_head(back, data_size);
             EXPECT_EQ(back.roaming_res.data, data);
@@ -224,7 +224,7 @@ TEST(RoamingRes, CarriesTheHeadAndLeavesDataAsItWas)
 
 TEST(RoamingRes, WholeMessageLeaksNothing)
 {
-    mdm_msg_t msg = message(type_roaming_res);
+    mdm_msg_t msg = message(roaming_res.type);
     msg.body = body(7, sentinel());
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), hex("F4 F3 F2 F1 04 03 02 01 07 00 00 00"));
@@ -240,7 +240,7 @@ TEST(RoamingRes, WholeMessageLeaksNothing)
 TEST(RoamingRes, FreeFollowsWhatTheReceiversRecordHeld)
 {
     mdm_roaming_data_t record = {heap_text("abc")};
-    mdm_msg_t msg = message(type_roaming_res);
+    mdm_msg_t msg = message(roaming_res.type);
     mdm_msg_t back{};
     back.body = body(0, &record);
     EXPECT_EQ(deserialize(back, serialize(msg)), 0);
@@ -253,14 +253,13 @@ TEST(RoamingRes, LogsEnterAndExit)
 {
     mdm_body_t sent = body(7, nullptr);
     LogRecorder log;
-    size_body(type_roaming_res, sent);
-    EXPECT_THAT(log.take(),
-                ElementsAre(enter("_size_of_roaming_res"), leave("_size_of_roaming_res")));
-    const Bytes bytes = write_body(type_roaming_res, sent);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_set_roaming_res"), leave("_set_roaming_res")));
+    roaming_res.size(&sent);
+    EXPECT_EQ(log.take(), enter_and_leave(roaming_res.size));
+    const Bytes bytes = roaming_res.write(&sent);
+    EXPECT_EQ(log.take(), enter_and_leave(roaming_res.set));
     mdm_body_t back{};
-    read_body(type_roaming_res, back, bytes);
-    EXPECT_THAT(log.take(), ElementsAre(enter("_get_roaming_res"), leave("_get_roaming_res")));
+    roaming_res.read(&back, bytes);
+    EXPECT_EQ(log.take(), enter_and_leave(roaming_res.get));
 }
 
 }  // namespace

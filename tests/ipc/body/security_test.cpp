@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -26,7 +27,7 @@ using ::testing::SizeIs;
 using Item = mdm_security_item_t;
 using Account = mdm_security_account_t;
 
-constexpr uint8_t type_security = 5;
+constexpr Handlers security(5);
 constexpr uint32_t item_types[] = {56, 76};
 constexpr uint32_t string_types[] = {68, 69};
 constexpr uint32_t account_types[] = {70, 71};
@@ -44,7 +45,7 @@ mdm_body_t body(uint32_t type, int32_t data_size, void *data)
 // What the writer adds to the head.
 Bytes written_payload(mdm_body_t &sent)
 {
-    const Bytes bytes = write_body(type_security, sent);
+    const Bytes bytes = security.write(&sent);
     return {bytes.begin() + 12, bytes.end()};
 }
 
@@ -69,7 +70,7 @@ mdm_body_t untouched()
 void expect_size(mdm_body_t &sent, uint32_t size, int32_t stored)
 {
     for (int call = 0; call < 3; ++call) {
-        EXPECT_EQ(size_body(type_security, sent), size);
+        EXPECT_EQ(security.size(&sent), size);
         EXPECT_EQ(sent.security.data_size, stored);
     }
 }
@@ -201,12 +202,12 @@ ReceivedStrings receive_strings(const Bytes &bytes)
 {
     ReceivedStrings received{0, untouched(), {}, {}};
     AllocationTrace trace;
-    received.consumed = read_body(type_security, received.body, bytes);
+    received.consumed = security.read(&received.body, bytes);
     {
         const AllocationTrace::Pause pause;
         received.texts = texts_of(received.body.security.data);
     }
-    _free_security(&received.body);
+    security.free(&received.body);
     trace.stop();
     received.kept = release_kept(trace);
     return received;
@@ -258,20 +259,19 @@ TEST(Security, TypeDecidesTheShapeInEveryHandler)
         const Form &form = form_of(type);
         SCOPED_TRACE(std::to_string(type) + " as " + form.name);
         mdm_body_t some = body(type, 4, empty_payload(form));
-        EXPECT_EQ(size_body(type_security, some), form.size);
+        EXPECT_EQ(security.size(&some), form.size);
         EXPECT_EQ(some.security.data_size, form.stored);
         some.security.data_size = 4;
-        EXPECT_EQ(write_body(type_security, some), head_bytes(type, 4) + form.written);
-        _free_security(&some);
+        EXPECT_EQ(security.write(&some), head_bytes(type, 4) + form.written);
+        security.free(&some);
         EXPECT_EQ(some.security.data != nullptr, form.keeps_pointer);
         EXPECT_EQ(some.security.data_size, form.keeps_pointer ? 4 : 0);
 
         mdm_body_t received = untouched();
-        EXPECT_EQ(read_body(type_security, received,
-                            head_bytes(type, 4) + hex("01 00 00 00") + Bytes(104)),
+        EXPECT_EQ(security.read(&received, head_bytes(type, 4) + hex("01 00 00 00") + Bytes(104)),
                   12 + form.consumed);
         expect_headed<&mdm_body_t::security>(received, type, 4);
-        _free_security(&received);
+        security.free(&received);
     }
 }
 
@@ -280,12 +280,12 @@ TEST(Security, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     for (const uint32_t type : one_type_of_each_shape) {
         for (const int32_t data_size : no_payload) {
             mdm_body_t sent = body(type, data_size, sentinel());
-            const Bytes bytes = write_body(type_security, sent);
+            const Bytes bytes = security.write(&sent);
             EXPECT_EQ(bytes, head_bytes(type, data_size));
 
             mdm_body_t received = untouched();
             AllocationTrace trace;
-            EXPECT_EQ(read_body(type_security, received, bytes), 12U);
+            EXPECT_EQ(security.read(&received, bytes), 12U);
             trace.stop();
             expect_headed<&mdm_body_t::security>(received, type, data_size);
             EXPECT_EQ(received.security.data, sentinel());
@@ -298,7 +298,7 @@ TEST(Security, FreeOfNullDataChangesNothingForItemsAndLists)
 {
     for (const uint32_t type : {56U, 68U, 69U, 70U, 71U, 76U}) {
         mdm_body_t received = body(type, 5, nullptr);
-        EXPECT_THAT(free_body(type_security, received), IsEmpty());
+        EXPECT_THAT(security.release(&received), IsEmpty());
         expect_headed<&mdm_body_t::security>(received, type, 5);
         EXPECT_EQ(received.security.data, nullptr);
     }
@@ -317,10 +317,10 @@ TEST(Security, SizeAndSetLogEnterAndExitOnly)
                                  body(75, 0, borrowed("raw")), body(0, -1, nullptr)};
     for (mdm_body_t sent : bodies) {
         LogRecorder log;
-        size_body(type_security, sent);
-        EXPECT_EQ(log.take(), enter_and_leave("_size_of_security"));
-        write_body(type_security, sent);
-        EXPECT_EQ(log.take(), enter_and_leave("_set_security"));
+        security.size(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(security.size));
+        security.write(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(security.set));
     }
 }
 
@@ -331,11 +331,10 @@ TEST(Security, GetAndFreeLogEnterAndExitOnly)
             for (const uint32_t count : {0U, 1U}) {
                 mdm_body_t received{};
                 LogRecorder log;
-                read_body(type_security, received,
-                          head_bytes(type, data_size) + word(count) + Bytes(104));
-                EXPECT_EQ(log.take(), enter_and_leave("_get_security"));
-                _free_security(&received);
-                EXPECT_EQ(log.take(), enter_and_leave("_free_security"));
+                security.read(&received, head_bytes(type, data_size) + word(count) + Bytes(104));
+                EXPECT_EQ(log.take(), enter_and_leave(security.get));
+                security.free(&received);
+                EXPECT_EQ(log.take(), enter_and_leave(security.free));
             }
         }
     }
@@ -350,7 +349,7 @@ TEST(SecurityItem, SendsItsFifthFieldBeforeItsFourth)
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, &record);
             expect_size(sent, 12 + 4 + (4 + 3) + (4 + 1) + (4 + 3), 23);
-            EXPECT_EQ(write_body(type_security, sent), head_bytes(type, 23) + abc_item_bytes);
+            EXPECT_EQ(security.write(&sent), head_bytes(type, 23) + abc_item_bytes);
         }
     }
 }
@@ -361,9 +360,8 @@ TEST(SecurityItem, OfNullOrEmptyStringsIs28Bytes)
         Item record = item(string, string, string);
         mdm_body_t sent = body(56, 1, &record);
         expect_size(sent, 28, 16);
-        EXPECT_EQ(write_body(type_security, sent),
-                  hex("38 00 00 00 04 03 02 01 10 00 00 00 10 FF FF FF "
-                      "00 00 00 00 00 00 00 00 00 00 00 00"));
+        EXPECT_EQ(security.write(&sent), hex("38 00 00 00 04 03 02 01 10 00 00 00 10 FF FF FF "
+                                             "00 00 00 00 00 00 00 00 00 00 00 00"));
     }
 }
 
@@ -372,7 +370,7 @@ TEST(SecurityItem, ComesBackFieldByField)
     for (const uint32_t type : item_types) {
         mdm_body_t received = untouched();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_security, received, head_bytes(type, 23) + abc_item_bytes), 35U);
+        EXPECT_EQ(security.read(&received, head_bytes(type, 23) + abc_item_bytes), 35U);
         trace.stop();
         expect_headed<&mdm_body_t::security>(received, type, 23);
         const auto &record = *static_cast<const Item *>(received.security.data);
@@ -383,7 +381,7 @@ TEST(SecurityItem, ComesBackFieldByField)
         EXPECT_STREQ(record.str4, "4");
         EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}, Block{record.str1, 4},
                                               Block{record.str4, 2}, Block{record.str3, 4}));
-        _free_security(&received);
+        security.free(&received);
     }
 }
 
@@ -392,14 +390,14 @@ TEST(SecurityItem, IsReadForAnyDataSizeAbove0)
     for (const int32_t data_size : {1, INT32_MAX}) {
         mdm_body_t received = untouched();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_security, received, head_bytes(56, data_size) + Bytes(16)), 28U);
+        EXPECT_EQ(security.read(&received, head_bytes(56, data_size) + Bytes(16)), 28U);
         trace.stop();
         const auto &record = *static_cast<const Item *>(received.security.data);
         EXPECT_EQ(record.str1, nullptr);
         EXPECT_EQ(record.str3, nullptr);
         EXPECT_EQ(record.str4, nullptr);
         EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}));
-        _free_security(&received);
+        security.free(&received);
     }
 }
 
@@ -410,9 +408,9 @@ TEST(SecurityItem, LongStringsTravel)
     mdm_body_t sent = body(76, 1, &record);
     expect_size(sent, 1028, 1016);
     mdm_body_t received{};
-    EXPECT_EQ(read_body(type_security, received, write_body(type_security, sent)), 1028U);
+    EXPECT_EQ(security.read(&received, security.write(&sent)), 1028U);
     EXPECT_EQ(static_cast<const Item *>(received.security.data)->str4, text);
-    _free_security(&received);
+    security.free(&received);
 }
 
 TEST(SecurityItem, ThatIsNullIsTheHeadAlone)
@@ -421,7 +419,7 @@ TEST(SecurityItem, ThatIsNullIsTheHeadAlone)
         for (const int32_t data_size : {0, 1, 7, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, nullptr);
             expect_size(sent, 12, 0);
-            EXPECT_EQ(write_body(type_security, sent), head_bytes(type, 0));
+            EXPECT_EQ(security.write(&sent), head_bytes(type, 0));
         }
     }
 }
@@ -431,7 +429,7 @@ TEST(SecurityItem, ThatIsNullAndNotSizedSkipsDataSizeBytes)
     for (const uint32_t type : item_types) {
         mdm_body_t sent = body(type, 7, nullptr);
         Bytes buffer(24, 0xCC);
-        EXPECT_EQ(_set_security(buffer.data(), &sent), buffer.data() + 19);
+        EXPECT_EQ(security.set(buffer.data(), &sent), buffer.data() + 19);
         EXPECT_EQ(buffer, head_bytes(type, 7) + Bytes(12, 0xCC));
     }
 }
@@ -453,8 +451,8 @@ TEST(SecurityItem, FreeReleasesItsStringsInWireOrderThenTheRecord)
                 EXPECT_EQ(record->str4, nullptr);
             }
         });
-        _free_security(&received);
-        _free_security(&received);
+        security.free(&received);
+        security.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(before.str1, before.str4, before.str3, record));
         expect_headed<&mdm_body_t::security>(received, type, 0);
@@ -465,7 +463,7 @@ TEST(SecurityItem, FreeReleasesItsStringsInWireOrderThenTheRecord)
 TEST(SecurityItem, FreeResetsDataSize)
 {
     mdm_body_t received = body(56, 23, g_malloc0(sizeof(Item)));
-    _free_security(&received);
+    security.free(&received);
     EXPECT_EQ(received.security.data, nullptr);
     EXPECT_EQ(received.security.data_size, 0);
 }
@@ -479,7 +477,7 @@ TEST(SecurityStrings, CountTheWholeBodyInDataSize)
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, strings.get());
             expect_size(sent, 16 + 5 + 4 + 5, 30);
-            EXPECT_EQ(write_body(type_security, sent),
+            EXPECT_EQ(security.write(&sent),
                       head_bytes(type, 30) +
                           hex("03 00 00 00 01 00 00 00 61 00 00 00 00 01 00 00 00 62"));
         }
@@ -491,8 +489,8 @@ TEST(SecurityStrings, EndAtTheFirstNullElementButCountAll)
     const Cells second = cells({borrowed("a"), nullptr, borrowed("b")});
     mdm_body_t sent = body(68, 0, second.get());
     expect_size(sent, 21, 21);
-    EXPECT_EQ(write_body(type_security, sent), hex("44 00 00 00 04 03 02 01 15 00 00 00 "
-                                                   "03 00 00 00 01 00 00 00 61"));
+    EXPECT_EQ(security.write(&sent), hex("44 00 00 00 04 03 02 01 15 00 00 00 "
+                                         "03 00 00 00 01 00 00 00 61"));
 
     const Cells first = cells({nullptr, borrowed("b")});
     sent = body(69, 0, first.get());
@@ -517,7 +515,7 @@ TEST(SecurityStrings, AreSecondCopiesAndTheFirstOnesStayAllocated)
     mdm_body_t received = untouched();
     const Bytes bytes = head_bytes(68, 1) + hex("01 00 00 00 05 00 00 00 61 62 00 63 64");
     AllocationTrace trace;
-    EXPECT_EQ(_get_security(&received, bytes.data()), bytes.data() + bytes.size());
+    EXPECT_EQ(security.get(&received, bytes.data()), bytes.data() + bytes.size());
     trace.stop();
     const std::vector<Block> blocks = trace.allocated();
     ASSERT_THAT(blocks, SizeIs(3));
@@ -527,8 +525,7 @@ TEST(SecurityStrings, AreSecondCopiesAndTheFirstOnesStayAllocated)
     EXPECT_EQ(blocks[2], (Block{received.security.data, sizeof(GList)}));
     EXPECT_THAT(elements_of(received.security.data), ElementsAre(blocks[1].address));
     EXPECT_THAT(texts_of(received.security.data), ElementsAre("ab"));
-    EXPECT_THAT(free_body(type_security, received),
-                ElementsAre(blocks[1].address, blocks[2].address));
+    EXPECT_THAT(security.release(&received), ElementsAre(blocks[1].address, blocks[2].address));
     g_free(const_cast<void *>(blocks[0].address));
 }
 
@@ -555,7 +552,7 @@ TEST(SecurityStrings, ManyAndLongOnesTravelInOrder)
     mdm_body_t sent = body(68, 0, strings.get());
     const uint32_t size = 16 + 102 * 4 + 300 + 5 + 10 + 90 * 2;
     expect_size(sent, size, static_cast<int32_t>(size));
-    const ReceivedStrings received = receive_strings(write_body(type_security, sent));
+    const ReceivedStrings received = receive_strings(security.write(&sent));
     EXPECT_EQ(received.consumed, size);
     EXPECT_THAT(received.texts, ElementsAreArray(texts));
     EXPECT_THAT(received.kept, ElementsAreArray(texts));
@@ -569,7 +566,7 @@ TEST(SecurityStrings, FreeReleasesTheElementsThenTheCellsAndKeepsThePointer)
         const auto cells = cells_of(strings);
         mdm_body_t received = body(type, 0, strings);
         received.security.data_size = 30;
-        EXPECT_THAT(free_body(type_security, received),
+        EXPECT_THAT(security.release(&received),
                     ElementsAre(texts[0], texts[2], cells[0], cells[1], cells[2]));
         expect_headed<&mdm_body_t::security>(received, type, 30);
         EXPECT_EQ(received.security.data, strings);
@@ -587,8 +584,8 @@ TEST(SecurityAccounts, CountTheWholeBodyInDataSize)
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, accounts.get());
             expect_size(sent, 16 + (16 + 22 * 4 + 38) + (16 + 22 * 4), 262);
-            EXPECT_EQ(write_body(type_security, sent), head_bytes(type, 262) + hex("02 00 00 00") +
-                                                           account_bytes + blank_account_bytes);
+            EXPECT_EQ(security.write(&sent), head_bytes(type, 262) + hex("02 00 00 00") +
+                                                 account_bytes + blank_account_bytes);
         }
     }
 }
@@ -599,8 +596,7 @@ TEST(SecurityAccounts, ComeBackFieldByField)
     for (const uint32_t type : account_types) {
         mdm_body_t received = untouched();
         AllocationTrace trace;
-        EXPECT_EQ(read_body(type_security, received, head_bytes(type, 1) + payload),
-                  12 + payload.size());
+        EXPECT_EQ(security.read(&received, head_bytes(type, 1) + payload), 12 + payload.size());
         trace.stop();
         expect_headed<&mdm_body_t::security>(received, type, 1);
         const auto accounts = elements_of(received.security.data);
@@ -613,7 +609,7 @@ TEST(SecurityAccounts, ComeBackFieldByField)
         ASSERT_THAT(kept, SizeIs((1 + 22 + 1) + (1 + 1) + (1 + 22 + 1)));
         EXPECT_EQ(kept[0], (Block{accounts[0], sizeof(Account)}));
         EXPECT_EQ(kept[1], (Block{received_account(accounts[0]).str4, 2}));
-        _free_security(&received);
+        security.free(&received);
     }
 }
 
@@ -627,11 +623,11 @@ TEST(SecurityAccounts, LongAndEmptyStringsTravel)
     mdm_body_t sent = body(71, 0, accounts.get());
     expect_size(sent, 420, 420);
     mdm_body_t received{};
-    EXPECT_EQ(read_body(type_security, received, write_body(type_security, sent)), 420U);
+    EXPECT_EQ(security.read(&received, security.write(&sent)), 420U);
     const Account &back = received_account(elements_of(received.security.data).at(0));
     EXPECT_EQ(back.str5, nullptr);
     EXPECT_EQ(back.str25, text);
-    _free_security(&received);
+    security.free(&received);
 }
 
 TEST(SecurityAccounts, WithANullElementCannotBeSized)
@@ -643,11 +639,11 @@ TEST(SecurityAccounts, WithANullElementCannotBeSized)
         for (const uint32_t type : account_types) {
             mdm_body_t sent = body(type, 77, accounts.get());
             LogRecorder log;
-            EXPECT_EQ(_size_of_security(&sent), 0U);
+            EXPECT_EQ(security.size(&sent), 0U);
             EXPECT_EQ(sent.security.data_size, 77);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_security"),
-                                                critical("_size_of_security", "acconts is NULL"),
-                                                leave("_size_of_security")));
+            EXPECT_THAT(log.take(), ElementsAre(enter(security.size),
+                                                critical(security.size, "acconts is NULL"),
+                                                leave(security.size)));
         }
     }
 }
@@ -659,7 +655,7 @@ TEST(SecurityAccounts, NullElementsAreCountedButNotWritten)
     const Cells accounts = cells({&full, nullptr, &blank});
     for (const uint32_t type : account_types) {
         mdm_body_t sent = body(type, 1, accounts.get());
-        EXPECT_EQ(write_body(type_security, sent),
+        EXPECT_EQ(security.write(&sent),
                   head_bytes(type, 1) + hex("03 00 00 00") + account_bytes + blank_account_bytes);
     }
 }
@@ -691,7 +687,7 @@ TEST(SecurityAccounts, FreeReleasesAllStringsThenTheRecordsThenTheCells)
                 EXPECT_THAT(strings_of(received_account(block)), Each(IsNull()));
             }
         });
-        _free_security(&received);
+        security.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAreArray(expected));
         expect_headed<&mdm_body_t::security>(received, type, 262);
@@ -708,7 +704,7 @@ TEST(SecurityLists, ThatAreEmptyCount16BytesAndLeaveDataSize)
             mdm_body_t sent = body(type, data_size, nullptr);
             expect_size(sent, 16, data_size);
         }
-        mdm_msg_t msg = message(type_security);
+        mdm_msg_t msg = message(security.type);
         msg.body = body(type, 0, nullptr);
         const Bytes bytes = serialize(msg);
         EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head_bytes(type, 0) + Bytes(4));
@@ -721,8 +717,8 @@ TEST(SecurityLists, ThatAreEmptyCannotBeWrittenWithADataSize)
         mdm_body_t sent = body(type, 1, nullptr);
         Bytes buffer(16, 0xCC);
         LogRecorder log;
-        EXPECT_EQ(_set_security(buffer.data(), &sent), nullptr);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_set_security"), assert_fails("_set_security")));
+        EXPECT_EQ(security.set(buffer.data(), &sent), nullptr);
+        EXPECT_THAT(log.take(), ElementsAre(enter(security.set), assert_fails(security.set)));
         EXPECT_EQ(buffer, head_bytes(type, 1) + hex("CC CC CC CC"));
     }
 }
@@ -730,11 +726,11 @@ TEST(SecurityLists, ThatAreEmptyCannotBeWrittenWithADataSize)
 TEST(SecurityLists, ThatCannotBeWrittenAreReportedByTheEnvelope)
 {
     for (const uint32_t type : list_types) {
-        mdm_msg_t msg = message(type_security);
+        mdm_msg_t msg = message(security.type);
         msg.body = body(type, 9, nullptr);
         LogRecorder log(MDM_LOG_CRITICAL);
         const Bytes bytes = serialize(msg);
-        EXPECT_THAT(log.take(), ElementsAre(assert_fails("_set_security"),
+        EXPECT_THAT(log.take(), ElementsAre(assert_fails(security.set),
                                             critical("ipc_serialize", "lp_body is NULL")));
         EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head_bytes(type, 9) + Bytes(4));
     }
@@ -746,7 +742,7 @@ TEST(SecurityLists, WithoutAPositiveCountComeBackNull)
         for (const uint32_t count : {0U, 0xFFFFFFFFU, 0x80000000U}) {
             mdm_body_t received = untouched();
             AllocationTrace trace;
-            EXPECT_EQ(read_body(type_security, received, head_bytes(type, 1) + word(count)), 16U);
+            EXPECT_EQ(security.read(&received, head_bytes(type, 1) + word(count)), 16U);
             trace.stop();
             expect_headed<&mdm_body_t::security>(received, type, 1);
             EXPECT_EQ(received.security.data, nullptr);
@@ -785,7 +781,7 @@ TEST(SecurityLists, AreReleasedFromTheirFirstElement)
             expected.push_back(cell);
         }
         mdm_body_t received = body(type, 1, list->next);
-        EXPECT_THAT(free_body(type_security, received), ElementsAreArray(expected));
+        EXPECT_THAT(security.release(&received), ElementsAreArray(expected));
     }
 }
 
@@ -810,19 +806,19 @@ TEST(SecurityRaw, TravelsAsItIsAndArrivesTerminatedAtItsFirstZeroByte)
 {
     char payload[] = {'a', '\xFF', 0, 'b', 'c'};
     mdm_body_t sent = body(57, 4, payload);
-    EXPECT_EQ(size_body(type_security, sent), 16U);
-    const Bytes bytes = write_body(type_security, sent);
+    EXPECT_EQ(security.size(&sent), 16U);
+    const Bytes bytes = security.write(&sent);
     EXPECT_EQ(bytes, hex("39 00 00 00 04 03 02 01 04 00 00 00 61 FF 00 62"));
 
     mdm_body_t received = untouched();
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_security, received, bytes), 16U);
+    EXPECT_EQ(security.read(&received, bytes), 16U);
     trace.stop();
     expect_headed<&mdm_body_t::security>(received, 57, 4);
     EXPECT_THAT(trace.kept(), ElementsAre(Block{received.security.data, 5}));
     EXPECT_EQ(std::string(static_cast<const char *>(received.security.data), 5),
               std::string("a\xFF\0\0\0", 5));
-    _free_security(&received);
+    security.free(&received);
 }
 
 TEST(SecurityRaw, OneByteAndManyBytesTravel)
@@ -831,9 +827,9 @@ TEST(SecurityRaw, OneByteAndManyBytesTravel)
         std::string payload(length, '\xFE');
         mdm_body_t sent = body(72, static_cast<int32_t>(length), payload.data());
         mdm_body_t received = untouched();
-        EXPECT_EQ(read_body(type_security, received, write_body(type_security, sent)), 12 + length);
+        EXPECT_EQ(security.read(&received, security.write(&sent)), 12 + length);
         EXPECT_EQ(static_cast<const char *>(received.security.data), payload);
-        _free_security(&received);
+        security.free(&received);
     }
 }
 
@@ -843,8 +839,8 @@ TEST(SecurityRaw, FreeReleasesItAndResetsTheBody)
         mdm_body_t received = body(57, data_size, heap_text("raw"));
         const void *data = received.security.data;
         AllocationTrace trace;
-        _free_security(&received);
-        _free_security(&received);
+        security.free(&received);
+        security.free(&received);
         trace.stop();
         EXPECT_THAT(trace.released(), ElementsAre(data));
         expect_headed<&mdm_body_t::security>(received, 57, 0);
@@ -855,7 +851,7 @@ TEST(SecurityRaw, FreeReleasesItAndResetsTheBody)
 TEST(SecurityRaw, FreeOfNullDataResetsDataSizeToo)
 {
     mdm_body_t received = body(57, 3, nullptr);
-    EXPECT_THAT(free_body(type_security, received), IsEmpty());
+    EXPECT_THAT(security.release(&received), IsEmpty());
     expect_headed<&mdm_body_t::security>(received, 57, 0);
     EXPECT_EQ(received.security.data, nullptr);
 }
@@ -878,7 +874,7 @@ TEST(SecurityMessage, CarriesEveryShapeAndLeaksFirstCopiesOfListedStringsOnly)
                                      {body(69, 1, strings.get()), 30, {"a", "b"}},
                                      {body(70, 1, accounts.get()), 16 + 2 * 142, {}},
                                      {body(57, 3, borrowed("raw")), 15, {}}};
-    for (const uint8_t message_type : {type_security, uint8_t{6}}) {
+    for (const uint8_t message_type : {security.type, uint8_t{6}}) {
         for (const auto &[sent, size, leaked] : cases) {
             mdm_msg_t msg = message(message_type);
             msg.body = sent;

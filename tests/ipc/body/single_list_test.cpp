@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -17,14 +18,13 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 struct Category {
-    const char *name;
-    uint8_t type;  // the first of its two message types
+    Handlers handlers;  // of the first of its two message types
     bool takes_payload_back;
 };
 
 std::ostream &operator<<(std::ostream &out, const Category &category)
 {
-    return out << category.name;
+    return out << category_entry(category.handlers.type).name;
 }
 
 // The seven bodies are the body head and nothing else, so any of them serves for all.
@@ -41,23 +41,11 @@ protected:
         return body;
     }
 
-    static uint8_t type() { return GetParam().type; }
-    static Handlers row() { return Handlers(type()); }
+    static Handlers row() { return GetParam().handlers; }
 
-    // The name of a handler, as its log lines give it.
-    static std::string handler(const char *kind)
+    static auto only_asserts(const Origin &handler)
     {
-        return std::string("_") + kind + "_" + GetParam().name;
-    }
-
-    static auto only_asserts(const std::string &function)
-    {
-        return ElementsAre(enter(function.c_str()), assert_fails(function.c_str()));
-    }
-
-    static auto enters_and_leaves(const std::string &function)
-    {
-        return ElementsAre(enter(function.c_str()), leave(function.c_str()));
+        return ElementsAre(enter(handler), assert_fails(handler));
     }
 };
 
@@ -66,7 +54,7 @@ TEST_P(SingleList, CarriesTheHeadAndThePayload)
     char payload[] = "abc";
     mdm_body_t sent = body(3, payload);
     EXPECT_EQ(row().size(&sent), 15U);
-    EXPECT_EQ(write_body(type(), sent), hex("64 00 00 00 04 03 02 01 03 00 00 00 61 62 63"));
+    EXPECT_EQ(row().write(&sent), hex("64 00 00 00 04 03 02 01 03 00 00 00 61 62 63"));
     EXPECT_EQ(sent.res.data_size, 3);
 }
 
@@ -77,7 +65,7 @@ TEST_P(SingleList, ReceivesThePayloadOrLeavesDataAsItWas)
     received.res.aux = 0xBBBBBBBB;
     received.res.data = sentinel();
     AllocationTrace trace;
-    const size_t consumed = read_body(type(), received, bytes);
+    const size_t consumed = row().read(&received, bytes);
     trace.stop();
     EXPECT_EQ(received.res.type, 0x64U);
     EXPECT_EQ(received.res.aux, 0xBBBBBBBBU);
@@ -99,7 +87,7 @@ TEST_P(SingleList, BothTypesOfTheMessageTravel)
 {
     char payload[] = "abc";
     for (const int offset : {0, 1}) {
-        mdm_msg_t msg = message(static_cast<uint8_t>(type() + offset));
+        mdm_msg_t msg = message(static_cast<uint8_t>(row().type + offset));
         msg.body = body(3, payload);
         const Bytes bytes = serialize(msg);
         EXPECT_EQ(bytes.size(), 55U);
@@ -116,11 +104,11 @@ TEST_P(SingleList, NoPayloadMakesTheReceiversDataNull)
     char payload[] = "abc";
     mdm_body_t sent = body(0, payload);
     EXPECT_EQ(row().size(&sent), 12U);
-    const Bytes bytes = write_body(type(), sent);
+    const Bytes bytes = row().write(&sent);
     EXPECT_EQ(bytes, hex("64 00 00 00 04 03 02 01 00 00 00 00"));
     mdm_body_t received{};
     received.res.data = sentinel();
-    EXPECT_EQ(read_body(type(), received, bytes), 12U);
+    EXPECT_EQ(row().read(&received, bytes), 12U);
     EXPECT_EQ(received.res.data, nullptr);
 }
 
@@ -129,14 +117,14 @@ TEST_P(SingleList, PayloadTextEndsAtItsFirstZeroByte)
     char payload[] = "ab\0cd";
     mdm_body_t sent = body(5, payload);
     EXPECT_EQ(row().size(&sent), 17U);
-    const Bytes bytes = write_body(type(), sent);
+    const Bytes bytes = row().write(&sent);
     EXPECT_EQ(Bytes(bytes.begin() + 12, bytes.end()), hex("61 62 00 63 64"));
     if (!GetParam().takes_payload_back) {
         return;
     }
     mdm_body_t received{};
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type(), received, bytes), 17U);
+    EXPECT_EQ(row().read(&received, bytes), 17U);
     trace.stop();
     EXPECT_THAT(trace.kept(), ElementsAre(Block{received.res.data, 6}));
     EXPECT_EQ(std::string(static_cast<char *>(received.res.data), 6), std::string("ab\0\0\0\0", 6));
@@ -149,10 +137,10 @@ TEST_P(SingleList, OneByteAndLongPayloadsTravel)
         std::string payload(length, '\xFE');
         mdm_body_t sent = body(static_cast<int32_t>(length), payload.data());
         EXPECT_EQ(row().size(&sent), 12 + length);
-        const Bytes bytes = write_body(type(), sent);
+        const Bytes bytes = row().write(&sent);
         EXPECT_EQ(bytes.size(), 12 + length);
         mdm_body_t received{};
-        read_body(type(), received, bytes);
+        row().read(&received, bytes);
         if (GetParam().takes_payload_back) {
             EXPECT_EQ(static_cast<char *>(received.res.data), payload);
         }
@@ -163,7 +151,7 @@ TEST_P(SingleList, OneByteAndLongPayloadsTravel)
 TEST_P(SingleList, PayloadsBeyond64KiBTravel)
 {
     std::string payload(70000, 'x');
-    mdm_msg_t msg = message(type());
+    mdm_msg_t msg = message(row().type);
     msg.body = body(70000, payload.data());
     const Bytes bytes = serialize(msg);
     ASSERT_EQ(bytes.size(), 40U + 12 + 70000);
@@ -180,9 +168,9 @@ TEST_P(SingleList, NegativeDataSizeCountsFewerBytesThanAreWritten)
 {
     mdm_body_t sent = body(-4, nullptr);
     EXPECT_EQ(row().size(&sent), 8U);
-    EXPECT_EQ(write_body(type(), sent), hex("64 00 00 00 04 03 02 01 FC FF FF FF"));
+    EXPECT_EQ(row().write(&sent), hex("64 00 00 00 04 03 02 01 FC FF FF FF"));
 
-    mdm_msg_t msg = message(type());
+    mdm_msg_t msg = message(row().type);
     msg.body = sent;
     LogRecorder log(MDM_LOG_CRITICAL);
     const Bytes bytes = serialize(msg);
@@ -190,7 +178,7 @@ TEST_P(SingleList, NegativeDataSizeCountsFewerBytesThanAreWritten)
     EXPECT_THAT(
         log.take(),
         ElementsAre(critical("check_footer", "Serialization has corrupted memory!!!!! (msg type=" +
-                                                 std::to_string(type()) + ", len=40)")));
+                                                 std::to_string(row().type) + ", len=40)")));
 
     // A receiver reads the head's last word from behind the message.
     mdm_msg_t received{};
@@ -214,7 +202,7 @@ TEST_P(SingleList, NegativeDataSizeIsReceivedAsNoPayload)
     const Bytes bytes = hex("64 00 00 00 04 03 02 01 FF FF FF FF");
     mdm_body_t received{};
     received.res.data = sentinel();
-    EXPECT_EQ(read_body(type(), received, bytes), 12U);
+    EXPECT_EQ(row().read(&received, bytes), 12U);
     EXPECT_EQ(received.res.data_size, -1);
     EXPECT_EQ(received.res.data, nullptr);
 }
@@ -240,7 +228,7 @@ TEST_P(SingleList, FreeOfNullBodyLogsItsExitLineOnly)
 {
     LogRecorder log;
     row().free(nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(leave(handler("free").c_str())));
+    EXPECT_THAT(log.take(), ElementsAre(leave(row().free)));
 }
 
 TEST_P(SingleList, NullArgumentsFailAnAssert)
@@ -249,15 +237,15 @@ TEST_P(SingleList, NullArgumentsFailAnAssert)
     Bytes buffer(12);
     LogRecorder log;
     EXPECT_EQ(row().size(nullptr), 0U);
-    EXPECT_THAT(log.take(), only_asserts(handler("size_of")));
+    EXPECT_THAT(log.take(), only_asserts(row().size));
     EXPECT_EQ(row().set(nullptr, &some), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(handler("set")));
+    EXPECT_THAT(log.take(), only_asserts(row().set));
     EXPECT_EQ(row().set(buffer.data(), nullptr), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(handler("set")));
+    EXPECT_THAT(log.take(), only_asserts(row().set));
     EXPECT_EQ(row().get(nullptr, buffer.data()), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(handler("get")));
+    EXPECT_THAT(log.take(), only_asserts(row().get));
     EXPECT_EQ(row().get(&some, nullptr), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(handler("get")));
+    EXPECT_THAT(log.take(), only_asserts(row().get));
 }
 
 TEST_P(SingleList, FailuresAreTheSameWithTheLoggerOff)
@@ -278,24 +266,25 @@ TEST_P(SingleList, LogsUnderItsOwnName)
         mdm_body_t sent = body(data_size, payload);
         LogRecorder log;
         row().size(&sent);
-        EXPECT_THAT(log.take(), enters_and_leaves(handler("size_of")));
-        const Bytes bytes = write_body(type(), sent);
-        EXPECT_THAT(log.take(), enters_and_leaves(handler("set")));
+        EXPECT_EQ(log.take(), enter_and_leave(row().size));
+        const Bytes bytes = row().write(&sent);
+        EXPECT_EQ(log.take(), enter_and_leave(row().set));
         mdm_body_t received{};
-        read_body(type(), received, bytes);
-        EXPECT_THAT(log.take(), enters_and_leaves(handler("get")));
+        row().read(&received, bytes);
+        EXPECT_EQ(log.take(), enter_and_leave(row().get));
         row().free(&received);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllSeven, SingleList,
-                         ::testing::Values(Category{"browser", 23, false},
-                                           Category{"date_time", 25, true},
-                                           Category{"remote", 27, true}, Category{"vpn", 29, true},
-                                           Category{"firewall", 31, true},
-                                           Category{"res", 33, true},
-                                           Category{"enterprise", 37, false}),
-                         [](const auto &test) { return std::string(test.param.name); });
+                         ::testing::Values(Category{handlers_of("browser"), false},
+                                           Category{handlers_of("date_time"), true},
+                                           Category{handlers_of("remote"), true},
+                                           Category{handlers_of("vpn"), true},
+                                           Category{handlers_of("firewall"), true},
+                                           Category{handlers_of("res"), true},
+                                           Category{handlers_of("enterprise"), false}),
+                         ::testing::PrintToStringParamName());
 
 }  // namespace
 }  // namespace mdm::test

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
@@ -23,7 +24,7 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
-constexpr uint8_t type_wifi = 7;
+constexpr Handlers wifi(7);
 
 const std::vector<uint32_t> pair_types{305, 307, 309, 311, 313, 315, 317,
                                        324, 326, 328, 330, 332, 339};
@@ -62,7 +63,7 @@ mdm_body_t body(uint32_t type, int32_t data_size, void *data)
 mdm_body_t received_from(const Bytes &bytes)
 {
     mdm_body_t received = body(0, 0, sentinel());
-    EXPECT_EQ(read_body(type_wifi, received, bytes), bytes.size());
+    EXPECT_EQ(wifi.read(&received, bytes), bytes.size());
     return received;
 }
 
@@ -237,7 +238,7 @@ void expect_release(const Sample &sample, mdm_body_t &received, const std::vecto
     for (const size_t index : sample.released) {
         expected.push_back(blocks.at(index).address);
     }
-    EXPECT_THAT(free_body(type_wifi, received), ElementsAreArray(expected));
+    EXPECT_THAT(wifi.release(&received), ElementsAreArray(expected));
     EXPECT_EQ(received.wifi.data, sample.resets_data ? nullptr : before.data);
     EXPECT_EQ(received.wifi.data_size, sample.resets_data_size ? 0 : before.data_size);
     EXPECT_EQ(received.wifi.type, before.type);
@@ -250,19 +251,19 @@ void expect_travels(uint32_t type, const Sample &sample)
     SCOPED_TRACE(type);
     mdm_body_t sent = body(type, 4, sample.data.get());
     const size_t size = 12 + sample.payload.size() + (sample.adds_data_size ? 4 : 0);
-    EXPECT_EQ(_size_of_wifi(&sent), size);
-    EXPECT_EQ(_size_of_wifi(&sent), size);
+    EXPECT_EQ(wifi.size(&sent), size);
+    EXPECT_EQ(wifi.size(&sent), size);
     EXPECT_EQ(sent.wifi.data_size, 4);
-    const Bytes bytes = write_body(type_wifi, sent);
+    const Bytes bytes = wifi.write(&sent);
     ASSERT_EQ(bytes, head_bytes(type, 4) + sample.payload);
 
     mdm_body_t received = body(0, 0, sentinel());
     received.wifi.aux = 0xBBBBBBBB;
     AllocationTrace trace;
-    EXPECT_EQ(read_body(type_wifi, received, bytes), bytes.size());
+    EXPECT_EQ(wifi.read(&received, bytes), bytes.size());
     trace.stop();
     EXPECT_EQ(received.wifi.aux, 0xBBBBBBBBU);
-    EXPECT_EQ(write_body(type_wifi, received), bytes);  // so every field is where it was
+    EXPECT_EQ(wifi.write(&received), bytes);  // so every field is where it was
     ASSERT_THAT(sizes_of(trace.kept()), ElementsAreArray(sample.blocks));
     expect_release(sample, received, trace.kept());
 }
@@ -280,7 +281,7 @@ TEST(Wifi, TypeSelectsTheShape)
         } else if (is_raw(type)) {
             size = 19;
         }
-        EXPECT_EQ(_size_of_wifi(&sent), size) << type;
+        EXPECT_EQ(wifi.size(&sent), size) << type;
         EXPECT_EQ(sent.wifi.data_size, 7);
     }
 }
@@ -340,8 +341,8 @@ TEST(Wifi, PairIsItsTwoStringsAndDataSizeCountsOnTop)
 {
     const Sample sample = pair("a", nullptr);
     mdm_body_t sent = body(pair_type, 1, sample.data.get());
-    EXPECT_EQ(_size_of_wifi(&sent), 22U);
-    const Bytes bytes = write_body(type_wifi, sent);
+    EXPECT_EQ(wifi.size(&sent), 22U);
+    const Bytes bytes = wifi.write(&sent);
     EXPECT_EQ(bytes, hex("35 01 00 00 04 03 02 01 01 00 00 00 01 00 00 00 61 00 00 00 00"));
 
     mdm_body_t received = received_from(bytes);
@@ -351,7 +352,7 @@ TEST(Wifi, PairIsItsTwoStringsAndDataSizeCountsOnTop)
     EXPECT_EQ(received.wifi.type, pair_type);
     EXPECT_EQ(received.wifi.param, 0x01020304U);
     EXPECT_EQ(received.wifi.data_size, 1);
-    _free_wifi(&received);
+    wifi.free(&received);
 }
 
 TEST(Wifi, SizesWrapAroundWithDataSize)
@@ -360,7 +361,7 @@ TEST(Wifi, SizesWrapAroundWithDataSize)
         mdm_body_t sent = body(type, INT32_MAX, sample.data.get());
         const bool counts_data_size = sample.adds_data_size || type == raw_type;
         const size_t strings = type == raw_type ? 0 : sample.payload.size();
-        EXPECT_EQ(_size_of_wifi(&sent), 12 + strings + (counts_data_size ? 0x7FFFFFFF : 0));
+        EXPECT_EQ(wifi.size(&sent), 12 + strings + (counts_data_size ? 0x7FFFFFFF : 0));
     }
 }
 
@@ -370,16 +371,16 @@ TEST(Wifi, DataSizeBelow1SendsTheHeadAloneAndMakesTheReceiversDataNull)
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, sample.data.get());
             LogRecorder log;
-            EXPECT_EQ(_size_of_wifi(&sent), 12U);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_wifi"), leave("_size_of_wifi")));
-            const Bytes bytes = write_body(type_wifi, sent);
+            EXPECT_EQ(wifi.size(&sent), 12U);
+            EXPECT_EQ(log.take(), enter_and_leave(wifi.size));
+            const Bytes bytes = wifi.write(&sent);
             EXPECT_EQ(bytes, head_bytes(type, data_size));
-            EXPECT_THAT(log.take(), ElementsAre(enter("_set_wifi"), leave("_set_wifi")));
+            EXPECT_EQ(log.take(), enter_and_leave(wifi.set));
             const mdm_body_t received = received_from(bytes);
             EXPECT_EQ(received.wifi.data, nullptr);
             EXPECT_EQ(received.wifi.data_size, data_size);
             EXPECT_EQ(received.wifi.aux, 0xAAAAAAAAU);
-            EXPECT_THAT(log.take(), ElementsAre(enter("_get_wifi"), leave("_get_wifi")));
+            EXPECT_EQ(log.take(), enter_and_leave(wifi.get));
         }
     }
 }
@@ -391,10 +392,10 @@ TEST(Wifi, MissingPairAndMissingDhcpSettingsCannotBeSized)
     for (const uint32_t type : types) {
         mdm_body_t sent = body(type, 1, nullptr);
         LogRecorder log;
-        EXPECT_EQ(_size_of_wifi(&sent), 0U);
+        EXPECT_EQ(wifi.size(&sent), 0U);
         const char *text = type == dhcp_type ? "dhcp_info is NULL" : "wifi_info is NULL";
-        EXPECT_THAT(log.take(), ElementsAre(enter("_size_of_wifi"), critical("_size_of_wifi", text),
-                                            leave("_size_of_wifi")));
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter(wifi.size), critical(wifi.size, text), leave(wifi.size)));
         EXPECT_EQ(sent.wifi.data_size, 1);
     }
 }
@@ -407,8 +408,8 @@ TEST(Wifi, MissingRecordFailsAnAssertBehindTheHead)
         mdm_body_t sent = body(type, 1, nullptr);
         Bytes buffer(32);
         LogRecorder log;
-        EXPECT_EQ(_set_wifi(buffer.data(), &sent), nullptr);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_set_wifi"), assert_fails("_set_wifi")));
+        EXPECT_EQ(wifi.set(buffer.data(), &sent), nullptr);
+        EXPECT_THAT(log.take(), ElementsAre(enter(wifi.set), assert_fails(wifi.set)));
         EXPECT_EQ(buffer, head_bytes(type, 1) + Bytes(20));
     }
 }
@@ -417,15 +418,15 @@ TEST(Wifi, ListIsItsCountAndStrings)
 {
     const Sample sample = ssids({"a", "bc", "def"});
     mdm_body_t sent = body(350, 1, sample.data.get());
-    EXPECT_EQ(_size_of_wifi(&sent), 16U + 5 + 6 + 7);
-    const Bytes bytes = write_body(type_wifi, sent);
+    EXPECT_EQ(wifi.size(&sent), 16U + 5 + 6 + 7);
+    const Bytes bytes = wifi.write(&sent);
     EXPECT_EQ(bytes, hex("5E 01 00 00 04 03 02 01 01 00 00 00 03 00 00 00 01 00 00 00 61 "
                          "02 00 00 00 62 63 03 00 00 00 64 65 66"));
 
     mdm_body_t received = received_from(bytes);
     EXPECT_THAT(texts_of(received.wifi.data), ElementsAre("a", "bc", "def"));
     EXPECT_EQ(received.wifi.data_size, 1);
-    _free_wifi(&received);
+    wifi.free(&received);
 }
 
 TEST(Wifi, CountBelow1IsReceivedAsANullList)
@@ -437,7 +438,7 @@ TEST(Wifi, CountBelow1IsReceivedAsANullList)
         EXPECT_EQ(received.wifi.data_size, 1);
         const std::string text = "length : " + std::to_string(static_cast<int32_t>(count));
         EXPECT_THAT(log.take(),
-                    ElementsAre(enter("_get_wifi"), info("_get_wifi", text), leave("_get_wifi")));
+                    ElementsAre(enter(wifi.get), info(wifi.get, text), leave(wifi.get)));
     }
 }
 
@@ -445,16 +446,16 @@ TEST(Wifi, EmptySsidsAreReceivedAsNullElements)
 {
     const Sample sample = ssids({"", "a", ""});
     mdm_body_t sent = body(list_type, 1, sample.data.get());
-    EXPECT_EQ(_size_of_wifi(&sent), 16U + 4 + 5 + 4);
+    EXPECT_EQ(wifi.size(&sent), 16U + 4 + 5 + 4);
     LogRecorder log;
-    mdm_body_t received = received_from(write_body(type_wifi, sent));
+    mdm_body_t received = received_from(wifi.write(&sent));
     EXPECT_THAT(texts_of(received.wifi.data), ElementsAre(std::nullopt, "a", std::nullopt));
     EXPECT_THAT(log.take(),
-                ElementsAre(enter("_set_wifi"), info("_set_wifi", "length : 3"), leave("_set_wifi"),
-                            enter("_get_wifi"), info("_get_wifi", "length : 3"),
-                            info("_get_wifi", "ssid : (null)"), info("_get_wifi", "ssid : a"),
-                            info("_get_wifi", "ssid : (null)"), leave("_get_wifi")));
-    EXPECT_EQ(free_body(type_wifi, received).size(), 4U);
+                ElementsAre(enter(wifi.set), info(wifi.set, "length : 3"), leave(wifi.set),
+                            enter(wifi.get), info(wifi.get, "length : 3"),
+                            info(wifi.get, "ssid : (null)"), info(wifi.get, "ssid : a"),
+                            info(wifi.get, "ssid : (null)"), leave(wifi.get)));
+    EXPECT_EQ(wifi.release(&received).size(), 4U);
     EXPECT_EQ(received.wifi.data, nullptr);
 }
 
@@ -465,15 +466,13 @@ TEST(Wifi, NullSsidCannotBeSized)
                                : list_of({borrowed("a"), borrowed("b"), nullptr, borrowed("c")});
         mdm_body_t sent = body(list_type, 1, list);
         LogRecorder log;
-        EXPECT_EQ(_size_of_wifi(&sent), 0U);
-        std::vector<LogLine> lines{enter("_size_of_wifi"),
-                                   info("_size_of_wifi", is_first ? "len : 2" : "len : 4")};
+        EXPECT_EQ(wifi.size(&sent), 0U);
+        std::vector<LogLine> lines{enter(wifi.size),
+                                   info(wifi.size, is_first ? "len : 2" : "len : 4")};
         if (!is_first) {
-            lines.insert(lines.end(),
-                         {info("_size_of_wifi", "ssid : a"), info("_size_of_wifi", "ssid : b")});
+            lines.insert(lines.end(), {info(wifi.size, "ssid : a"), info(wifi.size, "ssid : b")});
         }
-        lines.insert(lines.end(),
-                     {critical("_size_of_wifi", "ssid is NULL"), leave("_size_of_wifi")});
+        lines.insert(lines.end(), {critical(wifi.size, "ssid is NULL"), leave(wifi.size)});
         EXPECT_THAT(log.take(), ElementsAreArray(lines));
         g_list_free(list);
     }
@@ -484,7 +483,7 @@ TEST(Wifi, NullSsidLeavesDataSizeBytesUnwritten)
     GList *list = list_of({nullptr, borrowed("a"), nullptr, borrowed("b"), nullptr});
     mdm_body_t sent = body(list_type, 3, list);
     Bytes buffer(64, 0xEE);
-    const uint8_t *end = _set_wifi(buffer.data(), &sent);
+    const uint8_t *end = wifi.set(buffer.data(), &sent);
     EXPECT_EQ(end - buffer.data(), 12 + 4 + 3 + 5 + 3 + 5 + 3);
     buffer.resize(35);
     EXPECT_EQ(buffer, head_bytes(list_type, 3) + hex("05 00 00 00 EE EE EE 01 00 00 00 61 EE EE EE "
@@ -496,8 +495,8 @@ TEST(Wifi, NetworkIsItsSsidItsKindAndItsDetail)
 {
     Sample sample = network("ab", {7, "sssnss"}, {"s0", nullptr, "s2", "", "s4", "s5", "s6"});
     mdm_body_t sent = body(network_type, 100, sample.data.get());
-    EXPECT_EQ(_size_of_wifi(&sent), 12U + 6 + 4 + 6 + 4 + 6 + 4 + 6 + 6);
-    const Bytes bytes = write_body(type_wifi, sent);
+    EXPECT_EQ(wifi.size(&sent), 12U + 6 + 4 + 6 + 4 + 6 + 4 + 6 + 6);
+    const Bytes bytes = wifi.write(&sent);
     EXPECT_EQ(bytes, hex("59 01 00 00 04 03 02 01 64 00 00 00 02 00 00 00 61 62 07 00 00 00 "
                          "02 00 00 00 73 30 00 00 00 00 02 00 00 00 73 32 03 43 65 87 "
                          "02 00 00 00 73 34 02 00 00 00 73 35"));
@@ -560,9 +559,8 @@ TEST(Wifi, MissingDetailIsNotWritten)
     for (int32_t kind = 0; kind <= 10; ++kind) {
         mdm_wifi_network_t record{borrowed("ab"), kind, nullptr};
         mdm_body_t sent = body(network_type, 1, &record);
-        EXPECT_EQ(write_body(type_wifi, sent), head_bytes(network_type, 1) +
-                                                   hex("02 00 00 00 61 62") +
-                                                   word(static_cast<uint32_t>(kind)));
+        EXPECT_EQ(wifi.write(&sent), head_bytes(network_type, 1) + hex("02 00 00 00 61 62") +
+                                         word(static_cast<uint32_t>(kind)));
     }
 }
 
@@ -570,9 +568,9 @@ TEST(Wifi, MissingNumberIsCountedAndArrivesAsZero)
 {
     for (const int32_t kind : {1, 8, 9}) {
         mdm_wifi_network_t record{borrowed("ab"), kind, nullptr};
-        mdm_msg_t msg = message(type_wifi);
+        mdm_msg_t msg = message(wifi.type);
         msg.body = body(network_type, 1, &record);
-        EXPECT_EQ(_size_of_wifi(&msg.body), 12U + 6 + 4 + 4);
+        EXPECT_EQ(wifi.size(&msg.body), 12U + 6 + 4 + 4);
         const Bytes bytes = serialize(msg);
         EXPECT_EQ(Bytes(bytes.begin() + 58, bytes.end()),
                   word(static_cast<uint32_t>(kind)) + word(0));
@@ -592,7 +590,7 @@ TEST(Wifi, MissingDetailOfNoKindIsNotCounted)
     for (const int32_t kind : {0, 10, -1}) {
         mdm_wifi_network_t record{nullptr, kind, nullptr};
         mdm_body_t sent = body(network_type, 1, &record);
-        EXPECT_EQ(_size_of_wifi(&sent), 12U + 4 + 4);
+        EXPECT_EQ(wifi.size(&sent), 12U + 4 + 4);
     }
 }
 
@@ -600,8 +598,8 @@ TEST(Wifi, RawPayloadEndsAtItsFirstZeroByte)
 {
     char payload[] = "a\0b";
     mdm_body_t sent = body(raw_type, 3, payload);
-    EXPECT_EQ(_size_of_wifi(&sent), 15U);
-    const Bytes bytes = write_body(type_wifi, sent);
+    EXPECT_EQ(wifi.size(&sent), 15U);
+    const Bytes bytes = wifi.write(&sent);
     EXPECT_EQ(bytes, head_bytes(raw_type, 3) + hex("61 00 62"));
     AllocationTrace trace;
     mdm_body_t received = received_from(bytes);
@@ -609,7 +607,7 @@ TEST(Wifi, RawPayloadEndsAtItsFirstZeroByte)
     EXPECT_THAT(trace.kept(), ElementsAre(Block{received.wifi.data, 4}));
     EXPECT_EQ(std::string(static_cast<char *>(received.wifi.data), 4), std::string("a\0\0\0", 4));
     EXPECT_EQ(received.wifi.data_size, 3);
-    _free_wifi(&received);
+    wifi.free(&received);
 }
 
 TEST(Wifi, RawPayloadsOfEveryLengthTravel)
@@ -617,10 +615,10 @@ TEST(Wifi, RawPayloadsOfEveryLengthTravel)
     for (const size_t length : {size_t{1}, size_t{3000}}) {
         std::string payload(length, '\xFE');
         mdm_body_t sent = body(raw_type, static_cast<int32_t>(length), payload.data());
-        EXPECT_EQ(_size_of_wifi(&sent), 12 + length);
-        mdm_body_t received = received_from(write_body(type_wifi, sent));
+        EXPECT_EQ(wifi.size(&sent), 12 + length);
+        mdm_body_t received = received_from(wifi.write(&sent));
         EXPECT_EQ(static_cast<char *>(received.wifi.data), payload);
-        _free_wifi(&received);
+        wifi.free(&received);
     }
 }
 
@@ -639,7 +637,7 @@ TEST(Wifi, FreeNullsTheStringsOfARecordBeforeItReleasesIt)
                 std::memcpy(last.data(), block, last.size());
             }
         });
-        _free_wifi(&received);
+        wifi.free(&received);
         trace.stop();
         EXPECT_EQ(last, Bytes(last.size())) << type;
     }
@@ -654,7 +652,7 @@ TEST(Wifi, FreeLeavesTheNetworkRecordAsItWas)
             received_from(head_bytes(network_type, 1) + network("home", kind, seven).payload);
         reading.stop();
         const mdm_wifi_network_t before = network_of(received);
-        const auto released = free_body(type_wifi, received);
+        const auto released = wifi.release(&received);
         EXPECT_EQ(network_of(received).ssid, before.ssid);
         EXPECT_EQ(network_of(received).detail_kind, kind.kind);
         EXPECT_EQ(network_of(received).detail, before.detail);
@@ -683,10 +681,10 @@ TEST(Wifi, FreeOfNullDataDoesNothing)
     for (const auto &[type, sample] : one_of_each()) {
         mdm_body_t received = body(type, 3, nullptr);
         LogRecorder log;
-        EXPECT_THAT(free_body(type_wifi, received), IsEmpty());
+        EXPECT_THAT(wifi.release(&received), IsEmpty());
         EXPECT_EQ(received.wifi.data, nullptr);
         EXPECT_EQ(received.wifi.data_size, 3);
-        EXPECT_THAT(log.take(), ElementsAre(enter("_free_wifi"), leave("_free_wifi")));
+        EXPECT_EQ(log.take(), enter_and_leave(wifi.free));
     }
 }
 
@@ -697,18 +695,18 @@ TEST(Wifi, FreeMayRunTwiceExceptOnANetwork)
             continue;
         }
         mdm_body_t received = received_from(head_bytes(type, 4) + sample.payload);
-        _free_wifi(&received);
-        EXPECT_THAT(free_body(type_wifi, received), IsEmpty());
+        wifi.free(&received);
+        EXPECT_THAT(wifi.release(&received), IsEmpty());
     }
 }
 
 // The lines that a handler logs between those of its entry and its exit.
-void expect_lines(LogRecorder &log, const char *function, const std::vector<LogLine> &between)
+void expect_lines(LogRecorder &log, const Origin &function, const std::vector<LogLine> &between)
 {
     std::vector<LogLine> lines{enter(function)};
     lines.insert(lines.end(), between.begin(), between.end());
     lines.push_back(leave(function));
-    EXPECT_THAT(log.take(), ElementsAreArray(lines)) << function;
+    EXPECT_THAT(log.take(), ElementsAreArray(lines));
 }
 
 TEST(Wifi, PairIsLoggedByEveryHandler)
@@ -719,14 +717,14 @@ TEST(Wifi, PairIsLoggedByEveryHandler)
         const Sample sample = pair("abc", value);
         mdm_body_t sent = body(pair_type, 1, sample.data.get());
         LogRecorder log;
-        _size_of_wifi(&sent);
-        expect_lines(log, "_size_of_wifi", {info("_size_of_wifi", text)});
-        const Bytes bytes = write_body(type_wifi, sent);
-        expect_lines(log, "_set_wifi", {info("_set_wifi", text)});
+        wifi.size(&sent);
+        expect_lines(log, wifi.size, {info(wifi.size, text)});
+        const Bytes bytes = wifi.write(&sent);
+        expect_lines(log, wifi.set, {info(wifi.set, text)});
         mdm_body_t received = received_from(bytes);
-        expect_lines(log, "_get_wifi", {info("_get_wifi", text)});
-        _free_wifi(&received);
-        expect_lines(log, "_free_wifi", {info("_free_wifi", text)});
+        expect_lines(log, wifi.get, {info(wifi.get, text)});
+        wifi.free(&received);
+        expect_lines(log, wifi.free, {info(wifi.free, text)});
     }
 }
 
@@ -735,28 +733,28 @@ TEST(Wifi, ListIsLoggedByEveryHandlerButFree)
     const Sample sample = ssids({"abc", "", "hi"});
     mdm_body_t sent = body(list_type, 1, sample.data.get());
     LogRecorder log;
-    _size_of_wifi(&sent);
-    expect_lines(log, "_size_of_wifi",
-                 {info("_size_of_wifi", "len : 3"), info("_size_of_wifi", "ssid : abc"),
-                  info("_size_of_wifi", "ssid : "), info("_size_of_wifi", "ssid : hi")});
-    const Bytes bytes = write_body(type_wifi, sent);
-    expect_lines(log, "_set_wifi", {info("_set_wifi", "length : 3")});
+    wifi.size(&sent);
+    expect_lines(log, wifi.size,
+                 {info(wifi.size, "len : 3"), info(wifi.size, "ssid : abc"),
+                  info(wifi.size, "ssid : "), info(wifi.size, "ssid : hi")});
+    const Bytes bytes = wifi.write(&sent);
+    expect_lines(log, wifi.set, {info(wifi.set, "length : 3")});
     mdm_body_t received = received_from(bytes);
-    expect_lines(log, "_get_wifi",
-                 {info("_get_wifi", "length : 3"), info("_get_wifi", "ssid : abc"),
-                  info("_get_wifi", "ssid : (null)"), info("_get_wifi", "ssid : hi")});
-    _free_wifi(&received);
-    expect_lines(log, "_free_wifi", {});
+    expect_lines(log, wifi.get,
+                 {info(wifi.get, "length : 3"), info(wifi.get, "ssid : abc"),
+                  info(wifi.get, "ssid : (null)"), info(wifi.get, "ssid : hi")});
+    wifi.free(&received);
+    expect_lines(log, wifi.free, {});
 }
 
 TEST(Wifi, EmptyListLogsItsLength)
 {
     mdm_body_t sent = body(list_type, 1, nullptr);
     LogRecorder log;
-    EXPECT_EQ(_size_of_wifi(&sent), 16U);
-    expect_lines(log, "_size_of_wifi", {info("_size_of_wifi", "len : 0")});
-    EXPECT_EQ(write_body(type_wifi, sent), head_bytes(list_type, 1) + word(0));
-    expect_lines(log, "_set_wifi", {info("_set_wifi", "length : 0")});
+    EXPECT_EQ(wifi.size(&sent), 16U);
+    expect_lines(log, wifi.size, {info(wifi.size, "len : 0")});
+    EXPECT_EQ(wifi.write(&sent), head_bytes(list_type, 1) + word(0));
+    expect_lines(log, wifi.set, {info(wifi.set, "length : 0")});
 }
 
 TEST(Wifi, OtherShapesLogEnterAndExitAndARawPayloadItsRelease)
@@ -768,19 +766,19 @@ TEST(Wifi, OtherShapesLogEnterAndExitAndARawPayloadItsRelease)
         SCOPED_TRACE(type);
         mdm_body_t sent = body(type, 4, sample.data.get());
         LogRecorder log;
-        _size_of_wifi(&sent);
-        expect_lines(log, "_size_of_wifi", {});
-        const Bytes bytes = write_body(type_wifi, sent);
-        expect_lines(log, "_set_wifi", {});
+        wifi.size(&sent);
+        expect_lines(log, wifi.size, {});
+        const Bytes bytes = wifi.write(&sent);
+        expect_lines(log, wifi.set, {});
         AllocationTrace trace;
         mdm_body_t received = received_from(bytes);
         trace.stop();
-        expect_lines(log, "_get_wifi", {});
+        expect_lines(log, wifi.get, {});
         std::array<char, 64> text{};
         std::snprintf(text.data(), text.size(), "Freeing %p", received.wifi.data);
         expect_release(sample, received, trace.kept());
-        expect_lines(log, "_free_wifi",
-                     type == raw_type ? std::vector{critical("_free_wifi", text.data())}
+        expect_lines(log, wifi.free,
+                     type == raw_type ? std::vector{critical(wifi.free, text.data())}
                                       : std::vector<LogLine>{});
     }
 }
