@@ -101,7 +101,7 @@ MDM_API int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer,
  * Call it once for each received message. Some categories leave blocks allocated, or leave pointers
  * to released blocks: the header of each body says which. Do not pass a message that was filled for
  * sending, unless all its parts came from GLib's allocator. Never pass a phone_res message of
- * `type` 439 or 440 (mdm/body/phone_res.h), nor a message that ipc_open() returned.
+ * `type` 439 or 440 with a payload (mdm/body/phone_res.h), nor a message that ipc_open() returned.
  *
  * @param msg  a message that ipc_deserialize() has filled.
  *

@@ -63,7 +63,7 @@ enum {
     MDM_PLATFORM_LOG_SYSTEM = 2,
 };
 
-/** The priorities that the logger passes to platform_log_vprint(), one for each level. */
+/** The priorities that the logger passes to platform_log_vprint(), by the level of the line. */
 enum {
     MDM_PLATFORM_LOG_DEFAULT = 1, /**< Every level above 4. */
     MDM_PLATFORM_LOG_DEBUG = 3,
@@ -123,7 +123,7 @@ MDM_API int mdm_log_set_path(const char *path);
  *
  * @param level   the level of the line.
  * @param tag     the name of the program or module that logs.
- * @param format  the text, as for printf(3), and its arguments. Without a newline at the end.
+ * @param format  the text, as for printf(3), and its arguments.
  *
  * @return The result of platform_log_vprint(); 0 for a dropped line.
  */

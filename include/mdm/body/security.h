@@ -67,8 +67,9 @@ typedef struct mdm_security_account {
  * - A list: `data_size` counts the 12 bytes of the head and the 4 bytes of the count as well. For a
  *   null list sending does not store `data_size`, which must be 0: a positive one would announce a
  *   list, but send none. A list must not hold a null element. A list of strings ends there on the
- *   wire, although its count includes all elements. A list of accounts cannot be sized.
- * - Raw bytes: with a `data_size` of 0 the head travels alone. It must not be negative.
+ *   wire, although its count includes all elements. A list of accounts with a null
+ *   element cannot be sized.
+ * - Raw bytes: with a `data_size` of 0 the head travels alone. `data_size` must not be negative.
  *
  * A received `data_size` below 1 leaves `data` as the record held it. A received list of strings
  * has no empty strings: receiving leaves them out.
