@@ -32,11 +32,11 @@ static int close_after_error(int fd, const char *path)
 
 int channel_listen(const char *path)
 {
-    /* The socket gets its name once it listens: whoever sees it can connect. */
+    /* The socket gets its name once it listens: a client that sees the name can connect. */
     char *hidden = g_strconcat(path, ".new", NULL);
     struct sockaddr_un address;
     int fd = open_socket(hidden, &address);
-    unlink(hidden); /* what a crash may have left */
+    unlink(hidden); /* a crash may have left it */
     if (fd >= 0 && (bind(fd, (const struct sockaddr *)&address, sizeof address) != 0 ||
                     listen(fd, 8) != 0 || rename(hidden, path) != 0)) {
         fd = close_after_error(fd, path);
@@ -60,7 +60,7 @@ int channel_connect(const char *path)
 
 bool channel_send(int fd, const uint8_t *bytes, uint32_t length)
 {
-    /* A packet is sent whole or not at all. A peer that does not read is not waited for. */
+    /* send() sends a whole packet or none. It does not wait for a peer that does not read. */
     if (send(fd, bytes, length, MSG_NOSIGNAL | MSG_DONTWAIT) < 0) {
         perror("send");
         return false;
@@ -70,7 +70,7 @@ bool channel_send(int fd, const uint8_t *bytes, uint32_t length)
 
 GByteArray *channel_receive(int fd)
 {
-    /* With MSG_TRUNC the result is the packet's length, whatever the buffer holds. */
+    /* With MSG_TRUNC the result is the packet's length, even if the buffer is smaller. */
     const ssize_t length = recv(fd, NULL, 0, MSG_PEEK | MSG_TRUNC);
     if (length <= 0) {
         return NULL;

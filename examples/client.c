@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * A management application in small: registers, reads the status that the server then keeps, asks
- * whether it is registered, sends one request of every category, and sends bytes that are no
+ * A small management application. It registers, reads the status that the server then keeps, and
+ * asks whether it is registered. Then it sends one request of every category, and bytes that are no
  * message.
  *
  * usage: mdm-client SOCKET
@@ -24,7 +24,7 @@ static bool send_malformed(int fd, const char *what, const uint8_t *bytes, uint3
     return channel_send(fd, bytes, length) && receive_reply(fd);
 }
 
-/* A message whose last word, a count or a length, promises more than there is. */
+/* Sends a message whose last word, a count or a length, promises more bytes than there are. */
 static bool send_lying_count(int fd, mdm_msg_t *request, const char *what)
 {
     uint32_t length = 0;
@@ -38,7 +38,7 @@ static bool send_lying_count(int fd, mdm_msg_t *request, const char *what)
     return going_on;
 }
 
-/* Bytes that look like a message and are none. The server must refuse each and go on. */
+/* Sends bytes that look like a message. The server must refuse them and go on. */
 static bool send_malformed_bytes(int fd)
 {
     mdm_msg_t request = {.type = TYPE_ADMIN};
@@ -68,7 +68,7 @@ static bool talk(int fd)
 {
     char stranger[] = "com.example.stranger";
     char label[] = "Example agent";
-    char no_name[] = "com.example.no_name"; /* for its underscore */
+    char no_name[] = "com.example.no_name"; /* because of its underscore */
     if (!ask_admin(fd, ADMIN_REGISTER, own_name, label)) {
         return false;
     }

@@ -1,18 +1,18 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * What this server and this client agree on beyond the library: the codec copies these values,
- * their meaning is the programs' own.
+ * The agreement of this server and this client. The codec only copies these values; the programs
+ * give them their meaning.
  *
- * A request's header: hdr_word1 is its number, hdr_text the client's package name.
- * A reply's header: hdr_word1 is the request's number, hdr_word2 the result (0 or negative). Its
- * message type is the request's plus one, its body says what is now in force. Callbacks, which
- * have message types of their own, may come before it. What cannot be served is refused by an
- * admin reply without a number.
+ * In a request's header hdr_word1 is the number of the request, and hdr_text the client's package
+ * name. In a reply's header hdr_word1 is the number of the request, and hdr_word2 the result (0 or
+ * negative). The message type of a reply is the request's plus one. Its body is the policy that is
+ * now in force. Callbacks have message types of their own, and may come before the reply. The
+ * server answers a request that it cannot serve with an admin reply without a number.
  */
 #ifndef PROTOCOL_H
 #define PROTOCOL_H
 
-/* Requests; and the callbacks, which only the server sends. */
+/* Requests and callbacks. Only the server sends callbacks. */
 enum message_type {
     TYPE_ADMIN = 1,
     TYPE_PWD = 3,
@@ -69,14 +69,14 @@ enum {
 /* Discriminators of raw bytes and of bodies without a payload. */
 enum { FIREWALL_ADD_RULES = 1, VPN_SET_PROFILE = 1, VPN_SET_SECRET = 2, SET_POLICY = 1 };
 
-/* The secret of VPN_SET_SECRET travels as its ciphertext's base64 text. It is encrypted with a key
- * and an initialisation vector of 16 characters each. A real service gives each device its own and
- * keeps it out of its sources. */
+/* The secret of VPN_SET_SECRET travels as the base64 text of its ciphertext. It is encrypted with a
+ * key and an initialisation vector of 16 characters each. A real service gives each device its own,
+ * and keeps them out of its sources. */
 #define EXAMPLE_KEY_IV \
     "an example's key" \
     "and first vector"
 
-/* The status that the server keeps for everyone: how many clients have registered. */
+/* The key of the status that all clients may read: the number of registered clients. */
 #define STATUS_CLIENTS "demo-registered-clients"
 
 /* The callback types that a receiver knows. */

@@ -12,8 +12,8 @@ static void release_names(GList *names)
     g_list_free_full(names, g_free);
 }
 
-/* Each of these takes a body as it was before ipc_free(), and releases what is still there of it;
- * which that is stands in the category's header. */
+/* Each of these functions takes a body as it was before ipc_free(), and releases the blocks that
+ * ipc_free() has left allocated. The category's header says which blocks these are. */
 
 static void release_wifi(const mdm_wifi_info_t *info)
 {
@@ -36,7 +36,7 @@ static void release_bluetooth(const mdm_bluetooth_info_t *info)
     case 227:
     case 233:
     case 237:
-        break; /* ipc_free() has done it */
+        break; /* ipc_free() has released it */
     case 220:
     case 221:
     case 222:
@@ -74,7 +74,7 @@ static void release_email(const mdm_email_info_t *info)
     }
 }
 
-/* The records of a list are what ipc_free() leaves of it, with nothing that points at them. */
+/* ipc_free() leaves the records of the list allocated, and no pointer to them. */
 static GList *controls_of(const mdm_app_res_info_t *info)
 {
     const bool has_controls = info->type >= 172 && info->type <= 175 && info->data_size >= 1;
@@ -89,7 +89,7 @@ static void release_app_res(const mdm_app_res_info_t *info, GList *controls)
     }
 }
 
-/* Raw bytes that ipc_free() would take for a record. */
+/* Releases raw bytes that ipc_free() would take for a record. */
 static void release_phone_res(mdm_phone_res_info_t *info)
 {
     if (info->type == 439 || info->type == 440) {

@@ -1,11 +1,11 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * Releases a message of a trusted sender, including what ipc_free() leaves to the message's owner.
- * The record was zeroed before ipc_deserialize() filled it. A message that ipc_open() returns needs
- * none of this.
+ * Releases a message of a trusted sender, with the blocks that ipc_free() leaves to the owner of
+ * the message. The record was zeroed before ipc_deserialize() filled it. A message that ipc_open()
+ * returned does not need this.
  *
- * One thing stays: of a security string list the codec makes two copies, and nothing points at the
- * first.
+ * One block stays for each string of a security string list: ipc_deserialize() makes two copies of
+ * the string, and no pointer to the first is left.
  */
 #ifndef RELEASE_H
 #define RELEASE_H

@@ -17,7 +17,7 @@ char own_name[] = "com.example.agent";
 
 static uint32_t next_number = 1;
 
-/* A request with its header filled; the body is the caller's. */
+/* A request with its header filled. The caller fills the body. */
 static mdm_msg_t new_request(uint8_t type)
 {
     mdm_msg_t request = {.type = type, .hdr_word1 = next_number++, .hdr_text = own_name};
@@ -53,8 +53,8 @@ bool receive_reply(int fd)
     return true;
 }
 
-/* Sends a request and shows what comes back. The request stays the caller's: what it points at
- * was never given to the library, so ipc_free() is not for it. */
+/* Sends a request and shows the answer. The request and its payload stay the caller's, so it must
+ * not go to ipc_free(). */
 static bool ask(int fd, mdm_msg_t *request)
 {
     uint32_t length = 0;
@@ -78,9 +78,9 @@ bool ask_admin(int fd, uint32_t discriminator, char *pkg, char *text)
     return ask(fd, &request);
 }
 
-/* A request whose body is the body head and a payload. The categories declare the same five
- * fields, so that one of them stands for all. `data_size` is the payload's length where that is
- * the sender's to say; elsewhere any value of 1 or more makes a record travel. */
+/* Sends a request whose body is the body head and a payload. The categories declare the same five
+ * fields, so the body of one stands for all. For raw bytes `data_size` is their number; for a
+ * record any value of 1 or more makes it travel. */
 static bool ask_with_payload(int fd, uint8_t type, uint32_t discriminator, int32_t data_size,
                              void *data)
 {
@@ -185,7 +185,7 @@ static bool ask_apn(int fd)
     return ask_with_payload(fd, TYPE_APN, APN_PROFILE, 1, &profile);
 }
 
-/* Sends a ciphertext as base64 text. Raw bytes would arrive cut at their first zero byte. */
+/* Sends a ciphertext as base64 text. Raw bytes would end at their first zero byte. */
 static bool ask_with_ciphertext(int fd, const uint8_t *ciphertext, uint32_t length)
 {
     char *text = g_base64_encode(ciphertext, length);
@@ -196,8 +196,8 @@ static bool ask_with_ciphertext(int fd, const uint8_t *ciphertext, uint32_t leng
 
 static bool ask_vpn_secret(int fd)
 {
-    /* Zero-filled to a whole block: what stands behind the text is encrypted with it. The sixth
-     * byte of this one's ciphertext is zero. */
+    /* Filled with zeros to a whole block: the bytes behind the text are encrypted, too. The sixth
+     * byte of this ciphertext is zero. */
     const uint8_t secret[16] = "first light";
     uint8_t *ciphertext = NULL;
     uint32_t length = 0;
@@ -205,7 +205,7 @@ static bool ask_vpn_secret(int fd)
                         &length) != MDM_RESULT_SUCCESS) {
         return false;
     }
-    /* Whole, and with a byte missing, which the server refuses. */
+    /* First the whole ciphertext, then one byte less, which the server refuses. */
     const bool going_on = ask_with_ciphertext(fd, ciphertext, length) &&
                           ask_with_ciphertext(fd, ciphertext, length - 1);
     g_free(ciphertext);

@@ -9,15 +9,15 @@
 /* The package name under which this client registers. */
 extern char own_name[];
 
-/* Each of these sends a request over the channel, shows it and what comes back. False when the
- * server can no longer be asked. */
+/* Each of these functions sends a request over the channel, and shows the request and the answer.
+ * They return false if the server can no longer be asked. */
 
 bool ask_admin(int fd, uint32_t discriminator, char *pkg, char *text);
 
-/* Every category but admin, one request each. */
+/* Sends one request of every category except admin. */
 bool ask_every_category(int fd);
 
-/* Receives and shows what the server answers. */
+/* Receives and shows the answer of the server. */
 bool receive_reply(int fd);
 
 #endif

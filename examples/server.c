@@ -1,11 +1,12 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * An MDM server in small: receives requests over a Unix socket, keeps what they set, and answers
- * with what is now in force, one client at a time. Runs until SIGTERM or SIGINT.
+ * A small MDM server. It receives requests over a Unix socket, keeps the policies that they set,
+ * and answers with the policy that is now in force. It serves one client at a time, until SIGTERM
+ * or SIGINT.
  *
- * It does not trust its clients: it opens what they send and seals what it answers, so that neither
- * bytes that lie nor an answer that repeats something odd does harm. It does not limit how much its
- * clients have it keep.
+ * The server does not trust its clients. It opens their bytes and seals its answers, so neither
+ * false bytes nor an answer that repeats odd contents of a request can do harm. It does not limit
+ * how much its clients make it keep.
  *
  * usage: mdm-server SOCKET [LOG_FILE]
  */
@@ -28,10 +29,9 @@
 #include "protocol.h"
 #include "show.h"
 
-/* What the server keeps between requests. Everything here is its own: copies of what they
- * carried. */
+/* The state of the server between requests. It owns all of it: copies of the requests' contents. */
 struct server {
-    GHashTable *clients; /* the package names that have registered */
+    GHashTable *clients; /* the package names of the registered clients */
     mdm_pwd_policy_t policy;
     GString *firewall_rules;
     GString *vpn_profile;
@@ -55,14 +55,14 @@ static void server_clear(struct server *server)
 }
 
 /*
- * Each of these applies a request and fills the reply's body. A reply points at the server's own
- * memory, or at the request's, which is closed only after the reply is sent.
+ * Each of these functions applies a request and fills the body of the reply. A reply points to the
+ * memory of the server or of the request. The request is closed only after the reply is sent.
  */
 
 static bool apply_admin(struct server *server, const mdm_admin_info_t *request,
                         mdm_admin_info_t *reply)
 {
-    *reply = *request; /* pkg and text stay the request's; the reply only borrows them */
+    *reply = *request; /* the reply borrows pkg and text of the request */
     if (request->type == ADMIN_REGISTER) {
         if (!mdm_is_valid_package_name(request->pkg)) {
             return false;
@@ -89,11 +89,11 @@ static void apply_pwd(struct server *server, const mdm_pwd_info_t *request, mdm_
         server->policy.str10 = g_strdup(policy->str10);
     }
     reply->type = PWD_POLICY;
-    reply->data_size = 1; /* for a policy record: it travels */
+    reply->data_size = 1; /* makes the policy travel */
     reply->data = &server->policy;
 }
 
-/* A text that is empty is no payload. */
+/* An empty text is no payload. */
 static void *payload_of(const GString *text)
 {
     return text->len > 0 ? text->str : NULL;
@@ -111,7 +111,7 @@ static void apply_firewall(struct server *server, const mdm_firewall_info_t *req
     reply->data = payload_of(server->firewall_rules);
 }
 
-/* A new secret and its size, from a base64 text of whole blocks; null for any other text. */
+/* Makes a new secret of a base64 text of whole blocks. Returns null for any other text. */
 static uint8_t *decrypt_secret(const char *text, uint32_t *size)
 {
     uint8_t *secret = NULL;
@@ -124,7 +124,7 @@ static uint8_t *decrypt_secret(const char *text, uint32_t *size)
     return secret;
 }
 
-/* The reply tells the secret's length, and not the secret. */
+/* The reply has the length of the secret, but not the secret. */
 static bool apply_vpn_secret(const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
 {
     uint32_t size = 0;
@@ -155,7 +155,7 @@ static bool apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_
     return true;
 }
 
-/* The packages of an application request, each with the number of its letters for a status. */
+/* The reply lists the packages of the request. The status of each is the number of its letters. */
 static bool apply_app(const mdm_app_info_t *request, mdm_app_res_info_t *reply)
 {
     if (request->type != APP_PACKAGES) {
@@ -175,8 +175,8 @@ static bool apply_app(const mdm_app_info_t *request, mdm_app_res_info_t *reply)
     return true;
 }
 
-/* A request whose body is in force as it stands: the reply borrows all of it. The categories served
- * by this begin with the same five fields, so that one's stand for all. */
+/* The policy of the request is in force unchanged: the reply borrows all of its body. The bodies of
+ * these categories begin with the same five fields, so the fields of one stand for all. */
 static bool apply_as_it_is(const mdm_body_t *request, uint32_t discriminator, mdm_body_t *reply)
 {
     *reply = *request;
@@ -199,7 +199,7 @@ static bool apply_phone_res(const mdm_body_t *request, mdm_body_t *reply)
     return true;
 }
 
-/* Sending a profile adds its size to `data_size`, where the received sum stands. */
+/* Sending a profile adds its size to `data_size`, which holds the received sum. So set it anew. */
 static bool apply_apn(const mdm_body_t *request, mdm_body_t *reply)
 {
     const bool is_served = apply_as_it_is(request, APN_PROFILE, reply);
@@ -207,7 +207,7 @@ static bool apply_apn(const mdm_body_t *request, mdm_body_t *reply)
     return is_served;
 }
 
-/* These two categories' payload is not received, so there is none to send back. */
+/* The payload of these two categories is not received, so the reply has none. */
 static bool apply_unread(const mdm_body_t *request, mdm_body_t *reply)
 {
     reply->res.type = request->res.type;
@@ -281,7 +281,7 @@ static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *re
     }
 }
 
-/* What apply() has allocated for a reply. */
+/* Releases the blocks that apply() has allocated for a reply. */
 static void release_reply(mdm_msg_t *reply)
 {
     if (reply->type == TYPE_APP_RES) {
@@ -289,7 +289,7 @@ static void release_reply(mdm_msg_t *reply)
     }
 }
 
-/* Takes the bytes of a sealed reply over; none if it could not be sealed. */
+/* Sends and releases the bytes of a sealed reply. They are null if it could not be sealed. */
 static bool send_sealed(int fd, const mdm_msg_t *reply, uint8_t *bytes, uint32_t length)
 {
     if (bytes == NULL) {
@@ -314,8 +314,8 @@ static bool send_refusal(int fd, const char *reason)
     return sent;
 }
 
-/* What a client has put into its request may not be fit to be sent back: an empty name in a list
- * arrives as none. */
+/* Some contents of a request cannot be sent back: an empty name in a list arrives as a null
+ * element. */
 static bool send_message(int fd, mdm_msg_t *reply)
 {
     uint32_t length = 0;
@@ -324,7 +324,7 @@ static bool send_message(int fd, mdm_msg_t *reply)
                          : send_refusal(fd, "an answer that cannot be sent");
 }
 
-/* Some requests are announced to the client as done before they are answered. */
+/* For some requests the client gets a callback before the answer. */
 static bool send_callback(int fd, const mdm_msg_t *request)
 {
     char done[] = "done";
@@ -347,7 +347,7 @@ static bool send_callback(int fd, const mdm_msg_t *request)
     return send_message(fd, &callback);
 }
 
-/* Answers one packet. False when the client can no longer be answered. */
+/* Answers one packet. Returns false if the client can no longer be answered. */
 static bool serve_packet(struct server *server, int fd, const GByteArray *packet)
 {
     ipc_fault_t fault;
@@ -376,7 +376,7 @@ static void stop(int signal_number)
     asked_to_stop = 1;
 }
 
-/* Waits until the descriptor is readable. False when the server was asked to stop instead. */
+/* Waits until the descriptor is readable. Returns false if the server was asked to stop. */
 static bool wait_for(int fd, const sigset_t *signals_while_waiting)
 {
     struct pollfd readable = {.fd = fd, .events = POLLIN};
@@ -401,7 +401,7 @@ static void serve_client(struct server *server, int fd, const sigset_t *signals_
     }
 }
 
-/* Lets SIGTERM and SIGINT in only while the server waits, so that none is missed. */
+/* Unblocks SIGTERM and SIGINT only while the server waits, so that it misses none. */
 static sigset_t handle_stop_signals(void)
 {
     const struct sigaction action = {.sa_handler = stop};
@@ -426,7 +426,7 @@ int main(int argc, char **argv)
     }
     setvbuf(stdout, NULL, _IOLBF, 0);
     if (argc == 3) {
-        mdm_log_set_path(argv[2]); /* kept, not copied: argv lives as long as the program */
+        mdm_log_set_path(argv[2]); /* keeps the pointer; argv lives as long as the program */
     }
     const sigset_t signals_while_waiting = handle_stop_signals();
     const int listener = channel_listen(argv[1]);

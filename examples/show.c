@@ -37,7 +37,7 @@ static void show_names(const GList *names)
     }
 }
 
-/* The fields that most bodies begin with. */
+/* Prints the fields of the body head. */
 #define SHOW_HEAD(info) \
     printf("type=%d param=%u data_size=%d", (int)(info)->type, (info)->param, (info)->data_size)
 
@@ -48,8 +48,8 @@ static void show_bytes(int32_t data_size, const void *data)
     }
 }
 
-/* Each of these shows a body of one category: every field of the form that this demo uses, and of
- * any other form the head. */
+/* Each of these functions shows a body of one category. It shows every field of the form that this
+ * demo uses, and only the head of any other form. */
 
 static void show_admin(const mdm_body_t *body)
 {
@@ -187,7 +187,7 @@ static void show_apn(const mdm_body_t *body)
     }
 }
 
-/* The categories whose payload is raw bytes share their form. */
+/* All categories whose payload is raw bytes. */
 static void show_single_list(const mdm_body_t *body)
 {
     const mdm_res_info_t *info = &body->res;
@@ -291,7 +291,8 @@ struct category {
 
 static struct category category_of(uint8_t type)
 {
-    /* By request or callback; a reply's type is one more than its request's, unless it is here. */
+    /* By the type of a request or callback. The type of a reply is one more than its request's,
+     * unless it is in this table. */
     static const struct category categories[] = {
         [TYPE_ADMIN] = {"admin", show_admin},
         [TYPE_PWD] = {"pwd", show_pwd},

@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* Prints messages as the rows of a table that a person can read. */
+/* Prints messages as rows of a table for a person. */
 #ifndef SHOW_H
 #define SHOW_H
 
@@ -7,13 +7,13 @@
 
 #include <mdm/message.h>
 
-/* The table's head, printed once by each side. */
+/* Prints the head of the table. Each side does it once. */
 void show_head(const char *side);
 
-/* One message that `side` sent ("->") or got ("<-"), and how many bytes it was. */
+/* Prints one message that `side` sent ("->") or got ("<-"), and its length in bytes. */
 void show_message(const char *side, const char *direction, const mdm_msg_t *msg, uint32_t length);
 
-/* Prints the status that is kept under a key. */
+/* Prints the status of a key. */
 void show_status(const char *side, const char *key);
 
 #endif

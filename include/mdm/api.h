@@ -1,15 +1,15 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * Export and linkage marks that every public header uses.
+ * Macros for linkage, export and compiler warnings that the other public headers use.
  */
 #ifndef MDM_API_H
 #define MDM_API_H
 
 #ifdef __cplusplus
-/** Opens the declarations of C functions. */
+/** Begins the declarations of C functions. */
 #define MDM_BEGIN_DECLS extern "C" {
-/** Closes what #MDM_BEGIN_DECLS has opened. */
+/** Ends the declarations that #MDM_BEGIN_DECLS began. */
 #define MDM_END_DECLS }
 #else
 #define MDM_BEGIN_DECLS
@@ -24,11 +24,11 @@
     __attribute__((__format__(__printf__, format_index, first_argument)))
 
 #ifdef __GNUC__
-/** Lets the compiler warn of a call whose result is ignored. */
+/** Lets the compiler warn about a call whose result is ignored. */
 #define MDM_WARN_UNUSED __attribute__((__warn_unused_result__))
-/** Lets the compiler warn of a null pointer for the arguments of these numbers. */
+/** Lets the compiler warn about a null pointer for the arguments with these numbers, from 1. */
 #define MDM_NONNULL(...) __attribute__((__nonnull__(__VA_ARGS__)))
-/** Lets the compiler know that a result is never null. */
+/** Tells the compiler that a result is never null. */
 #define MDM_RETURNS_NONNULL __attribute__((__returns_nonnull__))
 #else
 #define MDM_WARN_UNUSED
@@ -36,8 +36,9 @@
 #define MDM_RETURNS_NONNULL
 #endif
 
-/** Lets the compiler warn of a result that another function than this one gives back, or that is
- * given back twice, or never. GCC knows such pairs from version 11 on. */
+/** Names the function that releases the result. The compiler warns about a result that another
+ * function releases, or that is released twice or never. Only GCC 11 and later has this attribute.
+ * */
 #if defined(__GNUC__) && !defined(__clang__) && __GNUC__ >= 11
 #define MDM_RELEASED_BY(function) __attribute__((__malloc__(function, 1)))
 #else

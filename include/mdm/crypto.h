@@ -4,15 +4,15 @@
  * AES-128 in CBC mode over a caller's buffer, for short secrets that a server and its clients keep
  * or exchange.
  *
- * The helper rounds lengths and calls the cipher; it adds no padding scheme, no length prefix and
- * no integrity check. Equal plaintexts under one `key_iv` give equal ciphertexts. Who needs more
- * than that keeps a length and an authentication code beside the ciphertext.
+ * The helper rounds lengths and calls the cipher. It adds no padding scheme, no length prefix and
+ * no integrity check. Equal plaintexts under one `key_iv` give equal ciphertexts. If you need more,
+ * keep a length and an authentication code beside the ciphertext.
  *
  * @code{.c}
  * #include <glib.h>
  * #include <mdm/crypto.h>
  *
- * const char *key_iv = ...;          // 32 characters, which the caller keeps
+ * const char *key_iv = ...;          // 32 characters; stays the caller's
  * uint8_t plain[16] = "0123456789";  // 10 bytes of text, zero-filled to a whole block
  * uint8_t *cipher, *again;
  * uint32_t cipher_len, again_len;
@@ -23,17 +23,18 @@
  * g_free(again);
  * @endcode
  *
- * `key_iv` is a string of 32 characters, taken as raw bytes: characters 1 to 16 are the key, 17 to
- * 32 the initialisation vector. A half that ends early is filled with zeros, and the second half
- * begins 16 bytes past the start whatever the first one holds: where the key ends early, a string
- * must begin there, too. Further characters are ignored, but the terminator must not be missing.
+ * `key_iv` is a string of 32 characters, taken as raw bytes. Characters 1 to 16 are the key,
+ * characters 17 to 32 the initialisation vector. Further characters are ignored, but the string
+ * must have a terminator. Each half is read as a string: a half that ends early is filled with
+ * zeros. The second half always begins 16 bytes behind the start. So if the key ends early, a
+ * second string must begin there.
  *
- * Do not send a ciphertext in a message as it stands: it may hold zero bytes, and the raw bytes of a
- * message end, for the receiver, at their first zero byte. Send it as text, in base64 (GLib's
- * g_base64_encode()) or hexadecimal, and let the receiver check the length of what it decodes.
+ * Do not send a ciphertext in a message as raw bytes: it may hold zero bytes, and the receiver's
+ * raw bytes end at their first zero byte. Send it as text, in base64 (GLib's g_base64_encode()) or
+ * hexadecimal. Let the receiver check the length of the decoded bytes.
  *
- * Thread safety: every call is independent of every other. The key schedule and the copies of the
- * key and the vector are wiped before a call returns.
+ * Thread safety: every call is independent of every other call. Before a call returns, it wipes the
+ * key schedule and its copies of the key and the vector.
  */
 #ifndef MDM_CRYPTO_H
 #define MDM_CRYPTO_H
@@ -46,13 +47,13 @@
 MDM_BEGIN_DECLS
 
 /**
- * Encrypts n bytes, where n is @p in_len rounded down to a multiple of 16, plus 16. A whole number
- * of blocks thus gains one block more: 0 gives 16, 15 gives 16, 16 gives 32, 31 gives 32.
+ * Encrypts n bytes, where n is @p in_len rounded down to a multiple of 16, plus 16. So even a whole
+ * number of blocks gains one more block: 0 gives 16, 15 gives 16, 16 gives 32, 31 gives 32.
  *
- * All n bytes are read from @p in as they stand: what the buffer holds behind @p in_len is the
- * padding. Pass a buffer that is readable for n bytes, and zero-filled up to there for a defined
- * ciphertext. n is computed in 32 bits: from an @p in_len of 4294967280 it is 0, nothing is read
- * and a null pointer is the empty ciphertext.
+ * The call reads all n bytes from @p in: the bytes behind @p in_len are the padding. Pass a buffer
+ * that is readable for n bytes. Fill it with zeros from @p in_len on, so that the ciphertext is
+ * defined. n is computed in 32 bits: for an @p in_len of 4294967280 or more, n is 0. Then the call
+ * reads nothing, and the empty ciphertext is a null pointer.
  *
  * @param in       the plaintext; not changed.
  * @param in_len   its length in bytes.
@@ -62,18 +63,18 @@ MDM_BEGIN_DECLS
  * @param out_len  receives n. Must not be null.
  *
  * @return #MDM_RESULT_SUCCESS. #MDM_RESULT_FAILED if @p in or @p key_iv is null: then nothing is
- *         allocated and neither output is touched. Memory that cannot be had ends the process.
+ *         allocated and neither output is touched. Without memory the call ends the process.
  */
 MDM_API int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *key_iv,
                                 uint8_t **out, uint32_t *out_len);
 
 /**
- * Decrypts @p in_len bytes. No padding is stripped: the plaintext has the length of the ciphertext.
- * A zero byte that is not counted follows it, so that a text may be read as a string.
+ * Decrypts @p in_len bytes. The call strips no padding: the plaintext has the length of the
+ * ciphertext. An uncounted zero byte follows it, so a text may be read as a string.
  *
- * A whole number of blocks is expected. Any other length goes to the cipher as it is: the last,
- * incomplete block is read whole from @p in, which must therefore be readable up to the next
- * multiple of 16, and only its counted bytes are stored.
+ * @p in_len should be a multiple of 16. The call does not check that. If it is no multiple, the
+ * cipher reads the last block whole, so @p in must be readable up to the next multiple of 16. Only
+ * the counted bytes of that block are stored.
  *
  * @param in       the ciphertext; not changed.
  * @param in_len   its length in bytes.
@@ -82,9 +83,9 @@ MDM_API int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *
  *                 g_free(). Must not be null.
  * @param out_len  receives @p in_len. Must not be null.
  *
- * @return #MDM_RESULT_SUCCESS, whether or not the key was the right one. #MDM_RESULT_FAILED if
- *         @p in or @p key_iv is null: then nothing is allocated and neither output is touched.
- *         Memory that cannot be had ends the process.
+ * @return #MDM_RESULT_SUCCESS, even with a wrong key. #MDM_RESULT_FAILED if @p in or @p key_iv is
+ *         null: then nothing is allocated and neither output is touched. Without memory the call
+ *         ends the process.
  */
 MDM_API int32_t mdm_aes_decrypt(const uint8_t *in, uint32_t in_len, const char *key_iv,
                                 uint8_t **out, uint32_t *out_len);

@@ -1,22 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 /**
  * @file
- * Value classes that server and clients exchange, C++ only.
+ * Value classes that server and clients exchange, C++ only: call history, purge status, SIM
+ * changes, and the names of mail protocols.
  *
- * The classes fix the order and the types of their members; what each member means is agreed
- * between the server and its clients. A member is named by its kind and its position, from 0: `num`
- * is a 32-bit integer, `wide` a 64-bit one, `str` a text, `details` an object of another class.
+ * The classes fix the order and the types of their members. Server and clients agree on the meaning
+ * and the unit of each member. The name of a member is its kind and its position, from 0: `num` is
+ * a 32-bit integer, `wide` a 64-bit integer, `str` a text, `details` an object of another class.
+ * The codec of mdm/ipc.h does not know these classes: the program transports them itself.
  *
- * All are plain values without a base class. Copying copies every text; constructing from a
- * constant rvalue copies as well and leaves the source as it was; there is no move assignment.
- * Members are assigned in declaration order; assigning an object to itself does nothing. The
- * destructor is the only virtual function.
+ * All classes are plain values without a base class. Copying copies every text. Construction from a
+ * constant rvalue copies, too, and does not change the source. There is no move assignment. An
+ * assignment assigns the members in declaration order; assigning an object to itself does nothing.
+ * The destructor is the only virtual function.
  *
- * The header needs C++11. Objects hold std::string, so whoever shares them must use the C++ library
- * that this library was built with, and its string layout.
+ * The header needs C++11. Objects hold std::string. So a program that shares objects with the
+ * library must use the same C++ library as the library's build, with the same string layout.
  *
  * Copying and assigning may throw std::bad_alloc. An assignment that throws has assigned the
- * members up to the one that could not be copied.
+ * members before the one that could not be copied.
  *
  * @code{.cpp}
  * using namespace DevicePolicyManager;
@@ -26,8 +28,8 @@
  * DeviceInventoryCallHistoryEvent copy = event;
  * @endcode
  *
- * Thread safety: that of any plain value. One object must not be changed by one thread while
- * another uses it; the constants never change.
+ * Thread safety: that of any plain value. While one thread changes an object, no other thread may
+ * use it. The constants never change.
  */
 #ifndef MDM_DEVICE_POLICY_MANAGER_HPP
 #define MDM_DEVICE_POLICY_MANAGER_HPP
@@ -41,9 +43,10 @@
 namespace DevicePolicyManager {
 
 /**
- * A value with a flag that tells whether it was set. Nothing sets the flag but the user.
+ * A value with a flag that tells whether it was set. Only the user sets the flag.
  *
- * Used with int32_t, uint32_t, int64_t, uint64_t, std::string and the two classes of details.
+ * The classes use it with int32_t, uint32_t, int64_t, uint64_t, std::string and the two classes of
+ * details.
  */
 template <class T>
 class Nullable {
@@ -56,7 +59,7 @@ public:
     Nullable &operator=(const Nullable &other) = default;
     virtual ~Nullable() = default; /**< Destroys the value. */
 
-    T value{};           /**< Meaningful when it is set. */
+    T value{};           /**< Only meaningful if #is_set is true. */
     bool is_set = false; /**< Whether #value was set. */
 };
 
@@ -67,7 +70,7 @@ public:
     DeviceInventoryCallHistoryCallDetails();
     /** A copy. @param other  the source, which stays as it was. */
     DeviceInventoryCallHistoryCallDetails(const DeviceInventoryCallHistoryCallDetails &other);
-    /** Assigns every member in order, or nothing to itself. @param other  the source.
+    /** Assigns every member in order; does nothing for itself. @param other  the source.
      * @return This object. */
     DeviceInventoryCallHistoryCallDetails &
     operator=(const DeviceInventoryCallHistoryCallDetails &other);
@@ -87,7 +90,7 @@ public:
     DeviceInventoryCallHistoryEvent(const DeviceInventoryCallHistoryEvent &other);
     /** A copy. @param other  the source, which stays as it was. */
     DeviceInventoryCallHistoryEvent(const DeviceInventoryCallHistoryEvent &&other);
-    /** Assigns every member in order, or nothing to itself. @param other  the source.
+    /** Assigns every member in order; does nothing for itself. @param other  the source.
      * @return This object. */
     DeviceInventoryCallHistoryEvent &operator=(const DeviceInventoryCallHistoryEvent &other);
     /** Destroys the members in reverse order. */
@@ -118,7 +121,7 @@ public:
     /** A copy. @param other  the source, which stays as it was. */
     DeviceInventoryCallHistoryQueryParameter(
         const DeviceInventoryCallHistoryQueryParameter &&other);
-    /** Assigns every member in order, or nothing to itself. @param other  the source.
+    /** Assigns every member in order; does nothing for itself. @param other  the source.
      * @return This object. */
     DeviceInventoryCallHistoryQueryParameter &
     operator=(const DeviceInventoryCallHistoryQueryParameter &other);
@@ -144,7 +147,7 @@ public:
     DeviceInventoryPurgeStatus(const DeviceInventoryPurgeStatus &other);
     /** A copy. @param other  the source, which stays as it was. */
     DeviceInventoryPurgeStatus(const DeviceInventoryPurgeStatus &&other);
-    /** Assigns every member in order, or nothing to itself. @param other  the source.
+    /** Assigns every member in order; does nothing for itself. @param other  the source.
      * @return This object. */
     DeviceInventoryPurgeStatus &operator=(const DeviceInventoryPurgeStatus &other);
     /** Destroys the members in reverse order. */
@@ -167,7 +170,7 @@ public:
     MiscSimChangeInfoCommonDetailsCommon(const MiscSimChangeInfoCommonDetailsCommon &other);
     /** A copy. @param other  the source, which stays as it was. */
     MiscSimChangeInfoCommonDetailsCommon(const MiscSimChangeInfoCommonDetailsCommon &&other);
-    /** Assigns every member in order, or nothing to itself. @param other  the source.
+    /** Assigns every member in order; does nothing for itself. @param other  the source.
      * @return This object. */
     MiscSimChangeInfoCommonDetailsCommon &
     operator=(const MiscSimChangeInfoCommonDetailsCommon &other);
@@ -192,7 +195,7 @@ public:
     MiscSimChangeInfoCommon(const MiscSimChangeInfoCommon &other);
     /** A copy. @param other  the source, which stays as it was. */
     MiscSimChangeInfoCommon(const MiscSimChangeInfoCommon &&other);
-    /** Assigns every member in order, or nothing to itself. @param other  the source.
+    /** Assigns every member in order; does nothing for itself. @param other  the source.
      * @return This object. */
     MiscSimChangeInfoCommon &operator=(const MiscSimChangeInfoCommon &other);
     /** Destroys the members in reverse order, the second details before the first. */
@@ -207,9 +210,9 @@ public:
 /**
  * The names of the mail-server protocols.
  *
- * They are built when the library is loaded, in this order: static initialisers of a program or a
- * library that links this one may use them. They are destroyed when it is unloaded or the process
- * ends.
+ * The library constructs them when it is loaded, in this order. So static initialisers of a program
+ * or a library that links this one may use them. The library destroys them when it is unloaded or
+ * when the process ends.
  */
 namespace ServerInfo {
 

@@ -1,52 +1,72 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * The guarded path: messages from bytes that nobody vouched for, and bytes that every receiver can
- * open.
+ * The guarded path: ipc_open() opens untrusted bytes, and ipc_seal() makes bytes that every
+ * receiver can open.
  *
- * The functions of mdm/ipc.h believe what they are given. These do not: ipc_open() is safe whatever
- * the bytes are, and ipc_seal() sends nothing that ipc_open() would refuse. The format is the same:
- * either side may use either path.
+ * The functions of mdm/ipc.h are the trusting path: they believe the bytes of a message and the
+ * body of a sender. The guarded path checks both. ipc_open() is safe for any bytes. ipc_seal()
+ * refuses a message that ipc_open() would refuse. Both paths have the same wire format: a sender
+ * may use one path, and its receiver the other.
  *
- * Opened and deserialised messages are two kinds, told apart by the type of the variable:
+ * @code{.c}
+ * ipc_fault_t fault;
+ * mdm_msg_t *msg = ipc_open(bytes, length, &fault);
+ * if (msg != NULL) {
+ *     handle(msg);  // copies what it wants to keep
+ *     ipc_close(msg);
+ * } else {
+ *     gchar *reason = ipc_fault_describe(&fault);
+ *     fprintf(stderr, "refused: %s\n", reason);
+ *     g_free(reason);
+ * }
+ * @endcode
  *
- * - `mdm_msg_t *msg`, a pointer that ipc_open() returned, is closed with ipc_close(), or at the end
- *   of its scope if it is declared with #MDM_AUTO_CLOSE;
- * - `mdm_msg_t msg`, a record of the caller's own that ipc_deserialize() filled, is released with
- *   ipc_free(), or at the end of its scope if it is declared as `g_auto(mdm_msg_t) msg = {0};`. The
- *   second is not for a record that was filled for sending, nor for whatever ipc_free() must not be
- *   called with.
+ * How a message is released depends on who filled it. The type of the variable tells the first two
+ * cases apart:
  *
- * There is deliberately no `g_autoptr(mdm_msg_t)`: it could not say which of the two it releases.
- * Compilers warn of much that mixes the two up, but not of ipc_free() for an opened message.
+ * | filled by         | variable         | released by  | at the end of the scope         |
+ * |-------------------|------------------|--------------|---------------------------------|
+ * | ipc_open()        | `mdm_msg_t *msg` | ipc_close()  | `MDM_AUTO_CLOSE mdm_msg_t *msg` |
+ * | ipc_deserialize() | `mdm_msg_t msg`  | ipc_free()   | `g_auto(mdm_msg_t) msg = {0};`  |
+ * | the program       | `mdm_msg_t msg`  | the program  |                                 |
  *
- * An opened message never goes to ipc_free(), and nothing in it is freed, reallocated or taken over
- * on its own: all of it is one region of memory. Otherwise it reads like the message that
- * ipc_deserialize() makes of the same bytes in a zeroed record, except that
+ * Do not use `g_auto` for a record that was filled for sending, nor for a message that ipc_free()
+ * must not get. There is deliberately no `g_autoptr(mdm_msg_t)`: it could not tell an opened
+ * message from a deserialised one. Compilers warn about many wrong releases, but not about
+ * ipc_free() for an opened message.
  *
- * - every field that did not travel is zero;
- * - no string, list or record outlives the message: what is to be kept is copied;
- * - no string is copied twice: the second copy of a security string (`type` 68, 69) is the first;
- * - nothing of it leaks: ipc_close() also takes back what ipc_free() leaves to the owner;
- * - phone_res 439 and 440 hold the raw bytes that travelled, and are closed like any other;
- * - the guarded path refuses, where ipc_deserialize() would read beyond the buffer, or where a size
- *   is negative that the category uses as a length: that of misc 122, too, which ipc_deserialize()
- *   takes for 0.
+ * An opened message is one arena of memory. Never pass it to ipc_free(). Never free, reallocate or
+ * take over a string, a record or a list of it: copy what must outlive it.
  *
- * A count of list elements below 1 announces an empty list on both paths; the count of misc 127 and
- * 128 has no sign.
+ * An opened message has the fields that ipc_deserialize() makes of the same bytes in a zeroed
+ * record. These are the differences:
  *
- * The functions keep no state: any number of threads may work on different messages at once.
+ * - Every field that the bytes do not carry is zero.
+ * - Strings, records and lists live only as long as the message.
+ * - A security string (`type` 68, 69) is in memory once; ipc_deserialize() makes two copies of it.
+ * - Nothing leaks: ipc_close() also releases the blocks that ipc_free() leaves to the owner.
+ * - A phone_res body of `type` 439 or 440 holds the raw bytes of the message. ipc_close() releases
+ *   it like any other body; ipc_free() must not get such a message.
+ * - ipc_open() refuses bytes for which ipc_deserialize() would read beyond the buffer.
+ * - ipc_open() refuses a negative `data_size` if the category uses it as a length. This includes
+ *   misc 122, for which ipc_deserialize() takes a negative `data_size` for 0.
  *
- * The log: no text of a message reaches it. ipc_open() and ipc_seal() log their entry and exit at
- * level 0 and, if they refuse, one line at level 3: "Refused: " and the sentence of
- * ipc_fault_describe(). ipc_close() and ipc_fault_describe() log nothing.
+ * On both paths a list whose count is below 1 is empty. Only the count of misc 127 and 128 is
+ * unsigned.
  *
- * No byte of a message makes ipc_open(), ipc_seal() or ipc_close() end the process. Where memory
- * cannot be had, they refuse, with the path "memory" in the fault. An opened message takes at most
- * 10 times the bytes' length and 4 KiB, 6 times where pointers have 32 bits. No count or length in
- * the bytes allocates anything before it is known that the bytes that are left can be as many. How
- * long a message may be is the channel's to limit.
+ * Thread safety: the functions keep no state. Any number of threads may work on different messages
+ * at once.
+ *
+ * The log: these functions log no text of a message. ipc_open() and ipc_seal() log their entry and
+ * their exit at level 0. If they refuse, they also log one line at level 3: "Refused: " and the
+ * sentence of ipc_fault_describe(). ipc_close() and ipc_fault_describe() log nothing.
+ *
+ * Memory: no byte of a message makes ipc_open(), ipc_seal() or ipc_close() end the process. Without
+ * memory ipc_open() and ipc_seal() refuse, and the path of the fault is "memory". An opened message
+ * takes at most 10 times the length of its bytes and 4 KiB; where pointers have 32 bits, 6 times
+ * and 4 KiB. Before ipc_open() allocates memory for a count or a length, it compares that number
+ * with the remaining bytes. The channel must limit the length of a message.
  */
 #ifndef MDM_GUARDED_H
 #define MDM_GUARDED_H
@@ -58,44 +78,50 @@
 #include "mdm/ipc.h"
 #include "mdm/message.h"
 
-/** The most zeros that ipc_seal() adds to a message because the sender's `data_size` says so. */
+/**
+ * The largest number of zero bytes that ipc_seal() appends because the sender's `data_size` says
+ * so. The wire format has no such limit. The library chose this one: senders need only a few zero
+ * bytes.
+ */
 #define MDM_MAX_PADDING 65536
 
 MDM_BEGIN_DECLS
 
 /**
- * Why bytes were not opened, or a message was not sealed. ipc_fault_describe() makes a sentence of
- * it.
+ * The reason of a refusal. ipc_fault_describe() makes a sentence of it.
  *
- * A number above 4294967295 reads as 4294967295, and so does what a negative length would need.
+ * A number above 4294967295 is stored as 4294967295. So is `needed` for a negative length.
  */
 typedef struct ipc_fault {
-    uint32_t offset;  /**< Where in the bytes. For a text, for raw bytes and for the elements of a
-                          list: where they begin, behind their count. */
-    uint32_t needed;  /**< How many bytes were needed from there on. For "header.length": the whole
-                          message, as its length field or the smallest message has it, and 4 where
-                          not even that field is there. For "header.type": the one byte that is no
-                          message type. For "memory": how many bytes of memory could not be had. 0
-                          for a part of a sender's message that is missing or cannot be sent. */
-    uint32_t left;    /**< How many bytes were left there; 0 for "memory". */
-    const char *path; /**< Which field, for example "wifi.network.detail.w3" or "header.hdr_text". A
-                           static string. Elements of a list are named like one of them
-                           ("security.account.str4"), their count like the list
-                           ("security.accounts"), raw bytes and a missing payload like the member
-                           that holds them ("wifi.data"). */
+    uint32_t offset;  /**< Where the field is, counted from the first byte of the message. For a
+                          text, for raw bytes and for the elements of a list: where they begin,
+                          behind their count. If ipc_seal() refuses a body: where the body begins,
+                          or where writing stopped. */
+    uint32_t needed;  /**< How many bytes the field needs from `offset` on. For "header.length": the
+                          size of the whole message, as its length field says or as the smallest
+                          message has it (40); 4 if there is no whole length field. For
+                          "header.type": 1, for the byte that is no message type. For "memory": how
+                          many bytes of memory could not be allocated. 0 if a part of a sender's
+                          message is missing or cannot be sent. */
+    uint32_t left;    /**< How many bytes are left from `offset` on; 0 for "memory". */
+    const char *path; /**< The name of the field, for example "wifi.network.detail.w3" or
+                           "header.hdr_text". A static string: never release it. Every element of a
+                           list has the same path ("security.account.str4"). The count of a list has
+                           the path of the list ("security.accounts"). Raw bytes and a missing
+                           payload have the path of their member ("wifi.data"). */
 } ipc_fault_t;
 
 /**
- * Says in one sentence for a person what a fault says in numbers, without a full stop:
+ * Describes a fault in one sentence for a person, without a full stop:
  *
  *     wifi.network.ssid at offset 56 needs 12 bytes, 3 are left
  *     header.length announces a message of 60 bytes, 57 are there
  *     wifi.data is missing
  *
- * The functions of this file log this sentence when they refuse. It is for reading: programs look
- * at the fault itself.
+ * ipc_open() and ipc_seal() log this sentence when they refuse. Programs should look at the members
+ * of the fault, not at the sentence.
  *
- * @param fault  a fault that one of these functions has written. Must not be null.
+ * @param fault  a fault that ipc_open() or ipc_seal() has written. Must not be null.
  *
  * @return A new string, which the caller releases with g_free(); never null. Without memory for it
  *         the call ends the process, as GLib does.
@@ -104,59 +130,67 @@ MDM_API gchar *ipc_fault_describe(const ipc_fault_t *fault)
     MDM_RELEASED_BY(g_free) MDM_WARN_UNUSED MDM_RETURNS_NONNULL MDM_NONNULL(1);
 
 /**
- * Gives back an opened message, with every string, record and list of it.
+ * Releases an opened message with all its strings, records and lists. Call it once.
  *
  * @param msg  a message that ipc_open() returned, or null.
  */
 MDM_API void ipc_close(mdm_msg_t *msg);
 
 /**
- * Opens received bytes: returns the message that ipc_deserialize() would make of them in a zeroed
+ * Opens received bytes: makes the message that ipc_deserialize() would make of them in a zeroed
  * record.
  *
- * It refuses bytes that fail a check of the envelope, and bytes from which any field would have to
- * be read behind their end. It refuses a count or a length that cannot be true of the bytes that
- * are left, and a negative size that the category uses as a length.
+ * It refuses
  *
- * @param buffer  the received bytes, at any address; not changed and not kept. Nothing behind them
- *                is read.
- * @param length  their exact number; any will do.
- * @param fault   receives the reason on refusal and is untouched otherwise. May be null.
+ * - bytes that ipc_deserialize() would reject, and bytes that are shorter than a message (40);
+ * - bytes that end before a field ends;
+ * - a count or a length that the remaining bytes cannot hold;
+ * - a negative size that the category uses as a length.
  *
- * @return A message that the caller gives back with ipc_close(); null on refusal. A message type
- *         without a category has the header only.
+ * @param buffer  the received bytes, at any address; not changed and not kept. The call reads no
+ *                byte behind them. Null is refused.
+ * @param length  the exact number of bytes. Any number is allowed.
+ * @param fault   receives the reason if the call refuses; otherwise untouched. May be null.
+ *
+ * @return A message that the caller releases with ipc_close(); null if the call refuses. If the
+ *         message type has no category, only the header is filled and the body is zero.
  */
 MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t *fault)
     MDM_RELEASED_BY(ipc_close) MDM_WARN_UNUSED;
 
 /**
- * Turns a message into the bytes that ipc_serialize() would return, if they are sound. What is
- * sealed can be opened.
+ * Turns a message into the bytes that ipc_serialize() would return, unless they would be unsound.
+ * ipc_open() opens whatever this call returns.
  *
- * It refuses
+ * It refuses the following. The path of the fault is in brackets; "size" means the path of the
+ * body's `data_size`.
  *
- * - a null message ("message"), a type without a category ("header.type"), and a size that no
- *   message has ("header.length");
- * - a body without the payload that its `data_size` announces, and a part that is missing in a
- *   payload (the path of that part); but not a security item, 56 or 76, whose `data_size` sealing
- *   sets;
- * - a body with anything in `data` that would not travel, because its `data_size` says that there is
- *   no payload, or because the format has none in `data`: location, roaming_res, misc 123, 127 and
- *   128, container except 628 to 632 (the path of the size);
- * - a list with a null element, and a list that is not handed over by its first cell: not as many
- *   elements would be written as are counted (the path of the list);
- * - a negative `data_size` of raw bytes or of an array, and one to which the category adds the
- *   payload's size: apn 387 and 393, eas 104 (the path of the size);
- * - more than #MDM_MAX_PADDING zeros: wifi pairs, DHCP settings and triples, apn 387 and 393, and
- *   eas 104 add as many zeros to a message as the sender's `data_size` says. No sender means more
- *   than a few: any size makes the payload travel (the path of the size);
- * - an app 140 or 141 of another `data_size` than 8 (the path of the size), and a phone_res 439 or
- *   440 with a payload (the path of the type), because a receiver's copy of them is not what the
- *   sender's was;
- * - a message for which there is no memory ("memory").
+ * - A null message ("message").
+ * - A message type that is 0, above 80 or without a category ("header.type").
+ * - A size that no message has ("header.length"). A message must be smaller than 2 GiB.
+ * - A missing payload that `data_size` announces, or a missing part of a payload (the path of the
+ *   missing part). A roaming record is always announced. A security item (56, 76) may be missing:
+ *   sealing stores 0 in its `data_size`. A null list of wifi, bluetooth, app or app_res is not
+ *   missing, but empty.
+ * - A `data` that is not null, but would not travel (size). Either `data_size` says that there is
+ *   no payload, or the format has no payload in `data`: location, roaming_res, misc 123, 127 and
+ *   128, container except 628 to 632.
+ * - A list with a null element, and a list that is entered in the middle instead of by its first
+ *   cell (the path of the list). Its count would differ from the number of elements written.
+ * - A negative `data_size` of raw bytes or of an array, in the categories that read it as a length:
+ *   security, misc, apn, kiosk, container and those of mdm/body/single_list.h (size).
+ * - A negative `data_size` to which the category adds the size of the payload: apn 387 and 393,
+ *   eas 104 (size).
+ * - A `data_size` above #MDM_MAX_PADDING, where the category appends that many zero bytes to the
+ *   payload: wifi pairs, DHCP settings and triples, apn 387 and 393, eas 104 (size). Senders need
+ *   only a small `data_size` there: any positive one makes the payload travel.
+ * - A `data_size` other than 8 for a payload of app 140 or 141 (size). The receiver's payload would
+ *   differ from the sender's.
+ * - A payload of phone_res 439 or 440 ("phone_res.type"), for the same reason.
+ * - A message for which there is no memory ("memory").
  *
- * A message that was opened may be sealed, as it is or changed. These are refused as they are, and
- * no others, but for one that would reach 2 GiB and one for which there is no memory:
+ * An opened message may be sealed, changed or unchanged. Unchanged, ipc_seal() refuses exactly the
+ * messages of this table, a message that would reach 2 GiB, and one for which there is no memory:
  *
  * | category   | `type`               | opened with                         | path of the fault          |
  * |------------|----------------------|-------------------------------------|----------------------------|
@@ -193,38 +227,39 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
  * | kiosk      | 618, 619, 621        | an empty list                       | `kiosk.data`               |
  * | none       | any                  | anything                            | `header.type`              |
  *
- * An empty list or text counts only where `data_size` announces it. A message of the category
- * "none" has a type without a category.
+ * An empty list or text counts only if `data_size` announces a payload. The category "none" stands
+ * for the message types without a category.
  *
- * A message that is sealed again need not have the bytes that it was opened from: a security list
- * has lost its empty strings, and some categories store a `data_size` of their own. Where a
- * category adds `data_size` zeros to a message, or the payload's size to `data_size`, set it anew
- * first: it is the other sender's number.
+ * The bytes of an opened message that is sealed again may differ from the received ones: a security
+ * list has lost its empty strings, and some categories store a computed `data_size`. Some
+ * categories append `data_size` zero bytes to the payload, or add the size of the payload to
+ * `data_size`. Set `data_size` of such a body before sealing it again: the received one is the
+ * other sender's number.
  *
- * What a body points at must otherwise be what its discriminator says, and as long as its
- * `data_size` says: that is the caller's word, and cannot be checked.
+ * Some promises of the caller cannot be checked. `data` must point to the payload that the
+ * discriminator selects, and raw bytes must be as long as `data_size` says.
  *
  * @param msg         the message. Some categories store the computed `data_size` in the body, as
- *                    ipc_serialize() does; on refusal the message is as it was.
- * @param out_length  receives the number of bytes; untouched on refusal. Must not be null.
- * @param fault       receives the reason on refusal and is untouched otherwise. May be null.
+ *                    ipc_serialize() does. If the call refuses, the message is unchanged.
+ * @param out_length  receives the number of bytes; untouched if the call refuses. Must not be null.
+ * @param fault       receives the reason if the call refuses; otherwise untouched. May be null.
  *
- * @return A new buffer of `*out_length` bytes, which the caller releases with g_free(); null on
- *         refusal.
+ * @return A new buffer of `*out_length` bytes, which the caller releases with g_free(); null if the
+ *         call refuses.
  */
 MDM_API uint8_t *ipc_seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t *fault)
     MDM_RELEASED_BY(g_free) MDM_WARN_UNUSED MDM_NONNULL(2);
 
 MDM_END_DECLS
 
-/* What MDM_AUTO_CLOSE calls. */
+/* The cleanup function of MDM_AUTO_CLOSE. */
 static inline void mdm_auto_close(mdm_msg_t **msg)
 {
     ipc_close(*msg);
 }
 
 /**
- * Closes an opened message where its variable goes out of scope:
+ * Closes an opened message when its variable goes out of scope:
  *
  *     MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(bytes, length, NULL);
  */

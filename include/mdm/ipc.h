@@ -1,24 +1,37 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * The IPC message codec: turns a message into bytes, bytes into a message, and releases what a
- * received message owns.
+ * The IPC message codec: turns a message into bytes, turns bytes into a message, and releases
+ * what a received message owns. These functions are the trusting path.
  *
- * The codec keeps no state: any number of threads may work on different messages at once. It is
- * not a transport: sending and receiving the bytes, whole and in order, is the caller's job.
+ * The codec is not a transport. The caller sends and receives the bytes, whole and in order.
  *
- * Trust: of a received buffer the length, the minimum length and the message type are checked;
- * the count of the header's text and every count and length inside a body are believed. Bytes
- * whose sender could lie about them must not reach ipc_deserialize(), but ipc_open() of
- * mdm/guarded.h.
+ * Trust: ipc_deserialize() checks the length, the minimum length and the message type of received
+ * bytes. It believes the length of the header's text, and every count and length inside a body.
+ * Pass untrusted bytes to ipc_open() of mdm/guarded.h, never to ipc_deserialize().
  *
- * The log: these functions log texts of a message as they are. Level 0 has the package name of an
- * admin query. Level 1 has names of wifi networks, settings of a wifi pair (which may be a secret),
- * names of bluetooth devices, package names and pairs of app, package names and items of app_res,
- * bookmarks of misc, and names of apn profiles. Level 1 is logged by default.
- * mdm_log_set_level(#MDM_LOG_WARN), or a higher threshold, silences both levels. docs/security.md
- * has a table of these lines ("What the log repeats"). The functions of mdm/guarded.h log no text
- * of a message.
+ * @code{.c}
+ * mdm_msg_t received = {0};
+ * if (ipc_deserialize(&received, bytes, length) == MDM_RESULT_SUCCESS) {
+ *     handle(&received);
+ *     ipc_free(&received);
+ * }
+ * @endcode
+ *
+ * Thread safety: the codec keeps no state. Any number of threads may work on different messages at
+ * once.
+ *
+ * Memory: every block that the codec allocates comes from GLib's allocator. Without memory, GLib
+ * ends the process. There are three exceptions: without memory for a pair of app, or for a text or
+ * a pair of misc, ipc_deserialize() leaves `data` as it was.
+ *
+ * The log: these functions log some texts of a message unchanged. Level 0 has the package name of
+ * an admin query. Level 1 has the names of wifi networks, the settings of a wifi pair (which may be
+ * a secret), the names of bluetooth devices, the package names and pairs of app, the package names
+ * and items of app_res, the bookmarks of misc, and the names of apn profiles. Level 1 is logged by
+ * default. mdm_log_set_level(#MDM_LOG_WARN), or a higher threshold, silences both levels.
+ * docs/security.md has a table of these lines ("What the log repeats"). The functions of
+ * mdm/guarded.h log no text of a message.
  */
 #ifndef MDM_IPC_H
 #define MDM_IPC_H
@@ -35,23 +48,24 @@ MDM_BEGIN_DECLS
 /**
  * Turns a message into one contiguous buffer.
  *
- * The body's size is computed first, then one buffer is allocated and written. Bytes of the message
- * that nobody writes are zero. Some categories store the computed `data_size` in the body; nothing
- * else in @p msg changes.
+ * The call computes the size of the body, allocates one buffer and writes the message. Bytes of the
+ * message that no field fills are zero. Some categories store the computed `data_size` in the body;
+ * nothing else in @p msg changes.
  *
- * A body that cannot be written is only reported in the log: the buffer is still returned, with
- * whatever was written before the failure. A body that cannot be sized, or that a category counts
- * shorter than it writes it, has no room in the buffer: the bodies' documentation says what a
- * sender must not pass. The guard behind the message reports a short overrun in the log; it does
- * not prevent one.
+ * A body that cannot be written is only reported in the log: the call returns the buffer with the
+ * bytes that were written before the failure. The buffer has too little room for a body that cannot
+ * be sized, and for a body that its category counts shorter than it writes it. Never pass such a
+ * body; the header of each body says which bodies they are. Five bytes of the library's own follow
+ * the message in the buffer: a zero byte and a guard of four bytes. The guard only detects a short
+ * overrun, which the log then reports; it does not prevent one.
  *
- * @param msg         the message; `type` and the matching member of `body` must be filled.
- * @param out_length  receives the message's length in bytes; untouched on failure. Must not be
+ * @param msg         the message. The caller fills `type` and the matching member of `body`.
+ * @param out_length  receives the length of the message in bytes; untouched on failure. Must not be
  *                    null.
  *
- * @return A new buffer of `*out_length` bytes, which the caller releases with g_free(). Null if
- *         @p msg is null, its type is 0 or above 80, its type has no category, or the computed
- *         length is negative or below 8.
+ * @return A new buffer with `*out_length` bytes of message, which the caller releases with
+ *         g_free(). Null if @p msg is null, if its type is 0, above 80 or without a category, or if
+ *         the computed length is negative or below 8.
  */
 MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
     MDM_RELEASED_BY(g_free) MDM_WARN_UNUSED MDM_NONNULL(2);
@@ -59,38 +73,40 @@ MDM_API uint8_t *ipc_serialize(mdm_msg_t *msg, uint32_t *out_length)
 /**
  * Checks a received buffer and rebuilds the message from it.
  *
- * Pass a zeroed record: an old `hdr_text` is released with g_free(), and a body field that the
- * category does not assign keeps what it held, be it a pointer that a release left dangling.
- * `hdr_aux` is never touched. A message type without a category fills the header only.
+ * Pass a zeroed record. The call releases an old `hdr_text` with g_free(). A field of the body that
+ * the category does not assign keeps its old value, even a pointer to a released block. `hdr_aux`
+ * is never touched. If the message type has no category, only the header is filled.
  *
- * The strings, records and lists of the message are copies: the buffer may be released at once.
+ * The strings, records and lists of the message are copies: the caller may release the buffer at
+ * once. Release the message with ipc_free().
  *
- * @param msg     the record to fill; untouched when the buffer is rejected.
+ * @param msg     the record to fill; untouched if the call rejects the buffer.
  * @param buffer  the received bytes, at any alignment; not changed and not kept.
- * @param length  their exact number. Fewer than 4, the size of the length field, are rejected
- *                unread. The length is compared in unsigned 32-bit arithmetic, in which 4 to 7 may
- *                match a lying length field: reject packets of fewer than 40 bytes, the smallest
- *                message, before they come here.
+ * @param length  the exact number of bytes. Fewer than 4, the size of the length field, are
+ *                rejected unread. The comparison with the length field is in unsigned 32-bit
+ *                arithmetic: with 4 to 7 bytes, a false length field may match. So reject packets
+ *                of fewer than 40 bytes, the size of the smallest message, before this call.
  *
- * @return #MDM_RESULT_SUCCESS, whatever became of the body (a body handler that fails is reported
- *         in the log). #MDM_RESULT_FAILED if @p msg or @p buffer is null, the length field is not
- *         @p length - 8 or is below 32, or the type is 0 or above 80.
+ * @return #MDM_RESULT_SUCCESS, even if the body could not be read: a body handler that fails is
+ *         only reported in the log. #MDM_RESULT_FAILED if @p msg or @p buffer is null, if the
+ *         length field is not @p length - 8 or is below 32, or if the type is 0 or above 80.
  */
 MDM_API int32_t ipc_deserialize(mdm_msg_t *msg, const uint8_t *buffer,
                                 uint32_t length) MDM_WARN_UNUSED;
 
 /**
- * Releases what a received message owns: `hdr_text`, always, and then the heap parts of the body
- * that its category releases. The record itself is the caller's, and its `type` is kept.
+ * Releases what a received message owns: always `hdr_text`, then the parts of the body that its
+ * category releases. The record itself is the caller's, and its `type` is kept.
  *
- * Call it once for each received message. What some categories leave allocated or dangling is
- * documented with their bodies. Do not call it on a message that was filled for sending, unless
- * every part of it came from GLib's allocator.
+ * Call it once for each received message. Some categories leave blocks allocated, or leave pointers
+ * to released blocks: the header of each body says which. Do not pass a message that was filled for
+ * sending, unless all its parts came from GLib's allocator. Never pass a phone_res message of
+ * `type` 439 or 440 with a payload (mdm/body/phone_res.h), nor a message that ipc_open() returned.
  *
  * @param msg  a message that ipc_deserialize() has filled.
  *
  * @return #MDM_RESULT_SUCCESS; #MDM_RESULT_INVALID_ARGUMENT for a null @p msg;
- *         #MDM_RESULT_FAILED for a type above 80, which releases nothing.
+ *         #MDM_RESULT_FAILED for a type above 80; the call then releases nothing.
  */
 MDM_API int32_t ipc_free(mdm_msg_t *msg);
 

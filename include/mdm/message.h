@@ -3,8 +3,14 @@
  * @file
  * The in-memory message: a header and the body of one policy category.
  *
- * Messages are turned into bytes and back by the functions of mdm/ipc.h. Each category's body is
- * documented in its own header under mdm/body/.
+ * The functions of mdm/ipc.h and mdm/guarded.h turn messages into bytes and back. Each category's
+ * body is documented in its own header below mdm/body/. mdm/body/head.h explains the terms and the
+ * rules that hold for every body: read it first.
+ *
+ * The message type selects the category, and with it the member of ::mdm_body_t. Most categories
+ * have two message types. The codec treats both alike; server and clients agree on their use, for
+ * example one for requests and one for replies. The message types that ::mdm_body_t does not list
+ * have no category.
  */
 #ifndef MDM_MESSAGE_H
 #define MDM_MESSAGE_H
@@ -33,7 +39,7 @@
 #include "mdm/body/single_list.h"
 #include "mdm/body/wifi.h"
 
-/** The category bodies. The message type says which member is in use. */
+/** The bodies of the categories. The message type selects the member. */
 typedef union mdm_body {
     mdm_admin_info_t admin;             /**< Types 1, 2. */
     mdm_pwd_info_t pwd;                 /**< Types 3, 4. */
@@ -66,24 +72,26 @@ typedef union mdm_body {
 } mdm_body_t;
 
 /**
- * A message. The meaning of the header words and of `hdr_text` is the callers' business; the
- * codec copies them.
+ * A message. Server and clients give `hdr_byte`, the header words and `hdr_text` their meaning; the
+ * codec only copies them.
  *
- * A message must not be used by two threads at a time; different messages may be.
+ * Start with a zeroed record, `mdm_msg_t msg = {0};`, both for sending and for ipc_deserialize().
+ *
+ * Two threads must not use the same message at a time. They may use different messages.
  */
 typedef struct mdm_msg {
     uint32_t hdr_aux;   /**< The caller's word: never sent, never read, never changed. */
     uint8_t type;       /**< Message type, 1 to 80; selects the category of `body`. */
-    uint8_t hdr_byte;   /**< Sent as it stands. */
-    uint32_t hdr_word1; /**< Sent as it stands, like the other header words. */
-    uint32_t hdr_word2; /**< Its meaning is between server and clients. */
-    char *hdr_text;     /**< May be null; an empty text arrives as null. On reception a heap string
-                         owned by the message. */
-    uint32_t hdr_word3; /**< Its meaning is between server and clients. */
-    uint32_t hdr_word4; /**< Its meaning is between server and clients. */
-    uint32_t hdr_word5; /**< Its meaning is between server and clients. */
-    uint32_t hdr_word6; /**< Its meaning is between server and clients. */
-    uint32_t hdr_word7; /**< Its meaning is between server and clients. */
+    uint8_t hdr_byte;   /**< Sent unchanged. */
+    uint32_t hdr_word1; /**< Sent unchanged, like the other header words. */
+    uint32_t hdr_word2; /**< Server and clients agree on its meaning. */
+    char *hdr_text;     /**< A string; may be null. An empty text arrives as null. A received text
+                         belongs to the message. */
+    uint32_t hdr_word3; /**< Server and clients agree on its meaning. */
+    uint32_t hdr_word4; /**< Server and clients agree on its meaning. */
+    uint32_t hdr_word5; /**< Server and clients agree on its meaning. */
+    uint32_t hdr_word6; /**< Server and clients agree on its meaning. */
+    uint32_t hdr_word7; /**< Server and clients agree on its meaning. */
     mdm_body_t body;    /**< The category's body. */
 } mdm_msg_t;
 

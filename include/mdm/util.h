@@ -1,10 +1,11 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * Helpers around application-package policies: the size of a list of package names, and what a
- * package name may look like.
+ * Helpers for application-package policies: the size of a list of package names, and a test for
+ * package names. A package name identifies an application, for example "org.example.mail".
  *
- * Thread safety: the functions keep no state. A list must not change while it is measured.
+ * Thread safety: the functions keep no state. Any number of threads may call them at once, but a
+ * list must not change while it is measured.
  */
 #ifndef MDM_UTIL_H
 #define MDM_UTIL_H
@@ -19,29 +20,31 @@
 MDM_BEGIN_DECLS
 
 /**
- * The size of a list of package names: 4 bytes, once for the whole list, plus the length of every
- * name without its terminator. "abc" and "de" make 9.
+ * Computes the size of a list of package names: 4 bytes for the whole list, and the length of every
+ * name without its terminator. "abc" and "de" make 9. This is not the size of the list in a
+ * message, where every string has a count of its own.
  *
- * A null element other than the first ends the sum and is not reported.
+ * A null element other than the first ends the sum. It is not reported.
  *
- * @param pkg_list  any cell of the list, whose elements are strings; the whole list is measured.
- *                  Not changed.
+ * @param pkg_list  any cell of the list. The elements are strings. The whole list is measured, from
+ *                  its first cell on. Not changed.
  *
- * @return The size in bytes, as far as 32 bits hold it: the names of a list must not make 2 GiB or
- *         more. 0 for a null @p pkg_list; #MDM_RESULT_INVALID_ARGUMENT if the first
- *         element is null. Both are reported in the log.
+ * @return The size in bytes, as far as 32 bits hold it: the names of a list must make less than
+ *         2 GiB. 0 for a null @p pkg_list; #MDM_RESULT_INVALID_ARGUMENT if the first element is
+ *         null. The log reports both.
  */
 MDM_API int32_t mdm_get_list_data_size(GList *pkg_list);
 
 /**
- * Tells whether a text is acceptable as the name of an application package: one or more bytes,
- * each alphanumeric, "-" or ".". An underscore is not accepted. There is no other rule: dots may
- * lead, trail and repeat, and a name may have any length.
+ * Tells whether a text is acceptable as the name of an application package: one or more bytes, each
+ * of them alphanumeric, "-" or ".". An underscore is not accepted. There is no other rule: a name
+ * may begin and end with dots, may have several in a row, and may have any length.
  *
- * What is alphanumeric is the locale's to say (isalnum(3)); in the locale "C" it is A to Z, a to z
- * and 0 to 9.
+ * The locale decides which bytes are alphanumeric (isalnum(3)). In the locale "C" these are A to Z,
+ * a to z and 0 to 9.
  *
- * @param package_name  the text; null and empty are reported in the log, other refusals are not.
+ * @param package_name  the text; not changed. The log reports a null or empty text, and no other
+ *                      refusal.
  *
  * @return 1 if the name is acceptable, 0 if not.
  */

@@ -8,10 +8,9 @@
 
 #include "mdm/body/head.h"
 
-/** An access-point profile: two numbers and thirteen strings, sent in field order; any string
- * may be null. */
+/** An access-point profile: two numbers and thirteen strings, sent in the order of the fields. */
 typedef struct mdm_apn_account {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
     char *profile_name;
@@ -33,23 +32,29 @@ typedef struct mdm_apn_account {
 /**
  * Body of the APN category.
  *
- * - `data`: for `type` 387 and 393 one ::mdm_apn_account_t; for 389 to 391 a GList of them, none
- *   null; for every other `type` `data_size` raw bytes, which arrive as a new string with a
- *   terminator.
- * - `data_size`: 0, or a null `data`, sends the head alone; a received 0 makes `data` null. The
- *   sender sets it to a non-zero value, positive for raw bytes and a single profile. For a list,
- *   sending replaces it with the size of the whole body, head and count included. For a single
- *   profile, sending adds the profile's size to the value already there: as many zero bytes as it
- *   held before travel at the end, and each further serialisation of the same body grows it.
+ * | `type`        | `data` points to                   |
+ * |---------------|------------------------------------|
+ * | 387, 393      | one ::mdm_apn_account_t            |
+ * | 389, 390, 391 | GList of ::mdm_apn_account_t       |
+ * | any other     | `data_size` raw bytes              |
  *
- * ipc_free() releases the payload; for a profile or a list `data` keeps its old value, so a
- * message is freed once.
+ * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
+ * received 0 makes `data` null. The sender sets another value, which must be positive for raw bytes
+ * and for a single profile.
+ *
+ * - For a list, sending stores the size of the whole body, with the head and the count. A list must
+ *   not hold a null element.
+ * - For a single profile, sending adds the profile's size to the sender's `data_size`. As many zero
+ *   bytes as `data_size` held before follow the profile on the wire. Each further sending of the
+ *   same body adds again, so set `data_size` anew each time.
+ *
+ * ipc_free() releases the payload. For a profile or a list `data` keeps its old value.
  *
  * The log: ipc_serialize() and ipc_deserialize() log `profile_name` of each profile of a list at
- * level 1; see mdm/ipc.h and docs/security.md.
+ * level 1.
  */
 typedef struct mdm_apn_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_apn_info_t;

@@ -8,17 +8,17 @@
 
 #include "mdm/body/app_head.h"
 
-/** Two strings, sent in field order; either may be null. */
+/** Two strings, sent in the order of the fields. */
 typedef struct mdm_app_pair {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     char *first;
     char *second;
     /** @} */
 } mdm_app_pair_t;
 
-/** Two numbers, sent in field order. */
+/** Two numbers, sent in the order of the fields. */
 typedef struct mdm_app_num_pair {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num1;
     uint32_t num2;
     /** @} */
@@ -30,25 +30,27 @@ typedef struct mdm_app_num_pair {
  * | `type`    | `data` points to                                                         |
  * |-----------|--------------------------------------------------------------------------|
  * | 4, 15     | GList of strings (package names)                                         |
- * | 140, 141  | one ::mdm_app_num_pair_t; a sender sets `data_size` to 8                 |
+ * | 140, 141  | one ::mdm_app_num_pair_t; the sender sets `data_size` to 8               |
  * | 184, 185  | one ::mdm_app_pair_t                                                     |
- * | any other | `data_size` raw bytes, which arrive as a new string with a terminator    |
+ * | any other | `data_size` raw bytes                                                    |
  *
- * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone
- * and the receiver's `data` becomes null. A null element ends a package list on the wire although
- * the count still counts it: do not send one, nor send on a received list with an empty name. A
- * pair must not be missing while `data_size` is 1 or more. Of 140 and 141 the receiver reads 8
- * bytes, whatever `data_size` says.
+ * The sender sets `data_size`; the codec never changes it. A value below 1 sends the head alone,
+ * and the receiver's `data` becomes null. With 1 or more, a pair must not be missing. For a list
+ * and a pair (184, 185) any value of 1 or more will do. For 140 and 141 the receiver reads 8 bytes,
+ * whatever `data_size` says.
  *
- * ipc_free() releases `pkg` always, and the payload whatever `data_size` says, except a package
- * list (4, 15), whose cells and strings stay with the owner of the message. For 184 and 185 `data`
- * keeps its old value.
+ * A package list must not hold a null element: the list on the wire ends there, although its count
+ * includes all elements. So do not send on a received list with an empty name.
+ *
+ * ipc_free() always releases `pkg`. It releases the payload, whatever `data_size` says, except a
+ * package list (4, 15): the owner of the message releases its cells and strings, with
+ * `g_list_free_full(data, g_free)`. For 184 and 185 `data` keeps its old value.
  *
  * The log: ipc_serialize() and ipc_deserialize() log the package names of a list (4, 15) and both
- * texts of a pair (184, 185) at level 1; see mdm/ipc.h and docs/security.md.
+ * texts of a pair (184, 185) at level 1.
  */
 typedef struct mdm_app_info {
-    /** @{ One of the fields of the application head: see #MDM_APP_HEAD. */
+    /** @{ A field of the application head: see #MDM_APP_HEAD. */
     MDM_APP_HEAD;
     /** @} */
 } mdm_app_info_t;

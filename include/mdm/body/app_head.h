@@ -1,10 +1,10 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * The application head: the six fields that both application bodies (app, app_res) consist of.
+ * The application head: the six fields of both application bodies (app, app_res).
  *
- * On the wire: `type`, `param`, the string `pkg`, `data_size`; 16 bytes plus the text. `aux` and
- * `data` do not travel (see mdm/body/head.h).
+ * On the wire it is `type`, `param`, the string `pkg` and `data_size`: 16 bytes and the text of
+ * `pkg`. `aux` and `data` do not travel. The rules of mdm/body/head.h hold.
  */
 #ifndef MDM_BODY_APP_HEAD_H
 #define MDM_BODY_APP_HEAD_H
@@ -15,11 +15,12 @@
 /**
  * Declares the fields of the application head, in order:
  *
- * - `type`: policy discriminator; selects the form of the payload.
- * - `aux`: the caller's word, never sent.
- * - `param`: a parameter of the policy, sent as it stands.
- * - `pkg`: a string sent with every body; may be null. An empty string arrives as null.
- * - `data_size`: set by the sender; the payload travels only when it is 1 or more.
+ * - `type`: the discriminator of the policy. It selects the form of the payload.
+ * - `aux`: a word of the caller, never sent.
+ * - `param`: a parameter of the policy, sent unchanged.
+ * - `pkg`: a string, sent with every body; may be null. An empty string
+ *   arrives as null.
+ * - `data_size`: the sender sets it. The payload travels only if it is 1 or more.
  * - `data`: the payload, by `type`.
  */
 #define MDM_APP_HEAD   \

@@ -8,17 +8,18 @@
 
 #include "mdm/body/app_head.h"
 
-/** A named number: `name` is sent first. */
+/** A number with a name. `name` is sent first. */
 typedef struct mdm_app_res_item {
-    char *name; /**< An item without a name is counted and sized, but not sent: it arrives at the
-                     list's end, as an item without name and value. */
-    uint32_t value; /**< Its meaning is between server and clients. */
+    char *name; /**< Must not be null. The count and the size include an item without a name, but it
+                     is not written: it arrives at the end of the list, with no name and the
+                     value 0. */
+    uint32_t value; /**< Server and clients agree on its meaning. */
 } mdm_app_res_item_t;
 
 /** One client's package list. */
 typedef struct mdm_app_control_info {
     int32_t client_id; /**< The client that the list belongs to. */
-    GList *pkg_list;   /**< GList of strings (package names); null when empty. */
+    GList *pkg_list;   /**< GList of strings (package names); null if empty. */
 } mdm_app_control_info_t;
 
 /**
@@ -31,23 +32,28 @@ typedef struct mdm_app_control_info {
  * | 172, 173, 174, 175                                | GList of ::mdm_app_control_info_t      |
  * | any other                                         | `data_size` raw bytes                  |
  *
- * The codec never changes the sender's `data_size`. A value of 0 or less sends the head alone and
- * the receiver's `data` becomes null. A null element ends a list on the wire although the count
- * still counts it: do not send one, nor send on a received list with an empty name. Raw bytes
- * arrive as a new string with a terminator.
+ * The sender sets `data_size`; the codec never changes it. A value below 1 sends the head alone,
+ * and the receiver's `data` becomes null. For a list any value of 1 or more will do.
  *
- * ipc_free() releases `pkg` and, if `data_size` is 1 or more, the payload, with these exceptions:
- * the ::mdm_app_control_info_t records stay allocated, with their `pkg_list` released and nothing
- * that points at them; an item list's `data` keeps its old value; and when `data_size` is 1 or more
- * while `data` is null, nothing is released, `pkg` included. A received empty list is such a body:
- * its `pkg` stays with the owner of the message.
+ * A list must not hold a null element: the list on the wire ends there, although its count includes
+ * all elements. So do not send on a received list with an empty name.
  *
- * The log, at level 1: ipc_serialize() logs the package names of a list. ipc_deserialize() logs
- * those of each ::mdm_app_control_info_t. Both, and ipc_free(), log the items. See mdm/ipc.h and
- * docs/security.md.
+ * If `data_size` is below 1, ipc_free() releases `pkg` alone. If it is 1 or more, ipc_free()
+ * releases `pkg` and the payload, with these exceptions:
+ *
+ * - The ::mdm_app_control_info_t records stay allocated. Their package lists are released, and no
+ *   pointer to the records is left. To release the records, copy their pointers from the list
+ *   before ipc_free(), and pass them to g_free() after it.
+ * - `data` of an item list keeps its old value.
+ * - If `data` is null, ipc_free() releases nothing, not even `pkg`. A received empty list is such a
+ *   body: the owner of the message releases its `pkg`.
+ *
+ * The log, at level 1: ipc_serialize() logs the package names of a list. ipc_deserialize() logs the
+ * package names of each ::mdm_app_control_info_t. ipc_serialize(), ipc_deserialize() and ipc_free()
+ * log the items.
  */
 typedef struct mdm_app_res_info {
-    /** @{ One of the fields of the application head: see #MDM_APP_HEAD. */
+    /** @{ A field of the application head: see #MDM_APP_HEAD. */
     MDM_APP_HEAD;
     /** @} */
 } mdm_app_res_info_t;

@@ -11,21 +11,23 @@
 /**
  * Body of the Bluetooth category.
  *
- * - `data`: for `type` 91, 220 to 225, 227, 230, 231, 233, 234, 235 and 237 a GList of strings,
- *   each a device name, none null; for every other `type` `data_size` raw bytes, which arrive as
- *   a new string with a terminator.
- * - `data_size`: set by the sender; sending never stores it. Below 1 the head travels alone and
- *   the receiver's `data` stays as its record held it.
+ * | `type`                                            | `data` points to                  |
+ * |---------------------------------------------------|-----------------------------------|
+ * | 91, 220 to 225, 227, 230, 231, 233, 234, 235, 237 | GList of strings (device names)   |
+ * | any other                                         | `data_size` raw bytes             |
  *
- * ipc_free() releases the lists of `type` 91, 223, 227, 233 and 237 only, and sets `data` to null
- * and `data_size` to 0 (an empty list keeps its `data_size`). For every other value it sets
- * `data_size` to 0 and leaves `data`, which the owner of the message then releases.
+ * The sender sets `data_size`; sending never stores it. A value below 1 sends the head alone, and
+ * the receiver's `data` keeps the value of its record. For a list any value of 1 or more will do. A
+ * list must not hold a null element.
  *
- * The log: ipc_serialize() and ipc_deserialize() log the names of a list at level 1; see mdm/ipc.h
- * and docs/security.md.
+ * ipc_free() releases the lists of `type` 91, 223, 227, 233 and 237. It then sets `data` to null
+ * and `data_size` to 0; for an empty list `data_size` keeps its value. For every other `type` it
+ * sets `data_size` to 0 and leaves `data`: the owner of the message releases that list or string.
+ *
+ * The log: ipc_serialize() and ipc_deserialize() log the names of a list at level 1.
  */
 typedef struct mdm_bluetooth_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_bluetooth_info_t;

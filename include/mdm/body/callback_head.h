@@ -1,10 +1,10 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * The callback head: the six fields that open both callback bodies (app_cb, misc_cb).
+ * The callback head: the six fields that begin both callback bodies (app_cb, misc_cb).
  *
- * On the wire it is exactly 16 bytes: `type`, `data_size`, `param`, `param2`. `aux` and `aux2`
- * are never written, never read and never cleared.
+ * On the wire it is exactly 16 bytes: `type`, `data_size`, `param`, `param2`. The codec never
+ * reads, writes or clears `aux` and `aux2`. The rules of mdm/body/head.h hold.
  */
 #ifndef MDM_BODY_CALLBACK_HEAD_H
 #define MDM_BODY_CALLBACK_HEAD_H
@@ -15,12 +15,12 @@
 /**
  * Declares the fields of the callback head, in order:
  *
- * - `type`: callback type; 0 and 1 carry a detail, every other value is the head alone.
- * - `aux`: the caller's word, never sent.
- * - `param`, `param2`: sent as they stand.
- * - `data_size`: byte size of the whole body on the wire, head included. Computed and stored by
- *   the size handler whenever the message is serialised.
- * - `aux2`: the caller's word, never sent.
+ * - `type`: the callback type. 0 and 1 carry a payload; every other value is the head alone.
+ * - `aux`: a word of the caller, never sent.
+ * - `param`, `param2`: sent unchanged.
+ * - `data_size`: the size of the whole body on the wire in bytes, head included. Serialising and
+ *   sealing compute and store it; the sender need not set it.
+ * - `aux2`: a word of the caller, never sent.
  */
 #define MDM_CALLBACK_HEAD \
     uint32_t type;        \

@@ -9,11 +9,11 @@
 #include "mdm/body/head.h"
 
 /**
- * A number and up to two strings, sent in field order; either string may be null. For
- * discriminator 629 the receiver's record ends before `str2`, which must not be touched.
+ * A number and up to two strings, sent in the order of the fields. For discriminator 629 the
+ * receiver's record ends before `str2`: do not touch that field.
  */
 typedef struct mdm_container_item {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     char *str1;
     char *str2; /**< Discriminator 628 only. */
@@ -27,18 +27,18 @@ typedef struct mdm_container_item {
  * |---------------|----------------------------------------------------------------------------|
  * | 628           | one ::mdm_container_item_t                                                 |
  * | 629           | one ::mdm_container_item_t that ends before `str2`                         |
- * | 630, 631, 632 | `data_size` raw bytes, which arrive as a new string with a terminator      |
- * | any other     | nothing: the head travels alone and the receiver's `data` stays as it was  |
+ * | 630, 631, 632 | `data_size` raw bytes                                                      |
+ * | any other     | nothing: the head travels alone                                            |
  *
- * `data_size` is tested against zero: 0, or a null `data`, sends the head alone; a received 0
- * makes `data` null. The sender sets it to a non-zero value; for 628 and 629 sending stores the
- * payload's byte count in it. It must not be negative for raw bytes.
+ * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
+ * received 0 makes `data` null. The sender sets another value. For 628 and 629 sending stores the
+ * size of the payload. For raw bytes `data_size` must not be negative. For any other `type` with a
+ * `data_size` other than 0, the receiver's `data` keeps the value of its record.
  *
- * ipc_free() releases the payload; for 628 and 629 `data` keeps its old value, so a message is
- * freed once.
+ * ipc_free() releases the payload. For 628 and 629 `data` keeps its old value.
  */
 typedef struct mdm_container_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_container_info_t;

@@ -8,10 +8,9 @@
 
 #include "mdm/body/head.h"
 
-/** An ActiveSync account: six numbers and nine strings, sent in field order; any string may be
- * null. */
+/** An ActiveSync account: six numbers and nine strings, sent in the order of the fields. */
 typedef struct mdm_eas_account {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -30,9 +29,9 @@ typedef struct mdm_eas_account {
     /** @} */
 } mdm_eas_account_t;
 
-/** A number and a text, sent in this order; the text may be null. */
+/** A number and a text, sent in this order. */
 typedef struct mdm_eas_value {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     char *str1;
     /** @} */
@@ -44,22 +43,24 @@ typedef struct mdm_eas_value {
  * | `type`    | `data` points to                                                                |
  * |-----------|---------------------------------------------------------------------------------|
  * | 98        | one ::mdm_eas_account_t                                                         |
- * | 104       | one ::mdm_eas_account_t of which `str8`, `str10` and `str13` travel             |
- * | 106       | GList of ::mdm_eas_account_t, none null                                         |
+ * | 104       | one ::mdm_eas_account_t; only `str8`, `str10` and `str13` travel                |
+ * | 106       | GList of ::mdm_eas_account_t, without a null element                            |
  * | any other | one ::mdm_eas_value_t                                                           |
  *
- * `data_size` is tested against zero: 0, or a null `data`, sends the head alone; a received 0
- * makes `data` null; any other value, negative ones included, means that a payload follows.
- * The sender sets it to a non-zero value; sending stores the computed size, which for a
- * list counts the whole body, head and count included. For `type` 104 the three string sizes are
- * added to the value already there, which must be positive: each further serialisation of the same
- * body grows it, and as many zero bytes as it held before travel at the end. Its fields that do not
- * travel are zero after decoding.
+ * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
+ * received 0 makes `data` null. Any other value, even a negative one, announces a payload. The
+ * sender sets such a value. Sending stores the computed size: the payload's, or for a list that of
+ * the whole body, with the head and the count.
  *
- * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
+ * For `type` 104 sending adds the size of the three strings to the sender's `data_size`, which must
+ * be positive. As many zero bytes as `data_size` held before follow the strings on the wire. Each
+ * further sending of the same body adds again, so set `data_size` anew each time. The fields that
+ * do not travel are zero in the received record.
+ *
+ * ipc_free() releases the payload. `data` and `data_size` keep their old values.
  */
 typedef struct mdm_eas_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_eas_info_t;

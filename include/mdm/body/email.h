@@ -9,12 +9,17 @@
 #include "mdm/body/head.h"
 
 /**
- * A mail account; any string may be null. A list element carries every field in order. A single
- * account carries `num0`, `num1`, `num2`, `num4`, `num6`, `num3`, `num5` and `str13` to `str21`,
- * settings carry three strings; the other fields are zero after decoding.
+ * A mail account.
+ *
+ * - An element of a list carries every field, in order.
+ * - A single account carries `num0`, `num1`, `num2`, `num4`, `num6`, `num3`, `num5` and `str13` to
+ *   `str21`, in this order.
+ * - Settings carry `str16`, `str15` and `str14`, in this order.
+ *
+ * Fields that do not travel are zero in the received record.
  */
 typedef struct mdm_email_account {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -22,7 +27,7 @@ typedef struct mdm_email_account {
     uint32_t num4;
     uint32_t num5;
     uint32_t num6;
-    uint32_t num7; /**< Travels in lists only, like the five fields that follow. */
+    uint32_t num7; /**< Only travels in lists, like the next five fields. */
     uint32_t num8;
     char *str9;
     char *str10;
@@ -40,9 +45,9 @@ typedef struct mdm_email_account {
     /** @} */
 } mdm_email_account_t;
 
-/** A number and a text, sent in this order; the text may be null. */
+/** A number and a text, sent in this order. */
 typedef struct mdm_email_value {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     char *str1;
     /** @} */
@@ -53,23 +58,23 @@ typedef struct mdm_email_value {
  *
  * | `type`    | `data` points to                                                                |
  * |-----------|---------------------------------------------------------------------------------|
- * | 359       | one ::mdm_email_account_t                                                       |
- * | 362       | one ::mdm_email_account_t of which `str16`, `str15`, `str14` travel, so ordered |
- * | 363       | GList of ::mdm_email_account_t                                                  |
+ * | 359       | one ::mdm_email_account_t, a single account                                     |
+ * | 362       | one ::mdm_email_account_t, settings                                             |
+ * | 363       | GList of ::mdm_email_account_t, without a null element                          |
  * | any other | one ::mdm_email_value_t                                                         |
  *
- * `data_size` is tested against zero: 0, or a null `data`, sends the head alone; a received 0
- * makes `data` null; any other value, negative ones included, means that a payload follows.
- * The sender sets it to a non-zero value; sending stores the computed size, which for a
- * list counts the whole body, head and count included. A list must not hold a null
- * element.
+ * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
+ * received 0 makes `data` null. Any other value, even a negative one, announces a payload. The
+ * sender sets such a value. Sending stores the computed size: the payload's, or for a list that of
+ * the whole body, with the head and the count.
  *
- * ipc_free() releases the payload but leaves `data` and `data_size`, so a message is freed once.
- * Of a `type` 362 payload it releases the three strings and leaves the record allocated; of a
- * `type` 359 record it does not release `str9` to `str12`, which are null after decoding.
+ * ipc_free() releases the payload. `data` and `data_size` keep their old values. There are two
+ * exceptions: for `type` 362 it releases the three strings and leaves the record allocated, which
+ * the owner of the message releases with g_free(). For `type` 359 it does not release `str9` to
+ * `str12`, which are null in a received record.
  */
 typedef struct mdm_email_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_email_info_t;

@@ -1,28 +1,43 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * The body head: the five fields that open most category bodies.
+ * The body head, which begins most bodies, and the rules that hold for every body.
  *
- * On the wire the head is exactly 12 bytes: `type`, `param`, `data_size`, each 4 bytes,
- * little-endian. `aux` and `data` do not travel; the payload that `data` points to follows the
- * head in the category's own form.
+ * On the wire the head is exactly 12 bytes: `type`, `param` and `data_size`, each 4 bytes,
+ * little-endian. `aux` and `data` do not travel. The payload that `data` points to follows the
+ * head.
  *
- * Some rules hold for every body, and the category headers do not repeat them:
+ * Terms of these headers:
  *
- * - `aux` is never written, never read and never cleared by the codec. It keeps whatever each
- *   side put there.
- * - Everything that a receiver finds in a body (strings, records, lists) comes from GLib's
- *   allocator and belongs to the message until ipc_free(). A sender's body belongs to the sender
- *   and is released the way the sender allocated it; the codec only reads it, except where a
- *   category says that a computed `data_size` is stored.
- * - The receiver knows of the payload only what `data_size` says. A sender without a payload sets
- *   `data_size` to 0 as well: with a null `data` and another `data_size` a category sends a head
- *   that announces a payload that is not there, reads through the null pointer, or cannot size the
- *   body.
- * - A list is handed over by its first cell, an empty one as null.
- * - An empty string in a list arrives as a null element, unless a category says otherwise.
- * - Where these headers say what ipc_free() leaves alone, they speak of the body: the header's
- *   text is always released.
+ * - The discriminator is the `type` of a body. It selects the form of the payload: raw bytes, a
+ *   string, a record or a list. The headers list the discriminators that select a form of their
+ *   own. Server and clients agree on the policies that the numbers stand for.
+ * - The payload is everything behind the head. A body without a payload is the head alone.
+ * - Raw bytes are `data_size` bytes that the codec copies unchanged. They arrive as a new string
+ *   with a terminator. A zero byte inside ends that text early.
+ * - A string is zero-terminated, in any encoding. Any string of a record may be null. Null and
+ *   empty are the same on the wire, and arrive as null.
+ * - A list is a GList, handed over by its first cell. An empty list is null.
+ *
+ * Rules for every body, which the other headers do not repeat:
+ *
+ * - The codec never reads, writes or clears `aux`. It is the caller's on either side. In a message
+ *   that ipc_open() returned it is zero.
+ * - Every string, record and list in a received body comes from GLib's allocator and belongs to the
+ *   message until ipc_free(). A sender's body belongs to the sender, who releases it as it was
+ *   allocated. The codec only reads it, except where a category stores a computed `data_size`.
+ * - A receiver learns from `data_size` alone whether there is a payload. A sender without a payload
+ *   sets `data_size` to 0, too. With a null `data` and another `data_size`, the trusting path may
+ *   send a head that announces a missing payload, read through the null pointer, or fail to size
+ *   the body.
+ * - An empty string in a list arrives as a null element, unless the category says otherwise.
+ * - Sentences on ipc_free() and on fields that keep their value are about the trusting path, and
+ *   about the body alone: ipc_free() always releases the header's text. Where `data` keeps its old
+ *   value after ipc_free(), it points to released memory, unless the category says that this memory
+ *   stays allocated: do not use it, and do not free the message again. ipc_close() of mdm/guarded.h
+ *   releases everything.
+ * - Some categories log texts of a message on the trusting path. Their headers say which.
+ *   mdm/ipc.h says how to silence these lines, and docs/security.md lists them.
  */
 #ifndef MDM_BODY_HEAD_H
 #define MDM_BODY_HEAD_H
@@ -33,11 +48,11 @@
 /**
  * Declares the fields of the body head, in order:
  *
- * - `type`: policy discriminator of the category; selects the form of the payload.
- * - `aux`: the caller's word, never sent.
- * - `param`: a parameter of the policy, sent as it stands.
- * - `data_size`: byte size of the payload. How it is counted, and who sets it, is the
- *   category's business.
+ * - `type`: the discriminator of the policy. It selects the form of the payload.
+ * - `aux`: a word of the caller, never sent.
+ * - `param`: a parameter of the policy, sent unchanged.
+ * - `data_size`: the size of the payload in bytes. The category says what it counts and who sets
+ *   it.
  * - `data`: the payload: raw bytes, a string, a record or a GList, by category and `type`.
  */
 #define MDM_BODY_HEAD  \

@@ -8,9 +8,9 @@
 
 #include "mdm/body/head.h"
 
-/** The setting of one hardware key, sent in field order. */
+/** The setting of one hardware key, sent in the order of the fields. */
 typedef struct mdm_kiosk_key_pair {
-    uint32_t key;   /**< The hardware key. */
+    uint32_t key;   /**< The hardware key: a number on which server and clients agree. */
     uint32_t value; /**< Its setting. */
 } mdm_kiosk_key_pair_t;
 
@@ -22,19 +22,18 @@ typedef struct mdm_kiosk_key_pair {
  * | 612, 614  | a string                                                                 |
  * | 618, 621  | GList of pointers to heap-allocated `uint32_t` (hardware keys)           |
  * | 619       | GList of ::mdm_kiosk_key_pair_t                                          |
- * | any other | `data_size` raw bytes, which arrive as a new string with a terminator    |
+ * | any other | `data_size` raw bytes                                                    |
  *
- * `data_size`: 0, or a null `data`, sends the head alone; a received 0 makes `data` null. The
- * sender sets it to a non-zero value, and for the string and the lists sending stores the
- * payload's byte count in it (for a list without the 4 bytes of the element count). It must not
- * be negative for raw bytes. Null elements of a list are counted and sized, but not sent: they
- * arrive as zeros at the list's end.
+ * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
+ * received 0 makes `data` null. The sender sets another value. For the string and the lists sending
+ * stores the size of the payload; for a list without the 4 bytes of the count. For raw bytes
+ * `data_size` must not be negative. Do not send null elements of a list: the count and the size
+ * include them, but they are not written. They arrive as zeros at the end of the list.
  *
- * ipc_free() releases the payload; for the string and the lists `data` keeps its old value, so a
- * message is freed once.
+ * ipc_free() releases the payload. For the string and the lists `data` keeps its old value.
  */
 typedef struct mdm_kiosk_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_kiosk_info_t;

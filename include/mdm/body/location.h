@@ -9,11 +9,11 @@
 #include "mdm/body/head.h"
 
 /**
- * Body of the location category: the head alone. `data_size` is sent as it stands and announces
- * no payload; `data` is never used, and ipc_free() does nothing.
+ * Body of the location category: the head alone. `data_size` is sent unchanged and announces no
+ * payload. The codec never uses `data`: ipc_free() releases nothing of the body.
  */
 typedef struct mdm_location_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_location_info_t;

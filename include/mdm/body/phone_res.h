@@ -8,16 +8,16 @@
 
 #include <stdint.h>
 
-/** Two strings, `str0` sent first; either may be null. */
+/** Two strings. `str0` is sent first. */
 typedef struct mdm_phone_res_item {
-    char *str0;     /**< Its meaning is between server and clients. */
-    uint32_t word1; /**< Never sent; zero after decoding, set to zero by ipc_free(). */
-    char *str2;     /**< Its meaning is between server and clients. */
+    char *str0;     /**< Server and clients agree on its meaning. */
+    uint32_t word1; /**< Never sent. Zero in a received record; ipc_free() sets it to zero. */
+    char *str2;     /**< Server and clients agree on its meaning. */
 } mdm_phone_res_item_t;
 
-/** The detail of discriminator 422, sent in field order; the string may be null. */
+/** The detail of discriminator 422, sent in the order of the fields. */
 typedef struct mdm_phone_res_detail {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
     char *str2;
@@ -26,40 +26,46 @@ typedef struct mdm_phone_res_detail {
 
 /** The record of discriminator 422. */
 typedef struct mdm_phone_res_ext {
-    char *str0;                     /**< Sent first; may be null. */
-    uint32_t word1;                 /**< Never sent; zero after decoding, set to zero by
-                                         ipc_free(). */
-    mdm_phone_res_detail_t *detail; /**< Sent after `str0`; must not be null on sending. */
+    char *str0;                     /**< Sent first. */
+    uint32_t word1;                 /**< Never sent. Zero in a received record; ipc_free() sets it
+                                         to zero. */
+    mdm_phone_res_detail_t *detail; /**< Sent after `str0`. A sender's must not be null. */
 } mdm_phone_res_ext_t;
 
 /**
- * Body of the phone-resource category: the fields of the body head (see mdm/body/head.h), with a
- * signed `type`.
+ * Body of the phone-resource category: the fields of the body head (see mdm/body/head.h), but
+ * `type` has a sign.
  *
  * | `type`                                          | `data` points to                          |
  * |-------------------------------------------------|-------------------------------------------|
  * | 394-421, 423-438, 441-449, 452-455              | one ::mdm_phone_res_item_t                |
  * | 422                                             | one ::mdm_phone_res_ext_t                 |
- * | 439, 440                                        | written and read as `data_size` raw       |
- * |                                                 | bytes, but sized and released as a        |
- * |                                                 | ::mdm_phone_res_item_t                    |
+ * | 439, 440                                        | `data_size` raw bytes, but see below      |
  * | any other                                       | `data_size` raw bytes                     |
  *
- * `data_size` is the sender's: any value of 1 or more sends a record, which must then not be
- * missing; it must not be negative. Received records have 12 there; 0 or less arrives with a null
- * `data`. Raw bytes arrive as a new string with a terminator.
+ * The sender sets `data_size`, which must not be negative. A value of 1 or more sends a record,
+ * which must then not be missing. A received record has 12 in `data_size`. A received value below 1
+ * makes `data` null.
  *
- * ipc_free() releases the payload; for the records `data` keeps its old value, so a message is
- * freed once. A received 439 or 440 must not be handed to ipc_free(): its bytes would be followed
- * as the record's pointers. Sending one follows them as well, to size the body: `data` must point
- * at a readable ::mdm_phone_res_item_t, whose own bytes then travel, and a `data_size` above 8 plus
- * the length of both texts is written beyond the buffer.
+ * ipc_free() releases the payload. For the records `data` keeps its old value.
+ *
+ * 439 and 440 are written and read as raw bytes, but sized and released as an
+ * ::mdm_phone_res_item_t. On the trusting path this is a hazard:
+ *
+ * - Never pass a received 439 or 440 with a payload to ipc_free(): it would follow the bytes as the
+ *   pointers of a record.
+ * - ipc_serialize() follows the pointers of the record to size the body, so `data` must point at a
+ *   readable ::mdm_phone_res_item_t. The bytes of that record then travel, pointers included. A
+ *   `data_size` above 8 plus the length of both texts is written beyond the buffer.
+ *
+ * On the guarded path ipc_open() and ipc_close() handle them safely, and ipc_seal() refuses them
+ * with a payload.
  */
 typedef struct mdm_phone_res_info {
-    int32_t type;      /**< Policy discriminator; selects the payload. */
-    uint32_t aux;      /**< The caller's word: never sent, never touched. */
-    uint32_t param;    /**< A parameter of the policy, sent as it stands. */
-    int32_t data_size; /**< Byte size of a raw payload; a switch for the records. */
+    int32_t type;      /**< The discriminator of the policy; selects the payload. */
+    uint32_t aux;      /**< A word of the caller: never sent, never touched. */
+    uint32_t param;    /**< A parameter of the policy, sent unchanged. */
+    int32_t data_size; /**< Size of raw bytes; for a record it only says that there is one. */
     void *data;        /**< The payload. */
 } mdm_phone_res_info_t;
 

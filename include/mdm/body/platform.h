@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * Body of message types 53 and 54: platform policies.
+ * Body of message types 53 and 54: platform policies. The rules of mdm/body/head.h hold, but the
+ * body has no head.
  */
 #ifndef MDM_BODY_PLATFORM_H
 #define MDM_BODY_PLATFORM_H
@@ -9,16 +10,15 @@
 #include <stdint.h>
 
 /**
- * Body of the platform category: `type` and `text`, followed by `number` and `flag` for `type`
- * 439 and by `number` for `type` 440. Fields that do not travel stay as the receiver's record
- * held them. ipc_free() releases `text` without resetting the pointer, so a message is freed
- * once.
+ * Body of the platform category: `type` and `text`. For `type` 439 `number` and `flag` follow, for
+ * `type` 440 `number`. Fields that do not travel keep the values of the receiver's record.
+ * ipc_free() releases `text`; the pointer keeps its old value.
  */
 typedef struct mdm_platform_info {
     uint32_t type;   /**< Discriminator; 439 and 440 carry numbers. */
-    uint32_t aux;    /**< The caller's word: never sent, never touched. */
+    uint32_t aux;    /**< A word of the caller: never sent, never touched. */
     char *text;      /**< Sent for every discriminator; may be null. */
-    uint32_t aux2;   /**< The caller's word: never sent, never touched. */
+    uint32_t aux2;   /**< A word of the caller: never sent, never touched. */
     uint32_t number; /**< Sent for 439 and 440. */
     uint8_t flag;    /**< Sent for 439 only. */
 } mdm_platform_info_t;

@@ -8,12 +8,9 @@
 
 #include "mdm/body/head.h"
 
-/**
- * The password policy record of discriminator 40. Server and clients give the numbers and
- * strings their meaning; the codec sends them in field order. Either string may be null.
- */
+/** The password policy of discriminator 40. The codec sends the fields in order. */
 typedef struct mdm_pwd_policy {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -31,18 +28,20 @@ typedef struct mdm_pwd_policy {
 /**
  * Body of the password category.
  *
- * - `data`: for `type` 40 one ::mdm_pwd_policy_t; for every other `type` `data_size` raw bytes,
- *   which arrive as a new string with a terminator (a zero byte inside ends the text early).
- * - `data_size`: set by the sender. Below 1, or with a null `data`, the head travels alone. For
- *   `type` 40 any value of 1 or more switches the record on; its length on the wire follows from
- *   its fields, not from `data_size`.
+ * | `type`    | `data` points to         |
+ * |-----------|--------------------------|
+ * | 40        | one ::mdm_pwd_policy_t   |
+ * | any other | `data_size` raw bytes    |
  *
- * Receiving: a `data_size` below 1 leaves `data` as the record held it, so hand
- * ipc_deserialize() a zeroed record. ipc_free() releases the payload; for `type` 40 `data` keeps
- * pointing at the released record, so such a message is freed once.
+ * The sender sets `data_size`. If it is below 1, or if `data` is null, the head travels alone. For
+ * `type` 40 any value of 1 or more sends the record, whose length follows from its fields. A
+ * received value below 1 leaves `data` as the record held it, so pass ipc_deserialize() a zeroed
+ * record.
+ *
+ * ipc_free() releases the payload. For `type` 40 `data` keeps its old value.
  */
 typedef struct mdm_pwd_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_pwd_info_t;

@@ -8,36 +8,36 @@
 
 #include "mdm/body/head.h"
 
-/** The record of a roaming policy: one string, which may be null. */
+/** The record of a roaming policy: one string. */
 typedef struct mdm_roaming_data {
-    char *name; /**< Its meaning is between server and clients. */
+    char *name; /**< Server and clients agree on its meaning. */
 } mdm_roaming_data_t;
 
 /**
  * Body of the roaming category.
  *
- * - `data`: one ::mdm_roaming_data_t; must not be null on sending. A received message always has
- *   a new record.
- * - `data_size`: the caller's, sent as it stands; the codec derives nothing from it.
+ * - `data`: one ::mdm_roaming_data_t. A sender's must not be null. A received message always has a
+ *   new record.
+ * - `data_size`: the caller's number, sent unchanged. The codec derives nothing from it.
  *
- * ipc_free() releases `name` and sets it to null; the record itself stays allocated, and `data`
- * keeps pointing at it: the owner of the message releases it with g_free().
+ * ipc_free() releases `name` and sets it to null. The record stays allocated, and `data` keeps
+ * pointing to it: the owner of the message releases it with g_free().
  */
 typedef struct mdm_roaming_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_roaming_info_t;
 
 /**
- * Body of the roaming_res category: the head alone. `data_size` is sent as it stands.
+ * Body of the roaming_res category: the head alone. `data_size` is sent unchanged.
  *
- * `data` is neither sent nor read, but ipc_free() follows it as if it pointed at a
- * ::mdm_roaming_data_t, and releases that one's `name`: hand ipc_deserialize() a record in which it
- * is null.
+ * `data` neither travels nor changes. But ipc_free() takes it for a pointer to an
+ * ::mdm_roaming_data_t and releases its `name`. So pass ipc_deserialize() a record whose `data` is
+ * null.
  */
 typedef struct mdm_roaming_res_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_roaming_res_info_t;

@@ -8,21 +8,21 @@
 
 #include "mdm/body/head.h"
 
-/** The record of discriminators 56 and 76. Any string may be null. */
+/** The record of discriminators 56 and 76. */
 typedef struct mdm_security_item {
     uint32_t num0;  /**< Sent first. */
     char *str1;     /**< Sent second. */
-    uint32_t word2; /**< Never sent; zero after decoding. */
+    uint32_t word2; /**< Never sent. Zero in a received record. */
     char *str3;     /**< Sent fourth, after `str4`. */
     char *str4;     /**< Sent third. */
 } mdm_security_item_t;
 
 /**
- * One account of discriminators 70 and 71: four numbers and twenty-two strings, sent in field
- * order. Any string may be null.
+ * One account of discriminators 70 and 71: four numbers and twenty-two strings, sent in the order
+ * of the fields.
  */
 typedef struct mdm_security_account {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
     uint32_t num2;
@@ -55,28 +55,30 @@ typedef struct mdm_security_account {
 /**
  * Body of the security category.
  *
- * | `type`         | `data` points to                        | `data_size`                     |
- * |----------------|-----------------------------------------|---------------------------------|
- * | 56, 76         | one ::mdm_security_item_t               | stored on sending: payload size |
- * | 68, 69         | GList of strings                        | stored on sending: body size    |
- * | 70, 71         | GList of ::mdm_security_account_t       | stored on sending: body size    |
- * | any other      | `data_size` raw bytes                   | set by the sender               |
+ * | `type`         | `data` points to                  | `data_size`                              |
+ * |----------------|-----------------------------------|------------------------------------------|
+ * | 56, 76         | one ::mdm_security_item_t         | sending stores the size of the payload   |
+ * | 68, 69         | GList of strings                  | sending stores the size of the body      |
+ * | 70, 71         | GList of ::mdm_security_account_t | sending stores the size of the body      |
+ * | any other      | `data_size` raw bytes             | the sender sets it                       |
  *
- * A list's stored `data_size` counts the 12 bytes of the head and the 4 of the count as well; an
- * item's counts the payload alone, and a null item's is 0. An empty list is a null `data`; its
- * `data_size` is not touched and must be 0 (a positive one announces a list, but sends none). Raw
- * bytes with a `data_size` of 0 send the head alone; it must not be negative. A list must not hold
- * a null element: strings end there although all are counted, and accounts cannot be sized.
+ * - An item: `data_size` counts the payload alone. It is 0 for a null item, and the head travels
+ *   alone.
+ * - A list: `data_size` counts the 12 bytes of the head and the 4 bytes of the count as well. For a
+ *   null list sending does not store `data_size`, which must be 0: a positive one would announce a
+ *   list, but send none. A list must not hold a null element. A list of strings ends there on the
+ *   wire, although its count includes all elements. A list of accounts with a null
+ *   element cannot be sized.
+ * - Raw bytes: with a `data_size` of 0 the head travels alone. `data_size` must not be negative.
  *
- * Receiving: a `data_size` of 0 or less leaves `data` as the record held it. Empty strings of a
- * string list are not appended. Raw bytes arrive as a new string with a terminator.
+ * A received `data_size` below 1 leaves `data` as the record held it. A received list of strings
+ * has no empty strings: receiving leaves them out.
  *
- * ipc_free() releases the payload; `data` keeps pointing at a released list, so a message of a
- * list discriminator is freed once. For every string of a received string list one more copy
- * stays allocated, which nothing points at.
+ * ipc_free() releases the payload. `data` of a list keeps its old value. For every string of a
+ * received list of strings, one more copy stays allocated, and no pointer to it is left.
  */
 typedef struct mdm_security_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_security_info_t;

@@ -8,15 +8,15 @@
 
 #include "mdm/body/head.h"
 
-/** A setting of one network. Either string may be null. */
+/** A setting of one network. */
 typedef struct mdm_wifi_pair {
     char *ssid;  /**< Network name, sent first. */
     char *value; /**< The setting, sent second. */
 } mdm_wifi_pair_t;
 
-/** DHCP settings: five strings, sent in field order; any may be null. */
+/** DHCP settings: five strings, sent in the order of the fields. */
 typedef struct mdm_wifi_dhcp {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     char *str0;
     char *str1;
     char *str2;
@@ -25,18 +25,19 @@ typedef struct mdm_wifi_dhcp {
     /** @} */
 } mdm_wifi_dhcp_t;
 
-/** Three strings, sent in field order; any may be null. */
+/** Three strings, sent in the order of the fields. */
 typedef struct mdm_wifi_triple {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     char *str0;
     char *str1;
     char *str2;
     /** @} */
 } mdm_wifi_triple_t;
 
-/** One word of a network's detail: a string or a number, by the network's `detail_kind`. */
+/** One word of a network's detail. The network's `detail_kind` says whether it is a string or a
+ * number. */
 typedef union mdm_wifi_word {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     char *text;
     uint32_t number;
     /** @} */
@@ -53,7 +54,7 @@ typedef union mdm_wifi_word {
  * | 6       | `w0` to `w6` strings                                          |
  */
 typedef struct mdm_wifi_detail {
-    /** @{ Its meaning is between server and clients. */
+    /** @{ Server and clients agree on its meaning. */
     mdm_wifi_word_t w0;
     mdm_wifi_word_t w1;
     mdm_wifi_word_t w2;
@@ -66,11 +67,12 @@ typedef struct mdm_wifi_detail {
 
 /** A network profile. */
 typedef struct mdm_wifi_network {
-    char *ssid;                /**< Network name; may be null. */
-    int32_t detail_kind;       /**< Layout of `detail`: 1 to 9; no detail travels otherwise. */
-    mdm_wifi_detail_t *detail; /**< Must not be null on sending for kinds 2 to 7; for 1, 8 and 9 a
-                                    null one arrives as the number 0. Null after decoding when
-                                    `detail_kind` is outside 1 to 9. */
+    char *ssid;          /**< Network name. */
+    int32_t detail_kind; /**< Selects the fields of `detail`, from 1 to 9. For any other number
+                                    no detail travels. */
+    mdm_wifi_detail_t *detail; /**< A sender's must not be null for the kinds 2 to 7. For 1, 8 and 9
+                                    a null detail arrives as the number 0. In a received message it
+                                    is null if `detail_kind` is outside 1 to 9. */
 } mdm_wifi_network_t;
 
 /**
@@ -85,25 +87,25 @@ typedef struct mdm_wifi_network {
  * | 345                                                              | one ::mdm_wifi_network_t |
  * | any other                                                        | `data_size` raw bytes    |
  *
- * `data_size` is the sender's, and sending never stores it: below 1 the head travels alone and
- * the receiver's `data` becomes null. For the pair, DHCP and triple records `data_size` zero
- * bytes follow the record's strings on the wire. Records must not be missing, and an SSID list
- * must not hold a null element, while `data_size` is 1 or more. Raw bytes arrive as a new string
- * with a terminator.
+ * The sender sets `data_size`; sending never stores it. A value below 1 sends the head alone, and
+ * the receiver's `data` becomes null. For a list and a network any value of 1 or more will do. With
+ * 1 or more, a record must not be missing, and a list must not hold a null element.
  *
- * ipc_free() releases the payload and sets `data` to null, and `data_size` to 0 unless it was raw
- * bytes. The exception is a network profile: only `ssid`, the strings of `detail` and the detail
- * records of kinds 2 to 7 are released; `ssid`, `detail`, `data` and `data_size` keep their old
- * values. The ::mdm_wifi_network_t itself and the detail of kinds 1, 8 and 9 stay allocated, and
- * such a message is freed once.
+ * Behind the strings of a pair, of DHCP settings or of a triple, `data_size` zero bytes travel. A
+ * small value is enough: 1 makes the record travel.
+ *
+ * ipc_free() releases the payload and sets `data` to null. It sets `data_size` to 0, except for raw
+ * bytes. A network is different: ipc_free() releases `ssid`, and for the kinds 2 to 7 the detail
+ * and its strings. The ::mdm_wifi_network_t stays allocated, and so does the detail of the kinds 1,
+ * 8 and 9. `ssid`, `detail`, `data` and `data_size` keep their old values. The owner of the message
+ * releases the remaining blocks with g_free(), the detail first.
  *
  * The log, at level 1: ipc_serialize(), ipc_deserialize() and ipc_free() log both texts of an
- * ::mdm_wifi_pair_t, and its value may be a secret, like a pre-shared key; ipc_serialize() and
- * ipc_deserialize() log the names of a list. mdm/ipc.h says how to silence these lines, and
- * docs/security.md lists them.
+ * ::mdm_wifi_pair_t. Its value may be a secret, like a pre-shared key. ipc_serialize() and
+ * ipc_deserialize() log the names of a list.
  */
 typedef struct mdm_wifi_info {
-    /** @{ One of the fields of the body head: see #MDM_BODY_HEAD. */
+    /** @{ A field of the body head: see #MDM_BODY_HEAD. */
     MDM_BODY_HEAD;
     /** @} */
 } mdm_wifi_info_t;
