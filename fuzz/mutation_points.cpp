@@ -6,7 +6,7 @@
 namespace mdm::fuzz {
 namespace {
 
-using test::Category;
+using test::CategoryFormat;
 using test::DataSize;
 using test::Elements;
 using test::Field;
@@ -119,12 +119,12 @@ void add_payload(MutationPoints &points, const Form &form, void *&data, int32_t 
 }
 
 // Whether a payload must be there for a `data_size` that is not zero.
-bool needs_payload(const Category &category, const Form &form)
+bool needs_payload(const CategoryFormat &category, const Form &form)
 {
     return !category.is_payload_read || form.payload != Payload::nothing;
 }
 
-void add_body(MutationPoints &points, const Category &category, mdm_body_t &body)
+void add_body(MutationPoints &points, const CategoryFormat &category, mdm_body_t &body)
 {
     const Form &form = form_of(category, test::discriminator_of(body));
     for (const Field &field : category.head) {  // the package name of an application head
@@ -156,7 +156,7 @@ MutationPoints mutation_points_of(mdm_msg_t &msg)
 {
     MutationPoints points;
     add_text(points, msg.hdr_text);
-    const Category *category = test::category_of(msg.type);
+    const CategoryFormat *category = test::format_of(msg.type);
     points.has_category = category != nullptr;
     if (category != nullptr) {
         add_body(points, *category, msg.body);

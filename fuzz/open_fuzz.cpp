@@ -126,8 +126,7 @@ void open_with(uint8_t letters, Bytes message)
     } else {
         promise(mdm::fuzz::is_untouched(attempt.fault), "nothing is at fault in what is opened");
         mdm::fuzz::take_critical_lines();
-        promise_same(dump(*attempt.msg), deserialized(bytes),
-                     "both readers find the same fields");
+        promise_same(dump(*attempt.msg), deserialized(bytes), "both readers find the same fields");
     }
     promise(bytes.holds(message), "the bytes are not changed");
 }

@@ -37,7 +37,7 @@ struct Category {
 
 std::ostream &operator<<(std::ostream &out, const Category &category)
 {
-    return out << category_entry(category.handlers.type).name;
+    return out << format_of(category.handlers.type)->name;
 }
 
 class NullArguments : public ::testing::TestWithParam<Category> {
@@ -133,8 +133,8 @@ INSTANTIATE_TEST_SUITE_P(Of, NullArguments,
 // Where the lines of each category come from.
 TEST(HandlerLines, SayTheirFileAndTheirFunction)
 {
-    for (const CategoryEntry &entry : category_entries) {
-        for (const uint8_t type : {entry.first, entry.last}) {
+    for (const CategoryFormat &format : category_formats()) {
+        for (const uint8_t type : {format.first_type(), format.last_type()}) {
             const mdm::Category category = category_of(type);
             LogRecorder recorder;
             for (const auto function : {Log::Function::set, Log::Function::get, Log::Function::size,

@@ -259,18 +259,11 @@ TEST(Envelope, OldHeaderTextIsReleasedWhenThereIsNoNewOne)
 // Which types have a category, and that both types of a pair share their handlers. Which handlers a
 // category has, the tests of its body see.
 
-bool has_category(uint8_t type)
-{
-    return std::ranges::any_of(category_entries, [type](const CategoryEntry &entry) {
-        return entry.first <= type && type <= entry.last;
-    });
-}
-
 TEST(Dispatch, TypesWithACategoryHaveHandlersAndNoOthers)
 {
     for (uint8_t type = 0; type <= 80; ++type) {
         const ipc_handler_row &row = category_of(type).row;
-        const bool expected = has_category(type);
+        const bool expected = format_of(type) != nullptr;
         EXPECT_EQ(row.set != nullptr, expected) << int{type};
         EXPECT_EQ(row.get != nullptr, expected) << int{type};
         EXPECT_EQ(row.size != nullptr, expected) << int{type};
@@ -280,11 +273,11 @@ TEST(Dispatch, TypesWithACategoryHaveHandlersAndNoOthers)
 
 TEST(Dispatch, BothTypesOfAPairShareTheirHandlers)
 {
-    for (const CategoryEntry &entry : category_entries) {
-        const Category first = category_of(entry.first);
-        const Category last = category_of(entry.last);
-        EXPECT_EQ(&first.row, &last.row) << entry.name;
-        EXPECT_EQ(first.names.origin(), last.names.origin()) << entry.name;
+    for (const CategoryFormat &format : category_formats()) {
+        const Category first = category_of(format.first_type());
+        const Category last = category_of(format.last_type());
+        EXPECT_EQ(&first.row, &last.row) << format.name;
+        EXPECT_EQ(first.names.origin(), last.names.origin()) << format.name;
     }
 }
 
@@ -649,7 +642,7 @@ TEST(Deserialise, TypeOutside1To80IsRejected)
 TEST(Deserialise, EveryTypeWithoutCategoryFillsTheHeaderOnly)
 {
     for (uint8_t type = 1; type <= 80; ++type) {
-        if (has_category(type)) {
+        if (format_of(type) != nullptr) {
             continue;
         }
         mdm_msg_t msg = prefilled();

@@ -59,7 +59,7 @@ void expect_bounds(mdm_msg_t &msg, const Bytes &body, bool is_received)
     RC_ASSERT(!is_received || consumed >= written);
 }
 
-void expect_to_travel(const Category &category)
+void expect_to_travel(const CategoryFormat &category)
 {
     const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
     SentMessage sent = any_message(category);
@@ -81,14 +81,14 @@ void expect_to_travel(const Category &category)
     RC_ASSERT(left.empty() || !sent.is_all_released);
 }
 
-class Property : public ::testing::TestWithParam<Category> {};
+class Property : public ::testing::TestWithParam<CategoryFormat> {};
 
 TEST_P(Property, WhatASenderMayPassTravelsAsTheRulesSay)
 {
     EXPECT_TRUE(rc::check(GetParam().name, [] { expect_to_travel(GetParam()); }));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, Property, ::testing::ValuesIn(categories()),
+INSTANTIATE_TEST_SUITE_P(Of, Property, ::testing::ValuesIn(category_formats()),
                          [](const auto &test) { return std::string(test.param.name); });
 
 }  // namespace

@@ -207,7 +207,7 @@ void put_payload(Dump &out, const Form &form, const void *data, int32_t data_siz
 }
 
 // A list in the place of `param` hides it.
-void put_head(Dump &out, const Category &category, const Form &form, const mdm_body_t &body)
+void put_head(Dump &out, const CategoryFormat &category, const Form &form, const mdm_body_t &body)
 {
     out.begin(category.name);
     for (const Field &field : category.members) {
@@ -223,7 +223,7 @@ void put_head(Dump &out, const Category &category, const Form &form, const mdm_b
     out.end();
 }
 
-void put_body(Dump &out, const Category &category, const mdm_body_t &body)
+void put_body(Dump &out, const CategoryFormat &category, const mdm_body_t &body)
 {
     const Form &form = form_of(category, discriminator_of(body));
     put_head(out, category, form, body);
@@ -256,7 +256,7 @@ std::string dump(const mdm_msg_t &msg)
     out.line("header", msg.hdr_aux, uint64_t{msg.type}, uint64_t{msg.hdr_byte}, msg.hdr_word1,
              msg.hdr_word2, msg.hdr_text, msg.hdr_word3, msg.hdr_word4, msg.hdr_word5,
              msg.hdr_word6, msg.hdr_word7);
-    const Category *category = category_of(msg.type);
+    const CategoryFormat *category = format_of(msg.type);
     category != nullptr ? put_body(out, *category, msg.body) : put_no_body(out, msg.body);
     return out.text();
 }

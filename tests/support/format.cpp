@@ -144,13 +144,14 @@ constexpr uint32_t minus_one = 0xFFFFFFFF;
         FIELDS(mdm_##category##_info_t, #category, type, param, pkg, data_size); \
     constexpr auto category##_members =                                          \
         FIELDS(mdm_##category##_info_t, #category, type, aux, param, pkg, data_size)
-#define CATEGORY(category, message_types)                               \
-    .name = #category, .types = message_types, .head = category##_head, \
-    .members = category##_members
-#define HEADED(category, ...)                                      \
-    CATEGORY(category, (Numbers{__VA_ARGS__})),                    \
+#define CATEGORY(category, source, ...)                                        \
+    .name = #category, .file = "mdm_ipc_" source ".cpp", .types = __VA_ARGS__, \
+    .head = category##_head, .members = category##_members, .forms = category##_forms
+#define HEADED_IN(source, category, ...)                           \
+    CATEGORY(category, source, {__VA_ARGS__}),                     \
         .data_size = offsetof(mdm_##category##_info_t, data_size), \
-        .data = offsetof(mdm_##category##_info_t, data), .forms = category##_forms
+        .data = offsetof(mdm_##category##_info_t, data)
+#define HEADED(category, ...) HEADED_IN(#category, category, __VA_ARGS__)
 
 constexpr auto admin_head = FIELDS(mdm_admin_info_t, "admin", type);
 constexpr auto admin_members =
@@ -482,8 +483,8 @@ SINGLE_LIST(firewall);
 SINGLE_LIST(res);
 SINGLE_LIST(enterprise);
 
-constexpr Category all_categories[] = {
-    {CATEGORY(admin, (Numbers{1, 2})), .forms = admin_forms},
+constexpr CategoryFormat all_categories[] = {
+    {CATEGORY(admin, "admin", {1, 2})},
     {HEADED(pwd, 3, 4)},
     {HEADED(security, 5, 6), .sends_empty_lists = false},
     {HEADED(wifi, 7, 8)},
@@ -492,25 +493,25 @@ constexpr Category all_categories[] = {
     {HEADED(app, 13)},
     {HEADED(app_res, 14)},
     {HEADED(roaming, 15)},
-    {HEADED(roaming_res, 16)},
+    {HEADED_IN("roaming", roaming_res, 16)},
     {HEADED(misc, 17, 18), .announced = Announced::nonzero},
     {HEADED(apn, 21, 22), .announced = Announced::nonzero, .sends_empty_lists = false},
-    {HEADED(browser, 23, 24), .trusts_sign = true, .is_payload_read = false},
-    {HEADED(date_time, 25, 26), .trusts_sign = true},
-    {HEADED(remote, 27, 28), .trusts_sign = true},
-    {HEADED(vpn, 29, 30), .trusts_sign = true},
-    {HEADED(firewall, 31, 32), .trusts_sign = true},
-    {HEADED(res, 33, 34), .trusts_sign = true},
+    {HEADED_IN("single_list", browser, 23, 24), .trusts_sign = true, .is_payload_read = false},
+    {HEADED_IN("single_list", date_time, 25, 26), .trusts_sign = true},
+    {HEADED_IN("single_list", remote, 27, 28), .trusts_sign = true},
+    {HEADED_IN("single_list", vpn, 29, 30), .trusts_sign = true},
+    {HEADED_IN("single_list", firewall, 31, 32), .trusts_sign = true},
+    {HEADED_IN("single_list", res, 33, 34), .trusts_sign = true},
     {HEADED(phone_res, 35, 36)},
-    {HEADED(enterprise, 37, 38), .trusts_sign = true, .is_payload_read = false},
+    {HEADED_IN("single_list", enterprise, 37, 38), .trusts_sign = true, .is_payload_read = false},
     {HEADED(email, 39, 40), .announced = Announced::nonzero, .sends_empty_lists = false},
     {HEADED(kiosk, 45, 46), .announced = Announced::nonzero, .sends_empty_lists = false},
     {HEADED(container, 47, 48), .announced = Announced::nonzero},
     {HEADED(location, 49, 50)},
-    {CATEGORY(log_manager, (Numbers{51, 52})), .forms = log_manager_forms},
-    {CATEGORY(platform, (Numbers{53, 54})), .forms = platform_forms},
-    {CATEGORY(app_cb, (Numbers{61})), .forms = app_cb_forms, .counts_body = true},
-    {CATEGORY(misc_cb, (Numbers{63})), .forms = misc_cb_forms, .counts_body = true},
+    {CATEGORY(log_manager, "log_manager", {51, 52})},
+    {CATEGORY(platform, "platform", {53, 54})},
+    {CATEGORY(app_cb, "callback", {61}), .counts_body = true},
+    {CATEGORY(misc_cb, "callback", {63}), .counts_body = true},
 };
 
 }  // namespace
@@ -525,19 +526,19 @@ const Alternative *NestedRecord::alternative(const void *outer) const
     return nullptr;
 }
 
-std::span<const Category> categories()
+std::span<const CategoryFormat> category_formats()
 {
     return all_categories;
 }
 
-std::ostream &operator<<(std::ostream &out, const Category &category)
+std::ostream &operator<<(std::ostream &out, const CategoryFormat &category)
 {
     return out << category.name;
 }
 
-const Category *category_of(uint8_t message_type)
+const CategoryFormat *format_of(uint8_t message_type)
 {
-    for (const Category &category : all_categories) {
+    for (const CategoryFormat &category : all_categories) {
         if (category.types.has(message_type)) {
             return &category;
         }
@@ -545,7 +546,7 @@ const Category *category_of(uint8_t message_type)
     return nullptr;
 }
 
-const Form &form_of(const Category &category, uint32_t discriminator)
+const Form &form_of(const CategoryFormat &category, uint32_t discriminator)
 {
     for (const Form &form : category.forms) {
         if (form.types.has(discriminator)) {
@@ -555,7 +556,7 @@ const Form &form_of(const Category &category, uint32_t discriminator)
     return category.forms.back();
 }
 
-bool is_announced(const Category &category, const Form &form, int32_t data_size)
+bool is_announced(const CategoryFormat &category, const Form &form, int32_t data_size)
 {
     if (form.is_always_there) {
         return true;

@@ -149,27 +149,31 @@ struct Form {
 // The `data_size` that announces a payload.
 enum class Announced : uint8_t { positive, nonzero };
 
-struct Category {
+struct CategoryFormat {
     const char *name;
+    const char *file;  // of its handlers
     Numbers types;
     Fields head;     // that travels
     Fields members;  // that the body has, but its payload
+    std::span<const Form> forms;
     size_t data_size = no_offset;
     size_t data = no_offset;
-    std::span<const Form> forms = {};
     Announced announced = Announced::positive;
     bool sends_empty_lists = true;  // or the head alone
     bool counts_body = false;       // `data_size` travels as the size of the body
     bool trusts_sign = false;       // a negative `data_size` is counted, and cannot be sent
     bool is_payload_read = true;
+
+    constexpr uint8_t first_type() const { return static_cast<uint8_t>(*types.begin()); }
+    constexpr uint8_t last_type() const { return static_cast<uint8_t>(*(types.end() - 1)); }
 };
 
-std::span<const Category> categories();
-std::ostream &operator<<(std::ostream &out, const Category &category);
+std::span<const CategoryFormat> category_formats();
+std::ostream &operator<<(std::ostream &out, const CategoryFormat &category);
 
 // Null for a type without a category.
-const Category *category_of(uint8_t message_type);
-const Form &form_of(const Category &category, uint32_t discriminator);
+const CategoryFormat *format_of(uint8_t message_type);
+const Form &form_of(const CategoryFormat &category, uint32_t discriminator);
 
 // The value at an offset of a body or a record.
 template <class Value>
@@ -191,7 +195,7 @@ inline uint32_t discriminator_of(const mdm_body_t &body)
 }
 
 // Whether the body's `data_size` announces a payload, or none is asked.
-bool is_announced(const Category &category, const Form &form, int32_t data_size);
+bool is_announced(const CategoryFormat &category, const Form &form, int32_t data_size);
 
 // Whether a field selects a nested record among the fields beside it.
 bool selects(const Field &field, Fields fields);

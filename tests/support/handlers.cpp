@@ -11,20 +11,10 @@
 
 namespace mdm::test {
 
-const CategoryEntry &category_entry(uint8_t type)
-{
-    for (const CategoryEntry &entry : category_entries) {
-        if (entry.first <= type && type <= entry.last) {
-            return entry;
-        }
-    }
-    throw std::invalid_argument("no category: " + std::to_string(type));
-}
-
 Handler::operator Origin() const
 {
-    const CategoryEntry &entry = category_entry(type_);
-    return {std::string(prefix_) + entry.name, entry.file};
+    const CategoryFormat *format = format_of(type_);
+    return {std::string(prefix_) + format->name, format->file};
 }
 
 uint32_t SizeOf::operator()(mdm_body_t *body) const
@@ -77,6 +67,16 @@ std::vector<const void *> Handlers::release(mdm_body_t *body) const
     free(body);
     trace.stop();
     return trace.released();
+}
+
+Handlers handlers_of(std::string_view category)
+{
+    for (const CategoryFormat &format : category_formats()) {
+        if (format.name == category) {
+            return Handlers(format.first_type());
+        }
+    }
+    throw std::invalid_argument("no category: " + std::string(category));
 }
 
 }  // namespace mdm::test

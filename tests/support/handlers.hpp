@@ -3,59 +3,16 @@
 // The handlers of the categories: called through the library's table, and named in log lines.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
 #include "mdm/ipc.h"
+#include "support/format.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
-
-// A category: its message types from the first to the last, its name, and the file of its handlers.
-struct CategoryEntry {
-    uint8_t first;
-    uint8_t last;
-    const char *name;
-    const char *file;
-};
-
-// Every category, written down without the library's own table.
-inline constexpr CategoryEntry category_entries[] = {
-    {1, 2, "admin", "mdm_ipc_admin.cpp"},
-    {3, 4, "pwd", "mdm_ipc_pwd.cpp"},
-    {5, 6, "security", "mdm_ipc_security.cpp"},
-    {7, 8, "wifi", "mdm_ipc_wifi.cpp"},
-    {9, 10, "bluetooth", "mdm_ipc_bluetooth.cpp"},
-    {11, 12, "eas", "mdm_ipc_eas.cpp"},
-    {13, 13, "app", "mdm_ipc_app.cpp"},
-    {14, 14, "app_res", "mdm_ipc_app_res.cpp"},
-    {15, 15, "roaming", "mdm_ipc_roaming.cpp"},
-    {16, 16, "roaming_res", "mdm_ipc_roaming.cpp"},
-    {17, 18, "misc", "mdm_ipc_misc.cpp"},
-    {21, 22, "apn", "mdm_ipc_apn.cpp"},
-    {23, 24, "browser", "mdm_ipc_single_list.cpp"},
-    {25, 26, "date_time", "mdm_ipc_single_list.cpp"},
-    {27, 28, "remote", "mdm_ipc_single_list.cpp"},
-    {29, 30, "vpn", "mdm_ipc_single_list.cpp"},
-    {31, 32, "firewall", "mdm_ipc_single_list.cpp"},
-    {33, 34, "res", "mdm_ipc_single_list.cpp"},
-    {35, 36, "phone_res", "mdm_ipc_phone_res.cpp"},
-    {37, 38, "enterprise", "mdm_ipc_single_list.cpp"},
-    {39, 40, "email", "mdm_ipc_email.cpp"},
-    {45, 46, "kiosk", "mdm_ipc_kiosk.cpp"},
-    {47, 48, "container", "mdm_ipc_container.cpp"},
-    {49, 50, "location", "mdm_ipc_location.cpp"},
-    {51, 52, "log_manager", "mdm_ipc_log_manager.cpp"},
-    {53, 54, "platform", "mdm_ipc_platform.cpp"},
-    {61, 61, "app_cb", "mdm_ipc_callback.cpp"},
-    {63, 63, "misc_cb", "mdm_ipc_callback.cpp"},
-};
-
-// The category of a message type; throws if there is none.
-const CategoryEntry &category_entry(uint8_t type);
 
 // A handler of a message type. It may stand for the origin of its lines: enter(wifi.set).
 class Handler {
@@ -118,9 +75,6 @@ struct Handlers {
 };
 
 // Those of a category, for its first message type.
-consteval Handlers handlers_of(std::string_view name)
-{
-    return Handlers(std::ranges::find(category_entries, name, &CategoryEntry::name)->first);
-}
+Handlers handlers_of(std::string_view category);
 
 }  // namespace mdm::test

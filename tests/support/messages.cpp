@@ -35,7 +35,7 @@ enum class Content { full, empty, none };
 class Body {
 public:
     // `selector` is the word that selects a nested record.
-    Body(const Category &category, const Form &form, uint32_t selector = 0)
+    Body(const CategoryFormat &category, const Form &form, uint32_t selector = 0)
         : category_(category), form_(form), selector_(selector)
     {
     }
@@ -204,7 +204,7 @@ private:
         bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
     }
 
-    const Category &category_;
+    const CategoryFormat &category_;
     const Form &form_;
     uint32_t selector_;
     bool may_be_sent_on_ = true;
@@ -225,7 +225,7 @@ public:
     }
 
     // The category's messages.
-    void add(const Category &category)
+    void add(const CategoryFormat &category)
     {
         add_heads(category);
         for (const Form &form : category.forms) {
@@ -236,16 +236,7 @@ public:
     std::vector<GoodMessage> take() { return std::move(all_); }
 
 private:
-    static uint8_t first_type(const Category &category)
-    {
-        return static_cast<uint8_t>(*category.types.begin());
-    }
-    static uint8_t last_type(const Category &category)
-    {
-        return static_cast<uint8_t>(*(category.types.end() - 1));
-    }
-
-    void add_head(const Category &category, const char *name, uint8_t type, int32_t data_size)
+    void add_head(const CategoryFormat &category, const char *name, uint8_t type, int32_t data_size)
     {
         const Form &form = category.forms.front();
         Body body(category, form);
@@ -254,25 +245,25 @@ private:
     }
 
     // Heads without a payload.
-    void add_heads(const Category &category)
+    void add_heads(const CategoryFormat &category)
     {
         if (category.counts_body) {
-            return add_head(category, "-size-zero", first_type(category), 0);
+            return add_head(category, "-size-zero", category.first_type(), 0);
         }
         if (category.data == no_offset || category.forms.front().is_always_there) {
             return;
         }
-        add_head(category, "-head", first_type(category), 0);
+        add_head(category, "-head", category.first_type(), 0);
         if (category.announced == Announced::positive) {
-            add_head(category, "-negative", last_type(category), -1);
+            add_head(category, "-negative", category.last_type(), -1);
         }
         if (!category.is_payload_read) {  // it need not be there
-            add_head(category, "-unread", last_type(category), 1000);
+            add_head(category, "-unread", category.last_type(), 1000);
         }
     }
 
     // A positive `data_size` is the payload's where the form does not ask for another one.
-    static int32_t data_size(const Category &category, const Form &form, Content content,
+    static int32_t data_size(const CategoryFormat &category, const Form &form, Content content,
                              int32_t payload_size)
     {
         if (category.counts_body) {
@@ -290,8 +281,8 @@ private:
         return is_free ? least : payload_size;
     }
 
-    void add(const Category &category, const Form &form, Content content, const std::string &suffix,
-             uint32_t selector = 0)
+    void add(const CategoryFormat &category, const Form &form, Content content,
+             const std::string &suffix, uint32_t selector = 0)
     {
         Body payload(category, form, selector);
         payload.payload(content);
@@ -306,10 +297,10 @@ private:
                                    form.data_size == DataSize::added;
         body.zeros(is_first && may_be_padded ? 5 : 0);
         const std::string name = std::string(category.name) + "-" + form.name + suffix;
-        add(std::move(body).message(name, is_first ? first_type(category) : last_type(category)));
+        add(std::move(body).message(name, is_first ? category.first_type() : category.last_type()));
     }
 
-    void add(const Category &category, const Form &form)
+    void add(const CategoryFormat &category, const Form &form)
     {
         const auto nested = std::ranges::find_if(form.fields, [](const Field &field) {
             return field.nested != nullptr && field.nested->selector != no_offset;
@@ -327,7 +318,7 @@ private:
     }
 
     // One for each record that may be selected, and for none.
-    void add_selected(const Category &category, const Form &form, const NestedRecord &record)
+    void add_selected(const CategoryFormat &category, const Form &form, const NestedRecord &record)
     {
         for (const uint32_t selector : {0U, 10U}) {
             add(category, form, Content::full, "-" + std::to_string(selector), selector);
@@ -369,7 +360,7 @@ std::vector<GoodMessage> good_messages()
     all.add({"none-41-trailing", framed(41, {1, 2, 3, 4}), false, {}, {}});
     all.add({"none-75-text", framed(75, {}, "header"), false, {}, {}});
     all.add({"none-80-text-with-zero", framed(80, {}, std::string("a\0b", 3)), false, {}, {}});
-    for (const Category &category : categories()) {
+    for (const CategoryFormat &category : category_formats()) {
         all.add(category);
     }
     return all.take();

@@ -99,7 +99,7 @@ struct Bodies {
 
 class Sender {
 public:
-    explicit Sender(const Category &category)
+    explicit Sender(const CategoryFormat &category)
         : category_(category), form_(drawn_form(category)), type_(drawn_type())
     {
     }
@@ -120,7 +120,7 @@ public:
 
 private:
     // A receiver takes the records of some forms for raw bytes: no sender may pass them.
-    static const Form &drawn_form(const Category &category)
+    static const Form &drawn_form(const CategoryFormat &category)
     {
         std::vector<const Form *> forms;
         for (const Form &form : category.forms) {
@@ -496,7 +496,7 @@ private:
         return data;
     }
 
-    const Category &category_;
+    const CategoryFormat &category_;
     const Form &form_;
     uint32_t type_;
     SentMessage sent_;
@@ -514,7 +514,7 @@ char *SentMessage::keep(const std::string &text)
     return copy->data();
 }
 
-SentMessage any_message(const Category &category)
+SentMessage any_message(const CategoryFormat &category)
 {
     SentMessage sent = Sender(category).draw();
     mdm_msg_t &msg = sent.msg;

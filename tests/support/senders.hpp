@@ -41,7 +41,7 @@ struct SentMessage {
 };
 
 // The message has one of the category's types, and any header.
-SentMessage any_message(const Category &category);
+SentMessage any_message(const CategoryFormat &category);
 
 // A whole message, made without the library.
 Bytes message_bytes(const mdm_msg_t &msg, const Bytes &body);

@@ -48,7 +48,7 @@ struct Category {
 
 std::ostream &operator<<(std::ostream &out, const Category &category)
 {
-    return out << category_entry(category.handlers.type).name;
+    return out << format_of(category.handlers.type)->name;
 }
 
 constexpr Handlers app_cb(61);

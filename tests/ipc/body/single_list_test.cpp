@@ -24,7 +24,7 @@ struct Category {
 
 std::ostream &operator<<(std::ostream &out, const Category &category)
 {
-    return out << category_entry(category.handlers.type).name;
+    return out << format_of(category.handlers.type)->name;
 }
 
 // The seven bodies are the body head and nothing else, so any of them serves for all.

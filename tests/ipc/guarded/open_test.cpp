@@ -608,7 +608,7 @@ std::vector<GoodMessage> short_bodies()
 {
     std::map<std::string, GoodMessage> shortest;
     for (const GoodMessage &good : good_messages()) {
-        const Category *category = category_of(good.bytes[type_offset]);
+        const CategoryFormat *category = format_of(good.bytes[type_offset]);
         if (category == nullptr || good.steps.size() <= category->head.size()) {
             continue;
         }

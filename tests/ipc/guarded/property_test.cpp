@@ -131,7 +131,7 @@ void expect_to_be_sent_on(mdm_msg_t &received, const SentMessage &sent)
     }
 }
 
-void expect_to_travel(const Category &category)
+void expect_to_travel(const CategoryFormat &category)
 {
     const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
     SentMessage sent = any_message(category);
@@ -288,7 +288,7 @@ void expect_no_harm(mdm_msg_t msg)
     }
 }
 
-void expect_mistakes_to_do_no_harm(const Category &category)
+void expect_mistakes_to_do_no_harm(const CategoryFormat &category)
 {
     const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
     const SentMessage sent = any_message(category);
@@ -428,7 +428,7 @@ void expect_same_fields_or_true_fault(const Bytes &bytes)
     expect_sending_on_to_do_no_harm(bytes);
 }
 
-void expect_spoilt_bytes_to_do_no_harm(const Category &category)
+void expect_spoilt_bytes_to_do_no_harm(const CategoryFormat &category)
 {
     const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
     const SentMessage sent = any_message(category);
@@ -442,9 +442,9 @@ void expect_spoilt_bytes_to_do_no_harm(const Category &category)
     }
 }
 
-class GuardedProperty : public ::testing::TestWithParam<Category> {
+class GuardedProperty : public ::testing::TestWithParam<CategoryFormat> {
 protected:
-    static void expect_always(void (*property)(const Category &))
+    static void expect_always(void (*property)(const CategoryFormat &))
     {
         EXPECT_TRUE(rc::check(GetParam().name, [property] { property(GetParam()); }));
     }
@@ -465,7 +465,7 @@ TEST_P(GuardedProperty, SpoiltBytesAreRefusedWithATrueFaultOrOpenedAsDeserialise
     expect_always(expect_spoilt_bytes_to_do_no_harm);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, GuardedProperty, ::testing::ValuesIn(categories()),
+INSTANTIATE_TEST_SUITE_P(Of, GuardedProperty, ::testing::ValuesIn(category_formats()),
                          [](const auto &test) { return std::string(test.param.name); });
 
 }  // namespace

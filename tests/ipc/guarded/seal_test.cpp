@@ -240,7 +240,7 @@ TEST(Seal, TypesWithoutACategoryAreRefused)
         mdm_msg_t msg = message(static_cast<uint8_t>(type));
         mdm_roaming_data_t data = {a};
         msg.body.roaming.data = type == 15 ? &data : nullptr;
-        if (category_of(static_cast<uint8_t>(type)) == nullptr) {
+        if (format_of(static_cast<uint8_t>(type)) == nullptr) {
             expect_refusal(msg, {4, 0, 0, "header.type"});
         } else {
             expect_sealed(msg);
