@@ -26,45 +26,59 @@ using FreeHandler = void(const Log &log, mdm_body_t *body);
 // which follows the body's pointers. A category has none if each of its bodies is sound.
 using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 
-#define MDM_DECLARE_HANDLERS(category) \
-    SetHandler _set_##category;        \
-    GetHandler _get_##category;        \
-    SizeHandler _size_of_##category
+// The categories: their message types from the first to the last, their name, and the file of their
+// handlers without "mdm_ipc_" and ".cpp". A category with handlers of its own is
+//
+//   VALIDATED   if sealing has to refuse some of its bodies: _validate_x says which
+//   PLAIN       if it never has to
+//
+// A SHARED one also names its row of handlers, which stands in category.cpp.
+#define MDM_CATEGORIES(VALIDATED, PLAIN, SHARED)         \
+    PLAIN(1, 2, admin, admin)                            \
+    VALIDATED(3, 4, pwd, pwd)                            \
+    VALIDATED(5, 6, security, security)                  \
+    VALIDATED(7, 8, wifi, wifi)                          \
+    VALIDATED(9, 10, bluetooth, bluetooth)               \
+    VALIDATED(11, 12, eas, eas)                          \
+    VALIDATED(13, 13, app, app)                          \
+    VALIDATED(14, 14, app_res, app_res)                  \
+    VALIDATED(15, 15, roaming, roaming)                  \
+    SHARED(16, 16, roaming_res, roaming, roaming_res)    \
+    VALIDATED(17, 18, misc, misc)                        \
+    VALIDATED(21, 22, apn, apn)                          \
+    SHARED(23, 24, browser, single_list, unread_list)    \
+    SHARED(25, 26, date_time, single_list, single_list)  \
+    SHARED(27, 28, remote, single_list, single_list)     \
+    SHARED(29, 30, vpn, single_list, single_list)        \
+    SHARED(31, 32, firewall, single_list, single_list)   \
+    SHARED(33, 34, res, single_list, single_list)        \
+    VALIDATED(35, 36, phone_res, phone_res)              \
+    SHARED(37, 38, enterprise, single_list, unread_list) \
+    VALIDATED(39, 40, email, email)                      \
+    VALIDATED(45, 46, kiosk, kiosk)                      \
+    VALIDATED(47, 48, container, container)              \
+    VALIDATED(49, 50, location, location)                \
+    PLAIN(51, 52, log_manager, log_manager)              \
+    PLAIN(53, 54, platform, platform)                    \
+    PLAIN(61, 61, app_cb, callback)                      \
+    PLAIN(63, 63, misc_cb, callback)
+#define MDM_NO_CATEGORY(...)
 
-MDM_DECLARE_HANDLERS(admin);
-MDM_DECLARE_HANDLERS(pwd);
-MDM_DECLARE_HANDLERS(security);
-MDM_DECLARE_HANDLERS(wifi);
-MDM_DECLARE_HANDLERS(bluetooth);
-MDM_DECLARE_HANDLERS(eas);
-MDM_DECLARE_HANDLERS(app);
-MDM_DECLARE_HANDLERS(app_res);
-MDM_DECLARE_HANDLERS(roaming);
-MDM_DECLARE_HANDLERS(roaming_res);
-MDM_DECLARE_HANDLERS(misc);
-MDM_DECLARE_HANDLERS(apn);
-MDM_DECLARE_HANDLERS(single_list);
-MDM_DECLARE_HANDLERS(phone_res);
-MDM_DECLARE_HANDLERS(email);
-MDM_DECLARE_HANDLERS(kiosk);
-MDM_DECLARE_HANDLERS(container);
-MDM_DECLARE_HANDLERS(location);
-MDM_DECLARE_HANDLERS(log_manager);
-MDM_DECLARE_HANDLERS(platform);
-MDM_DECLARE_HANDLERS(app_cb);
-MDM_DECLARE_HANDLERS(misc_cb);
+#define MDM_DECLARE(first, last, name, file) \
+    SetHandler _set_##name;                  \
+    GetHandler _get_##name;                  \
+    SizeHandler _size_of_##name;             \
+    FreeHandler _free_##name;
+#define MDM_DECLARE_VALIDATED(first, last, name, file) \
+    MDM_DECLARE(first, last, name, file)               \
+    ValidateHandler _validate_##name;
+MDM_CATEGORIES(MDM_DECLARE_VALIDATED, MDM_DECLARE, MDM_NO_CATEGORY)
 
-FreeHandler _free_admin, _free_pwd, _free_security, _free_wifi, _free_bluetooth, _free_eas,
-    _free_app, _free_app_res, _free_roaming, _free_misc, _free_apn, _free_single_list,
-    _free_phone_res, _free_email, _free_kiosk, _free_container, _free_location, _free_log_manager,
-    _free_platform, _free_app_cb, _free_misc_cb;
-
-ValidateHandler _validate_pwd, _validate_security, _validate_wifi, _validate_bluetooth,
-    _validate_eas, _validate_app, _validate_app_res, _validate_roaming, _validate_roaming_res,
-    _validate_misc, _validate_apn, _validate_single_list, _validate_phone_res, _validate_email,
-    _validate_kiosk, _validate_container, _validate_location;
-
-// What browser and enterprise have of their own.
-GetHandler _get_single_list_unread;
+// The handlers of the shared rows.
+SetHandler _set_single_list, _set_roaming_res;
+GetHandler _get_single_list, _get_unread_list, _get_roaming_res;
+SizeHandler _size_of_single_list, _size_of_roaming_res;
+FreeHandler _free_single_list;
+ValidateHandler _validate_single_list, _validate_roaming_res;
 
 }  // namespace mdm

@@ -51,7 +51,7 @@ bool _get_single_list(Reader &in, const Log &log, mdm_body_t *body)
 
 // The receiver learns the payload's size, never its bytes: `data` stays as it was and the payload is
 // not consumed.
-bool _get_single_list_unread(Reader &in, const Log &log, mdm_body_t *body)
+bool _get_unread_list(Reader &in, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(in && body != nullptr, false);
 
