@@ -281,7 +281,7 @@ public:
     char *text() const { return begin_; }
 
 private:
-    static constexpr size_t block = size_t{16} << 20;
+    static constexpr size_t block = size_t{1} << 20;
     static constexpr size_t mapped = (size_t{1} << 32) + block;
 
     char *begin_;
