@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The codec beside its floor, in one run. Each message is encoded (and the buffer released), and
-// decoded and released, three times: by hand ("floor"), by the library with the logger off
+// The codec beside its baseline, in one run. Each message is encoded (and the buffer released), and
+// decoded and released, three times: by hand ("baseline"), by the library with the logger off
 // ("silenced"), and by the library at its default threshold with a platform log that does nothing
 // ("null sink").
 //
-// The guarded path beside its own floor: each message is opened and closed by hand ("region
-// floor") and by ipc_open(), both ways, beside the same bytes decoded and released ("contract" and
-// "contract floor"). Sealing stands beside ipc_serialize(), both ways.
+// The guarded path beside a baseline of its own: each message is opened and closed by hand
+// ("guarded baseline") and by ipc_open(), both ways. Beside them the trusting path decodes and
+// releases the same bytes ("trusting"), and so does its baseline ("trusting baseline"). Sealing
+// stands beside ipc_serialize(), both ways.
 //
 // With --instructions=FILE as its first flag, the program counts instructions instead of time.
 // Callgrind must run it then, and must have the same file as its --callgrind-out-file.
@@ -22,14 +23,14 @@
 
 #include <benchmark/benchmark.h>
 
-#include "floor.hpp"
+#include "baseline.hpp"
+#include "guarded_baseline.hpp"
+#include "guarded_baseline_check.hpp"
 #include "instructions.hpp"
 #include "mdm/guarded.h"
 #include "mdm/ipc.h"
 #include "mdm/log.h"
 #include "ratio_reporter.hpp"
-#include "region_check.hpp"
-#include "region_floor.hpp"
 
 extern "C" int platform_log_vprint(int /*buffer_id*/, int /*priority*/, const char * /*tag*/,
                                    const char * /*format*/, va_list /*args*/)
@@ -43,30 +44,30 @@ namespace {
 using Hook = void(mdm_msg_t &msg);
 
 // One message by hand.
-struct Floor {
-    FloorEncode *encode;
-    FloorDecode *decode;
-    FloorRelease *release;
-    RegionOpen *open;
+struct Baseline {
+    BaselineEncode *encode;
+    BaselineDecode *decode;
+    BaselineRelease *release;
+    BaselineOpen *open;
 };
 
-constexpr Floor res_floor = {floor_encode_res, floor_decode_res, floor_release_res,
-                             region_open_res};
-constexpr Floor admin_floor = {floor_encode_admin, floor_decode_admin, floor_release_admin,
-                               region_open_admin};
-constexpr Floor pwd_floor = {floor_encode_pwd, floor_decode_pwd, floor_release_pwd,
-                             region_open_pwd};
-constexpr Floor apn_floor = {floor_encode_apn, floor_decode_apn, floor_release_apn,
-                             region_open_apn};
-constexpr Floor accounts_floor = {floor_encode_accounts, floor_decode_accounts,
-                                  floor_release_accounts, region_open_accounts};
-constexpr Floor names_floor = {floor_encode_names, floor_decode_names, floor_release_names,
-                               region_open_names};
+constexpr Baseline res_baseline = {baseline_encode_res, baseline_decode_res, baseline_release_res,
+                                   baseline_open_res};
+constexpr Baseline admin_baseline = {baseline_encode_admin, baseline_decode_admin,
+                                     baseline_release_admin, baseline_open_admin};
+constexpr Baseline pwd_baseline = {baseline_encode_pwd, baseline_decode_pwd, baseline_release_pwd,
+                                   baseline_open_pwd};
+constexpr Baseline apn_baseline = {baseline_encode_apn, baseline_decode_apn, baseline_release_apn,
+                                   baseline_open_apn};
+constexpr Baseline accounts_baseline = {baseline_encode_accounts, baseline_decode_accounts,
+                                        baseline_release_accounts, baseline_open_accounts};
+constexpr Baseline names_baseline = {baseline_encode_names, baseline_decode_names,
+                                     baseline_release_names, baseline_open_names};
 
 struct Message {
     const char *name;
     mdm_msg_t msg;
-    Floor floor;
+    Baseline baseline;
     size_t elements = 1;            // of a list
     Hook *before_encode = nullptr;  // takes back what an encoding has stored in the body
     Hook *after_free = nullptr;     // releases what ipc_free() leaves to the owner
@@ -249,11 +250,11 @@ void measure(benchmark::State &state, Step step)
     }
 }
 
-void encode_floor(benchmark::State &state, const Message &message)
+void encode_baseline(benchmark::State &state, const Message &message)
 {
     measure(state, [&] {
         uint32_t length = 0;
-        uint8_t *bytes = message.floor.encode(message.msg, length);
+        uint8_t *bytes = message.baseline.encode(message.msg, length);
         benchmark::DoNotOptimize(bytes);
         benchmark::DoNotOptimize(length);
         g_free(bytes);
@@ -280,14 +281,14 @@ void encode_library(benchmark::State &state, const Message &message, mdm_log_lev
     });
 }
 
-void decode_floor(benchmark::State &state, const Message &message)
+void decode_baseline(benchmark::State &state, const Message &message)
 {
     const std::vector<uint8_t> bytes = encoded(message);
     mdm_msg_t msg{};
     measure(state, [&] {
-        message.floor.decode(bytes.data(), msg);
+        message.baseline.decode(bytes.data(), msg);
         benchmark::DoNotOptimize(msg);
-        message.floor.release(msg);
+        message.baseline.release(msg);
     });
 }
 
@@ -305,13 +306,13 @@ void decode_library(benchmark::State &state, const Message &message, mdm_log_lev
     });
 }
 
-void open_floor(benchmark::State &state, const Message &message)
+void open_baseline(benchmark::State &state, const Message &message)
 {
     const std::vector<uint8_t> bytes = encoded(message);
     measure(state, [&] {
-        mdm_msg_t *msg = message.floor.open(bytes.data(), static_cast<uint32_t>(bytes.size()));
+        mdm_msg_t *msg = message.baseline.open(bytes.data(), static_cast<uint32_t>(bytes.size()));
         benchmark::DoNotOptimize(msg);
-        region_close(msg);
+        baseline_close(msg);
     });
 }
 
@@ -326,21 +327,21 @@ void open_library(benchmark::State &state, const Message &message, mdm_log_level
     });
 }
 
-// The floor must do the same work: make the same bytes, and a message that makes them again.
-bool floor_is_true(const Message &message)
+// The baseline must do the same work: make the same bytes, and a message that makes them again.
+bool baseline_is_true(const Message &message)
 {
     const std::vector<uint8_t> expected = encoded(message);
     uint32_t length = 0;
-    uint8_t *bytes = message.floor.encode(message.msg, length);
+    uint8_t *bytes = message.baseline.encode(message.msg, length);
     if (taken(bytes, length) != expected) {
         return false;
     }
     mdm_msg_t decoded{};
-    message.floor.decode(expected.data(), decoded);
+    message.baseline.decode(expected.data(), decoded);
     const bool same = encoded(message, decoded) == expected;
-    message.floor.release(decoded);
-    return same && opens_like_library(message.floor.open, expected) &&
-           opens_like_library(message.floor.open, encoded_with_text(message));
+    message.baseline.release(decoded);
+    return same && opens_like_library(message.baseline.open, expected) &&
+           opens_like_library(message.baseline.open, encoded_with_text(message));
 }
 
 // What is sealed must be what is serialised.
@@ -355,8 +356,8 @@ bool seal_is_true(const Message &message)
 
 bool is_true(const Message &message)
 {
-    if (!floor_is_true(message)) {
-        std::fprintf(stderr, "%s: the floor does other work\n", message.name);
+    if (!baseline_is_true(message)) {
+        std::fprintf(stderr, "%s: the baseline does other work\n", message.name);
         return false;
     }
     if (!seal_is_true(message)) {
@@ -368,12 +369,12 @@ bool is_true(const Message &message)
 
 Message accounts(const char *name, size_t count)
 {
-    return {name, security_accounts(count), accounts_floor, count};
+    return {name, security_accounts(count), accounts_baseline, count};
 }
 
 Message names(const char *name, size_t count)
 {
-    return {name, package_names(count), names_floor, count, nullptr, release_names};
+    return {name, package_names(count), names_baseline, count, nullptr, release_names};
 }
 
 template <class Run, class... Arguments>
@@ -389,19 +390,19 @@ void register_message(const Message &message)
 {
     const std::string encode = std::string("encode ") + message.name;
     const std::string decode = std::string("decode ") + message.name;
-    register_run(encode + "/floor", message, encode_floor);
+    register_run(encode + "/baseline", message, encode_baseline);
     register_run(encode + "/silenced", message, encode_library<ipc_serialize>, MDM_LOG_NONE);
     register_run(encode + "/null sink", message, encode_library<ipc_serialize>, MDM_LOG_INFO);
-    register_run(decode + "/floor", message, decode_floor);
+    register_run(decode + "/baseline", message, decode_baseline);
     register_run(decode + "/silenced", message, decode_library, MDM_LOG_NONE);
     register_run(decode + "/null sink", message, decode_library, MDM_LOG_INFO);
 
     const std::string open = std::string("open ") + message.name;
-    register_run(open + "/region floor", message, open_floor);
+    register_run(open + "/guarded baseline", message, open_baseline);
     register_run(open + "/ipc_open", message, open_library, MDM_LOG_NONE);
     register_run(open + "/null sink", message, open_library, MDM_LOG_INFO);
-    register_run(open + "/contract", message, decode_library, MDM_LOG_NONE);
-    register_run(open + "/contract floor", message, decode_floor);
+    register_run(open + "/trusting", message, decode_library, MDM_LOG_NONE);
+    register_run(open + "/trusting baseline", message, decode_baseline);
 
     const std::string seal = std::string("seal ") + message.name;
     register_run(seal + "/ipc_serialize", message, encode_library<ipc_serialize>, MDM_LOG_NONE);
@@ -414,13 +415,13 @@ void register_message(const Message &message)
 std::vector<Table> tables()
 {
     return {
-        {"", "floor", {{"silenced", "floor"}, {"null sink", "floor"}}, "silenced"},
+        {"", "baseline", {{"silenced", "baseline"}, {"null sink", "baseline"}}, "silenced"},
         {"Open and close; the goal of ipc_open is 1.25 at most.",
-         "region floor",
-         {{"ipc_open", "region floor"},
-          {"null sink", "region floor"},
-          {"contract", "region floor"},
-          {"contract floor", "region floor"}},
+         "guarded baseline",
+         {{"ipc_open", "guarded baseline"},
+          {"null sink", "guarded baseline"},
+          {"trusting", "guarded baseline"},
+          {"trusting baseline", "guarded baseline"}},
          "ipc_open"},
         {"Seal, beside ipc_serialize with the same log; the goal is 1.15 at most.",
          "ipc_serialize",
@@ -463,18 +464,18 @@ int main(int argc, char **argv)
     }
 
     const Message messages[] = {
-        {"2 bytes", payload(2), res_floor},
-        {"1 KiB", payload(1024), res_floor},
-        {"1 MiB", payload(size_t{1024} * 1024), res_floor},
-        {"admin", admin_record(), admin_floor},
-        {"pwd policy", pwd_policy(), pwd_floor},
-        {"apn record", apn_record(), apn_floor, 1, restart_data_size},
+        {"2 bytes", payload(2), res_baseline},
+        {"1 KiB", payload(1024), res_baseline},
+        {"1 MiB", payload(size_t{1024} * 1024), res_baseline},
+        {"admin", admin_record(), admin_baseline},
+        {"pwd policy", pwd_policy(), pwd_baseline},
+        {"apn record", apn_record(), apn_baseline, 1, restart_data_size},
         accounts("100 accounts", 100),
         names("1,000 names", 1000),
         names("10,000 names", 10000),
         names("100,000 names", 100000),
     };
-    mdm_log_set_level(MDM_LOG_NONE);  // the floor is also tried with bytes that are refused
+    mdm_log_set_level(MDM_LOG_NONE);  // the baseline is also tried with bytes that are refused
     // Not measured: small enough to be tried with every one.
     for (const Message &message : {accounts("2 accounts", 2), names("3 names", 3)}) {
         if (!is_true(message)) {

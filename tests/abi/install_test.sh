@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Installs a build in ways that packagers do, and looks at what is there.
-# usage: install_test.sh components|paths SOURCE_DIR BUILD_DIR shared|static WORK_DIR
-# environment: LIBDIR, the library's folder below a prefix, and VERSION
+# usage: install_test.sh components|paths|apart SOURCE_DIR BUILD_DIR shared|static WORK_DIR
+# environment: LIBDIR, the library's folder below a prefix, VERSION and MDM_BUILD_DIR
 set -euo pipefail
 
 source_dir=$2
@@ -77,10 +77,11 @@ paths)
     expect_variable "$work/prefix/$LIBDIR" includedir "$work/prefix/include"
     (cd "$work" && quietly cmake --install "$build" --prefix relative)
     expect_variable "$work/relative/$LIBDIR" libdir "$work/relative/$LIBDIR"
-
+    ;;
+apart)
     # Directories outside of any prefix. Whatever stands for the library will do.
-    quietly cmake -G Ninja -S "$source_dir" -B "$work/build" -D BUILD_SHARED_LIBS=OFF \
-        -D MDM_TESTS=OFF -D MDM_EXAMPLES=OFF -D MDM_BENCH=OFF \
+    quietly "$source_dir/tests/configure_once.sh" -B "$work/build" -G Ninja -S "$source_dir" \
+        -D BUILD_SHARED_LIBS=OFF -D MDM_TESTS=OFF -D MDM_EXAMPLES=OFF -D MDM_BENCH=OFF \
         -D CMAKE_INSTALL_LIBDIR=/lib/apart -D CMAKE_INSTALL_INCLUDEDIR=/include/apart
     touch "$work/build/libmdm-common.a"
     DESTDIR=$work/root quietly cmake --install "$work/build" --prefix /usr

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Uses an installed copy of the library as another project would.
 # usage: installed_test.sh pkg-config|cmake|readme SOURCE_DIR INSTALLED_DIR WORK_DIR
-# environment: CC, CXX; LIBDIR, the library's folder below INSTALLED_DIR; and README_SHOWS, what
-# README's example prints
+# environment: CC, CXX, MDM_BUILD_DIR; LIBDIR, the library's folder below INSTALLED_DIR; and
+# README_SHOWS, what README's example prints
 set -eu
 
 source_dir=$2
@@ -27,8 +27,9 @@ build_and_run() {
 }
 
 build_and_run_with_cmake() {
-    cmake -G Ninja -S "$source_dir/tests/abi/consumer" -B "$work/$1" \
-        -D CMAKE_PREFIX_PATH="$installed" -D LANGUAGE="$1" -D SOURCE="$2"
+    "$source_dir/tests/configure_once.sh" -B "$work/$1" -G Ninja \
+        -S "$source_dir/tests/abi/consumer" -D CMAKE_PREFIX_PATH="$installed" \
+        -D LANGUAGE="$1" -D SOURCE="$2"
     cmake --build "$work/$1"
     "$work/$1/consumer"
 }

@@ -36,10 +36,14 @@ public:
     {
         put_bytes("raw ", 4);
         const auto *bytes = static_cast<const uint8_t *>(data);
-        for (size_t i = 0; i < static_cast<size_t>(size) + 1; ++i) {
+        const size_t count = static_cast<size_t>(size) + 1;
+        const size_t begin = text_->len;
+        g_string_set_size(text_, begin + 2 * count);
+        char *out = text_->str + begin;
+        for (size_t i = 0; i < count; ++i) {
             constexpr const char *digits = "0123456789abcdef";
-            put_bytes(digits + (bytes[i] >> 4), 1);
-            put_bytes(digits + (bytes[i] & 15), 1);
+            *out++ = digits[bytes[i] >> 4];
+            *out++ = digits[bytes[i] & 15];
         }
         put_bytes("\n", 1);
     }

@@ -281,16 +281,21 @@ public:
     char *text() const { return begin_; }
 
 private:
-    static constexpr size_t block = size_t{16} << 20;
+    static constexpr size_t block = size_t{1} << 20;
     static constexpr size_t mapped = (size_t{1} << 32) + block;
 
     char *begin_;
 };
 
+char *huge_text()
+{
+    static const HugeText huge;
+    return huge.text();
+}
+
 TEST(LengthsOfAHugeText, AreNotKnown)
 {
-    const HugeText huge;
-    GList *list = g_list_append(nullptr, huge.text());
+    GList *list = g_list_append(nullptr, huge_text());
     Lengths lengths;
     EXPECT_EQ(lengths.measure(list, silence), 4 + 1U);
     EXPECT_EQ(lengths.of(list), nullptr);
@@ -300,8 +305,7 @@ TEST(LengthsOfAHugeText, AreNotKnown)
 
 TEST(LengthsOfAHugeText, LetNobodySealIt)
 {
-    const HugeText huge;
-    GList *list = g_list_append(nullptr, huge.text());
+    GList *list = g_list_append(nullptr, huge_text());
     mdm_msg_t msg = message(13);
     msg.body.app.type = 4;
     msg.body.app.data_size = 1;
@@ -315,7 +319,7 @@ TEST(LengthsOfAHugeText, LetNobodySealIt)
 
     msg.body.app.data = nullptr;
     msg.body.app.data_size = 0;
-    msg.hdr_text = huge.text();
+    msg.hdr_text = huge_text();
     EXPECT_EQ(ipc_seal(&msg, &length, &fault), nullptr);
     EXPECT_STREQ(fault.path, "header.hdr_text");
     EXPECT_EQ(fault.needed, UINT32_MAX);

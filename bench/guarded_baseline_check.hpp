@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Whether a region floor does the work of ipc_open().
+// Whether the guarded baseline does the work of ipc_open().
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "region_floor.hpp"
+#include "guarded_baseline.hpp"
 
 namespace mdm::bench {
 
 // Whether both make the same message of the bytes; of a small message also, whether both make the
 // same of it or refuse it, cut short anywhere or with another word anywhere in it.
-bool opens_like_library(RegionOpen *open, const std::vector<uint8_t> &bytes);
+bool opens_like_library(BaselineOpen *open, const std::vector<uint8_t> &bytes);
 
 }  // namespace mdm::bench

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "floor.hpp"
+#include "baseline.hpp"
 
 #include <cstring>
 
@@ -115,7 +115,7 @@ void take_head(const uint8_t *&in, Body &body)
 
 }  // namespace
 
-uint8_t *floor_encode_res(const mdm_msg_t &msg, uint32_t &length)
+uint8_t *baseline_encode_res(const mdm_msg_t &msg, uint32_t &length)
 {
     const mdm_res_info_t &body = msg.body.res;
     const auto size = static_cast<uint32_t>(body.data_size);
@@ -126,7 +126,7 @@ uint8_t *floor_encode_res(const mdm_msg_t &msg, uint32_t &length)
     return buffer;
 }
 
-void floor_decode_res(const uint8_t *bytes, mdm_msg_t &msg)
+void baseline_decode_res(const uint8_t *bytes, mdm_msg_t &msg)
 {
     take_header(bytes, msg);
     mdm_res_info_t &body = msg.body.res;
@@ -134,14 +134,14 @@ void floor_decode_res(const uint8_t *bytes, mdm_msg_t &msg)
     body.data = take_bytes(bytes, static_cast<uint32_t>(body.data_size));
 }
 
-void floor_release_res(mdm_msg_t &msg)
+void baseline_release_res(mdm_msg_t &msg)
 {
     mdm_res_info_t &body = msg.body.res;
     g_free(msg.hdr_text);
     g_free(body.data);
 }
 
-uint8_t *floor_encode_admin(const mdm_msg_t &msg, uint32_t &length)
+uint8_t *baseline_encode_admin(const mdm_msg_t &msg, uint32_t &length)
 {
     const mdm_admin_info_t &body = msg.body.admin;
     const auto pkg_length = static_cast<uint32_t>(std::strlen(body.pkg));
@@ -155,7 +155,7 @@ uint8_t *floor_encode_admin(const mdm_msg_t &msg, uint32_t &length)
     return buffer;
 }
 
-void floor_decode_admin(const uint8_t *bytes, mdm_msg_t &msg)
+void baseline_decode_admin(const uint8_t *bytes, mdm_msg_t &msg)
 {
     take_header(bytes, msg);
     mdm_admin_info_t &body = msg.body.admin;
@@ -165,7 +165,7 @@ void floor_decode_admin(const uint8_t *bytes, mdm_msg_t &msg)
     body.text = take_text(bytes);
 }
 
-void floor_release_admin(mdm_msg_t &msg)
+void baseline_release_admin(mdm_msg_t &msg)
 {
     mdm_admin_info_t &body = msg.body.admin;
     g_free(msg.hdr_text);
@@ -173,7 +173,7 @@ void floor_release_admin(mdm_msg_t &msg)
     g_free(body.text);
 }
 
-uint8_t *floor_encode_pwd(const mdm_msg_t &msg, uint32_t &length)
+uint8_t *baseline_encode_pwd(const mdm_msg_t &msg, uint32_t &length)
 {
     const mdm_pwd_info_t &body = msg.body.pwd;
     const auto &policy = *static_cast<mdm_pwd_policy_t *>(body.data);
@@ -189,7 +189,7 @@ uint8_t *floor_encode_pwd(const mdm_msg_t &msg, uint32_t &length)
     return buffer;
 }
 
-void floor_decode_pwd(const uint8_t *bytes, mdm_msg_t &msg)
+void baseline_decode_pwd(const uint8_t *bytes, mdm_msg_t &msg)
 {
     take_header(bytes, msg);
     mdm_pwd_info_t &body = msg.body.pwd;
@@ -202,7 +202,7 @@ void floor_decode_pwd(const uint8_t *bytes, mdm_msg_t &msg)
     body.data = policy;
 }
 
-void floor_release_pwd(mdm_msg_t &msg)
+void baseline_release_pwd(mdm_msg_t &msg)
 {
     auto *policy = static_cast<mdm_pwd_policy_t *>(msg.body.pwd.data);
     g_free(msg.hdr_text);
@@ -228,7 +228,7 @@ GList *append(GList *&head, GList *tail, void *element)
 }  // namespace
 
 // The sender's `data_size` stays at the end, as so many zero bytes.
-uint8_t *floor_encode_apn(const mdm_msg_t &msg, uint32_t &length)
+uint8_t *baseline_encode_apn(const mdm_msg_t &msg, uint32_t &length)
 {
     const mdm_apn_info_t &body = msg.body.apn;
     const auto &account = *static_cast<mdm_apn_account_t *>(body.data);
@@ -253,7 +253,7 @@ uint8_t *floor_encode_apn(const mdm_msg_t &msg, uint32_t &length)
     return buffer;
 }
 
-void floor_decode_apn(const uint8_t *bytes, mdm_msg_t &msg)
+void baseline_decode_apn(const uint8_t *bytes, mdm_msg_t &msg)
 {
     take_header(bytes, msg);
     mdm_apn_info_t &body = msg.body.apn;
@@ -268,7 +268,7 @@ void floor_decode_apn(const uint8_t *bytes, mdm_msg_t &msg)
     body.data = account;
 }
 
-void floor_release_apn(mdm_msg_t &msg)
+void baseline_release_apn(mdm_msg_t &msg)
 {
     auto *account = static_cast<mdm_apn_account_t *>(msg.body.apn.data);
     char **texts = &account->profile_name;
@@ -279,7 +279,7 @@ void floor_release_apn(mdm_msg_t &msg)
     g_free(account);
 }
 
-uint8_t *floor_encode_accounts(const mdm_msg_t &msg, uint32_t &length)
+uint8_t *baseline_encode_accounts(const mdm_msg_t &msg, uint32_t &length)
 {
     const mdm_security_info_t &body = msg.body.security;
     uint32_t size = 16;
@@ -311,7 +311,7 @@ uint8_t *floor_encode_accounts(const mdm_msg_t &msg, uint32_t &length)
     return buffer;
 }
 
-void floor_decode_accounts(const uint8_t *bytes, mdm_msg_t &msg)
+void baseline_decode_accounts(const uint8_t *bytes, mdm_msg_t &msg)
 {
     take_header(bytes, msg);
     mdm_security_info_t &body = msg.body.security;
@@ -332,7 +332,7 @@ void floor_decode_accounts(const uint8_t *bytes, mdm_msg_t &msg)
     body.data = list;
 }
 
-void floor_release_accounts(mdm_msg_t &msg)
+void baseline_release_accounts(mdm_msg_t &msg)
 {
     auto *list = static_cast<GList *>(msg.body.security.data);
     g_free(msg.hdr_text);
@@ -345,7 +345,7 @@ void floor_release_accounts(mdm_msg_t &msg)
     g_list_free_full(list, g_free);
 }
 
-uint8_t *floor_encode_names(const mdm_msg_t &msg, uint32_t &length)
+uint8_t *baseline_encode_names(const mdm_msg_t &msg, uint32_t &length)
 {
     const mdm_app_info_t &body = msg.body.app;
     uint32_t size = 20;
@@ -368,7 +368,7 @@ uint8_t *floor_encode_names(const mdm_msg_t &msg, uint32_t &length)
 }
 
 // The list is not released with the message, but by its owner.
-void floor_decode_names(const uint8_t *bytes, mdm_msg_t &msg)
+void baseline_decode_names(const uint8_t *bytes, mdm_msg_t &msg)
 {
     take_header(bytes, msg);
     mdm_app_info_t &body = msg.body.app;
@@ -384,7 +384,7 @@ void floor_decode_names(const uint8_t *bytes, mdm_msg_t &msg)
     body.data = list;
 }
 
-void floor_release_names(mdm_msg_t &msg)
+void baseline_release_names(mdm_msg_t &msg)
 {
     mdm_app_info_t &body = msg.body.app;
     g_free(msg.hdr_text);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "region_floor.hpp"
+#include "guarded_baseline.hpp"
 
 #include <cstddef>
 #include <cstring>
@@ -115,7 +115,7 @@ private:
 
 mdm_msg_t *refuse(mdm_msg_t *msg)
 {
-    region_close(msg);
+    baseline_close(msg);
     return nullptr;
 }
 
@@ -182,14 +182,14 @@ Element *make_list(mdm_msg_t *msg, uint32_t count)
 
 }  // namespace
 
-void region_close(mdm_msg_t *msg)
+void baseline_close(mdm_msg_t *msg)
 {
     Opened *opened = block_of(msg);
     g_free(opened->list);
     g_free(opened);
 }
 
-mdm_msg_t *region_open_res(const uint8_t *bytes, uint32_t length)
+mdm_msg_t *baseline_open_res(const uint8_t *bytes, uint32_t length)
 {
     Source in(bytes, length);
     mdm_msg_t *msg = begin(in, bytes, length, 0, head_size);
@@ -209,7 +209,7 @@ mdm_msg_t *region_open_res(const uint8_t *bytes, uint32_t length)
     return msg;
 }
 
-mdm_msg_t *region_open_admin(const uint8_t *bytes, uint32_t length)
+mdm_msg_t *baseline_open_admin(const uint8_t *bytes, uint32_t length)
 {
     Source in(bytes, length);
     mdm_msg_t *msg = begin(in, bytes, length, 0, 4 * word);
@@ -225,7 +225,7 @@ mdm_msg_t *region_open_admin(const uint8_t *bytes, uint32_t length)
     return msg;
 }
 
-mdm_msg_t *region_open_pwd(const uint8_t *bytes, uint32_t length)
+mdm_msg_t *baseline_open_pwd(const uint8_t *bytes, uint32_t length)
 {
     Source in(bytes, length);
     mdm_msg_t *msg = begin(in, bytes, length, sizeof(mdm_pwd_policy_t), head_size);
@@ -249,7 +249,7 @@ mdm_msg_t *region_open_pwd(const uint8_t *bytes, uint32_t length)
     return msg;
 }
 
-mdm_msg_t *region_open_apn(const uint8_t *bytes, uint32_t length)
+mdm_msg_t *baseline_open_apn(const uint8_t *bytes, uint32_t length)
 {
     Source in(bytes, length);
     mdm_msg_t *msg = begin(in, bytes, length, sizeof(mdm_apn_account_t), head_size);
@@ -273,7 +273,7 @@ mdm_msg_t *region_open_apn(const uint8_t *bytes, uint32_t length)
     return msg;
 }
 
-mdm_msg_t *region_open_accounts(const uint8_t *bytes, uint32_t length)
+mdm_msg_t *baseline_open_accounts(const uint8_t *bytes, uint32_t length)
 {
     Source in(bytes, length);
     mdm_msg_t *msg = begin(in, bytes, length, 0, head_size);
@@ -311,7 +311,7 @@ mdm_msg_t *region_open_accounts(const uint8_t *bytes, uint32_t length)
     return msg;
 }
 
-mdm_msg_t *region_open_names(const uint8_t *bytes, uint32_t length)
+mdm_msg_t *baseline_open_names(const uint8_t *bytes, uint32_t length)
 {
     Source in(bytes, length);
     mdm_msg_t *msg = begin(in, bytes, length, 0, app_head_size);

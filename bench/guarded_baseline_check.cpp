@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "region_check.hpp"
+#include "guarded_baseline_check.hpp"
 
 #include <cstddef>
 #include <cstring>
@@ -42,9 +42,9 @@ std::optional<uint32_t> discriminator(const Bytes &bytes)
     return offset + word > bytes.size() ? std::nullopt : std::optional(load(bytes, offset));
 }
 
-// Whether changed bytes are still a message of the original's kind, as far as they tell: a floor
-// knows no other.
-bool is_of_same_kind(const Bytes &original, const Bytes &changed)
+// Whether changed bytes are still a message of the original's type and form, as far as they tell: a
+// baseline knows no other.
+bool is_of_same_form(const Bytes &original, const Bytes &changed)
 {
     const uint8_t type = changed[type_offset];
     if (type == 0 || type > last_type) {
@@ -54,7 +54,7 @@ bool is_of_same_kind(const Bytes &original, const Bytes &changed)
     return type == original[type_offset] && (!told || told == discriminator(original));
 }
 
-bool opens_alike(RegionOpen *open, const Bytes &bytes)
+bool opens_alike(BaselineOpen *open, const Bytes &bytes)
 {
     const auto length = static_cast<uint32_t>(bytes.size());
     mdm_msg_t *msg = open(bytes.data(), length);
@@ -63,7 +63,7 @@ bool opens_alike(RegionOpen *open, const Bytes &bytes)
                            ? msg == expected
                            : test::dump(*msg) == test::dump(*expected);
     if (msg != nullptr) {
-        region_close(msg);
+        baseline_close(msg);
     }
     ipc_close(expected);
     return alike;
@@ -79,7 +79,7 @@ Bytes cut(const Bytes &bytes, size_t size)
     return shorter;
 }
 
-bool opens_alike_at(size_t offset, RegionOpen *open, const Bytes &bytes)
+bool opens_alike_at(size_t offset, BaselineOpen *open, const Bytes &bytes)
 {
     if (!opens_alike(open, cut(bytes, offset))) {
         return false;
@@ -89,7 +89,7 @@ bool opens_alike_at(size_t offset, RegionOpen *open, const Bytes &bytes)
     for (const uint32_t value :
          {0U, 1U, left - 1, left, left + 1, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         store(changed, offset, value);
-        if (is_of_same_kind(bytes, changed) && !opens_alike(open, changed)) {
+        if (is_of_same_form(bytes, changed) && !opens_alike(open, changed)) {
             return false;
         }
     }
@@ -98,7 +98,7 @@ bool opens_alike_at(size_t offset, RegionOpen *open, const Bytes &bytes)
 
 }  // namespace
 
-bool opens_like_library(RegionOpen *open, const Bytes &bytes)
+bool opens_like_library(BaselineOpen *open, const Bytes &bytes)
 {
     if (!opens_alike(open, bytes) || open(nullptr, header_size) != nullptr) {
         return false;

@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: Apache-2.0
+# Root file systems of other architectures. ./dev sources this file.
+# shellcheck shell=bash
+
+# The main suite of this system, as a line for a sources.list.
+main_suite() {
+    local codename
+    # shellcheck source=/dev/null
+    codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
+    # shellcheck disable=SC2016 # the words in dollars are apt's own
+    apt-get indextargets --format 'deb $(REPO_URI) $(CODENAME) $(COMPONENT)' \
+        'Created-By: Packages' | sort -u | grep " $codename main\$"
+}
+
+# A root file system of another architecture for the cross compilers and the emulator. Its packages
+# would collide with this machine's own, so they are only unpacked, and nobody needs root.
+make_sysroot() {
+    local arch=$1
+    shift
+    local sysroot=build/sysroot-$arch state=$PWD/build/sysroot-$arch.apt packages=("$@")
+    [ "$(cat "$sysroot/packages" 2>/dev/null)" != "${packages[*]}" ] || return 0
+    say "Making $sysroot"
+    rm -rf "$state" "$sysroot.new"
+    mkdir -p "$state/lists/partial" "$state/cache/archives/partial" "$sysroot.new"
+    : >"$state/status"
+    if ! main_suite >"$state/sources.list"; then
+        as_root apt-get update
+        main_suite >"$state/sources.list" || die "apt knows no main suite of this system"
+    fi
+    local apt=(apt-get
+        -o APT::Architecture="$arch" -o APT::Architectures::="$arch"
+        -o Dir::Etc::SourceList="$state/sources.list" -o Dir::Etc::SourceParts=/dev/null
+        -o Dir::State="$state" -o Dir::State::status="$state/status"
+        -o Dir::Cache="$state/cache" -o APT::Sandbox::User= -o Debug::NoLocking=true)
+    "${apt[@]}" update
+    "${apt[@]}" install --yes --no-install-recommends --download-only "${packages[@]}"
+    for package in "$state"/cache/archives/*.deb; do
+        dpkg -x "$package" "$sysroot.new"
+    done
+    echo "${packages[*]}" >"$sysroot.new/packages"
+    rm -rf "$state" "$sysroot"
+    mv "$sysroot.new" "$sysroot"
+}
+
+make_arm_sysroot() {
+    make_sysroot armhf libc6-dev libstdc++6 libglib2.0-dev libssl-dev libgtest-dev libgmock-dev \
+        librapidcheck-dev
+}
+
+make_i386_sysroot() { make_sysroot i386 libc6-dev libstdc++-12-dev libglib2.0-dev libssl-dev; }
