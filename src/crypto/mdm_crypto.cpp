@@ -28,7 +28,7 @@ struct Secrets {
     explicit Secrets(const char *key_iv)
     {
         g_strlcpy(key, key_iv, sizeof key);
-        g_strlcpy(iv, key_iv + AES_BLOCK_SIZE, sizeof iv);
+        g_strlcpy(iv, key_iv + AES_BLOCK_SIZE, sizeof iv);  // Q-AES-5
     }
     ~Secrets() { OPENSSL_cleanse(this, sizeof *this); }
     Secrets(const Secrets &) = delete;
@@ -43,10 +43,10 @@ struct Secrets {
     }
 };
 
-// Rounded down, then one block more: a whole number of blocks gains one, too.
+// Rounded down, then one block more: a whole number of blocks gains one, too. Q-AES-1
 constexpr uint32_t ciphertext_length(uint32_t length)
 {
-    return length / AES_BLOCK_SIZE * AES_BLOCK_SIZE + AES_BLOCK_SIZE;
+    return length / AES_BLOCK_SIZE * AES_BLOCK_SIZE + AES_BLOCK_SIZE;  // Q-AES-3
 }
 
 // Where size_t has 32 bits, the sum for the longest length is 0. The allocator is then asked for
@@ -75,7 +75,7 @@ int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, 
     mdm::Secrets secrets(key_iv);
     uint8_t *ciphertext = mdm::new_bytes(length);
     AES_set_encrypt_key(secrets.key_bytes(), mdm::key_bits, &secrets.schedule);
-    // All of `length` is the caller's: what stands behind in_len is the padding.
+    // All of `length` is the caller's: what stands behind in_len is the padding. Q-AES-2
     secrets.run(in, ciphertext, length, AES_ENCRYPT);
     *out_len = length;
     *out = ciphertext;
@@ -92,7 +92,7 @@ int32_t mdm_aes_decrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, 
     *out = mdm::new_bytes(mdm::with_terminator(in_len));
     mdm::Secrets secrets(key_iv);
     AES_set_decrypt_key(secrets.key_bytes(), mdm::key_bits, &secrets.schedule);
-    secrets.run(in, *out, in_len, AES_DECRYPT);
-    *out_len = in_len;
+    secrets.run(in, *out, in_len, AES_DECRYPT);  // Q-AES-6
+    *out_len = in_len;                           // Q-AES-4
     return MDM_RESULT_SUCCESS;
 }

@@ -40,7 +40,7 @@ bool is(const char *path, const char *other)
 }
 
 // A negative size is told as needing UINT32_MAX bytes, which no positive size of raw bytes reaches.
-[[gnu::cold]] bool has_negative_size(const ipc_fault_t &fault)
+[[gnu::cold]] bool has_negative_size(const ipc_fault_t &fault)  // Q-GUARDED-2
 {
     return fault.needed == saturated(UINT64_MAX) && ends_with(fault.path, ".data");
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A copying constructor builds the default object and then assigns; from a constant rvalue, which
-// has nothing to give away, it does the same.
+// has nothing to give away, it does the same. Q-VALUES-1
 #include "mdm/device_policy_manager.hpp"
 #include "values/value_class.hpp"
 

@@ -99,7 +99,7 @@ void Writer::fail_in_message_head(const mdm_msg_t &msg)
     fields_slow_path(reinterpret_cast<const uint8_t *>(&msg), head_fields);
 }
 
-// `aux` stands between `type` and `param` in memory and is not sent.
+// `aux` stands between `type` and `param` in memory and is not sent. Q-HEAD-1
 void Writer::write_body_head(uint32_t type, uint32_t param, uint32_t data_size)
 {
     if (left() < body_head_size) [[unlikely]] {
@@ -201,8 +201,8 @@ uint32_t Writer::count(void *list, const char *path)
 {
     uint32_t count = lengths_ != nullptr && lengths_->has_all(list) ? lengths_->count() : 0;
     if (count == 0) {
-        const auto *cell = static_cast<GList *>(list);
-        if (cell != nullptr && cell->prev != nullptr) {
+        const auto *cell = static_cast<GList *>(list);   // Q-WIRE-4
+        if (cell != nullptr && cell->prev != nullptr) {  // Q-GUARDED-7
             refuse(path);
         }
         for (; cell != nullptr; cell = cell->next, ++count) {
@@ -274,7 +274,7 @@ void Writer::gap(int32_t count, const char *path)
 }
 
 // What is beyond the message is nobody's to clear, and a position that is beyond it never comes back:
-// not even one that has gone round the address space.
+// not even one that has gone round the address space. Q-WIRE-7
 void Writer::clear(size_t count)
 {
     if (position_ >= end_) {

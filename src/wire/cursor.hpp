@@ -146,7 +146,7 @@ public:
     // written.
     uint32_t count(void *list, const char *path);
 
-    // The list's count, then its records; a null one is counted, but not written.
+    // The list's count, then its records; a null one is counted, but not written. Q-WIRE-3
     void records(void *records, const char *path, Fields list);
 
     // The list's strings, without a count, up to the first null one.
@@ -218,12 +218,12 @@ public:
     int32_t i32(const char *path) { return static_cast<int32_t>(u32(path)); }
 
     // How many elements follow, each of `smallest` bytes or more; below 1 none do. A guarded cursor
-    // refuses a number that the bytes left have no room for.
+    // refuses a number that the bytes left have no room for. Q-WIRE-5
     int32_t count(const char *path, uint32_t smallest);
     // The same for a list that may be longer than a signed number tells.
     uint32_t unsigned_count(const char *path, uint32_t smallest);
 
-    // A new string, or null for an empty one.
+    // A new string, or null for an empty one. Q-WIRE-1
     char *str(const char *path);
 
     // A new string of the next `data_size` bytes and a terminator; a zero byte ends its text early.
@@ -243,11 +243,11 @@ public:
     // A new list of records, from its count on; null for a count below 1.
     GList *records(const char *path, Fields list);
 
-    // A new list of strings, an empty one a null element; null for a count below 1.
+    // A new list of strings, an empty one a null element; null for a count below 1. Q-WIRE-6
     GList *strings(int64_t count, const char *path, EachLine each = no_line);
 
     // A second copy of a string that str() returned. Of a arena, where nothing is released on its
-    // own, one is enough.
+    // own, one is enough. Q-GUARDED-1
     char *copy(char *text) { return is_guarded() ? text : g_strdup(text); }
 
     // A new zero-filled record.
