@@ -92,6 +92,7 @@ TEST(Admin, SizeCountsWhatIsWritten)
     }
 }
 
+// Q-ADMIN-1
 TEST(Admin, RegistrationQueryLeavesTheFieldsOfTheOtherForm)
 {
     mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, nullptr);
@@ -106,6 +107,7 @@ TEST(Admin, RegistrationQueryLeavesTheFieldsOfTheOtherForm)
     g_free(received.admin.pkg);
 }
 
+// Q-ADMIN-1
 TEST(Admin, GeneralFormLeavesStatus)
 {
     for (const uint32_t type : {1U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
@@ -209,6 +211,7 @@ TEST(Admin, NullPackageIsLoggedAsTheCLibraryPrintsIt)
     EXPECT_EQ(log.take()[2].text, "Processing IS_CLIENT_REGISTERED, pkg: '(null)', status: -2");
 }
 
+// Q-ADMIN-2
 TEST(Admin, GeneralFormLogsItsTypeOnlyAsASignedNumber)
 {
     mdm_body_t sent = body(0xFFFFFFFE, pkg, nullptr);

@@ -134,6 +134,7 @@ TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
     }
 }
 
+// Q-APN-1
 TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
 {
     mdm_apn_account_t record{};
@@ -157,6 +158,7 @@ TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
     }
 }
 
+// Q-APN-1
 TEST(Apn, ProfileMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
 {
     mdm_apn_account_t record{};
@@ -180,6 +182,7 @@ TEST(Apn, ProfileMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
     ipc_free(&arrived);
 }
 
+// Q-BODY-8
 TEST(Apn, ListCarriesACountAndProfilesAndCountsTheWholeBody)
 {
     constexpr int32_t size = 16 + profile_size + 60;
@@ -252,6 +255,7 @@ TEST(Apn, ListCountBelow1IsReceivedAsNull)
     }
 }
 
+// Q-BODY-9
 TEST(Apn, ListWithANullElementHasNoSize)
 {
     mdm_apn_account_t record{};
@@ -268,6 +272,7 @@ TEST(Apn, ListWithANullElementHasNoSize)
     }
 }
 
+// Q-BODY-9
 TEST(Apn, NullElementIsCountedButNeitherWrittenNorLogged)
 {
     mdm_apn_account_t unnamed{};
@@ -315,6 +320,7 @@ TEST(Apn, RawPayloadEndsAtItsFirstZeroByte)
     _free_apn(&back);
 }
 
+// Q-BODY-4
 TEST(Apn, RawSizeTrustsTheSignOfDataSize)
 {
     mdm_body_t sent = body(388, -4, sentinel());
@@ -344,6 +350,7 @@ TEST(Apn, TextsOfEveryKindTravel)
     _free_apn(&back);
 }
 
+// Q-BODY-3
 TEST(Apn, NoPayloadIsTheHeadAlone)
 {
     for (const uint32_t type : some_types) {
@@ -361,6 +368,7 @@ TEST(Apn, NoPayloadIsTheHeadAlone)
     }
 }
 
+// Q-BODY-2
 TEST(Apn, NegativeDataSizeIsAPayloadOfAProfileOrAList)
 {
     for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
@@ -394,6 +402,7 @@ TEST(Apn, TypesOfEachShape)
     }
 }
 
+// Q-BODY-7
 TEST(Apn, FreeReleasesAProfileOrAListAndLeavesTheBody)
 {
     for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
@@ -442,6 +451,7 @@ TEST(Apn, FreeReleasesARawPayloadAndResetsTheBody)
     }
 }
 
+// Q-BODY-5
 TEST(Apn, FreeWithoutAPayloadReleasesNothing)
 {
     for (const uint32_t type : some_types) {
@@ -477,6 +487,7 @@ TEST(Apn, BothMessageTypesCarryEveryShapeAndLeakNothing)
     }
 }
 
+// Q-APN-2
 TEST(Apn, OnlyListsLogTheirProfilesNames)
 {
     for (const uint32_t type : some_types) {

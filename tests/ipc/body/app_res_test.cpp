@@ -244,6 +244,7 @@ TEST(AppRes, PackagesFollowTheirCount)
     }
 }
 
+// Q-BODY-12
 TEST(AppRes, NullPackageEndsTheListButNotTheCount)
 {
     const Cells list = cells({borrowed("a"), nullptr, borrowed("b")});
@@ -284,6 +285,7 @@ TEST(AppRes, ItemsCarryTheirNameBeforeTheirValue)
     }
 }
 
+// Q-APP_RES-1
 TEST(AppRes, ItemWithoutANameIsSizedAndCountedButNotWritten)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};
@@ -301,6 +303,7 @@ TEST(AppRes, ItemWithoutANameIsSizedAndCountedButNotWritten)
               head(140) + hex("03 00 00 00 00 00 00 00 04 00 00 00"));
 }
 
+// Q-BODY-12
 TEST(AppRes, NullItemEndsTheListButNotTheCount)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};
@@ -338,6 +341,7 @@ TEST(AppRes, ControlsCarryAClientAndItsPackages)
     }
 }
 
+// Q-BODY-12
 TEST(AppRes, NullElementsEndBothListsOfControlsButNotTheCounts)
 {
     const Cells packages = cells({borrowed("a"), nullptr, borrowed("b")});
@@ -430,6 +434,7 @@ TEST(AppRes, FreeReleasesPackagesThenCellsThenThePackageName)
     }
 }
 
+// Q-BODY-7
 TEST(AppRes, FreeReleasesItemsUpToANullOneAndKeepsThePointer)
 {
     for (const int32_t type : item_types) {
@@ -453,6 +458,7 @@ TEST(AppRes, FreeReleasesItemsUpToANullOneAndKeepsThePointer)
     }
 }
 
+// Q-APP_RES-5
 TEST(AppRes, FreeReleasesTheListsOfControlsAndLeavesTheRecords)
 {
     for (const int32_t type : control_types) {
@@ -498,6 +504,7 @@ TEST(AppRes, FreeReleasesAnyOtherPayloadThenThePackageName)
     }
 }
 
+// Q-BODY-5
 TEST(AppRes, FreeLooksAtDataOnlyWhenDataSizeIsAtLeast1)
 {
     for (const int32_t type : sample_types) {
@@ -515,6 +522,7 @@ TEST(AppRes, FreeLooksAtDataOnlyWhenDataSizeIsAtLeast1)
     }
 }
 
+// Q-APP_RES-4
 TEST(AppRes, FreeOfAnAnnouncedButMissingPayloadLeavesThePackageName)
 {
     for (const int32_t type : sample_types) {
@@ -544,6 +552,7 @@ void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
     release(received.body);
 }
 
+// Q-APP_RES-3
 TEST(AppRes, PackagesAreLoggedByTheSizeHandlerOnly)
 {
     const Cells list = cells({borrowed("abc"), borrowed(""), borrowed("d")});
@@ -557,6 +566,7 @@ TEST(AppRes, PackagesAreLoggedByTheSizeHandlerOnly)
     }
 }
 
+// Q-APP_RES-2
 TEST(AppRes, ItemsAreLoggedUpToANullOne)
 {
     mdm_app_res_item_t a = {borrowed("a"), 0xFFFFFFFF};
@@ -572,6 +582,7 @@ TEST(AppRes, ItemsAreLoggedUpToANullOne)
     }
 }
 
+// Q-APP_RES-3, Q-APP_RES-6
 TEST(AppRes, ControlsAreLoggedWithTheirPackages)
 {
     const Cells packages = cells({borrowed("a"), borrowed("b")});
@@ -595,6 +606,7 @@ TEST(AppRes, ControlsAreLoggedWithTheirPackages)
     }
 }
 
+// Q-BODY-13
 TEST(AppRes, OtherBodiesLogTheirSizeOnly)
 {
     const Cells list = cells({borrowed("abc")});
@@ -660,6 +672,7 @@ TEST(AppRes, WholeMessageWithAnEmptyListLeaksThePackageName)
     }
 }
 
+// Q-APP_RES-1
 TEST(AppRes, ZerosOfAnItemWithoutANameTravelAtTheEndOfTheMessage)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};

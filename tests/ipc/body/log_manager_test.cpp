@@ -88,6 +88,7 @@ TEST(LogManager, LongAndNonAsciiTextsTravel)
     }
 }
 
+// Q-LOG_MANAGER-3
 TEST(LogManager, LowByteOfTheValueTravelsForOtherTypes)
 {
     mdm_body_t sent = word_body(1, 0x1234);
@@ -132,6 +133,7 @@ TEST(LogManager, EveryTypeBut638CarriesAByteThatIsNotReleased)
     }
 }
 
+// Q-BODY-7
 TEST(LogManager, FreeReleasesTheTextAndKeepsThePointer)
 {
     char *text = heap_text("abc");
@@ -186,6 +188,7 @@ TEST(LogManager, SizeOfNothingIs0)
                                         leave("_size_of_log_manager")));
 }
 
+// Q-LOG_MANAGER-1, Q-LOG_MANAGER-2
 TEST(LogManager, WriterChecksItsPositionFirstAndWritesNothingForNoBody)
 {
     mdm_body_t some = text_body("abc");
@@ -204,6 +207,7 @@ TEST(LogManager, WriterChecksItsPositionFirstAndWritesNothingForNoBody)
                                         leave("_set_log_manager")));
 }
 
+// Q-LOG_MANAGER-1, Q-LOG_MANAGER-2
 TEST(LogManager, ReaderChecksItsBodyFirstAndReadsNothingWithoutOne)
 {
     mdm_body_t some = used_body();

@@ -100,6 +100,7 @@ TEST(Pwd, PolicyComesBackFieldByField)
     _free_pwd(&received);
 }
 
+// Q-BODY-6
 TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
 {
     mdm_pwd_policy_t record = policy(abc, hi);
@@ -119,6 +120,7 @@ TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     }
 }
 
+// Q-BODY-3
 TEST(Pwd, NullDataSendsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : {policy_type, 7U}) {
@@ -160,6 +162,7 @@ TEST(Pwd, RawPayloadEndsAtItsFirstZeroByte)
     _free_pwd(&received);
 }
 
+// Q-PWD-1
 TEST(Pwd, SizeNeverStoresDataSize)
 {
     mdm_pwd_policy_t record = policy(abc, hi);
@@ -169,6 +172,7 @@ TEST(Pwd, SizeNeverStoresDataSize)
     EXPECT_EQ(sent.pwd.data_size, 5);
 }
 
+// Q-BODY-7
 TEST(Pwd, FreeReleasesAPolicysStringsThenItsRecordAndKeepsThePointer)
 {
     auto *record = static_cast<mdm_pwd_policy_t *>(g_malloc0(sizeof(mdm_pwd_policy_t)));
@@ -186,6 +190,7 @@ TEST(Pwd, FreeReleasesAPolicysStringsThenItsRecordAndKeepsThePointer)
     EXPECT_THAT(log.take(), ElementsAre(enter("_free_pwd"), leave("_free_pwd")));
 }
 
+// Q-BODY-5
 TEST(Pwd, FreeLooksAtDataAndNotAtDataSize)
 {
     mdm_body_t received = body(7, 0, heap_text("raw"));

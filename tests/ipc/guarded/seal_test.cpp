@@ -232,6 +232,7 @@ TEST(Seal, ANullMessageIsRefused)
                             leave("ipc_seal")));
 }
 
+// Q-GUARDED-6
 TEST(Seal, TypesWithoutACategoryAreRefused)
 {
     const std::vector<uint8_t> with_category = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13,
@@ -526,6 +527,7 @@ TEST(SealSecurity, RefusesMissingAccountsAndNullElements)
     security.is_sealed({70, 71}, {{0, nullptr}, {0, accounts.get()}, {INT32_MIN, accounts.get()}});
 }
 
+// Q-GUARDED-4
 TEST(SealSecurity, RefusesANegativeSizeAndMissingBytes)
 {
     const Sender<&mdm_body_t::security> security{5, 6};
@@ -577,6 +579,7 @@ TEST(SealWifi, RefusesNullElements)
     wifi.is_sealed(wifi_lists, {{INT32_MAX, ssids.get()}});
 }
 
+// Q-GUARDED-3
 TEST(SealWifi, RefusesMoreZerosThanASenderMeans)
 {
     const Sender<&mdm_body_t::wifi> wifi{7, 8};
@@ -1148,6 +1151,7 @@ TEST(Seal, AddsToASizeEachTimeAsSerialisingDoes)
     EXPECT_EQ(msg.body.apn.data_size, 121);
 }
 
+// Q-GUARDED-5
 TEST(Seal, ARefusedSizeIsTakenBack)
 {
     const Cells null_alone = cells({nullptr});
@@ -1219,6 +1223,7 @@ protected:
                                       {45, 619, &pair_, &pair_, 52, "kiosk.key_pairs"}};
 };
 
+// Q-GUARDED-7
 TEST_F(SealHalvedList, IsRefused)
 {
     for (const Halved &it : all_) {
