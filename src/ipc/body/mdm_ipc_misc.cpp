@@ -143,7 +143,7 @@ bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
     MDM_ENTER_ASSERT(out && body != nullptr, false);
 
     const mdm_misc_info_t &info = body->misc;
-    out.body_head(info);  // Q-MISC-1: `param` is the low half of the list's address.
+    out.body_head(info);  // Q-MISC-1: `param` may be the low 32 bits of the list's address.
     MDM_INFO("data: %p, data_size: %d", info.data, info.data_size);
     if (!announces_payload(info)) {
         return MDM_EXIT(true);
