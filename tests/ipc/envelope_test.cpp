@@ -82,7 +82,7 @@ void expect_header_words(const mdm_msg_t &msg)
     EXPECT_EQ(msg.hdr_word7, 7U);
 }
 
-// Q-ENVELOPE-3
+// Q-ENVELOPE-1, Q-ENVELOPE-3
 TEST(Envelope, EndToEndExampleSerialises)
 {
     char payload[] = "ok";

@@ -374,6 +374,7 @@ TEST(PhoneResLimitDeserialize, StopsWhereANumberIsMissing)
     }
 }
 
+// Q-LIMIT-2
 TEST(PhoneResLimitDeserialize, StopsWhereACommaDoesNotFollowDirectly)
 {
     EXPECT_EQ(deserialize("1 ,2,3,4,5,6,7"), mismatch("1 ,2,3,4,5,6,7", 1));

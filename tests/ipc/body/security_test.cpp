@@ -715,7 +715,7 @@ TEST(SecurityAccounts, FreeReleasesAllStringsThenTheRecordsThenTheCells)
 
 // Both lists.
 
-// Q-SECURITY-3
+// Q-SECURITY-3, Q-SECURITY-4
 TEST(SecurityLists, ThatAreEmptyCount16BytesAndLeaveDataSize)
 {
     for (const uint32_t type : list_types) {
