@@ -28,7 +28,7 @@ struct Secrets {
     explicit Secrets(const char *key_iv)
     {
         g_strlcpy(key, key_iv, sizeof key);
-        g_strlcpy(iv, key_iv + AES_BLOCK_SIZE, sizeof iv);
+        g_strlcpy(iv, key_iv + AES_BLOCK_SIZE, sizeof iv);  // Q-AES-5
     }
     ~Secrets() { OPENSSL_cleanse(this, sizeof *this); }
     Secrets(const Secrets &) = delete;
@@ -44,10 +44,10 @@ struct Secrets {
 };
 
 // The length is rounded down to whole blocks, then one block is added. So a length of whole blocks
-// gains a block, too.
+// gains a block, too. Q-AES-1
 constexpr uint32_t ciphertext_length(uint32_t length)
 {
-    return length / AES_BLOCK_SIZE * AES_BLOCK_SIZE + AES_BLOCK_SIZE;
+    return length / AES_BLOCK_SIZE * AES_BLOCK_SIZE + AES_BLOCK_SIZE;  // Q-AES-3
 }
 
 // With a 32-bit size_t, the sum wraps to 0 for the longest length. The allocator is then asked for
@@ -76,7 +76,7 @@ int32_t mdm_aes_encrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, 
     mdm::Secrets secrets(key_iv);
     uint8_t *ciphertext = mdm::new_bytes(length);
     AES_set_encrypt_key(secrets.key_bytes(), mdm::key_bits, &secrets.schedule);
-    // The caller provides all `length` bytes. The bytes behind in_len are the padding.
+    // The caller provides all `length` bytes. The bytes behind in_len are the padding. Q-AES-2
     secrets.run(in, ciphertext, length, AES_ENCRYPT);
     *out_len = length;
     *out = ciphertext;
@@ -93,7 +93,7 @@ int32_t mdm_aes_decrypt(const uint8_t *in, uint32_t in_len, const char *key_iv, 
     *out = mdm::new_bytes(mdm::with_terminator(in_len));
     mdm::Secrets secrets(key_iv);
     AES_set_decrypt_key(secrets.key_bytes(), mdm::key_bits, &secrets.schedule);
-    secrets.run(in, *out, in_len, AES_DECRYPT);
-    *out_len = in_len;
+    secrets.run(in, *out, in_len, AES_DECRYPT);  // Q-AES-6
+    *out_len = in_len;                           // Q-AES-4
     return MDM_RESULT_SUCCESS;
 }

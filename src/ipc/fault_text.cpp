@@ -40,7 +40,7 @@ bool is(const char *path, const char *other)
 }
 
 // The fault of a negative size needs UINT32_MAX bytes, and no positive size of raw bytes does.
-[[gnu::cold]] bool has_negative_size(const ipc_fault_t &fault)
+[[gnu::cold]] bool has_negative_size(const ipc_fault_t &fault)  // Q-GUARDED-2
 {
     return fault.needed == saturated(UINT64_MAX) && ends_with(fault.path, ".data");
 }

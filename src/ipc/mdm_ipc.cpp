@@ -20,7 +20,7 @@ uint8_t *_alloc_msg(const mdm_msg_t &msg, int32_t total)
 {
     const Log log(MDM_ORIGIN("_alloc_msg"));
     // Two checks on two lines, so that the log tells a total below 1 from one that is too small.
-    MDM_ASSERT(total >= 1, nullptr);
+    MDM_ASSERT(total >= 1, nullptr);  // Q-ENVELOPE-5
     MDM_ASSERT(total >= static_cast<int32_t>(uncounted_size), nullptr);
 
     const auto length = static_cast<uint32_t>(total);
@@ -34,7 +34,7 @@ namespace {
 void check_footer(const uint8_t *buffer, uint8_t type)
 {
     const uint32_t length = load_u32(buffer + ipc_head::length);
-    const uint8_t *end = buffer + length + uncounted_size;
+    const uint8_t *end = buffer + length + uncounted_size;  // Q-ENVELOPE-10
     if (std::memcmp(end + guard_offset, trailer.data() + guard_offset,
                     trailer.size() - guard_offset) != 0) {
         const Log log(MDM_ORIGIN("check_footer"));
@@ -58,10 +58,10 @@ uint8_t *ipc_serialize(const Category &category, mdm_msg_t *msg, uint32_t *out_l
     Writer out(buffer, ipc_head::fields, length, category.log(Log::Function::set), &lengths);
     out.message_head(*msg);
     const bool is_written = row.set == nullptr || category.set(out, &msg->body);
-    out.clear_rest();
+    out.clear_rest();  // Q-ENVELOPE-11
     if (!is_written) {
-        MDM_CRITICAL("lp_body is NULL");
-    } else if (row.set != nullptr) {
+        MDM_CRITICAL("lp_body is NULL");  // Q-ENVELOPE-7
+    } else if (row.set != nullptr) {      // Q-ENVELOPE-9
         check_footer(buffer, msg->type);
     }
     *out_length = length;
@@ -73,11 +73,11 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
     const Log log(MDM_ORIGIN("ipc_deserialize"));
     msg->type = buffer[ipc_head::type];
     msg->hdr_byte = buffer[ipc_head::hdr_byte];
-    release_string(msg->hdr_text);
+    release_string(msg->hdr_text);  // Q-ENVELOPE-16
     Reader in(buffer, ipc_head::fields, category.log(Log::Function::get));
     in.message_head(*msg);
-    if (category.row.get != nullptr && !category.get(in, &msg->body)) {
-        MDM_CRITICAL("lp_body is NULL");
+    if (category.row.get != nullptr && !category.get(in, &msg->body)) {  // Q-ENVELOPE-17
+        MDM_CRITICAL("lp_body is NULL");                                 // Q-ENVELOPE-7
     }
     return MDM_EXIT(MDM_RESULT_SUCCESS);
 }
@@ -93,7 +93,7 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
     MDM_ASSERT(msg != nullptr, nullptr);
     MDM_ASSERT(mdm::is_message_type(msg->type), nullptr);
 
-    const mdm::Category category = mdm::category_of(msg->type);
+    const mdm::Category category = mdm::category_of(msg->type);  // Q-ENVELOPE-12
     return category.row.size == nullptr ? nullptr : mdm::ipc_serialize(category, msg, out_length);
 }
 
@@ -103,7 +103,7 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
     MDM_ENTER();
     MDM_ASSERT(msg != nullptr, MDM_RESULT_FAILED);
     MDM_ASSERT(buffer != nullptr, MDM_RESULT_FAILED);
-    // A shorter buffer holds no length field to compare, so it is not read.
+    // A shorter buffer holds no length field to compare, so it is not read. Q-ENVELOPE-4
     MDM_ASSERT(length >= mdm::word_size, MDM_RESULT_FAILED);
 
     const uint32_t length_field = mdm::load_u32(buffer + mdm::ipc_head::length);
@@ -115,12 +115,12 @@ int32_t ipc_deserialize(const Category &category, mdm_msg_t *msg, const uint8_t 
     return mdm::ipc_deserialize(mdm::category_of(type), msg, buffer);
 }
 
-int32_t ipc_free(mdm_msg_t *msg)
+int32_t ipc_free(mdm_msg_t *msg)  // Q-ENVELOPE-15
 {
     if (msg == nullptr) {
-        return MDM_RESULT_INVALID_ARGUMENT;
+        return MDM_RESULT_INVALID_ARGUMENT;  // Q-ENVELOPE-14
     }
-    if (msg->type > mdm::last_message_type) {
+    if (msg->type > mdm::last_message_type) {  // Q-ENVELOPE-13
         return MDM_RESULT_FAILED;
     }
     mdm::release_string(msg->hdr_text);

@@ -54,8 +54,8 @@ mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
     const Category category = category_of(msg->type);
     Reader in(buffer, ipc_head::fields, length, category.log(Log::Function::silent), fault, arena);
     in.message_head(*msg);
-    if (in && category.row.get != nullptr) {
-        category.get(in, &msg->body);
+    if (in && category.row.get != nullptr) {  // Q-GUARDED-6
+        category.get(in, &msg->body);         // Q-ENVELOPE-17
     }
     if (!in) {
         Arena::release(msg);
@@ -122,7 +122,7 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
     const mdm_body_t before = msg->body;
     uint8_t *buffer = seal_sized(msg, out_length, fault);
     if (buffer == nullptr) {
-        msg->body = before;
+        msg->body = before;  // Q-GUARDED-5
     }
     return buffer;
 }

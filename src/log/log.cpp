@@ -25,7 +25,7 @@ namespace {
 
 // The caller's own string, not a copy. It changes under log_mutex, which also guards every append
 // to the file. Whether there is a path is read without the lock.
-constinit std::atomic<const char *> log_path{nullptr};
+constinit std::atomic<const char *> log_path{nullptr};  // Q-LOG-4
 pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
 
 // As for any text file, the process's umask takes bits away.
@@ -36,7 +36,7 @@ constexpr std::array<int, MDM_LOG_NONE + 1> platform_priorities = {
     MDM_PLATFORM_LOG_ERROR, MDM_PLATFORM_LOG_SILENT,
 };
 
-int platform_priority(uint32_t level)
+int platform_priority(uint32_t level)  // Q-LOG-6
 {
     return level < platform_priorities.size() ? platform_priorities[level]
                                               : MDM_PLATFORM_LOG_DEFAULT;
@@ -63,7 +63,7 @@ bool had_memory(int result)
 }
 
 // The line for the file; null without memory. It is made as a whole before its first byte is
-// written.
+// written. Q-LOG-8
 Text text_of(const Line &line, va_list args, size_t &size)
 {
     char *bytes = nullptr;
@@ -157,7 +157,7 @@ void append_line(const char *path, const Line &line, va_list args)
     do {
         file = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, file_permissions);
     } while (file < 0 && errno == EINTR);
-    if (file < 0) {
+    if (file < 0) {  // Q-LOG-5
         return;
     }
     size_t size = 0;
@@ -294,7 +294,7 @@ void Log::critical(int line, const char *text, ...) const
 
 void mdm_log_set_enabled(int flag)
 {
-    mdm_log_set_level(flag != 0 ? MDM_LOG_INFO : MDM_LOG_NONE);
+    mdm_log_set_level(flag != 0 ? MDM_LOG_INFO : MDM_LOG_NONE);  // Q-LOG-3
 }
 
 void mdm_log_set_level(mdm_log_level_t level)

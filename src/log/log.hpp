@@ -20,7 +20,7 @@ namespace mdm {
 inline bool log_passes(uint32_t level)
 {
     const uint32_t threshold = log_level.load(std::memory_order_relaxed);
-    return threshold <= level && threshold != MDM_LOG_NONE;
+    return threshold <= level && threshold != MDM_LOG_NONE;  // Q-LOG-2
 }
 
 // Keeps the calling thread from being cancelled while the object lives. A cancelled thread would
@@ -158,7 +158,7 @@ private:
 // Logs the exit line, then yields the result, if there is one: return MDM_EXIT(result);
 #define MDM_EXIT(...) (log.exit(__LINE__) __VA_OPT__(, ) __VA_ARGS__)
 
-// An argument check. If it fails, the function returns `result` without an exit line.
+// An argument check. If it fails, the function returns `result` without an exit line. Q-LOG-1
 #define MDM_ASSERT(condition, result)      \
     do {                                   \
         if (!(condition)) {                \

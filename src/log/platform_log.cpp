@@ -22,7 +22,7 @@ int severity_of(int priority)
     case MDM_PLATFORM_LOG_ERROR:
         return LOG_ERR;
     default:
-        return LOG_NOTICE;
+        return LOG_NOTICE;  // Q-LOG-7
     }
 }
 

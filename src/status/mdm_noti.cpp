@@ -19,22 +19,22 @@ namespace {
 constexpr const char *status_directory = "/opt/etc/mdm/";
 
 // One mutex for all keys. A call holds it to its end, log lines included, so the logger's own mutex
-// is always the inner one.
+// is always the inner one. Q-STATUS-8
 std::mutex store_mutex;
 
 // More than the longest status, eleven characters, needs. A longer word in a file is cut.
-constexpr size_t status_size = 64;
+constexpr size_t status_size = 64;  // Q-STATUS-4
 
 // The number at the start of a word. If there is none, errno is 0. If it does not fit a status,
 // errno is ERANGE, even where the host's long can hold the number.
 int32_t status_of(const char *word)
 {
-    if (*word == '\0') {
+    if (*word == '\0') {  // Q-STATUS-3
         return 0;
     }
     errno = 0;
     try {
-        return std::stoi(word);
+        return std::stoi(word);  // Q-STATUS-2
     } catch (const std::out_of_range &) {
         errno = ERANGE;
         throw;
@@ -54,13 +54,13 @@ void write(std::fstream &file, int32_t *status)
 {
     char text[status_size];
     std::snprintf(text, sizeof text, "%d", *status);
-    file << text;
+    file << text;  // Q-STATUS-7
     file.close();
 }
 
 using Use = void(std::fstream &file, int32_t *status);
 
-void log_errno(const Log &log)
+void log_errno(const Log &log)  // Q-STATUS-5
 {
     MDM_CRITICAL("errno = %d, [%s]", errno, g_strerror(errno));
 }
@@ -104,7 +104,7 @@ int32_t mdm_read_noti(const char *directory, const char *p_key, int32_t *p_statu
         return MDM_RESULT_INVALID_ARGUMENT;
     }
     return with_file(log, directory, p_key, std::ios::in, read, p_status,
-                     "Red status [0x%08x] from \"%s\"");
+                     "Red status [0x%08x] from \"%s\"");  // Q-STATUS-1
 }
 
 int32_t mdm_write_noti(const char *directory, const char *noti, int32_t status)
@@ -116,7 +116,7 @@ int32_t mdm_write_noti(const char *directory, const char *noti, int32_t status)
         return MDM_RESULT_INVALID_ARGUMENT;
     }
     return with_file(log, directory, noti, std::ios::in | std::ios::out | std::ios::trunc, write,
-                     &status, "Wrote status [0x%08x] into \"%s\"");
+                     &status, "Wrote status [0x%08x] into \"%s\"");  // Q-STATUS-6
 }
 
 }  // namespace mdm

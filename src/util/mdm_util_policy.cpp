@@ -22,7 +22,7 @@ bool is_limit_type(int32_t type)
     return static_cast<uint32_t>(type) <= 1;
 }
 
-// The number that a device's own 32-bit long would hold. A wider long saturates later.
+// The number that a device's own 32-bit long would hold. A wider long saturates later. Q-LIMIT-3
 int32_t saturated(long number)
 {
     return static_cast<int32_t>(std::clamp<long>(number, std::numeric_limits<int32_t>::min(),
@@ -30,21 +30,21 @@ int32_t saturated(long number)
 }
 
 // Reads up to seven numbers from the beginning of the text and stores them. Returns their count, or
-// -1 if the text ends before the first, as the scanner does.
+// -1 if the text ends before the first, as the scanner does. Q-LIMIT-4
 int scan_limit(const char *text, int32_t *limit_type, int32_t *limit_data)
 {
-    long scanned[limit_numbers] = {};
+    long scanned[limit_numbers] = {};  // Q-LIMIT-2
     // The format has the scanner's rules, and an overflow saturates. NOLINTNEXTLINE(cert-err34-c)
     const int count = std::sscanf(text, "%ld,%ld,%ld,%ld,%ld,%ld,%ld", &scanned[0], &scanned[1],
                                   &scanned[2], &scanned[3], &scanned[4], &scanned[5], &scanned[6]);
-    if (count > 0) {
+    if (count > 0) {  // Q-LIMIT-1
         *limit_type = saturated(scanned[0]);
         std::transform(scanned + 1, scanned + count, limit_data, saturated);
     }
     return count;
 }
 
-// A parameter is never negative.
+// A parameter is never negative. Q-LIMIT-5
 int32_t parameter_of(const char *field)
 {
     return std::max(0, saturated(std::strtol(field, nullptr, 10)));
@@ -56,13 +56,13 @@ int32_t parse_parameters(const Log &log, gchar **&token_vector, const char *text
 {
     MDM_INFO("Checking: \"%s\" == MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING (\"%s\").", text,
              MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING);
-    if (g_strcmp0(text, MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING) == 0) {
-        MDM_INFO("we have empty data \n");
+    if (g_strcmp0(text, MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING) == 0) {  // Q-LIMIT-7
+        MDM_INFO("we have empty data \n");                             // Q-LIMIT-8
         return MDM_RESULT_SUCCESS;
     }
 
     MDM_INFO("Splitting string against MDM_UTIL_POLICY_DELIM (\"%s\")", MDM_UTIL_POLICY_DELIM);
-    token_vector = g_strsplit(text, MDM_UTIL_POLICY_DELIM, parameters);
+    token_vector = g_strsplit(text, MDM_UTIL_POLICY_DELIM, parameters);  // Q-LIMIT-6
     if (token_vector == nullptr) {
         MDM_CRITICAL("Unable to split string \"%s\", delimiter: \"%s\"!", text,
                      MDM_UTIL_POLICY_DELIM);
@@ -135,7 +135,7 @@ int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(const char *text, int
                     p_send_limit == nullptr || p_recv_limit == nullptr,
                 MDM_RESULT_INVALID_ARGUMENT,
                 "Invalid parameter, at least one is NULL: p_date_set: %p, p_period: %p, "
-                "p_send_limit: %p, p_recv_limit: %p",
+                "p_send_limit: %p, p_recv_limit: %p",  // Q-LIMIT-10
                 static_cast<void *>(p_date_set), static_cast<void *>(p_period),
                 static_cast<void *>(p_send_limit), static_cast<void *>(p_recv_limit));
 
@@ -143,7 +143,7 @@ int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(const char *text, int
     const int32_t result = mdm::parse_parameters(log, token_vector, text, *p_date_set, *p_period,
                                                  *p_send_limit, *p_recv_limit);
     MDM_INFO("Cleaning up (token_vector == %p)", static_cast<void *>(token_vector));
-    g_strfreev(token_vector);
+    g_strfreev(token_vector);  // Q-LIMIT-9
     MDM_INFO("ret: %d, date set: %ld, period: %ld, send limit: %u, recv limit: %u", result,
              static_cast<long>(*p_date_set), static_cast<long>(*p_period), *p_send_limit,
              *p_recv_limit);

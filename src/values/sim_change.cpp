@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A copying constructor builds the default object and then assigns. The constructor from a constant
-// rvalue does the same, because it cannot move from a constant.
+// rvalue does the same, because it cannot move from a constant. Q-VALUES-1
 #include "mdm/device_policy_manager.hpp"
 #include "values/value_class.hpp"
 

@@ -100,7 +100,7 @@ void Writer::fail_in_message_head(const mdm_msg_t &msg)
     fail_in_fields(reinterpret_cast<const uint8_t *>(&msg), head_fields);
 }
 
-// `aux` stands between `type` and `param` in memory and is not sent.
+// `aux` stands between `type` and `param` in memory and is not sent. Q-HEAD-1
 void Writer::write_body_head(uint32_t type, uint32_t param, uint32_t data_size)
 {
     if (remaining() < body_head_size) [[unlikely]] {
@@ -204,8 +204,8 @@ uint32_t Writer::count(void *list, const char *path)
 {
     uint32_t count = lengths_ != nullptr && lengths_->has_all(list) ? lengths_->count() : 0;
     if (count == 0) {
-        const auto *cell = static_cast<GList *>(list);
-        if (cell != nullptr && cell->prev != nullptr) {
+        const auto *cell = static_cast<GList *>(list);   // Q-WIRE-4
+        if (cell != nullptr && cell->prev != nullptr) {  // Q-GUARDED-7
             refuse(path);
         }
         for (; cell != nullptr; cell = cell->next, ++count) {
@@ -277,7 +277,7 @@ void Writer::gap(int32_t count, const char *path)
 }
 
 // Clears no byte behind the message. A position that is behind the message stays there, even if it
-// wraps around the end of the address space, so `end_` becomes null.
+// wraps around the end of the address space, so `end_` becomes null. Q-WIRE-7
 void Writer::clear(size_t count)
 {
     if (position_ >= end_) {

@@ -154,7 +154,7 @@ public:
     uint32_t count(void *list, const char *path);
 
     // Writes the list's count, then its records.
-    // A null record is counted, but not written.
+    // A null record is counted, but not written. Q-WIRE-3
     void records(void *records, const char *path, Fields list);
 
     // Writes the list's strings up to the first null element, without a count.
@@ -227,12 +227,12 @@ public:
     int32_t i32(const char *path) { return static_cast<int32_t>(u32(path)); }
 
     // Reads how many elements follow, each of `smallest` bytes or more. Below 1, none follow. A
-    // guarded cursor refuses a count whose elements do not fit into the remaining bytes.
+    // guarded cursor refuses a count whose elements do not fit into the remaining bytes. Q-WIRE-5
     int32_t count(const char *path, uint32_t smallest);
     // Like count(), for a list whose count is unsigned.
     uint32_t unsigned_count(const char *path, uint32_t smallest);
 
-    // Reads a new string, or null for an empty one.
+    // Reads a new string, or null for an empty one. Q-WIRE-1
     char *str(const char *path);
 
     // Reads a new string of `data_size` bytes and a terminator. A zero byte ends its text early.
@@ -253,11 +253,11 @@ public:
     GList *records(const char *path, Fields list);
 
     // Reads a new list of strings, in which an empty string is a null element; null for a count
-    // below 1.
+    // below 1. Q-WIRE-6
     GList *strings(int64_t count, const char *path, EachLine each = no_line);
 
     // Returns a second copy of a string that str() returned. In an arena no string is released on
-    // its own, so one copy is enough.
+    // its own, so one copy is enough. Q-GUARDED-1
     char *copy(char *text) { return is_guarded() ? text : g_strdup(text); }
 
     // Returns a new zero-filled record.

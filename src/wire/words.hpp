@@ -69,7 +69,7 @@ inline uint8_t *write_str(uint8_t *position, const char *text, uint32_t length)
 }
 
 // Fills a block of count + 1 bytes as g_strndup() does: the text ends at the first zero byte, and
-// the rest is zero.
+// the rest is zero. Q-WIRE-2
 inline char *copy_text(char *text, const uint8_t *bytes, size_t count)
 {
     std::strncpy(text, reinterpret_cast<const char *>(bytes), count);

@@ -281,6 +281,7 @@ protected:
 // 512 and above: the cipher changes its way of working there.
 constexpr std::array block_counts = {1, 2, 3, 7, 32, 33, 256};
 
+// Q-AES-5
 TEST_P(KeyTexts, EncryptLikeTheOpensslProgram)
 {
     for (const int count : block_counts) {
@@ -339,6 +340,7 @@ std::ostream &operator<<(std::ostream &out, const Length &length)
 class Lengths : public ::testing::TestWithParam<Length> {};
 
 // The fence behind `cipher` bytes shows that no more are read.
+// Q-AES-1
 TEST_P(Lengths, RoundDownAndGainABlock)
 {
     const auto [plain_length, cipher_length] = GetParam();
@@ -363,6 +365,7 @@ TEST(AesHelper, AWholeBlockIsFollowedByTheCallersNext)
     EXPECT_EQ(encrypted(plain[1] + plain[2], 16, text_of(nist_key + cbc[0])), cbc[1] + cbc[2]);
 }
 
+// Q-AES-3
 TEST(AesHelper, ALengthThatOverflowsEncryptsNothingAndReadsNothing)
 {
     for (uint32_t length = 4294967280; length != 0; ++length) {
@@ -376,6 +379,7 @@ TEST(AesHelper, ALengthThatOverflowsEncryptsNothingAndReadsNothing)
     }
 }
 
+// Q-AES-2
 TEST(AesHelper, TheCallersBytesBehindTheLengthArePaddingAndComeBack)
 {
     const Bytes zeros = sample(10) + Bytes(6);
@@ -443,6 +447,7 @@ void leave_litter(size_t size)
 }
 
 // Whole blocks or not: the counted bytes of the last block are stored, and a zero follows.
+// Q-AES-4, Q-AES-6
 TEST(AesHelper, DecryptingKeepsTheLengthAndAddsATerminator)
 {
     const Bytes blocks = sample(528);

@@ -85,6 +85,7 @@ void expect_header_words(const mdm_msg_t &msg)
     EXPECT_EQ(msg.hdr_word7, 7U);
 }
 
+// Q-ENVELOPE-1, Q-ENVELOPE-3
 TEST(Envelope, EndToEndExampleSerialises)
 {
     char payload[] = "ok";
@@ -198,6 +199,7 @@ TEST(Envelope, SerialisingLeavesTheSendersMessageAlone)
     EXPECT_EQ(std::memcmp(&before, &msg, sizeof msg), 0);
 }
 
+// Q-ENVELOPE-2
 TEST(Envelope, ReservedBytesAreIgnoredOnReading)
 {
     Bytes bytes = res_message;
@@ -223,6 +225,7 @@ TEST(Envelope, BufferMayLieAtAnyAlignment)
     }
 }
 
+// Q-ENVELOPE-16
 TEST(Envelope, OldHeaderTextIsReleasedBeforeTheNewOneIsRead)
 {
     using Kind = AllocationTrace::Kind;
@@ -304,6 +307,7 @@ TEST(Serialise, TypeOutside1To80FailsAnAssert)
     }
 }
 
+// Q-ENVELOPE-12
 TEST(Serialise, TypeWithoutCategoryReturnsNullInSilence)
 {
     for (const uint8_t type :
@@ -391,6 +395,7 @@ TEST(Serialise, TotalBelow8FailsAnAssertTwice)
     }
 }
 
+// Q-ENVELOPE-6
 TEST(Serialise, TotalFrom8UpGetsABufferWithItsTrailer)
 {
     for (const int32_t total : {8, 9, 39, 40}) {
@@ -412,6 +417,7 @@ TEST(Serialise, TotalFrom8UpGetsABufferWithItsTrailer)
     }
 }
 
+// Q-ENVELOPE-5
 TEST(Serialise, TotalsBelow1AndBelow8FailDifferentChecks)
 {
     const mdm_msg_t msg = message(res.type);
@@ -427,6 +433,7 @@ TEST(Serialise, TotalsBelow1AndBelow8FailDifferentChecks)
     EXPECT_EQ(lines[2].source_line, lines[3].source_line);
 }
 
+// Q-ENVELOPE-11
 TEST(Serialise, RowWithoutSetHandlerLeavesTheBodyZeroAndIsNotChecked)
 {
     LogRecorder log;
@@ -437,6 +444,7 @@ TEST(Serialise, RowWithoutSetHandlerLeavesTheBodyZeroAndIsNotChecked)
     EXPECT_THAT(log.take(), ElementsAre(leave("ipc_serialize")));
 }
 
+// Q-ENVELOPE-7
 TEST(Serialise, FailedSetHandlerIsOnlyLogged)
 {
     LogRecorder log;
@@ -448,6 +456,7 @@ TEST(Serialise, FailedSetHandlerIsOnlyLogged)
                 ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
 }
 
+// Q-ENVELOPE-9
 TEST(Serialise, FailedSetHandlerSkipsTheGuardCheck)
 {
     LogRecorder log;
@@ -458,6 +467,7 @@ TEST(Serialise, FailedSetHandlerSkipsTheGuardCheck)
                 ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
 }
 
+// Q-ENVELOPE-8
 TEST(Serialise, TheUncheckedByteBehindTheMessageMayBeOverwritten)
 {
     LogRecorder log;
@@ -509,6 +519,7 @@ bool set_another_length_field(Writer &out, const Log & /*log*/, mdm_body_t * /*b
     return true;
 }
 
+// Q-ENVELOPE-10
 TEST(Serialise, TheGuardIsLookedForBehindTheLengthThatTheBufferHolds)
 {
     LogRecorder log;
@@ -567,6 +578,7 @@ void expect_rejected(const Bytes &bytes, uint32_t length)
     EXPECT_EQ(std::memcmp(&before, &msg, sizeof msg), 0);
 }
 
+// Q-ENVELOPE-14
 TEST(Deserialise, NullMessageOrBufferIsRejected)
 {
     mdm_msg_t msg{};
@@ -576,6 +588,7 @@ TEST(Deserialise, NullMessageOrBufferIsRejected)
     expect_rejected(nullptr, nullptr, 0);
 }
 
+// Q-ENVELOPE-1
 TEST(Deserialise, LengthFieldMustBeExactlyLengthMinus8)
 {
     const Bytes longer = res_message + hex("00");
@@ -594,6 +607,7 @@ TEST(Deserialise, ALyingLengthFieldIsRejected)
     }
 }
 
+// Q-ENVELOPE-4
 TEST(Deserialise, FewerBytesThanALengthFieldAreRejectedUnread)
 {
     const auto nothing = std::make_unique<uint8_t[]>(0);
@@ -623,6 +637,7 @@ TEST(Deserialise, LengthsFrom4To39AreRejected)
 }
 
 // The comparison is made in unsigned 32-bit arithmetic, so a length below 8 wraps.
+// Q-ENVELOPE-4
 TEST(Deserialise, LengthMinus8Wraps)
 {
     Bytes bytes = header_only(type_without_category);
@@ -639,6 +654,7 @@ TEST(Deserialise, TypeOutside1To80IsRejected)
     }
 }
 
+// Q-ENVELOPE-12
 TEST(Deserialise, EveryTypeWithoutCategoryFillsTheHeaderOnly)
 {
     for (uint8_t type = 1; type <= 80; ++type) {
@@ -659,6 +675,21 @@ TEST(Deserialise, EveryTypeWithoutCategoryFillsTheHeaderOnly)
     }
 }
 
+// Q-ENVELOPE-17
+TEST(Deserialise, BytesBehindABodyAreIgnored)
+{
+    Bytes bytes = res_message + hex("FF FF FF");
+    bytes[0] += 3;
+    mdm_msg_t msg{};
+    LogRecorder log(MDM_LOG_CRITICAL);
+    EXPECT_EQ(deserialize(msg, bytes), 0);
+    EXPECT_EQ(msg.body.res.data_size, 2);
+    EXPECT_STREQ(static_cast<char *>(msg.body.res.data), "ok");
+    EXPECT_THAT(log.take(), IsEmpty());
+    ipc_free(&msg);
+}
+
+// Q-ENVELOPE-7
 TEST(Deserialise, FailedGetHandlerIsOnlyLogged)
 {
     const ipc_handler_row row = {nullptr, get_and_fail, nullptr, nullptr};
@@ -711,6 +742,7 @@ TEST(Envelope, FailuresAreTheSameWithTheLoggerOff)
 
 // Releasing.
 
+// Q-ENVELOPE-14
 TEST(Free, NullMessageIsAnInvalidArgument)
 {
     LogRecorder log;
@@ -718,6 +750,7 @@ TEST(Free, NullMessageIsAnInvalidArgument)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
+// Q-ENVELOPE-13
 TEST(Free, TypeAbove80IsRefusedAndNothingIsReleased)
 {
     for (const uint8_t type : std::to_array<uint8_t>({81, 128, 255})) {
@@ -735,6 +768,7 @@ TEST(Free, TypeAbove80IsRefusedAndNothingIsReleased)
     }
 }
 
+// Q-ENVELOPE-13
 TEST(Free, TypesWithoutCategoryReleaseTheTextOnly)
 {
     for (const uint8_t type : std::to_array<uint8_t>({0, 19, 75, 80})) {
@@ -766,6 +800,7 @@ TEST(Free, ReleasesTheTextBeforeTheBody)
     EXPECT_THAT(trace.released(), ElementsAre(text, payload));
 }
 
+// Q-ENVELOPE-15
 TEST(Free, LogsNothingOfItsOwn)
 {
     mdm_msg_t msg = message(admin.type);

@@ -108,6 +108,7 @@ TEST_F(Log, AcceptsAnyThreshold)
     }
 }
 
+// Q-LOG-3
 TEST_F(Log, EnablingRestoresInfoAndDisablingSilences)
 {
     mdm_log_set_level(MDM_LOG_DEBUG);
@@ -119,6 +120,7 @@ TEST_F(Log, EnablingRestoresInfoAndDisablingSilences)
     EXPECT_EQ(mdm_log_get_level(), MDM_LOG_INFO);
 }
 
+// Q-LOG-6
 TEST_F(Log, Threshold0EmitsEveryLevelWithItsPriority)
 {
     const LogRecorder log(MDM_LOG_DEBUG);
@@ -145,6 +147,7 @@ TEST_F(Log, Threshold2And3DropWhatIsBelow)
     EXPECT_THAT(priorities(log), ElementsAre(6, 8, 1));
 }
 
+// Q-LOG-2
 TEST_F(Log, Threshold4EmitsNothing)
 {
     const LogRecorder log(MDM_LOG_NONE);
@@ -155,6 +158,7 @@ TEST_F(Log, Threshold4EmitsNothing)
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
+// Q-LOG-2
 TEST_F(Log, ThresholdAbove4ComparesAsANumber)
 {
     const LogRecorder log(7);
@@ -282,6 +286,7 @@ TEST_F(Log, FileIsCreatedWithThePermissionsThatTheUmaskLeaves)
     EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0664});
 }
 
+// Q-LOG-6, Q-LOG-8
 TEST_F(Log, FileReceivesLevelTagAndTextOfEveryEmittedLine)
 {
     const LogRecorder log(MDM_LOG_INFO);
@@ -320,6 +325,7 @@ TEST_F(Log, AppendsToWhatTheFileHolds)
     EXPECT_EQ(contents(file), "old\n1 TAG new\n");
 }
 
+// Q-LOG-4
 TEST_F(Log, KeepsThePointerAndNotTheText)
 {
     const LogRecorder log(MDM_LOG_INFO);
@@ -348,6 +354,7 @@ TEST_F(Log, ThePlatformsCallComesBeforeTheFileAndOutsideTheLock)
     EXPECT_EQ(contents(second), "1 TAG text\n");
 }
 
+// Q-LOG-5
 TEST_F(Log, UnopenableFileIsSkippedInSilence)
 {
     const LogRecorder log(MDM_LOG_INFO);
@@ -410,6 +417,7 @@ TEST_F(Log, MacrosUseTheLibrarysTagPrefixAndColours)
     EXPECT_THAT(priorities(log), ElementsAre(3, 4, 6, 3));
 }
 
+// Q-LOG-1
 TEST_F(Log, FailedAssertReturnsWithoutExitLine)
 {
     LogRecorder log(MDM_LOG_DEBUG);

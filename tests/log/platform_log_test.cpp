@@ -102,6 +102,7 @@ private:
     int socket_ = -1;
 };
 
+// Q-LOG-7
 TEST_F(PlatformLog, EachLevelArrivesWithItsSeverity)
 {
     __mdm_log_print(MDM_LOG_DEBUG, "TAG", "debug %d", 0);

@@ -425,6 +425,7 @@ INSTANTIATE_TEST_SUITE_P(TemporaryDirectory, StatusStore,
                          ::testing::Values(Place::temporary_directory));
 INSTANTIATE_TEST_SUITE_P(Exported, StatusStore, ::testing::Values(Place::fixed_directory));
 
+// Q-STATUS-1
 TEST_P(StatusStore, StatusIsDecimalTextInTheFileAndHexadecimalInTheLog)
 {
     struct {
@@ -610,6 +611,7 @@ TEST_P(StatusStore, KeyThatNoFileCanHaveFails)
     expect_open_fails(ENOTDIR, "some-status/k");
 }
 
+// Q-STATUS-5
 TEST_P(StatusStore, FileWithoutAWordFailsWithWhateverErrorCameBefore)
 {
     for (const char *text : {"", " ", "\n", " \t\n\v\f\r "}) {
@@ -617,6 +619,7 @@ TEST_P(StatusStore, FileWithoutAWordFailsWithWhateverErrorCameBefore)
     }
 }
 
+// Q-STATUS-2
 TEST_P(StatusStore, FirstWordsLeadingDigitsCount)
 {
     struct {
@@ -650,6 +653,7 @@ TEST_P(StatusStore, FirstWordsLeadingDigitsCount)
     }
 }
 
+// Q-STATUS-3, Q-STATUS-5
 TEST_P(StatusStore, WordWithoutLeadingDigitsFailsWithError0)
 {
     for (const char *text : {"abc", "-", "+", "--5", "+-5", "- 5", "abc 5", "x10", ".5"}) {
@@ -666,6 +670,7 @@ TEST_P(StatusStore, NumberBeyond32BitsFailsWithARangeError)
     }
 }
 
+// Q-STATUS-3
 TEST_P(StatusStore, ZeroByteEndsTheNumber)
 {
     const Outcome zero = has_read(0, "0x00000000");
@@ -678,6 +683,7 @@ TEST_P(StatusStore, ZeroByteEndsTheNumber)
     EXPECT_EQ(read_of("12\00034"s), twelve);
 }
 
+// Q-STATUS-4
 TEST_P(StatusStore, SixtyThreeCharactersOfAWordAreRead)
 {
     const Outcome seven = has_read(7, "0x00000007");
@@ -707,6 +713,7 @@ TEST_P(StatusStore, ReadingNeedsPermissionToRead)
     }
 }
 
+// Q-STATUS-6
 TEST_P(StatusStore, WritingNeedsPermissionToReadAndWrite)
 {
     for (const mode_t mode : {0U, 0200U, 0400U}) {
@@ -737,6 +744,7 @@ TEST_P(StatusStore, DirectoryThatMayNotBeSearchedFails)
     expect_open_fails(EACCES);
 }
 
+// Q-STATUS-7
 TEST_P(StatusStore, FailedWriteLeavesTheFileEmptied)
 {
     put("123456");
@@ -834,12 +842,14 @@ TEST_P(StatusStore, ThreadsSeeWholeStatusesOnly)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
+// Q-STATUS-8
 TEST_P(StatusStore, SuccessIsLoggedUnderTheLock)
 {
     expect_locked_while_it_logs(1, [this] { call_write(some_key, 5); });
     expect_locked_while_it_logs(1, [this] { read_status(some_key); });
 }
 
+// Q-STATUS-8
 TEST_P(StatusStore, FailureIsLoggedUnderTheLock)
 {
     expect_locked_while_it_logs(1, [this] { read_status(nullptr); });

@@ -289,6 +289,7 @@ TYPED_TEST_P(ValueClass, CopyEqualsItsSource)
     expect_constructor_copies<TypeParam, const TypeParam &>();
 }
 
+// Q-VALUES-1
 TYPED_TEST_P(ValueClass, RvalueIsCopied)
 {
     expect_constructor_copies<TypeParam, const TypeParam &&>();
@@ -315,6 +316,7 @@ TYPED_TEST_P(ValueClass, AssignsItsTextsInOrder)
     EXPECT_EQ(allocated, text_blocks(target));
 }
 
+// Q-VALUES-1
 TYPED_TEST_P(ValueClass, AssignmentCopiesAnRvalue)
 {
     expect_assignment_copies<TypeParam, const TypeParam &&>();

@@ -291,6 +291,7 @@ TEST(PhoneResLimitDeserialize, ReadsSignedDecimals)
     }
 }
 
+// Q-LIMIT-2
 TEST(PhoneResLimitDeserialize, SkipsWhiteSpaceBeforeANumber)
 {
     EXPECT_EQ(deserialize("1, 2,3,4,5,6,7"), limit({1, 2, 3, 4, 5, 6, 7}));
@@ -302,6 +303,7 @@ TEST(PhoneResLimitDeserialize, SkipsWhiteSpaceBeforeANumber)
     }
 }
 
+// Q-LIMIT-2
 TEST(PhoneResLimitDeserialize, IgnoresWhatFollowsTheSeventhNumber)
 {
     for (const char *rest : {",8", ",", " ", "\n", " ,8", "abc", ".5", "x10", "-", ",8,9,x"}) {
@@ -315,6 +317,7 @@ TEST(PhoneResLimitDeserialize, ReadsTheWholeRange)
               limit({1, INT32_MIN, INT32_MAX, -2147483647, 2147483646, 1000000000, -1}));
 }
 
+// Q-LIMIT-3
 TEST(PhoneResLimitDeserialize, NumbersOutside32BitsBecomeTheNearestInside)
 {
     EXPECT_EQ(deserialize("1,2147483648,-2147483649,3000000000,-3000000000,4294967296,-4294967296"),
@@ -328,6 +331,7 @@ TEST(PhoneResLimitDeserialize, NumbersOutside32BitsBecomeTheNearestInside)
               limit({0, INT32_MAX, INT32_MIN, INT32_MAX, INT32_MIN, 2, 3}));
 }
 
+// Q-LIMIT-1
 TEST(PhoneResLimitDeserialize, RefusesAnyOtherTypeAndKeepsAllSevenNumbers)
 {
     EXPECT_EQ(deserialize("2,0,0,0,0,0,0"), wrong_type({2, 0, 0, 0, 0, 0, 0}));
@@ -350,6 +354,7 @@ TEST(PhoneResLimitDeserialize, ATypeOutside32BitsIsRefusedAsTheNearestInside)
     }
 }
 
+// Q-LIMIT-4
 TEST(PhoneResLimitDeserialize, ATextWithoutAnythingToReadCountsMinusOne)
 {
     for (const char *text : {"", " ", " \t\n\v\f\r "}) {
@@ -357,6 +362,7 @@ TEST(PhoneResLimitDeserialize, ATextWithoutAnythingToReadCountsMinusOne)
     }
 }
 
+// Q-LIMIT-1
 TEST(PhoneResLimitDeserialize, StopsWhereANumberIsMissing)
 {
     for (int count = 0; count < 7; ++count) {
@@ -368,6 +374,7 @@ TEST(PhoneResLimitDeserialize, StopsWhereANumberIsMissing)
     }
 }
 
+// Q-LIMIT-2
 TEST(PhoneResLimitDeserialize, StopsWhereACommaDoesNotFollowDirectly)
 {
     EXPECT_EQ(deserialize("1 ,2,3,4,5,6,7"), mismatch("1 ,2,3,4,5,6,7", 1));
@@ -562,6 +569,7 @@ TEST(PhoneResLimitParameters, AreDateSetPeriodSendLimitAndReceiveLimit)
     expect_four_fields(",,,", {0, 0, 0, 0});
 }
 
+// Q-LIMIT-7, Q-LIMIT-8
 TEST(PhoneResLimitParameters, TheWordEmptyLeavesTheOutputsUntouched)
 {
     EXPECT_EQ(parse("empty"), no_data());
@@ -577,6 +585,7 @@ TEST(PhoneResLimitParameters, AnythingLikeTheWordEmptyIsAnOrdinaryText)
     expect_four_fields("empty,empty,empty,empty", {0, 0, 0, 0});
 }
 
+// Q-LIMIT-9
 TEST(PhoneResLimitParameters, FewerThanFourFieldsFail)
 {
     EXPECT_EQ(parse(""), too_few("", 0));
@@ -591,6 +600,7 @@ TEST(PhoneResLimitParameters, FewerThanFourFieldsFail)
     }
 }
 
+// Q-LIMIT-6
 TEST(PhoneResLimitParameters, TheFourthFieldTakesTheRest)
 {
     expect_four_fields("1,2,3,4,5,6,7,8", {1, 2, 3, 4});
@@ -598,6 +608,7 @@ TEST(PhoneResLimitParameters, TheFourthFieldTakesTheRest)
     expect_four_fields("1,2,3,4,", {1, 2, 3, 4});
 }
 
+// Q-LIMIT-5
 TEST(PhoneResLimitParameters, WhatIsNoNumberIsZero)
 {
     expect_four_fields("abc,-,+,.5", {0, 0, 0, 0});
@@ -622,6 +633,7 @@ TEST(PhoneResLimitParameters, NumbersAreDecimal)
     expect_four_fields("010,0009,08,1000", {10, 9, 8, 1000});
 }
 
+// Q-LIMIT-5
 TEST(PhoneResLimitParameters, NegativeNumbersBecomeZero)
 {
     expect_four_fields("-1,-1,-1,-1", {0, 0, 0, 0});
@@ -669,6 +681,7 @@ TEST(PhoneResLimitParameters, TheWordEmptyIsNotSplit)
     EXPECT_EQ(parse("empty"), no_data());
 }
 
+// Q-LIMIT-9
 TEST(PhoneResLimitParameters, TheVectorIsFreedBetweenTheLastTwoInformationLines)
 {
     for (const char *text : {"1,2,3,4", "1,2,3"}) {
@@ -708,6 +721,7 @@ void expect_null_refused(const char *given, int missing)
     EXPECT_EQ(outputs, untouched_parameters);
 }
 
+// Q-LIMIT-10
 TEST(PhoneResLimitParameters, NullArgumentsAreRefused)
 {
     for (const char *text : {"1,2,3,4", "empty", "1"}) {

@@ -62,6 +62,7 @@ void expect_size(const Cells &list, int32_t size)
     }
 }
 
+// Q-UTIL-1
 TEST(ListDataSize, IsFourAndTheLengthOfEveryName)
 {
     expect_size(names({"abc", "de"}), 9);
@@ -81,6 +82,7 @@ TEST(ListDataSize, CountsBytesAndNotCharacters)
     expect_size(names({"\xC3\xA4", "\xFF\x80\x01"}), 4 + 2 + 3);
 }
 
+// Q-UTIL-2
 TEST(ListDataSize, EndsAtANullElementWithoutReport)
 {
     expect_size(names({"abc", nullptr, "xyz"}), 7);
@@ -88,6 +90,7 @@ TEST(ListDataSize, EndsAtANullElementWithoutReport)
     expect_size(names({"", nullptr, "xyz", nullptr}), 4);
 }
 
+// Q-UTIL-3
 TEST(ListDataSize, IsTheSameFromAnyCell)
 {
     const Cells list = names({"abc", "de", "f", "ghij"});
@@ -110,6 +113,7 @@ TEST(ListDataSize, MeasuresManyAndLongNames)
     expect_size(names({long_name.c_str()}), 4 + (1 << 20));
 }
 
+// Q-UTIL-5
 TEST(ListDataSize, OfNoListIsZeroAndReported)
 {
     LogRecorder log;
@@ -118,6 +122,7 @@ TEST(ListDataSize, OfNoListIsZeroAndReported)
                 ElementsAre(critical(size_function, "pkg_list is NULL!"), leave(size_function)));
 }
 
+// Q-UTIL-2
 TEST(ListDataSize, OfANullFirstElementIsAnErrorFromAnyCell)
 {
     for (const Cells &list : {names({nullptr}), names({nullptr, "abc", "de"})}) {
@@ -211,6 +216,7 @@ TEST(PackageName, MayHaveAnyLength)
     EXPECT_EQ(is_valid(long_name + "_"), 0);
 }
 
+// Q-UTIL-4
 TEST(PackageName, IsRefusedInSilenceForAnyOtherByte)
 {
     for (const char *name :
@@ -234,6 +240,7 @@ TEST(PackageName, MayHoldExactlyTheseBytesInThePosixLocale)
     expect_ascii_only();
 }
 
+// Q-UTIL-5
 TEST(PackageName, IsReportedIfMissing)
 {
     LogRecorder log;
@@ -242,6 +249,7 @@ TEST(PackageName, IsReportedIfMissing)
                                         leave(name_function)));
 }
 
+// Q-UTIL-4
 TEST(PackageName, IsReportedIfBlank)
 {
     LogRecorder log;

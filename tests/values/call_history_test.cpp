@@ -126,6 +126,15 @@ TEST(CallHistory, NumbersKeepTheirRange)
     EXPECT_EQ(QueryParameter(parameter).wide2.value, UINT64_MAX);
 }
 
+// Q-VALUES-2
+TEST(CallHistory, CallDetailsHaveNeitherFlagsNorAConstantRvalueConstructor)
+{
+    EXPECT_TRUE((std::is_same_v<decltype(Details::num0), int32_t>));
+    EXPECT_TRUE((std::is_same_v<decltype(Details::str1), std::string>));
+    EXPECT_FALSE(HasConstantRvalueConstructor<Details>);
+    EXPECT_TRUE(HasConstantRvalueConstructor<Event>);
+}
+
 // An element that cannot be assigned.
 struct Unassignable {
     Unassignable() = default;

@@ -71,6 +71,7 @@ TEST(WireWords, KeepEveryPowerOfTwoAndItsNeighbours)
     }
 }
 
+// Q-WIRE-1
 TEST(WireStr, NullAndEmptyAreBothCountZeroAndComeBackAsNull)
 {
     EXPECT_EQ(written_str(nullptr), hex("00 00 00 00"));
@@ -101,6 +102,7 @@ TEST(WireStr, ComesBackAsANewBufferWithTerminator)
     g_free(text);
 }
 
+// Q-WIRE-2
 TEST(WireStr, ZeroByteEndsTheTextButNotTheBuffer)
 {
     const Bytes bytes = hex("05 00 00 00 61 62 00 63 64");
@@ -163,6 +165,7 @@ TEST(WireBodyHead, CarriesTypeParamAndDataSize)
     EXPECT_EQ(buffer, hex("04 03 02 01 14 13 12 11 FE FF FF FF"));
 }
 
+// Q-HEAD-1
 TEST(WireBodyHead, LeavesAuxAndDataAlone)
 {
     mdm_pwd_info_t body{};
@@ -330,6 +333,7 @@ TEST(WireReader, RecordsStartZeroed)
     g_free(record);
 }
 
+// Q-WIRE-6
 TEST(WireReader, StringsKeepWireOrderAndNullElements)
 {
     const Bytes bytes = hex("01 00 00 00 61 00 00 00 00 01 00 00 00 62");
@@ -358,6 +362,7 @@ TEST(WireReader, RecordsComeBackInWireOrder)
     release_records(list, sample_fields);
 }
 
+// Q-WIRE-5
 TEST(WireReader, ListsAndArraysOfCountBelow1AreNull)
 {
     for (const int32_t count : {0, -1, INT32_MIN}) {
@@ -407,10 +412,20 @@ TEST_F(WireLists, AreWalkedFromTheirFirstElement)
 }
 
 // Unlike a walk.
+// Q-WIRE-4
 TEST_F(WireLists, AreCountedFromWhereTheyAreGiven)
 {
     EXPECT_EQ(length_of(list_), 3U);
     EXPECT_EQ(length_of(list_->next), 2U);
+}
+
+// Q-WIRE-4
+TEST_F(WireLists, AreWrittenWholeUnderTheCountOfALaterCell)
+{
+    Bytes buffer(14);
+    Writer out = writer(buffer.data());
+    out.strings_with_gaps(list_->next, 0, "");
+    EXPECT_EQ(buffer, hex("02 00 00 00 01 00 00 00 61 01 00 00 00 62"));
 }
 
 TEST_F(WireLists, MayEndAtTheFirstNullElement)
@@ -433,6 +448,7 @@ TEST_F(WireLists, MayLeaveAGapForANullElement)
 }
 
 // A gap may be larger than the message, which ends where the writer was told.
+// Q-WIRE-7
 TEST_F(WireLists, ClearAGapUpToTheEndOfTheMessageAlone)
 {
     Bytes buffer(18, 0xEE);
@@ -443,6 +459,7 @@ TEST_F(WireLists, ClearAGapUpToTheEndOfTheMessageAlone)
     EXPECT_EQ(out.position(), buffer.data() + 18);
 }
 
+// Q-WIRE-3
 TEST(WireListsOfRecords, SkipNullElementsButCountThem)
 {
     char text[] = "hi";

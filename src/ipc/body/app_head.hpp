@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The head of the application bodies, app and app_res: a string travels between `param` and
-// `data_size`. The payload follows when `data_size` is 1 or more.
+// The head of app and app_res: `type`, `param`, the string `pkg` and `data_size`. The payload
+// follows if `data_size` is 1 or more.
 #pragma once
 
 #include "wire/fields.hpp"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 1 and 2: client registration.
+// The body of message types 1 and 2 (client registration) has no head. `type` selects its fields:
 //
 //   type 0      type, pkg, status
 //   any other   type, value, pkg, text
@@ -37,7 +37,7 @@ bool _set_admin(Writer &out, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     const mdm_admin_info_t &info = body->admin;
-    MDM_DEBUG("info->type: %d", static_cast<int>(info.type));
+    MDM_DEBUG("info->type: %d", static_cast<int>(info.type));  // Q-ADMIN-2
     out.u32(info.type, "admin.type");
     if (is_query(info)) {
         MDM_DEBUG("Processing IS_CLIENT_REGISTERED, pkg: '%s', status: %d", info.pkg, info.status);
@@ -46,7 +46,7 @@ bool _set_admin(Writer &out, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// The fields of the form that did not travel stay as they were.
+// Q-ADMIN-1: the fields of the other form stay as they were.
 bool _get_admin(Reader &in, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();

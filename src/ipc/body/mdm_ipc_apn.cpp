@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 21 and 22: access points. The body head, then
+// The body of message types 21 and 22 (access points) is the body head and a payload:
 //
-//   type 387, 393   a profile: num0, num1, profile_name, str3 to str14
-//   type 389, 390,
-//        391        a count and profiles
-//   any other       data_size raw bytes
+//   type 387, 393        one profile: num0, num1, profile_name, str3 to str14
+//   type 389, 390, 391   a count, then the profiles
+//   any other            data_size raw bytes
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
@@ -55,31 +54,31 @@ const char *_validate_apn(const mdm_body_t &body, Names names)
     return validate_payload(info.data_size != 0, info.data, names);
 }
 
-// Stores `data_size`: of a list the whole body's size. A single profile's size is added to what
-// was there, with every call anew: the sum is sent and sized, and as many bytes as there were
-// before are zero at the end of the body.
+// Stores `data_size` of a profile and of a list.
 uint32_t _size_of_apn(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
 
     mdm_apn_info_t &info = body->apn;
     uint32_t size = body_head_size;
-    if (!has_payload(info)) {
+    if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(size);
     }
     switch (form_of(info.type)) {
     case Form::profile:
+        // Q-APN-1: the profile's size is added to what `data_size` held.
         info.data_size = static_cast<int32_t>(static_cast<uint32_t>(info.data_size) +
                                               size_of_fields(info.data, profile_fields));
         size += static_cast<uint32_t>(info.data_size);
         break;
     case Form::profiles:
-        MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");
+        MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");  // Q-BODY-9
+        // Q-BODY-8: the head and the count are part of the stored size.
         size = empty_list_size + size_of_records_before_null(info.data, profile_fields);
         info.data_size = static_cast<int32_t>(size);
         break;
     case Form::raw:
-        size += static_cast<uint32_t>(info.data_size);
+        size += static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     }
     MDM_INFO("size [%d]", size);
@@ -102,8 +101,8 @@ bool _set_apn(Writer &out, const Log &log, mdm_body_t *body)
     case Form::profiles:
         out.count(info.data, "apn.profiles");
         for (const auto *profile : elements<mdm_apn_account_t>(info.data)) {
-            if (profile != nullptr) {  // counted all the same
-                MDM_INFO("ProfileName [%s]", profile->profile_name);
+            if (profile != nullptr) {  // Q-BODY-9: a null profile is counted, but not written.
+                MDM_INFO("ProfileName [%s]", profile->profile_name);  // Q-APN-2
                 out.fields(profile, profile_fields);
             }
         }
@@ -147,7 +146,7 @@ bool _get_apn(Reader &in, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// For a profile and a list `data` keeps its old value.
+// Q-BODY-7: `data` and `data_size` of a profile and of a list keep their values.
 void _free_apn(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message type 13: applications. The application head, then
+// The body of message type 13 (applications) is the application head and a payload:
 //
-//   type 4, 15      a count and package names
-//   type 140, 141   data_size raw bytes, read back as num1, num2
+//   type 4, 15      a count, then the package names
+//   type 140, 141   data_size raw bytes, which are read as num1 and num2
 //   type 184, 185   first, second
 //   any other       data_size raw bytes
 //
-// No handler logs its entry; the size and free handlers log their exit where nothing is to be done.
+// Q-BODY-13: no handler logs its entry. The size and free handlers log their exit if there is
+// nothing to do.
 #include "ipc/body/app_head.hpp"
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
@@ -40,7 +41,7 @@ constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, secon
 
 }  // namespace
 
-// Two numbers are all that a receiver of a pair of them has of it, whatever `data_size` says.
+// A receiver of 140 and 141 holds two numbers, so no other `data_size` than theirs can be sealed.
 const char *_validate_app(const mdm_body_t &body, Names names)
 {
     const mdm_app_info_t &info = body.app;
@@ -57,7 +58,7 @@ const char *_validate_app(const mdm_body_t &body, Names names)
     return is_num_pair && info.data_size != num_pair_size ? names.data_size() : nullptr;
 }
 
-// A null package name ends a list here as it does on the wire.
+// Q-BODY-12: a null package name ends the size and the written list, but not the count.
 uint32_t _size_of_app(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
     MDM_FAIL_IF(body == nullptr, 0, "p_data is NULL!");
@@ -70,7 +71,7 @@ uint32_t _size_of_app(Lengths &lengths, const Log &log, mdm_body_t *body)
             size += word_size + lengths.measure(info.data, log, MDM_EACH("pkg_name : %s"));
             break;
         case Form::pair:
-            if (info.data != nullptr) {
+            if (info.data != nullptr) {  // Q-APP-2
                 size += size_of_fields(info.data, pair_fields);
             }
             break;
@@ -97,17 +98,18 @@ bool _set_app(Writer &out, const Log &log, mdm_body_t *body)
     case Form::packages: {
         const uint32_t count = out.count(info.data, "app.packages");
         MDM_INFO("len : %d", count);
+        // Q-BODY-12
         out.strings_before_null(info.data, "app.packages", MDM_EACH("pkg_name : %s"));
         break;
     }
     case Form::pair:
-        if (info.data != nullptr) {
+        if (info.data != nullptr) {  // Q-APP-2: without its pair, the head travels alone.
             const auto &pair = payload<mdm_app_pair_t>(info);
             MDM_INFO("[%s,%s]", pair.first, pair.second);
             out.fields(&pair, pair_fields);
         }
         break;
-    case Form::num_pair:  // the receiver reads two numbers, whatever `data_size` says
+    case Form::num_pair:  // Q-APP-1: a receiver reads 8 bytes, whatever `data_size` is.
     case Form::raw:
         out.raw_bytes(info.data, info.data_size);
         break;
@@ -139,7 +141,7 @@ bool _get_app(Reader &in, const Log &log, mdm_body_t *body)
         auto *pair = in.try_record(pair_fields);
         if (pair == nullptr) {
             MDM_CRITICAL("malloc failed!");
-            return true;  // the payload stays unread, and `data` as it was
+            return true;  // Q-APP-3: the payload stays unread, and `data` as it was.
         }
         MDM_INFO("[%s,%s]", pair->first, pair->second);
         info.data = pair;
@@ -159,14 +161,14 @@ void _free_app(const Log &log, mdm_body_t *body)
     }
     mdm_app_info_t &info = body->app;
     release_string(info.pkg);
-    if (info.data == nullptr) {
+    if (info.data == nullptr) {  // Q-BODY-5: `data_size` is not looked at.
         return MDM_EXIT();
     }
     switch (form_of(info.type)) {
     case Form::packages:
-        break;  // the list stays allocated, with its strings
+        break;  // Q-APP-4: the list and its strings stay allocated.
     case Form::pair:
-        release_record(info.data, pair_fields);  // `data` keeps its old value
+        release_record(info.data, pair_fields);  // Q-BODY-7: `data` keeps its value.
         break;
     case Form::num_pair:
     case Form::raw:

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message type 14: lists of application policies. The application head, then
+// The body of message type 14 (lists of application policies) is the application head and a
+// payload:
 //
-//   package-name lists   a count and strings
-//   type 140, 141, 142   a count and items: name, value
-//   type 172 to 175      a count and records: client_id, a count, package names
-//   any other            data_size raw bytes
+//   type 3, 155, 159, 162,
+//        168 to 171, 176, 177   a count, then the package names
+//   type 140, 141, 142          a count, then the items: name, value
+//   type 172 to 175             a count, then the records: client_id, a count, the package names
+//   any other                   data_size raw bytes
 //
-// A null element ends a list, although the count counts it and what is behind it. No handler logs
-// its entry; the size and free handlers log their exit where nothing is to be done.
+// Q-BODY-12: a null element ends a list, but not its count.
+// Q-BODY-13: no handler logs its entry. The size and free handlers log their exit if there is
+// nothing to do.
 #include "ipc/body/app_head.hpp"
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
@@ -35,13 +38,13 @@ constexpr Form form_of(int32_t type)
 constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app_res);
 constexpr auto item_fields = MDM_FIELDS(mdm_app_res_item_t, "app_res.item", name, value);
 
-// One line an item, whose value the receiver takes for a signed number. Discriminator 142 has an
-// unsigned one on both sides.
+// Logs one line for an item.
 void log_item(const Log &log, int line, const char *text, const mdm_app_res_item_t &item)
 {
     log.info(line, text, item.name, item.value);
 }
 
+// Q-APP_RES-2: a receiver of 140 and 141 logs the value as a signed number.
 constexpr const char *received_item(int32_t type)
 {
     return type == 142 ? "%s(%u)" : "%s(%d)";
@@ -57,7 +60,7 @@ const char *_validate_app_res(const mdm_body_t &body, Names names)
                                            : validate_list(is_announced, info.data, names);
 }
 
-// An item without a name is sized, but not written: 8 bytes are zero at the end of the body.
+// Q-APP_RES-1: an item without a name is sized, but not written.
 uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
     MDM_FAIL_IF(body == nullptr, 0, "p_data is NULL!");
@@ -67,6 +70,7 @@ uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
         switch (form_of(info.type)) {
         case Form::packages:
             MDM_INFO("len : %d", length_of(info.data));
+            // Q-APP_RES-3: no other handler logs these names.
             size += word_size + lengths.measure(info.data, log, MDM_EACH("pkg : %s"));
             break;
         case Form::items:
@@ -82,7 +86,7 @@ uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
             size += word_size;
             for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
                 MDM_INFO("app_control_info->client_id : %d", control->client_id);
-                if (control->pkg_list != nullptr) {
+                if (control->pkg_list != nullptr) {  // Q-APP_RES-6
                     MDM_INFO("len2 : %d", length_of(control->pkg_list));
                 }
                 size += word_size + word_size + lengths.measure(control->pkg_list, log);
@@ -118,7 +122,7 @@ bool _set_app_res(Writer &out, const Log &log, mdm_body_t *body)
         MDM_INFO("len : %d", count);
         for (const auto *item : elements_before_null<mdm_app_res_item_t>(info.data)) {
             log_item(log, __LINE__, "%s(%u)", *item);
-            if (item->name != nullptr) {
+            if (item->name != nullptr) {  // Q-APP_RES-1
                 out.fields(item, item_fields);
             } else {
                 out.refuse("app_res.item.name");
@@ -184,6 +188,7 @@ bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
             MDM_INFO("client_id : %d", control->client_id);
             const int32_t package_count = in.count("app_res.control.pkg_list", word_size);
             MDM_INFO("len2 : %d", package_count);
+            // Q-APP_RES-3: no other handler logs these names.
             control->pkg_list =
                 in.strings(package_count, "app_res.control.pkg_list", MDM_EACH("name : %s"));
             controls.append(control);
@@ -204,11 +209,11 @@ void _free_app_res(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     mdm_app_res_info_t &info = body->app_res;
-    if (info.data_size < 1) {
+    if (info.data_size < 1) {  // Q-BODY-5: `data` is not released.
         return release_string(info.pkg);
     }
     if (info.data == nullptr) {
-        return MDM_EXIT();  // `pkg` stays allocated
+        return MDM_EXIT();  // Q-APP_RES-4: `pkg` stays allocated.
     }
     switch (form_of(info.type)) {
     case Form::packages:
@@ -220,10 +225,10 @@ void _free_app_res(const Log &log, mdm_body_t *body)
             log_item(log, __LINE__, "%s(%u)", *item);
             release_record(item, item_fields);
         }
-        release_cells(info.data);  // `data` keeps its old value
+        release_cells(info.data);  // Q-BODY-7: `data` keeps its value.
         break;
     case Form::controls:
-        // The records themselves stay allocated.
+        // Q-APP_RES-5: the records stay allocated.
         for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
             release_elements(control->pkg_list);
         }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 9 and 10: Bluetooth. The body head, then
+// The body of message types 9 and 10 (Bluetooth) is the body head and a payload:
 //
-//   device-name lists   a count and strings
-//   any other           data_size raw bytes
+//   type 91, 220 to 225, 227, 230, 231, 233 to 235, 237   a count, then the device names
+//   any other                                             data_size raw bytes
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
@@ -20,7 +20,7 @@ constexpr Form form_of(uint32_t type)
     return Form::raw;
 }
 
-// Only these lists are released; every other payload stays with the owner of the message.
+// Q-BLUETOOTH-1: only these lists are released.
 constexpr bool is_released(uint32_t type)
 {
     return type == 91 || type == 223 || type == 227 || type == 233 || type == 237;
@@ -55,7 +55,9 @@ uint32_t _size_of_bluetooth(Lengths &lengths, const Log &log, mdm_body_t *body)
         return MDM_EXIT(size + static_cast<uint32_t>(info.data_size));
     }
     MDM_INFO("len : %d", length_of(info.data));
+    // Q-BODY-14: the names are logged here and by the get handler.
     size += word_size + lengths.measure(info.data, log, MDM_EACH("device_name : %s"));
+    // Q-BODY-10: a list with a null name has no size.
     MDM_FAIL_IF(!lengths.has_all(info.data) && has_null_element(info.data), no_size,
                 "device_name is NULL");
     return MDM_EXIT(size);
@@ -75,6 +77,7 @@ bool _set_bluetooth(Writer &out, const Log &log, mdm_body_t *body)
         return MDM_EXIT(true);
     }
     MDM_INFO("length : %d", length_of(info.data));
+    // Q-BODY-11: a null name is a gap of `data_size` bytes.
     out.strings_with_gaps(info.data, info.data_size, "bluetooth.names");
     return MDM_EXIT(true);
 }
@@ -86,7 +89,7 @@ bool _get_bluetooth(Reader &in, const Log &log, mdm_body_t *body)
     mdm_bluetooth_info_t &info = body->bluetooth;
     in.body_head(info);
     if (info.data_size < 1) {
-        return MDM_EXIT(true);  // `data` stays as it was
+        return MDM_EXIT(true);  // Q-BODY-6: `data` stays as it was.
     }
     if (form_of(info.type) == Form::raw) {
         info.data = in.raw_bytes(info.data_size);
@@ -107,7 +110,7 @@ void _free_bluetooth(const Log &log, mdm_body_t *body)
     mdm_bluetooth_info_t &info = body->bluetooth;
     if (is_released(info.type)) {
         if (info.data == nullptr) {
-            return MDM_EXIT();  // `data_size` keeps its value
+            return MDM_EXIT();  // Q-BLUETOOTH-2: `data_size` keeps its value.
         }
         release_elements(info.data);
         info.data = nullptr;

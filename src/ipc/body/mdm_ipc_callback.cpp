@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The bodies of message types 61, application callbacks, and 63, miscellaneous callbacks: a head of
-// four words and, for the callback types 0 and 1, a payload:
+// The bodies of message types 61 (application callbacks) and 63 (miscellaneous callbacks) are a
+// head of four words and, if `type` is 0 or 1, a payload:
 //
 //   app_cb    num6, str8, str7
 //   misc_cb   flag6, num7, str8
@@ -10,28 +10,30 @@
 namespace mdm {
 namespace {
 
-// What tells the callback categories apart.
+// How the two callback categories differ.
 struct Callback {
     Fields head;
     Fields payload;
-    const char *title;  // what the log calls the category
+    const char *title;  // the category's name in log lines
 };
 
-// In the head `data_size` travels second, and counts the whole body.
+// Q-CALLBACK-1: `data_size` travels second and counts the whole body.
 #define MDM_CALLBACK_HEAD_FIELDS(category) \
     MDM_FIELDS(mdm_##category##_info_t, #category, type, data_size, param, param2)
 constexpr auto app_head_fields = MDM_CALLBACK_HEAD_FIELDS(app_cb);
+// Q-CALLBACK-4: `str8` travels before `str7`.
 constexpr auto app_fields = MDM_FIELDS(mdm_app_cb_info_t, "app_cb", num6, str8, str7);
 constexpr auto misc_head_fields = MDM_CALLBACK_HEAD_FIELDS(misc_cb);
-// One byte comes first, so the number behind it is unaligned.
+// Q-CALLBACK-5: one byte comes first, so the number behind it is unaligned.
 constexpr auto misc_fields = MDM_FIELDS(mdm_misc_cb_info_t, "misc_cb", flag6, num7, str8);
 
-// Both heads are alike, and that of app_cb stands for either.
+// Both heads have the same layout, so the handlers use the one of app_cb.
 using Head = mdm_app_cb_info_t;
 static_assert(offsetof(Head, data_size) == offsetof(mdm_misc_cb_info_t, data_size));
 static_assert(offsetof(Head, type) == offsetof(mdm_misc_cb_info_t, type));
 
-// Of a callback type that is not known the head travels alone.
+// Q-CALLBACK-3: the head of an unknown callback type travels alone, and each handler logs a
+// failure.
 bool is_known(const Log &log, uint32_t type, const Callback &callback)
 {
     if (type < 2) {
@@ -41,14 +43,13 @@ bool is_known(const Log &log, uint32_t type, const Callback &callback)
     return false;
 }
 
-// Stores the body's size in `data_size`, which the set handler sends: a receiver that finds 0 there
-// reads no payload.
+// Stores the body's size in `data_size`.
 uint32_t size_of_callback(const Log &log, mdm_body_t *body, const Callback &callback)
 {
     MDM_ENTER();
     MDM_FAIL_IF(body == nullptr, 0, "info is NULL");
     Head &head = body->app_cb;
-    MDM_INFO("Callback detail request [%d]", head.type);
+    MDM_INFO("Callback detail request [%d]", head.type);  // Q-CALLBACK-7
     head.data_size = size_of_fields(body, callback.head);
     if (is_known(log, head.type, callback)) {
         head.data_size += size_of_fields(body, callback.payload);
@@ -76,7 +77,7 @@ bool get_callback(Reader &in, const Log &log, mdm_body_t *body, const Callback &
     MDM_FAIL_IF(!in, false, "p_msg is NULL");
     MDM_FAIL_IF(body == nullptr, false, "p_data is NULL");
     in.fields(body, callback.head);
-    if (!in || body->app_cb.data_size == 0) {
+    if (!in || body->app_cb.data_size == 0) {  // Q-CALLBACK-2
         return MDM_EXIT(true);
     }
     MDM_INFO("Callback detail request [%d]", body->app_cb.type);
@@ -90,7 +91,7 @@ void free_callback(const Log &log, mdm_body_t *body, const Callback &callback)
 {
     MDM_ENTER();
     if (body == nullptr) {
-        MDM_CRITICAL("info is NULL");
+        MDM_CRITICAL("info is NULL");  // Q-CALLBACK-6
         return MDM_EXIT();
     }
     MDM_INFO("Callback detail request [%d]", body->app_cb.type);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 47 and 48: containers. The body head, then
+// The body of message types 47 and 48 (containers) is the body head and a payload:
 //
 //   type 628             num0, str1, str2
 //   type 629             num0, str1
 //   type 630, 631, 632   data_size raw bytes
-//   any other            nothing
+//   any other            none
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
@@ -30,7 +30,7 @@ constexpr Form form_of(uint32_t type)
     }
 }
 
-// A mdm_container_item_t that ends before `str2`: all that there is of the record of type 629.
+// Q-CONTAINER-1: the record of type 629 is a mdm_container_item_t that ends before `str2`.
 struct ShortItem {
     uint32_t num0;
     char *str1;
@@ -58,13 +58,13 @@ const char *_validate_container(const mdm_body_t &body, Names names)
     return validate_payload(info.data_size != 0, info.data, names);
 }
 
-// Stores an item's payload size in `data_size`.
+// Stores the payload's size in `data_size`.
 uint32_t _size_of_container(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
 
     mdm_container_info_t &info = body->container;
-    if (!has_payload(info)) {
+    if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(body_head_size);
     }
     uint32_t payload_size = 0;
@@ -76,7 +76,7 @@ uint32_t _size_of_container(Lengths & /*lengths*/, const Log &log, mdm_body_t *b
         payload_size = size_of_fields(info.data, short_item_fields);
         break;
     case Form::raw:
-        payload_size = static_cast<uint32_t>(info.data_size);
+        payload_size = static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     case Form::nothing:
         return MDM_EXIT(body_head_size);
@@ -131,16 +131,16 @@ bool _get_container(Reader &in, const Log &log, mdm_body_t *body)
         info.data = in.raw_bytes(info.data_size);
         break;
     case Form::nothing:
-        break;  // `data` stays as it was
+        break;  // Q-CONTAINER-2: `data` stays as it was.
     }
     return MDM_EXIT(true);
 }
 
-// Logs its entry and its exit even where there is nothing to release. For an item `data` keeps its
-// old value.
+// Q-BODY-7: `data` of an item and `data_size` keep their values.
 void _free_container(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
+    // Q-BODY-5: a payload whose `data_size` is 0 stays allocated.
     if (body == nullptr || !has_payload(body->container)) {
         return MDM_EXIT();
     }

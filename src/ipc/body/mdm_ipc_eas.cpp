@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 11 and 12: Exchange ActiveSync. The body head, then
+// The body of message types 11 and 12 (Exchange ActiveSync) is the body head and a payload:
 //
-//   type 98     an account: num0 to num5, str6 to str14
-//   type 104    str8, str10, str13 of an account
-//   type 106    a count and accounts
+//   type 98     one account: num0 to num5, str6 to str14
+//   type 104    str8, str10 and str13 of one account
+//   type 106    a count, then the accounts
 //   any other   num0, str1
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
@@ -34,7 +34,7 @@ constexpr auto account_fields =
 constexpr auto settings_fields = MDM_FIELDS(mdm_eas_account_t, "eas.settings", str8, str10, str13);
 constexpr auto value_fields = MDM_FIELDS(mdm_eas_value_t, "eas.value", num0, str1);
 
-// The record of each form; of a list, that of its elements.
+// The fields of a form's record. The record of a list is its element.
 constexpr Fields fields_of(Form form)
 {
     switch (form) {
@@ -73,19 +73,19 @@ const char *_validate_eas(const mdm_body_t &body, Names names)
     return validate_payload(info.data_size != 0, info.data, names);
 }
 
-// Stores `data_size`: the payload of a record, but the whole body of a list. For settings the
-// strings are added to what was there, with every call anew; the sum is sent and sized.
+// Stores `data_size`.
 uint32_t _size_of_eas(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
 
     mdm_eas_info_t &info = body->eas;
-    if (!has_payload(info)) {
+    if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(body_head_size);
     }
     const Form form = form_of(info.type);
     if (form == Form::accounts) {
-        MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");
+        MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");  // Q-BODY-9
+        // Q-BODY-8: the head and the count are part of the stored size.
         const uint32_t size =
             empty_list_size + size_of_records_before_null(info.data, account_fields);
         info.data_size = static_cast<int32_t>(size);
@@ -93,6 +93,8 @@ uint32_t _size_of_eas(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     }
     uint32_t payload_size = size_of_fields(info.data, fields_of(form));
     if (form == Form::settings) {
+        // Q-EAS-1: the strings' size is added to what `data_size` held.
+        // Q-EAS-2: if the sum is 0, the head travels alone.
         payload_size += static_cast<uint32_t>(info.data_size);
     }
     info.data_size = static_cast<int32_t>(payload_size);
@@ -110,6 +112,7 @@ bool _set_eas(Writer &out, const Log &log, mdm_body_t *body)
     }
     const Form form = form_of(info.type);
     if (form == Form::accounts) {
+        // Q-BODY-9: a null account is counted, but not written.
         out.records(info.data, "eas.accounts", fields_of(form));
     } else {
         out.fields(info.data, fields_of(form));
@@ -133,18 +136,19 @@ bool _get_eas(Reader &in, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// Logs nothing, and leaves `data` and `data_size` as they were.
+// Q-EAS-3: this handler logs nothing.
+// Q-BODY-7: `data` and `data_size` keep their values.
 void _free_eas(const Log & /*log*/, mdm_body_t *body)
 {
     const mdm_eas_info_t &info = body->eas;
-    if (!has_payload(info)) {
+    if (!has_payload(info)) {  // Q-BODY-5
         return;
     }
     const Form form = form_of(info.type);
     if (form == Form::accounts) {
         release_records(info.data, fields_of(form));
     } else {
-        release_record(info.data, fields_of(form));
+        release_record(info.data, fields_of(form));  // Q-EAS-4
     }
 }
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 45 and 46: kiosk mode. The body head, then
+// The body of message types 45 and 46 (kiosk mode) is the body head and a payload:
 //
 //   type 612, 614   a string
-//   type 618, 621   a count and numbers
-//   type 619        a count and pairs: key, value
+//   type 618, 621   a count, then the numbers
+//   type 619        a count, then the pairs: key, value
 //   any other       data_size raw bytes
 //
-// No handler logs its entry, and only the free handler its exit, for a null body.
+// Q-BODY-13: no handler logs its entry. Only the free handler logs its exit, for a null body.
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
@@ -32,7 +32,7 @@ constexpr Form form_of(uint32_t type)
     }
 }
 
-// What an element of a list of keys points at: a number on its own.
+// An element of a list of keys points to one number.
 struct Key {
     uint32_t number;
 };
@@ -52,14 +52,14 @@ const char *_validate_kiosk(const mdm_body_t &body, Names names)
                : validate_payload(info.data_size != 0, info.data, names);
 }
 
-// Stores the payload's size in `data_size`, but for raw bytes; the size of a list leaves its count
-// out there. Null elements are sized and counted, although they are not written.
+// Stores the payload's size in `data_size`, except for raw bytes.
+// Q-KIOSK-2: the stored size of a list leaves out the 4 bytes of its count.
 uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ASSERT(body != nullptr, 0);
 
     mdm_kiosk_info_t &info = body->kiosk;
-    if (!has_payload(info)) {
+    if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return body_head_size;
     }
     uint32_t base = body_head_size;
@@ -69,6 +69,7 @@ uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         payload_size = size_of_str(static_cast<const char *>(info.data));
         break;
     case Form::keys:
+        // Q-KIOSK-1: a null element is sized and counted, but not written.
         base = empty_list_size;
         payload_size = length_of(info.data) * word_size;
         break;
@@ -77,7 +78,7 @@ uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         payload_size = length_of(info.data) * key_pair_size;
         break;
     case Form::raw:
-        return base + static_cast<uint32_t>(info.data_size);
+        return base + static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
     }
     info.data_size = static_cast<int32_t>(payload_size);
     return base + payload_size;
@@ -97,7 +98,7 @@ bool _set_kiosk(Writer &out, const Log &log, mdm_body_t *body)
         out.str(static_cast<const char *>(info.data), "kiosk.text");
         break;
     case Form::keys:
-        MDM_INFO("MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");
+        MDM_INFO("MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");  // Q-KIOSK-3
         out.records(info.data, "kiosk.keys", key_fields);
         break;
     case Form::key_pairs:
@@ -123,7 +124,7 @@ bool _get_kiosk(Reader &in, const Log &log, mdm_body_t *body)
     }
     switch (form_of(info.type)) {
     case Form::text:
-        info.data = in.str("kiosk.text");
+        info.data = in.str("kiosk.text");  // Q-KIOSK-4: null for an empty text
         break;
     case Form::keys:
         info.data = in.records("kiosk.keys", key_fields);
@@ -138,14 +139,14 @@ bool _get_kiosk(Reader &in, const Log &log, mdm_body_t *body)
     return true;
 }
 
-// `data` and `data_size` keep their values, but for raw bytes.
+// Q-BODY-7: `data` and `data_size` keep their values, except for raw bytes.
 void _free_kiosk(const Log &log, mdm_body_t *body)
 {
     if (body == nullptr) {
         return MDM_EXIT();
     }
     mdm_kiosk_info_t &info = body->kiosk;
-    if (!has_payload(info)) {
+    if (!has_payload(info)) {  // Q-BODY-5
         return;
     }
     switch (form_of(info.type)) {

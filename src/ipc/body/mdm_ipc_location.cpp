@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 49 and 50: location. The body head and nothing else, whatever `data_size`
-// says.
+// The body of message types 49 and 50 (location) is the body head alone.
+// Q-LOCATION-1: `data_size` announces no payload.
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
@@ -12,7 +12,8 @@ const char *_validate_location(const mdm_body_t &body, Names names)
     return validate_nothing(body.location.data, names);
 }
 
-// Each handler checks the pointer that it checks, and no other.
+// Q-LOCATION-2: each handler checks a pointer of its own or none. The size and free handlers log
+// nothing.
 uint32_t _size_of_location(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t * /*body*/)
 {
     return body_head_size;

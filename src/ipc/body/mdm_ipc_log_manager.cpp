@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 51 and 52: log manager.
+// The body of message types 51 and 52 (log manager) has no head. `type` selects its fields:
 //
 //   type 638    type, value as a string
 //   any other   type, value as one byte
@@ -9,7 +9,7 @@
 namespace mdm {
 namespace {
 
-// The value, which is a union.
+// `value` is a union.
 #define MDM_VALUE(type)                    \
     MDM_FIELD_LIST(mdm_log_manager_info_t, \
                    MDM_FIELD(mdm_log_manager_info_t, "log_manager.value", value, type))
@@ -36,7 +36,8 @@ uint32_t _size_of_log_manager(Lengths & /*lengths*/, const Log &log, mdm_body_t 
     return MDM_EXIT(word_size + size_of_fields(&info, field_of(info)));
 }
 
-// Without a body nothing is written, and that is no failure.
+// Q-LOG_MANAGER-1: a null body is no failure, and nothing is written.
+// Q-LOG_MANAGER-2: the buffer is checked before the body.
 bool _set_log_manager(Writer &out, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
@@ -48,20 +49,21 @@ bool _set_log_manager(Writer &out, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// Without a body nothing is read, and that is no failure.
+// Q-LOG_MANAGER-1: a null body is no failure, and nothing is read.
+// Q-LOG_MANAGER-2: the body is checked before the buffer.
 bool _get_log_manager(Reader &in, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     MDM_FAIL_IF(body == nullptr, true, "info is NULL!");
     MDM_FAIL_IF(!in, false, "buffer is NULL!");
     mdm_log_manager_info_t &info = body->log_manager;
-    info.value.word = 0;
+    info.value.word = 0;  // Q-LOG_MANAGER-3
     info.type = in.u32("log_manager.type");
     in.fields(&info, field_of(info));
     return MDM_EXIT(true);
 }
 
-// The pointer keeps its old value.
+// Q-BODY-7: the pointer keeps its value.
 void _free_log_manager(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();

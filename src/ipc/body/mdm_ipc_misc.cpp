@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 17 and 18: policies that belong to no other category. The body head, then
+// The body of message types 17 and 18 (policies of no other category) is the body head and a
+// payload:
 //
-//   type 122             data_size strings
-//   type 123             nothing
+//   type 122             data_size strings, without a count
+//   type 123             none
 //   type 124, 125, 126   value
-//   type 127, 128        a count and strings, from the list in `param`
+//   type 127, 128        a count, then the strings of the list in `param_list`
 //   type 281, 283        url, title
 //   type 288, 289        first, second
 //   any other            data_size raw bytes
@@ -49,18 +50,16 @@ constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, "misc.text", value);
 constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, "misc.book", url, title);
 constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, "misc.pair", first, second);
 
-// The size of a body whose book record is missing. The envelope adds it like any other, and refuses
-// a sum below 8. Beside a header text of 967 bytes or more the sum is 8 or more: the message is then
-// written beyond its buffer.
+// Q-MISC-4: the size of a body without its book record.
 constexpr auto no_book_size = static_cast<uint32_t>(-999);
 
-// The strings of an array, which `data_size` counts; none for a negative one.
+// Q-MISC-8: `data_size` is the number of strings. A negative one stands for none.
 std::span<char *> texts_of(const mdm_misc_info_t &info)
 {
     return {static_cast<char **>(info.data), static_cast<size_t>(std::max(info.data_size, 0))};
 }
 
-// The list in `param` travels whatever `data_size` says.
+// Q-MISC-2: the list in `param_list` travels even if `data_size` is 0.
 bool announces_payload(const mdm_misc_info_t &info)
 {
     return info.data_size != 0 || form_of(info.type) == Form::param_list;
@@ -76,13 +75,13 @@ uint32_t store_size(mdm_misc_info_t &info, Fields list)
 
 }  // namespace
 
-// An array cannot have a negative length, although none would be written.
+// An array with a negative number of strings is refused, although no string would be written.
 const char *_validate_misc(const mdm_body_t &body, Names names)
 {
     const mdm_misc_info_t &info = body.misc;
     switch (form_of(info.type)) {
     case Form::nothing:
-    case Form::param_list:  // in `param`, and not in `data`
+    case Form::param_list:  // Its payload is not in `data`.
         return validate_nothing(info.data, names);
     case Form::array:
     case Form::raw:
@@ -95,7 +94,7 @@ const char *_validate_misc(const mdm_body_t &body, Names names)
     return validate_payload(info.data_size != 0, info.data, names);
 }
 
-// A null element of a list counts 4 bytes, although nothing is written for it.
+// Stores the payload's size in `data_size` for a text, a book and a pair.
 uint32_t _size_of_misc(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
@@ -117,6 +116,7 @@ uint32_t _size_of_misc(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         size += store_size(info, text_fields);
         break;
     case Form::param_list:
+        // Q-MISC-3: a null element is sized with 4 bytes, but not written.
         size += word_size;
         for (const char *text : elements<char>(info.param_list)) {
             size += size_of_str(text);
@@ -127,12 +127,12 @@ uint32_t _size_of_misc(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         size += store_size(info, book_fields);
         break;
     case Form::pair:
-        if (info.data != nullptr) {
+        if (info.data != nullptr) {  // Q-MISC-5
             size += store_size(info, pair_fields);
         }
         break;
     case Form::raw:
-        size += static_cast<uint32_t>(info.data_size);
+        size += static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     }
     return MDM_EXIT(size);
@@ -143,7 +143,7 @@ bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
     MDM_ENTER_ASSERT(out && body != nullptr, false);
 
     const mdm_misc_info_t &info = body->misc;
-    out.body_head(info);
+    out.body_head(info);  // Q-MISC-1: `param` may be the low 32 bits of the list's address.
     MDM_INFO("data: %p, data_size: %d", info.data, info.data_size);
     if (!announces_payload(info)) {
         return MDM_EXIT(true);
@@ -159,22 +159,22 @@ bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
         break;
     case Form::text:
         if (info.data == nullptr) {
-            return MDM_EXIT(false);
+            return MDM_EXIT(false);  // Q-MISC-6: this failure has no line of its own.
         }
         out.fields(info.data, text_fields);
         break;
     case Form::param_list:
-        out.strings_with_gaps(info.param_list, 0, "misc.param_list");
+        out.strings_with_gaps(info.param_list, 0, "misc.param_list");  // Q-MISC-3
         break;
     case Form::book: {
         MDM_ASSERT(info.data != nullptr, false);
         const auto &book = payload<mdm_book_info_t>(info);
-        MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);
+        MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);  // Q-MISC-12
         out.fields(&book, book_fields);
         break;
     }
     case Form::pair:
-        if (info.data != nullptr) {
+        if (info.data != nullptr) {  // Q-MISC-5: without its pair, the head travels alone.
             out.fields(info.data, pair_fields);
         }
         break;
@@ -210,8 +210,9 @@ bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
         info.data = read_array(in, info.data_size);
         break;
     case Form::nothing:
-        break;  // `data` stays as it was
+        break;  // Q-MISC-9: `data` stays as it was.
     case Form::text: {
+        // Q-MISC-11: without memory, reading a text fails and reading a pair does not.
         auto *text = in.try_record(text_fields);
         if (text == nullptr) {
             return MDM_EXIT(false);
@@ -220,7 +221,8 @@ bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
         break;
     }
     case Form::param_list:
-        // The number in `param` was the sender's pointer; `data` stays as it was.
+        // Q-MISC-1: the number in `param` is discarded. `data` stays as it was.
+        // Q-MISC-7: the count has no sign.
         info.param_list =
             in.strings(in.unsigned_count("misc.param_list", word_size), "misc.param_list");
         break;
@@ -240,7 +242,7 @@ bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// Looks at `data` first: where it is null, as in a received list, nothing is released.
+// Q-MISC-10: if `data` is null, nothing is released, not even the list in `param_list`.
 void _free_misc(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
@@ -253,7 +255,7 @@ void _free_misc(const Log &log, mdm_body_t *body)
         for (char *text : texts_of(info)) {
             g_free(text);
         }
-        g_free(info.data);  // `data` keeps its old value
+        g_free(info.data);  // Q-BODY-7: `data` keeps its value.
         break;
     case Form::nothing:
         break;
@@ -262,14 +264,14 @@ void _free_misc(const Log &log, mdm_body_t *body)
         info.data = nullptr;
         break;
     case Form::param_list:
-        release_elements(info.param_list);  // and so does `param`
+        release_elements(info.param_list);  // Q-BODY-7: `param_list` keeps its value.
         break;
     case Form::book:
         release_record(info.data, book_fields);
         info.data = nullptr;
         break;
     case Form::pair:
-        release_record(info.data, pair_fields);  // `data` keeps its old value
+        release_record(info.data, pair_fields);  // Q-BODY-7: `data` keeps its value.
         break;
     case Form::raw:
         release_data(info.data);

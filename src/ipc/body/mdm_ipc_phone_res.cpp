@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 35 and 36: the phone's resources. The body head, then
+// The body of message types 35 and 36 (the phone's resources) is the body head and a payload:
 //
-//   type 394 to 455   str0, str2 of an item, with these exceptions:
-//   type 422          str0, num0, num1, str2 of a detail
-//   type 439, 440     data_size raw bytes, sized and released as an item
-//   type 450, 451,
-//   and any other     data_size raw bytes
+//   type 422                  str0, then num0, num1 and str2 of the detail
+//   type 439, 440             data_size raw bytes
+//   type 394 to 449,
+//        452 to 455           str0, str2, except for the types above
+//   any other                 data_size raw bytes
 //
-// No handler logs its entry, and only the free handler its exit, for a null body.
+// Q-BODY-13: no handler logs its entry. Only the free handler logs its exit, for a null body.
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
@@ -17,7 +17,7 @@ namespace {
 
 enum class Form { item, ext, raw };
 
-// What the size and free handlers take the payload for.
+// The form that the size and free handlers see. Q-PHONE_RES-2
 constexpr Form form_of(int32_t type)
 {
     if (type < 394 || type > 455 || type == 450 || type == 451) {
@@ -26,7 +26,7 @@ constexpr Form form_of(int32_t type)
     return type == 422 ? Form::ext : Form::item;
 }
 
-// What travels: raw bytes for two values that are sized and released as items.
+// The form that travels. Q-PHONE_RES-2
 constexpr Form wire_form_of(int32_t type)
 {
     return type == 439 || type == 440 ? Form::raw : form_of(type);
@@ -37,13 +37,13 @@ constexpr auto ext_fields = MDM_FIELDS(mdm_phone_res_ext_t, "phone_res.ext", str
 constexpr auto detail_fields =
     MDM_FIELDS(mdm_phone_res_detail_t, "phone_res.ext.detail", num0, num1, str2);
 
-// The receiver's `data_size` of a record: three 32-bit words.
+// Q-PHONE_RES-1: the receiver's `data_size` of a record. It is the size of three 32-bit words.
 constexpr int32_t record_data_size = 12;
 
 }  // namespace
 
-// What is sized as an item but travels as raw bytes cannot be sized safely: the pointers in it may
-// be bytes that somebody has sent.
+// A payload that is sized as an item but travels as raw bytes is refused: its pointers may be bytes
+// that somebody has sent.
 const char *_validate_phone_res(const mdm_body_t &body, Names names)
 {
     const mdm_phone_res_info_t &info = body.phone_res;
@@ -60,7 +60,9 @@ const char *_validate_phone_res(const mdm_body_t &body, Names names)
                                                                           : nullptr;
 }
 
-// A negative `data_size` is sized like a positive one, although the head travels alone.
+// Q-PHONE_RES-3: a negative `data_size` announces a payload here, but not to the set and get
+// handlers.
+// Q-PHONE_RES-4: a missing record is sized as the head alone, and the set handler fails.
 uint32_t _size_of_phone_res(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ASSERT(body != nullptr, 0);
@@ -143,21 +145,21 @@ bool _get_phone_res(Reader &in, const Log &log, mdm_body_t *body)
     return true;
 }
 
-// For a record `data` and `data_size` keep their values.
+// Q-BODY-7: `data` and `data_size` of a record keep their values.
 void _free_phone_res(const Log &log, mdm_body_t *body)
 {
     if (body == nullptr) {
         return MDM_EXIT();
     }
     mdm_phone_res_info_t &info = body->phone_res;
-    if (!has_payload(info)) {
+    if (!has_payload(info)) {  // Q-BODY-5
         return;
     }
     switch (form_of(info.type)) {
     case Form::item: {
         auto &item = payload<mdm_phone_res_item_t>(info);
         release_strings(&item, item_fields);
-        item.word1 = 0;
+        item.word1 = 0;  // Q-PHONE_RES-5: released memory holds no word.
         g_free(&item);
         break;
     }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 53 and 54: platform.
+// The body of message types 53 and 54 (platform) has no head. `type` selects its fields:
 //
 //   type 439    type, text, number, flag
 //   type 440    type, text, number
 //   any other   type, text
 //
-// No handler checks its arguments, and only the set handler logs.
+// Q-PLATFORM-1: no handler checks its arguments, and only the set handler logs.
 #include "ipc/body/handlers.hpp"
 
 namespace mdm {
@@ -46,7 +46,7 @@ bool _set_platform(Writer &out, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// Fields that do not travel stay as they were.
+// Q-PLATFORM-2: fields that do not travel stay as they were.
 bool _get_platform(Reader &in, const Log & /*log*/, mdm_body_t *body)
 {
     mdm_platform_info_t &info = body->platform;
@@ -55,7 +55,7 @@ bool _get_platform(Reader &in, const Log & /*log*/, mdm_body_t *body)
     return true;
 }
 
-// The pointer keeps its old value.
+// Q-BODY-7: the pointer keeps its value.
 void _free_platform(const Log & /*log*/, mdm_body_t *body)
 {
     g_free(body->platform.text);

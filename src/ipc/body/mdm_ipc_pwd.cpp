@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 3 and 4: password policies. The body head, then
+// The body of message types 3 and 4 (password policies) is the body head and a payload:
 //
 //   type 40     num0 to num8, str9, str10
 //   any other   data_size raw bytes
@@ -20,7 +20,7 @@ constexpr Form form_of(uint32_t type)
 constexpr auto policy_fields = MDM_FIELDS(mdm_pwd_policy_t, "pwd.policy", num0, num1, num2, num3,
                                           num4, num5, num6, num7, num8, str9, str10);
 
-// The sender looks at `data` too; the receiver has only `data_size` to go by.
+// Q-BODY-3: a sender looks at `data` as well.
 bool sends_payload(const mdm_pwd_info_t &info)
 {
     return info.data != nullptr && info.data_size >= 1;
@@ -34,8 +34,7 @@ const char *_validate_pwd(const mdm_body_t &body, Names names)
     return validate_payload(info.data_size >= 1, info.data, names);
 }
 
-// For a policy `data_size` only switches the payload on: it is sent as it stands, and the
-// record's length follows from its fields.
+// Q-PWD-1: `data_size` of a policy only says that there is one. It is never stored.
 uint32_t _size_of_pwd(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
@@ -73,7 +72,7 @@ bool _get_pwd(Reader &in, const Log &log, mdm_body_t *body)
     mdm_pwd_info_t &info = body->pwd;
     in.body_head(info);
     if (info.data_size < 1) {
-        return MDM_EXIT(true);  // `data` stays as it was
+        return MDM_EXIT(true);  // Q-BODY-6: `data` stays as it was.
     }
     if (form_of(info.type) == Form::policy) {
         info.data = in.record(policy_fields);
@@ -87,11 +86,11 @@ void _free_pwd(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
     mdm_pwd_info_t &info = body->pwd;
-    if (info.data == nullptr) {
+    if (info.data == nullptr) {  // Q-BODY-5: `data_size` is not looked at.
         return MDM_EXIT();
     }
     if (form_of(info.type) == Form::policy) {
-        release_record(info.data, policy_fields);  // `data` keeps its old value
+        release_record(info.data, policy_fields);  // Q-BODY-7: `data` keeps its value.
     } else {
         release_data(info.data);
     }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Bodies of message types 15, roaming, and 16, roaming_res:
+// The bodies of message types 15 (roaming) and 16 (roaming_res):
 //
 //   roaming       the body head, then name
-//   roaming_res   the body head
+//   roaming_res   the body head alone
 //
 // They share one free handler.
 #include "ipc/body/handlers.hpp"
@@ -21,7 +21,8 @@ const char *_validate_roaming(const mdm_body_t &body, Names names)
     return body.roaming.data == nullptr ? names.data() : nullptr;
 }
 
-// `data_size` is neither computed nor looked at: the record travels whatever it says.
+// Q-ROAMING-1: `data_size` is neither stored nor looked at.
+// Q-ROAMING-2: a body without its record has no size, although its head is written.
 uint32_t _size_of_roaming(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
@@ -69,7 +70,7 @@ bool _set_roaming_res(Writer &out, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// `data` stays as it was.
+// Q-ROAMING-5: `data` stays as it was.
 bool _get_roaming_res(Reader &in, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(in && body != nullptr, false);
@@ -77,7 +78,8 @@ bool _get_roaming_res(Reader &in, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// Both message types. The record stays allocated, and `data` keeps pointing at it. Logs nothing.
+// Q-ROAMING-3: the record stays allocated, `data` keeps its value, and nothing is logged.
+// Q-ROAMING-4: `data` of roaming_res is followed, too.
 void _free_roaming(const Log & /*log*/, mdm_body_t *body)
 {
     if (body->roaming.data != nullptr) {

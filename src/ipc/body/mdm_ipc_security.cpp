@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 5 and 6: device security. The body head, then
+// The body of message types 5 and 6 (device security) is the body head and a payload:
 //
-//   type 56, 76   num0, str1, str4, str3 of an item
-//   type 68, 69   a count and strings
-//   type 70, 71   a count and accounts: num0 to num3, str4 to str25
+//   type 56, 76   one item: num0, str1, str4, str3
+//   type 68, 69   a count, then the strings
+//   type 70, 71   a count, then the accounts: num0 to num3, str4 to str25
 //   any other     data_size raw bytes
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
@@ -31,7 +31,7 @@ constexpr Form form_of(uint32_t type)
     }
 }
 
-// The fifth field travels before the fourth; word2 does not travel.
+// Q-SECURITY-1: `str4` travels before `str3`.
 constexpr auto item_fields =
     MDM_FIELDS(mdm_security_item_t, "security.item", num0, str1, str4, str3);
 constexpr auto account_fields =
@@ -41,7 +41,7 @@ constexpr auto account_fields =
 
 }  // namespace
 
-// An item or a list that is there travels, whatever `data_size` says.
+// Q-GUARDED-4: an item is never refused. A list that is there travels, whatever `data_size` is.
 const char *_validate_security(const mdm_body_t &body, Names names)
 {
     const mdm_security_info_t &info = body.security;
@@ -61,8 +61,9 @@ const char *_validate_security(const mdm_body_t &body, Names names)
     return info.data == nullptr && info.data_size >= 1 ? names.data() : nullptr;
 }
 
-// Stores `data_size`: an item's payload alone, but the whole body of a list. What was there before
-// decides nothing, except the length of raw bytes.
+// Stores `data_size` of an item and of a list.
+// Q-BODY-8: the head and the count are part of a list's stored size.
+// Q-SECURITY-2: what `data_size` held matters to raw bytes only.
 uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
@@ -74,9 +75,12 @@ uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
         if (info.data != nullptr) {
             size += size_of_fields(info.data, item_fields);
         }
+        // Q-SECURITY-5: the stored size of a missing item is 0.
         info.data_size = static_cast<int32_t>(size - body_head_size);
         break;
     case Form::strings:
+        // Q-SECURITY-3: an empty list is counted with 16 bytes, but the head travels alone.
+        // Q-SECURITY-4: its `data_size` is not stored.
         size = empty_list_size;
         if (info.data != nullptr) {
             size += lengths.measure(info.data, log);
@@ -86,13 +90,14 @@ uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
     case Form::accounts:
         size = empty_list_size;
         if (info.data != nullptr) {
+            // Q-BODY-9: a list with a null account has no size.
             MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");
             size += size_of_records_before_null(info.data, account_fields);
             info.data_size = static_cast<int32_t>(size);
         }
         break;
     case Form::raw:
-        size += static_cast<uint32_t>(info.data_size);
+        size += static_cast<uint32_t>(info.data_size);  // Q-SECURITY-9: a negative one, too
         break;
     }
     return MDM_EXIT(size);
@@ -112,16 +117,18 @@ bool _set_security(Writer &out, const Log &log, mdm_body_t *body)
         if (info.data != nullptr) {
             out.fields(info.data, item_fields);
         } else {
-            out.gap(info.data_size, "security.item");
+            out.gap(info.data_size, "security.item");  // Q-SECURITY-6
         }
         break;
     case Form::strings:
-        MDM_ASSERT(info.data != nullptr, false);
+        MDM_ASSERT(info.data != nullptr, false);  // Q-SECURITY-4
+        // Q-BODY-12: the count counts what stands behind a null string, too.
         out.count(info.data, "security.strings");
         out.strings_before_null(info.data, "security.strings");
         break;
     case Form::accounts:
         MDM_ASSERT(info.data != nullptr, false);
+        // Q-BODY-9: a null account is counted, but not written.
         out.records(info.data, "security.accounts", account_fields);
         break;
     case Form::raw:
@@ -131,8 +138,8 @@ bool _set_security(Writer &out, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// Empty strings are not appended, and of every other one a second copy is: the first stays
-// allocated, with nothing pointing at it.
+// Q-SECURITY-7: empty strings are dropped.
+// Q-SECURITY-8: a second copy of each string is appended, and the first one stays allocated.
 static GList *read_strings(Reader &in)
 {
     Reader::List strings(in);
@@ -153,7 +160,7 @@ bool _get_security(Reader &in, const Log &log, mdm_body_t *body)
     mdm_security_info_t &info = body->security;
     in.body_head(info);
     if (info.data_size < 1) {
-        return MDM_EXIT(true);  // `data` stays as it was
+        return MDM_EXIT(true);  // Q-BODY-6: `data` stays as it was.
     }
     switch (form_of(info.type)) {
     case Form::item:
@@ -172,7 +179,7 @@ bool _get_security(Reader &in, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// A list's `data` and `data_size` keep their values.
+// Q-BODY-7: `data` and `data_size` of a list keep their values.
 void _free_security(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
@@ -183,7 +190,7 @@ void _free_security(const Log &log, mdm_body_t *body)
     switch (form_of(info.type)) {
     case Form::item:
         if (info.data == nullptr) {
-            return MDM_EXIT();
+            return MDM_EXIT();  // Q-SECURITY-10: `data_size` keeps its value.
         }
         release_record(info.data, item_fields);
         break;
@@ -191,7 +198,7 @@ void _free_security(const Log &log, mdm_body_t *body)
         release_elements(info.data);
         return MDM_EXIT();
     case Form::accounts:
-        // All strings of all accounts go first.
+        // Q-SECURITY-11: the strings of all accounts are released before the first record.
         for (auto *account : elements<mdm_security_account_t>(info.data)) {
             if (account != nullptr) {
                 release_strings(account, account_fields);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Bodies of message types 23 to 34, 37 and 38: the body head, then data_size raw bytes. Seven
-// categories are one; browser and enterprise do not take the payload back.
+// The bodies of message types 23 to 34, 37 and 38 are the body head and data_size raw bytes. Seven
+// categories share this source.
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
 namespace mdm {
 
-// All seven bodies are alike, and `res` stands for any of them.
+// All seven bodies have the same layout, so the handlers use `res`.
 static_assert(sizeof(mdm_browser_info_t) == sizeof(mdm_res_info_t));
 static_assert(sizeof(mdm_date_time_info_t) == sizeof(mdm_res_info_t));
 static_assert(sizeof(mdm_remote_info_t) == sizeof(mdm_res_info_t));
@@ -20,7 +20,7 @@ const char *_validate_single_list(const mdm_body_t &body, Names names)
     return validate_bytes(body.res.data_size, body.res.data, names);
 }
 
-// Trusts the sign of `data_size`: a negative one counts fewer bytes than the head that is written.
+// Q-SINGLE_LIST-2: a negative `data_size` counts fewer bytes than the head that is written.
 uint32_t _size_of_single_list(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
@@ -49,8 +49,7 @@ bool _get_single_list(Reader &in, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// The receiver learns the payload's size, never its bytes: `data` stays as it was and the payload is
-// not consumed.
+// Q-SINGLE_LIST-1: browser and enterprise leave the payload unread, and `data` as it was.
 bool _get_unread_list(Reader &in, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(in && body != nullptr, false);
@@ -63,7 +62,7 @@ bool _get_unread_list(Reader &in, const Log &log, mdm_body_t *body)
     return MDM_EXIT(true);
 }
 
-// Logs its exit line for a null body only.
+// Q-BODY-13: the exit is logged for a null body only, and the entry never.
 void _free_single_list(const Log &log, mdm_body_t *body)
 {
     if (body == nullptr) {

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Body of message types 7 and 8: Wi-Fi. The body head, then
+// The body of message types 7 and 8 (Wi-Fi) is the body head and a payload:
 //
-//   per-network settings   ssid, value
-//   SSID lists             a count and strings
-//   type 88, DHCP          str0 to str4
-//   type 319               str0, str1, str2
-//   type 345, a network    ssid, detail_kind, then the detail that detail_kind selects
-//   any other              data_size raw bytes
+//   type 305, 307, 309, 311, 313, 315, 317,
+//        324, 326, 328, 330, 332, 339        a pair: ssid, value
+//   type 290, 344, 346, 348, 349, 350, 352   a count, then the SSIDs
+//   type 88                                  DHCP settings: str0 to str4
+//   type 319                                 a triple: str0, str1, str2
+//   type 345                                 a network: ssid, detail_kind, and the detail that
+//                                            detail_kind selects
+//   any other                                data_size raw bytes
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
 
@@ -64,7 +66,7 @@ constexpr auto dhcp_fields = MDM_FIELDS(mdm_wifi_dhcp_t, "wifi.dhcp", str0, str1
 constexpr auto triple_fields = MDM_FIELDS(mdm_wifi_triple_t, "wifi.triple", str0, str1, str2);
 constexpr auto network_fields = MDM_FIELDS(mdm_wifi_network_t, "wifi.network", ssid, detail_kind);
 
-// A word of the detail, as a string or as a number.
+// A word of the detail is a string or a number.
 #define MDM_DETAIL(word, arm) \
     MDM_FIELD(mdm_wifi_detail_t, "wifi.network.detail." #word, word, decltype(mdm_wifi_word_t::arm))
 #define MDM_TEXT(word) MDM_DETAIL(word, text)
@@ -78,7 +80,7 @@ constexpr auto texts_fields =
     MDM_FIELD_LIST(mdm_wifi_detail_t, MDM_TEXT(w0), MDM_TEXT(w1), MDM_TEXT(w2), MDM_TEXT(w3),
                    MDM_TEXT(w4), MDM_TEXT(w5), MDM_TEXT(w6));
 
-// The fields of a detail that travel. Not for the form none.
+// The fields of a detail that travel. The form `none` has no fields and must not be passed.
 constexpr Fields fields_of(DetailForm form)
 {
     switch (form) {
@@ -104,7 +106,7 @@ uint32_t size_of_network(const mdm_wifi_network_t &network)
 {
     const DetailForm form = detail_form_of(network.detail_kind);
     const uint32_t size = size_of_fields(&network, network_fields);
-    // A number is counted even when there is no detail to write.
+    // Q-WIFI-2: a number is counted even without a detail.
     return form == DetailForm::none ? size : size + size_of_fields(network.detail, fields_of(form));
 }
 
@@ -112,7 +114,7 @@ void write_network(Writer &out, const mdm_wifi_network_t &network)
 {
     const DetailForm form = detail_form_of(network.detail_kind);
     out.fields(&network, network_fields);
-    if (network.detail != nullptr && form != DetailForm::none) {
+    if (network.detail != nullptr && form != DetailForm::none) {  // Q-WIFI-2
         out.fields(network.detail, fields_of(form));
     }
 }
@@ -127,7 +129,7 @@ mdm_wifi_network_t *read_network(Reader &in)
     return network;
 }
 
-// The network's own record stays allocated, and so does a detail that is a number.
+// Q-WIFI-4: the network's record and a detail that is a number stay allocated.
 void release_network(const mdm_wifi_network_t &network)
 {
     const DetailForm form = detail_form_of(network.detail_kind);
@@ -137,7 +139,7 @@ void release_network(const mdm_wifi_network_t &network)
     }
 }
 
-// A number without a detail arrives as 0.
+// A network whose detail is a number may lack its detail, which arrives as 0.
 const char *validate_network(const mdm_wifi_network_t &network)
 {
     return has_texts(detail_form_of(network.detail_kind)) && network.detail == nullptr
@@ -172,8 +174,7 @@ const char *_validate_wifi(const mdm_body_t &body, Names names)
     return nullptr;
 }
 
-// The sizes of a pair, a triple and DHCP settings count `data_size` on top of the strings: as many
-// bytes are zero at the end of the body.
+// Q-WIFI-1: the sizes of a pair, a triple and DHCP settings count `data_size` as well.
 uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
 {
     MDM_ENTER_ASSERT(body != nullptr, 0);
@@ -186,6 +187,7 @@ uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
     const auto data_size = static_cast<uint32_t>(info.data_size);
     switch (form_of(info.type)) {
     case Form::pair: {
+        // Q-WIFI-3: a missing pair and missing DHCP settings have no size.
         MDM_FAIL_IF(info.data == nullptr, no_size, "wifi_info is NULL");
         const auto &pair = payload<mdm_wifi_pair_t>(info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
@@ -203,8 +205,10 @@ uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
         size += size_of_network(payload<mdm_wifi_network_t>(info));
         break;
     case Form::ssids:
+        // Q-BODY-14: the names are logged here and by the get handler.
         MDM_INFO("len : %d", length_of(info.data));
         size += word_size + lengths.measure(info.data, log, MDM_EACH("ssid : %s"));
+        // Q-BODY-10: a list with a null SSID has no size.
         MDM_FAIL_IF(!lengths.has_all(info.data) && has_null_element(info.data), no_size,
                     "ssid is NULL");
         break;
@@ -246,6 +250,7 @@ bool _set_wifi(Writer &out, const Log &log, mdm_body_t *body)
         break;
     case Form::ssids:
         MDM_INFO("length : %d", length_of(info.data));
+        // Q-BODY-11: a null SSID is a gap of `data_size` bytes.
         out.strings_with_gaps(info.data, info.data_size, "wifi.ssids");
         break;
     case Form::raw:
@@ -297,7 +302,7 @@ bool _get_wifi(Reader &in, const Log &log, mdm_body_t *body)
 void _free_wifi(const Log &log, mdm_body_t *body)
 {
     MDM_ENTER();
-    if (body == nullptr || body->wifi.data == nullptr) {
+    if (body == nullptr || body->wifi.data == nullptr) {  // Q-BODY-5
         return MDM_EXIT();
     }
     mdm_wifi_info_t &info = body->wifi;
@@ -319,11 +324,11 @@ void _free_wifi(const Log &log, mdm_body_t *body)
         break;
     case Form::network:
         release_network(payload<mdm_wifi_network_t>(info));
-        return MDM_EXIT();  // `data` keeps pointing at the network
+        return MDM_EXIT();  // Q-WIFI-4: `data` and `data_size` keep their values.
     case Form::raw:
-        MDM_CRITICAL("Freeing %p", info.data);
+        MDM_CRITICAL("Freeing %p", info.data);  // Q-WIFI-5: this is no failure.
         release_data(info.data);
-        return MDM_EXIT();  // `data_size` keeps its value
+        return MDM_EXIT();  // Q-WIFI-6: `data_size` keeps its value.
     }
     info.data = nullptr;
     info.data_size = 0;

@@ -93,6 +93,7 @@ TEST(Admin, SizeCountsWhatIsWritten)
     }
 }
 
+// Q-ADMIN-1
 TEST(Admin, RegistrationQueryLeavesTheFieldsOfTheOtherForm)
 {
     mdm_body_t sent = body(IS_CLIENT_REGISTERED, pkg, nullptr);
@@ -107,6 +108,7 @@ TEST(Admin, RegistrationQueryLeavesTheFieldsOfTheOtherForm)
     g_free(received.admin.pkg);
 }
 
+// Q-ADMIN-1
 TEST(Admin, GeneralFormLeavesStatus)
 {
     for (const uint32_t type : {1U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
@@ -210,6 +212,7 @@ TEST(Admin, NullPackageIsLoggedAsTheCLibraryPrintsIt)
     EXPECT_EQ(log.take()[2].text, "Processing IS_CLIENT_REGISTERED, pkg: '(null)', status: -2");
 }
 
+// Q-ADMIN-2
 TEST(Admin, GeneralFormLogsItsTypeOnlyAsASignedNumber)
 {
     mdm_body_t sent = body(0xFFFFFFFE, pkg, nullptr);

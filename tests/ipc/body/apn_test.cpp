@@ -133,6 +133,7 @@ TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
     }
 }
 
+// Q-APN-1
 TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
 {
     mdm_apn_account_t record{};
@@ -156,6 +157,7 @@ TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
     }
 }
 
+// Q-APN-1
 TEST(Apn, ProfileMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
 {
     mdm_apn_account_t record{};
@@ -179,6 +181,7 @@ TEST(Apn, ProfileMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
     ipc_free(&arrived);
 }
 
+// Q-BODY-8
 TEST(Apn, ListCarriesACountAndProfilesAndCountsTheWholeBody)
 {
     constexpr int32_t size = 16 + profile_size + 60;
@@ -251,6 +254,7 @@ TEST(Apn, ListCountBelow1IsReceivedAsNull)
     }
 }
 
+// Q-BODY-9
 TEST(Apn, ListWithANullElementHasNoSize)
 {
     mdm_apn_account_t record{};
@@ -266,6 +270,7 @@ TEST(Apn, ListWithANullElementHasNoSize)
     }
 }
 
+// Q-BODY-9
 TEST(Apn, NullElementIsCountedButNeitherWrittenNorLogged)
 {
     mdm_apn_account_t unnamed{};
@@ -313,6 +318,7 @@ TEST(Apn, RawPayloadEndsAtItsFirstZeroByte)
     apn.free(&back);
 }
 
+// Q-BODY-4
 TEST(Apn, RawSizeTrustsTheSignOfDataSize)
 {
     mdm_body_t sent = body(388, -4, sentinel());
@@ -342,6 +348,7 @@ TEST(Apn, TextsOfEveryKindTravel)
     apn.free(&back);
 }
 
+// Q-BODY-3
 TEST(Apn, NoPayloadIsTheHeadAlone)
 {
     for (const uint32_t type : some_types) {
@@ -359,6 +366,7 @@ TEST(Apn, NoPayloadIsTheHeadAlone)
     }
 }
 
+// Q-BODY-2
 TEST(Apn, NegativeDataSizeIsAPayloadOfAProfileOrAList)
 {
     for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
@@ -391,6 +399,7 @@ TEST(Apn, TypesOfEachShape)
     }
 }
 
+// Q-BODY-7
 TEST(Apn, FreeReleasesAProfileOrAListAndLeavesTheBody)
 {
     for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
@@ -439,6 +448,7 @@ TEST(Apn, FreeReleasesARawPayloadAndResetsTheBody)
     }
 }
 
+// Q-BODY-5
 TEST(Apn, FreeWithoutAPayloadReleasesNothing)
 {
     for (const uint32_t type : some_types) {
@@ -474,6 +484,7 @@ TEST(Apn, BothMessageTypesCarryEveryShapeAndLeakNothing)
     }
 }
 
+// Q-APN-2
 TEST(Apn, OnlyListsLogTheirProfilesNames)
 {
     for (const uint32_t type : some_types) {

@@ -245,6 +245,7 @@ TEST(AppRes, PackagesFollowTheirCount)
     }
 }
 
+// Q-BODY-12
 TEST(AppRes, NullPackageEndsTheListButNotTheCount)
 {
     const Cells list = cells({borrowed("a"), nullptr, borrowed("b")});
@@ -285,6 +286,7 @@ TEST(AppRes, ItemsCarryTheirNameBeforeTheirValue)
     }
 }
 
+// Q-APP_RES-1
 TEST(AppRes, ItemWithoutANameIsSizedAndCountedButNotWritten)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};
@@ -302,6 +304,7 @@ TEST(AppRes, ItemWithoutANameIsSizedAndCountedButNotWritten)
               head(140) + hex("03 00 00 00 00 00 00 00 04 00 00 00"));
 }
 
+// Q-BODY-12
 TEST(AppRes, NullItemEndsTheListButNotTheCount)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};
@@ -339,6 +342,7 @@ TEST(AppRes, ControlsCarryAClientAndItsPackages)
     }
 }
 
+// Q-BODY-12
 TEST(AppRes, NullElementsEndBothListsOfControlsButNotTheCounts)
 {
     const Cells packages = cells({borrowed("a"), nullptr, borrowed("b")});
@@ -431,6 +435,7 @@ TEST(AppRes, FreeReleasesPackagesThenCellsThenThePackageName)
     }
 }
 
+// Q-BODY-7
 TEST(AppRes, FreeReleasesItemsUpToANullOneAndKeepsThePointer)
 {
     for (const int32_t type : item_types) {
@@ -454,6 +459,7 @@ TEST(AppRes, FreeReleasesItemsUpToANullOneAndKeepsThePointer)
     }
 }
 
+// Q-APP_RES-5
 TEST(AppRes, FreeReleasesTheListsOfControlsAndLeavesTheRecords)
 {
     for (const int32_t type : control_types) {
@@ -499,6 +505,7 @@ TEST(AppRes, FreeReleasesAnyOtherPayloadThenThePackageName)
     }
 }
 
+// Q-BODY-5
 TEST(AppRes, FreeLooksAtDataOnlyWhenDataSizeIsAtLeast1)
 {
     for (const int32_t type : sample_types) {
@@ -516,6 +523,7 @@ TEST(AppRes, FreeLooksAtDataOnlyWhenDataSizeIsAtLeast1)
     }
 }
 
+// Q-APP_RES-4
 TEST(AppRes, FreeOfAnAnnouncedButMissingPayloadLeavesThePackageName)
 {
     for (const int32_t type : sample_types) {
@@ -545,6 +553,7 @@ void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
     release(received.body);
 }
 
+// Q-APP_RES-3
 TEST(AppRes, PackagesAreLoggedByTheSizeHandlerOnly)
 {
     const Cells list = cells({borrowed("abc"), borrowed(""), borrowed("d")});
@@ -558,6 +567,7 @@ TEST(AppRes, PackagesAreLoggedByTheSizeHandlerOnly)
     }
 }
 
+// Q-APP_RES-2
 TEST(AppRes, ItemsAreLoggedUpToANullOne)
 {
     mdm_app_res_item_t a = {borrowed("a"), 0xFFFFFFFF};
@@ -573,6 +583,7 @@ TEST(AppRes, ItemsAreLoggedUpToANullOne)
     }
 }
 
+// Q-APP_RES-3, Q-APP_RES-6
 TEST(AppRes, ControlsAreLoggedWithTheirPackages)
 {
     const Cells packages = cells({borrowed("a"), borrowed("b")});
@@ -596,6 +607,7 @@ TEST(AppRes, ControlsAreLoggedWithTheirPackages)
     }
 }
 
+// Q-BODY-13
 TEST(AppRes, OtherBodiesLogTheirSizeOnly)
 {
     const Cells list = cells({borrowed("abc")});
@@ -661,6 +673,7 @@ TEST(AppRes, WholeMessageWithAnEmptyListLeaksThePackageName)
     }
 }
 
+// Q-APP_RES-1
 TEST(AppRes, ZerosOfAnItemWithoutANameTravelAtTheEndOfTheMessage)
 {
     mdm_app_res_item_t a = {borrowed("a"), 1};

@@ -201,6 +201,7 @@ TEST(App, PackagesFollowTheirCount)
     g_list_free_full(static_cast<GList *>(received.app.data), g_free);
 }
 
+// Q-BODY-12
 TEST(App, NullPackageEndsTheListButNotTheCount)
 {
     const Cells list = packages({"a", nullptr, "b"});
@@ -263,6 +264,7 @@ TEST(App, NumberPairTravelsAs8Bytes)
     }
 }
 
+// Q-APP-1
 TEST(App, NumberPairIsWrittenByDataSizeAndReadAs8Bytes)
 {
     struct Case {
@@ -318,6 +320,7 @@ TEST(App, NullAndEmptyStringsOfAPairComeBackAsNull)
     }
 }
 
+// Q-APP-2
 TEST(App, MissingPairIsSentAsTheHeadAloneAndReadAllTheSame)
 {
     const Bytes bytes = sized_and_written(body(184, 5, nullptr));
@@ -331,6 +334,7 @@ TEST(App, MissingPairIsSentAsTheHeadAloneAndReadAllTheSame)
     app.release(&received);
 }
 
+// Q-APP-3
 TEST(App, PairWithoutMemoryIsLeftUnread)
 {
     mdm_app_pair_t strings = {borrowed("abc"), borrowed("hi")};
@@ -378,6 +382,7 @@ TEST(App, SizeAddsDataSizeWithoutLookingAtTheBytes)
     }
 }
 
+// Q-APP-4
 TEST(App, FreeReleasesThePackageNameAndLeavesThePackages)
 {
     for (const int32_t type : {4, 15}) {
@@ -396,6 +401,7 @@ TEST(App, FreeReleasesThePackageNameAndLeavesThePackages)
     }
 }
 
+// Q-BODY-7
 TEST(App, FreeReleasesAPairAndKeepsThePointer)
 {
     for (const int32_t type : {184, 185}) {
@@ -414,6 +420,7 @@ TEST(App, FreeReleasesAPairAndKeepsThePointer)
     }
 }
 
+// Q-BODY-5
 TEST(App, FreeReleasesAnyOtherPayloadAndMayRunTwice)
 {
     for (const int32_t type : {7, 140, 141}) {
@@ -433,6 +440,7 @@ TEST(App, FreeReleasesAnyOtherPayloadAndMayRunTwice)
     }
 }
 
+// Q-BODY-13
 TEST(App, FreeWithoutDataReleasesThePackageNameAndLogsItsExit)
 {
     for (const int32_t type : {4, 15, 140, 141, 184, 185, 7}) {
@@ -497,6 +505,7 @@ TEST(App, BothStringsOfAPairAreLogged)
     }
 }
 
+// Q-BODY-13
 TEST(App, OtherBodiesLogTheirSizeOnly)
 {
     char payload[] = "12345678";

@@ -209,6 +209,7 @@ TEST(Bluetooth, SizeOfAListDoesNotCountDataSize)
     EXPECT_EQ(sent.bluetooth.data_size, INT32_MAX);
 }
 
+// Q-BODY-6
 TEST(Bluetooth, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
 {
     const Names names{"abc"};
@@ -254,6 +255,7 @@ TEST(Bluetooth, NegativeCountIsReceivedAsANullList)
     EXPECT_THAT(log.take(), lines(bluetooth.get, {"length : -2147483648"}));
 }
 
+// Q-BODY-14
 TEST(Bluetooth, NamesAreLoggedAndEmptyOnesAreReceivedAsNullElements)
 {
     const Names names{"", "\xC3\xA4\xFF", ""};
@@ -290,6 +292,7 @@ TEST(Bluetooth, RawPayloadLogsItsSizeOnly)
     g_free(received.bluetooth.data);
 }
 
+// Q-BODY-10
 TEST(Bluetooth, NullNameCannotBeSized)
 {
     for (const bool is_first : {true, false}) {
@@ -312,6 +315,7 @@ TEST(Bluetooth, NullNameCannotBeSized)
     }
 }
 
+// Q-BODY-11
 TEST(Bluetooth, NullNameLeavesDataSizeBytesUnwritten)
 {
     GList *list = list_of({nullptr, borrowed("a"), nullptr, borrowed("b"), nullptr});
@@ -324,6 +328,7 @@ TEST(Bluetooth, NullNameLeavesDataSizeBytesUnwritten)
     g_list_free(list);
 }
 
+// Q-BLUETOOTH-1
 TEST(Bluetooth, FreeReleasesTheListsOfFiveTypes)
 {
     for (const uint32_t type : released_types) {
@@ -343,6 +348,7 @@ TEST(Bluetooth, FreeReleasesTheListsOfFiveTypes)
     }
 }
 
+// Q-BLUETOOTH-2
 TEST(Bluetooth, FreeOfANullListLeavesDataSize)
 {
     for (const uint32_t type : released_types) {
@@ -355,6 +361,7 @@ TEST(Bluetooth, FreeOfANullListLeavesDataSize)
     }
 }
 
+// Q-BLUETOOTH-1
 TEST(Bluetooth, FreeOfEveryOtherTypeResetsDataSizeAndReleasesNothing)
 {
     std::vector<uint32_t> types = raw_types();

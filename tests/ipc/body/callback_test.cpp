@@ -213,6 +213,7 @@ TEST_P(Callback, Types0And1CarryThePayload)
     }
 }
 
+// Q-CALLBACK-3
 TEST_P(Callback, EveryOtherTypeIsTheHeadAlone)
 {
     std::vector<uint32_t> types{0x80000000, 0x80000001, 0xFFFFFFFE, 0xFFFFFFFF, 0x10000, 0x10001};
@@ -243,6 +244,7 @@ TEST_P(Callback, EveryOtherTypeIsTheHeadAlone)
     }
 }
 
+// Q-CALLBACK-2
 TEST_P(Callback, ReaderStopsBehindTheHeadAtADataSizeOf0)
 {
     for (const uint32_t callback_type : {0U, 1U, 2U, 0xFFFFFFFFU}) {
@@ -258,6 +260,7 @@ TEST_P(Callback, ReaderStopsBehindTheHeadAtADataSizeOf0)
     }
 }
 
+// Q-CALLBACK-2
 TEST_P(Callback, ReaderTakesThePayloadUnderAnyOtherDataSize)
 {
     for (const uint32_t data_size : {1U, 15U, 16U, 1000U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
@@ -282,6 +285,7 @@ TEST_P(Callback, WriterSendsWhateverDataSizeHolds)
     }
 }
 
+// Q-CALLBACK-1
 TEST_P(Callback, SizeIsComputedAnewEachTime)
 {
     mdm_body_t sent = body(1, {"abc", "de"});
@@ -295,6 +299,7 @@ TEST_P(Callback, SizeIsComputedAnewEachTime)
     EXPECT_EQ(sent.app_cb.data_size, 16U);
 }
 
+// Q-CALLBACK-7
 TEST_P(Callback, NumbersAreLoggedAsSignedOnes)
 {
     mdm_body_t sent = body(0xFFFFFFFF);
@@ -341,6 +346,7 @@ TEST_P(Callback, FreeReleasesAndNullsOneStringAfterTheOther)
     }
 }
 
+// Q-CALLBACK-6
 TEST_P(Callback, NullArgumentsAreNamedInTheLog)
 {
     mdm_body_t some = body(0);
@@ -404,6 +410,7 @@ TEST_P(Callback, WholeMessagesLeakNothing)
 INSTANTIATE_TEST_SUITE_P(Both, Callback, ::testing::Values(app_category, misc_category),
                          ::testing::PrintToStringParamName());
 
+// Q-CALLBACK-4
 TEST(AppCb, CarriesTheNumberThenTheLastStringThenTheOther)
 {
     mdm_body_t sent{};
@@ -427,6 +434,7 @@ TEST(AppCb, CarriesTheNumberThenTheLastStringThenTheOther)
                 ElementsAre(trace.kept()[0].address, trace.kept()[1].address));
 }
 
+// Q-CALLBACK-1
 TEST(AppCb, WithoutStringsIs28Bytes)
 {
     mdm_body_t sent{};
@@ -434,6 +442,7 @@ TEST(AppCb, WithoutStringsIs28Bytes)
     EXPECT_EQ(app_cb.write(&sent), words({0, 28, 0, 0, 0, 0, 0}));
 }
 
+// Q-CALLBACK-5
 TEST(MiscCb, CarriesOneByteAndAnUnalignedNumberThenTheString)
 {
     mdm_body_t sent{};

@@ -120,6 +120,7 @@ TEST(Container, TypeDecidesTheShapeInEveryHandler)
     }
 }
 
+// Q-BODY-3
 TEST(Container, NullDataIsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : one_type_of_each_shape) {
@@ -149,6 +150,7 @@ TEST(Container, DataSize0IsTheHeadAloneAndMakesTheReceiversDataNull)
     }
 }
 
+// Q-BODY-2
 TEST(Container, RecordsAreWrittenForAnyDataSizeOtherThan0)
 {
     Item record{1, nullptr, borrowed("c")};
@@ -163,6 +165,7 @@ TEST(Container, RecordsAreWrittenForAnyDataSizeOtherThan0)
     }
 }
 
+// Q-BODY-5
 TEST(Container, FreeDoesNothingWithoutDataOrDataSize)
 {
     for (const uint32_t type : one_type_of_each_shape) {
@@ -269,6 +272,7 @@ TEST(ContainerItem, LongStringsTravel)
     container.free(&received);
 }
 
+// Q-BODY-7
 TEST(ContainerItem, FreeReleasesBothStringsThenTheRecordAndKeepsThePointer)
 {
     for (const int32_t data_size : any_payload) {
@@ -317,6 +321,7 @@ TEST(ContainerShortItem, OfANullOrEmptyStringIs20Bytes)
     }
 }
 
+// Q-CONTAINER-1
 TEST(ContainerShortItem, ComesBackInARecordThatEndsBeforeStr2)
 {
     for (const int32_t data_size : any_payload) {
@@ -391,6 +396,7 @@ TEST(ContainerRaw, OneByteAndManyBytesTravel)
     }
 }
 
+// Q-BODY-4
 TEST(ContainerRaw, CountsANegativeDataSizeToo)
 {
     char payload[] = "raw";
@@ -421,6 +427,7 @@ TEST(ContainerRaw, FreeReleasesItAndResetsThePointerOnly)
     }
 }
 
+// Q-CONTAINER-2
 TEST(ContainerNothing, SendsTheHeadAloneAndLeavesTheReceiversData)
 {
     for (const uint32_t type : {0U, 627U, 633U, 640U}) {

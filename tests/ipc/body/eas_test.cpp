@@ -172,6 +172,7 @@ TEST(Eas, SettingsCarryThreeStringsOfAnAccount)
     eas.free(&back);
 }
 
+// Q-EAS-1
 TEST(Eas, SettingsSizeAddsToDataSizeWithEveryCall)
 {
     mdm_eas_account_t record{};
@@ -187,6 +188,7 @@ TEST(Eas, SettingsSizeAddsToDataSizeWithEveryCall)
     expect_sizes(sent, 0x80000000U + 24, INT32_MIN + 12);
 }
 
+// Q-EAS-2
 TEST(Eas, SettingsWhoseSumIsZeroAreSentAsTheHeadAlone)
 {
     mdm_eas_account_t record{};
@@ -196,6 +198,7 @@ TEST(Eas, SettingsWhoseSumIsZeroAreSentAsTheHeadAlone)
     expect_sizes(sent, 12, 0);
 }
 
+// Q-EAS-1
 TEST(Eas, SettingsMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
 {
     mdm_eas_account_t record = full_account();
@@ -212,6 +215,7 @@ TEST(Eas, SettingsMessageEndsWithAsManyZeroBytesAsDataSizeHeld)
     ipc_free(&received);
 }
 
+// Q-BODY-8
 TEST(Eas, ListCarriesACountAndAccountsAndCountsTheWholeBody)
 {
     mdm_eas_account_t first = full_account();
@@ -283,6 +287,7 @@ TEST(Eas, ListCountBelow1IsReceivedAsNull)
     }
 }
 
+// Q-BODY-9
 TEST(Eas, ListWithANullElementHasNoSize)
 {
     mdm_eas_account_t record{};
@@ -297,6 +302,7 @@ TEST(Eas, ListWithANullElementHasNoSize)
     }
 }
 
+// Q-BODY-9
 TEST(Eas, NullElementIsCountedButNotWritten)
 {
     mdm_eas_account_t record = full_account();
@@ -360,6 +366,7 @@ TEST(Eas, StringsOfEveryKindTravel)
     eas.free(&received);
 }
 
+// Q-BODY-3
 TEST(Eas, NoPayloadIsTheHeadAlone)
 {
     for (const uint32_t type : every_type) {
@@ -381,6 +388,7 @@ TEST(Eas, NoPayloadIsTheHeadAlone)
     }
 }
 
+// Q-BODY-2
 TEST(Eas, EveryDataSizeButZeroIsAPayload)
 {
     for (const uint32_t type : every_type) {
@@ -459,6 +467,7 @@ std::vector<const void *> blocks_of(const mdm_body_t &body)
     return blocks;
 }
 
+// Q-BODY-7, Q-EAS-3
 TEST(Eas, FreeReleasesEverythingInSilenceAndLeavesTheBody)
 {
     for (const uint32_t type : every_type) {
@@ -483,6 +492,7 @@ TEST(Eas, FreeReleasesEverythingInSilenceAndLeavesTheBody)
     }
 }
 
+// Q-EAS-4
 TEST(Eas, FreeOfSettingsReleasesNoOtherString)
 {
     mdm_body_t back = received(settings_type);
@@ -504,6 +514,7 @@ TEST(Eas, FreeOfAListSkipsNullElements)
     EXPECT_THAT(eas.release(&received), ElementsAre(account, cells[0], cells[1], cells[2]));
 }
 
+// Q-BODY-5
 TEST(Eas, FreeWithoutAPayloadReleasesNothing)
 {
     for (const uint32_t type : every_type) {

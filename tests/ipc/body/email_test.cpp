@@ -160,6 +160,7 @@ TEST(Email, EveryShapeHasItsSizeWhicheverDataSizeItBeginsWith)
     }
 }
 
+// Q-EMAIL-1
 TEST(Email, AccountCarriesSevenNumbersOutOfOrderAndNineStrings)
 {
     mdm_email_account_t record = full_account();
@@ -201,6 +202,7 @@ TEST(Email, AccountArrivesWithTheFieldsThatDoNotTravelZero)
     email.free(&back);
 }
 
+// Q-EMAIL-2
 TEST(Email, SettingsCarryThreeStringsInDescendingOrder)
 {
     mdm_email_account_t record = full_account();
@@ -233,6 +235,7 @@ TEST(Email, SettingsWithNullStringsAre24BytesWithEveryCall)
     }
 }
 
+// Q-BODY-8
 TEST(Email, ListElementCarriesEveryFieldInOrder)
 {
     mdm_email_account_t first = full_account();
@@ -273,6 +276,7 @@ TEST(Email, ListOfOneEmptyAccountIs104Bytes)
     g_list_free(list);
 }
 
+// Q-EMAIL-3
 TEST(Email, SizeOfAListEndsAtItsFirstNullElementAndTheWriterGoesOn)
 {
     mdm_email_account_t empty{};
@@ -383,6 +387,7 @@ TEST(Email, TextsOfEveryKindTravel)
     }
 }
 
+// Q-BODY-3
 TEST(Email, NoPayloadIsTheHeadAlone)
 {
     for (const Payload &payload : payloads) {
@@ -423,6 +428,7 @@ TEST(Email, EveryTypeButThreeIsAValue)
     }
 }
 
+// Q-BODY-7, Q-EMAIL-5
 TEST(Email, FreeReleasesAnAccountsLastNineStringsThenItsRecord)
 {
     mdm_body_t back = received(359, -1, account_bytes);
@@ -439,6 +445,7 @@ TEST(Email, FreeReleasesAnAccountsLastNineStringsThenItsRecord)
     std::for_each(strings.begin(), strings.begin() + 4, g_free);
 }
 
+// Q-EMAIL-4
 TEST(Email, FreeReleasesThreeStringsOfSettingsAndKeepsTheRecord)
 {
     mdm_body_t back = received(362, 18, settings_bytes);
@@ -495,6 +502,7 @@ TEST(Email, FreeReleasesAValuesTextThenItsRecord)
     EXPECT_EQ(back.email.data_size, 11);
 }
 
+// Q-BODY-5
 TEST(Email, FreeWithoutAPayloadReleasesNothing)
 {
     for (const Payload &payload : payloads) {

@@ -108,6 +108,7 @@ TEST(Kiosk, TextIsSizedSentAndReceived)
     }
 }
 
+// Q-KIOSK-4
 TEST(Kiosk, EmptyTextArrivesAsNull)
 {
     for (const uint32_t type : text_types) {
@@ -135,6 +136,7 @@ TEST(Kiosk, LongAndNonAsciiTextsTravel)
     }
 }
 
+// Q-KIOSK-2
 TEST(Kiosk, KeysTravelAsACountAndNumbers)
 {
     uint32_t keys[] = {0x01020304, 0, 0xFFFFFFFE};
@@ -192,6 +194,7 @@ TEST(Kiosk, ManyKeysKeepTheirOrder)
     kiosk.free(&back);
 }
 
+// Q-KIOSK-1
 TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
 {
     uint32_t keys[] = {7, 9};
@@ -214,6 +217,7 @@ TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
     EXPECT_EQ(kiosk.write(&sent), wire(621, 4, hex("01 00 00 00")));
 }
 
+// Q-KIOSK-1
 TEST(Kiosk, NullElementsArriveAsZerosAtTheEnd)
 {
     uint32_t keys[] = {7, 9};
@@ -305,6 +309,7 @@ TEST(Kiosk, EveryTypeHasItsShape)
 
 constexpr uint32_t a_type_of_each_shape[] = {612, 613, 614, 618, 619, 621};
 
+// Q-BODY-3
 TEST(Kiosk, NullDataSendsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : a_type_of_each_shape) {
@@ -346,6 +351,7 @@ TEST(Kiosk, DataSize0SendsTheHeadAloneAndIsReceivedAsNull)
     }
 }
 
+// Q-BODY-2, Q-BODY-4
 TEST(Kiosk, NegativeDataSizeAnnouncesAPayload)
 {
     mdm_body_t sent = body(raw_type, -4, sentinel());
@@ -384,6 +390,7 @@ TEST(Kiosk, CountBelow1IsReceivedAsNull)
     }
 }
 
+// Q-BODY-7
 TEST(Kiosk, FreeReleasesATextAndKeepsThePointer)
 {
     for (const uint32_t type : text_types) {
@@ -397,6 +404,7 @@ TEST(Kiosk, FreeReleasesATextAndKeepsThePointer)
     }
 }
 
+// Q-BODY-7
 TEST(Kiosk, FreeReleasesElementsThenCellsAndKeepsThePointer)
 {
     for (const uint32_t type : {618U, 619U, 621U}) {
@@ -423,6 +431,7 @@ TEST(Kiosk, FreeResetsARawBodyAndMayThenRunAgain)
     }
 }
 
+// Q-BODY-5
 TEST(Kiosk, FreeWithoutDataOrDataSizeDoesNothing)
 {
     for (const uint32_t type : a_type_of_each_shape) {
@@ -468,6 +477,7 @@ TEST(Kiosk, WholeMessagesOfBothTypesLeakNothing)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
+// Q-BODY-13, Q-KIOSK-3
 TEST(Kiosk, OnlyTheWriterOfKeysLogsAndNamesTheirPolicy)
 {
     mdm_kiosk_key_pair_t pair = {7, 8};

@@ -26,6 +26,7 @@ void expect_body(const mdm_body_t &body, uint32_t type, int32_t data_size)
     EXPECT_EQ(body.location.data, sentinel());
 }
 
+// Q-LOCATION-1
 TEST(Location, CarriesTheHeadAloneWhateverItSays)
 {
     const struct {
@@ -71,6 +72,7 @@ TEST(Location, BothTypesOfTheMessageTravel)
     }
 }
 
+// Q-LOCATION-2
 TEST(Location, SizeAndFreeDoNotLookAtTheBody)
 {
     LogRecorder log;
@@ -82,6 +84,7 @@ TEST(Location, SizeAndFreeDoNotLookAtTheBody)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
+// Q-LOCATION-2
 TEST(Location, WriterChecksItsPositionAndReaderItsBody)
 {
     mdm_body_t some = body(1, 7);

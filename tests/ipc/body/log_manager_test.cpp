@@ -88,6 +88,7 @@ TEST(LogManager, LongAndNonAsciiTextsTravel)
     }
 }
 
+// Q-LOG_MANAGER-3
 TEST(LogManager, LowByteOfTheValueTravelsForOtherTypes)
 {
     mdm_body_t sent = word_body(1, 0x1234);
@@ -132,6 +133,7 @@ TEST(LogManager, EveryTypeBut638CarriesAByteThatIsNotReleased)
     }
 }
 
+// Q-BODY-7
 TEST(LogManager, FreeReleasesTheTextAndKeepsThePointer)
 {
     char *text = heap_text("abc");
@@ -185,6 +187,7 @@ TEST(LogManager, SizeOfNothingIs0)
                             leave(log_manager.size)));
 }
 
+// Q-LOG_MANAGER-1, Q-LOG_MANAGER-2
 TEST(LogManager, WriterChecksItsPositionFirstAndWritesNothingForNoBody)
 {
     mdm_body_t some = text_body("abc");
@@ -203,6 +206,7 @@ TEST(LogManager, WriterChecksItsPositionFirstAndWritesNothingForNoBody)
                             leave(log_manager.set)));
 }
 
+// Q-LOG_MANAGER-1, Q-LOG_MANAGER-2
 TEST(LogManager, ReaderChecksItsBodyFirstAndReadsNothingWithoutOne)
 {
     mdm_body_t some = used_body();

@@ -310,6 +310,7 @@ TEST(Misc, RecordsStoreTheirSizeInPlaceOfAnyDataSize)
     }
 }
 
+// Q-BODY-2
 TEST(Misc, RecordsAreSentAndReceivedUnderAnyDataSizeBut0)
 {
     for (const int32_t type : {124, 281, 288}) {
@@ -427,6 +428,7 @@ TEST(Misc, PairCarriesFirstThenSecond)
     }
 }
 
+// Q-MISC-12
 TEST(Misc, BookIsLoggedWithItsTexts)
 {
     mdm_book_info_t book{nullptr, borrowed("de")};
@@ -441,6 +443,7 @@ TEST(Misc, BookIsLoggedWithItsTexts)
                             info(misc.set, "URL : (null), TITLE : de"), leave(misc.set)));
 }
 
+// Q-MISC-8
 TEST(Misc, ArrayCarriesAsManyStringsAsDataSizeSays)
 {
     std::array<char *, 4> texts{borrowed("abc"), nullptr, borrowed("de"), borrowed("")};
@@ -482,6 +485,7 @@ TEST(Misc, ArrayOfManyStringsTravels)
     EXPECT_EQ(misc.release(&received.body), in_order_of_release(received));
 }
 
+// Q-MISC-8
 TEST(Misc, ArrayOfNegativeCountIsEmpty)
 {
     for (const int32_t count : {-1, -3, INT32_MIN}) {
@@ -501,6 +505,7 @@ TEST(Misc, ArrayOfNegativeCountIsEmpty)
     }
 }
 
+// Q-MISC-9
 TEST(Misc, Type123SendsNothingWhateverDataSizeSays)
 {
     for (const int32_t data_size : {40, 1, -1, INT32_MIN}) {
@@ -519,6 +524,7 @@ TEST(Misc, Type123SendsNothingWhateverDataSizeSays)
     }
 }
 
+// Q-MISC-1, Q-MISC-2
 TEST(Misc, ListTravelsInPlaceOfParamWhateverDataSizeSays)
 {
     GList *list = list_of({borrowed("abc"), borrowed("de")});
@@ -566,6 +572,7 @@ TEST(Misc, NullListIsACountOf0)
     }
 }
 
+// Q-MISC-3
 TEST(Misc, NullElementsOfAListAreCountedAndSizedButNotWritten)
 {
     struct {
@@ -653,6 +660,7 @@ TEST(Misc, OtherTypesCarryRawBytesAndReceiveAString)
     }
 }
 
+// Q-BODY-4
 TEST(Misc, SizeOfRawBytesTrustsDataSize)
 {
     mdm_body_t sent = body(7, -4, nullptr);
@@ -664,6 +672,7 @@ TEST(Misc, SizeOfRawBytesTrustsDataSize)
     EXPECT_EQ(sent.misc.data_size, INT32_MAX);
 }
 
+// Q-MISC-4
 TEST(Misc, MissingBookFailsToBeSizedAndWritten)
 {
     for (const int32_t type : {281, 283}) {
@@ -680,6 +689,7 @@ TEST(Misc, MissingBookFailsToBeSizedAndWritten)
     }
 }
 
+// Q-MISC-6
 TEST(Misc, MissingTextRecordFailsToBeWritten)
 {
     for (const int32_t type : {124, 125, 126}) {
@@ -690,6 +700,7 @@ TEST(Misc, MissingTextRecordFailsToBeWritten)
     }
 }
 
+// Q-MISC-5
 TEST(Misc, MissingPairSendsTheHeadAlone)
 {
     for (const int32_t type : {288, 289}) {
@@ -711,6 +722,7 @@ TEST(Misc, MissingPairSendsTheHeadAlone)
     }
 }
 
+// Q-MISC-11
 TEST(Misc, WithoutMemoryATextRecordFailsToBeRead)
 {
     for (const int32_t type : {124, 125, 126}) {
@@ -730,6 +742,7 @@ TEST(Misc, WithoutMemoryATextRecordFailsToBeRead)
     }
 }
 
+// Q-MISC-11
 TEST(Misc, WithoutMemoryAPairIsNotRead)
 {
     for (const int32_t type : {288, 289}) {
@@ -792,6 +805,20 @@ TEST(Misc, FreeNullsTheStringOfATextRecord)
     }
 }
 
+// Q-BODY-7
+TEST(Misc, FreeOfAPairKeepsThePointer)
+{
+    for (const int32_t type : {288, 289}) {
+        Received received = receive(head(type, 13) + abc_str + de_str);
+        const auto *pair = &payload<mdm_misc_str_pair_t>(received);
+        const void *first = pair->first;
+        const void *second = pair->second;
+        EXPECT_THAT(free_body(type_misc, received.body), ElementsAre(first, second, pair));
+        EXPECT_EQ(received.body.misc.data, pair);
+        expect_head(received.body, type, 13);
+    }
+}
+
 TEST(Misc, FreeMayRunTwiceWhereItNullsData)
 {
     for (const int32_t type : {124, 125, 126, 281, 283, 7}) {
@@ -804,6 +831,7 @@ TEST(Misc, FreeMayRunTwiceWhereItNullsData)
     }
 }
 
+// Q-MISC-10
 TEST(Misc, FreeOfNullDataReleasesNothingNotEvenAList)
 {
     for (const int32_t type : {122, 123, 124, 125, 126, 127, 128, 281, 283, 288, 289, 7}) {
@@ -816,6 +844,7 @@ TEST(Misc, FreeOfNullDataReleasesNothingNotEvenAList)
     }
 }
 
+// Q-BODY-7, Q-MISC-10
 TEST(Misc, FreeOfAListNeedsDataButLeavesIt)
 {
     for (const int32_t type : {127, 128}) {
@@ -832,6 +861,7 @@ TEST(Misc, FreeOfAListNeedsDataButLeavesIt)
     }
 }
 
+// Q-BODY-7
 TEST(Misc, FreeOfAnArrayReleasesAsManyStringsAsDataSizeSays)
 {
     for (const int32_t data_size : {2, 1, 0, -1, INT32_MIN}) {
@@ -853,6 +883,7 @@ TEST(Misc, FreeOfAnArrayReleasesAsManyStringsAsDataSizeSays)
     }
 }
 
+// Q-BODY-5
 TEST(Misc, FreeLooksAtDataAndNotAtDataSize)
 {
     for (const int32_t type : {124, 281, 288, 7}) {
@@ -890,6 +921,7 @@ TEST(Misc, WholeMessagesLeakNothingButLists)
     }
 }
 
+// Q-MISC-3
 TEST(Misc, NullElementsOfAListTravelAsZerosAtTheMessagesEnd)
 {
     GList *list = list_of({borrowed("abc"), nullptr, borrowed("de")});
@@ -922,6 +954,7 @@ TEST(Misc, MissingBookMakesNoMessage)
 
 // The envelope takes 8 bytes for a message. This one would be written beyond them, hence only its
 // size is asked for.
+// Q-MISC-4
 TEST(Misc, MissingBookIsRefusedUpToAHeaderTextOf966Bytes)
 {
     const Category category = category_of(17);

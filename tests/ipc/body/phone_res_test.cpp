@@ -105,6 +105,7 @@ TEST(PhoneRes, ItemCarriesTwoStrings)
     EXPECT_EQ(record.word1, 0x77777777U);
 }
 
+// Q-PHONE_RES-1
 TEST(PhoneRes, ItemArrivesAsANewRecordOfDataSize12)
 {
     const Bytes bytes = wire(item_type, 1, hex("03 00 00 00 61 62 63 02 00 00 00 68 69"));
@@ -258,6 +259,7 @@ TEST(PhoneRes, EveryTypeTravelsAsAnItemOrAsRawBytes)
     }
 }
 
+// Q-PHONE_RES-2
 TEST(PhoneRes, EveryTypeIsSizedAndReleasedAsAnItemOrAsRawBytes)
 {
     for (const uint32_t type : swept_types()) {
@@ -281,6 +283,7 @@ TEST(PhoneRes, EveryTypeIsSizedAndReleasedAsAnItemOrAsRawBytes)
     }
 }
 
+// Q-PHONE_RES-2
 TEST(PhoneRes, TwoTypesAreSizedAsAnItemAndSentAsItsMemory)
 {
     for (const uint32_t type : {439U, 440U}) {
@@ -303,6 +306,7 @@ TEST(PhoneRes, TwoTypesAreSizedAsAnItemAndSentAsItsMemory)
     }
 }
 
+// Q-PHONE_RES-3
 TEST(PhoneRes, DataSizeBelow1SendsTheHeadAloneAndIsReceivedAsNull)
 {
     mdm_phone_res_detail_t numbers = detail(5, 7, "hi");
@@ -327,6 +331,7 @@ TEST(PhoneRes, DataSizeBelow1SendsTheHeadAloneAndIsReceivedAsNull)
     }
 }
 
+// Q-PHONE_RES-3
 TEST(PhoneRes, SizeLooksForDataAndForADataSizeOf0Only)
 {
     mdm_phone_res_detail_t numbers = detail(5, 7, "hi");
@@ -364,6 +369,7 @@ void expect_failure_after_head(mdm_body_t sent)
     EXPECT_EQ(buffer, wire(static_cast<uint32_t>(sent.phone_res.type), 1, Bytes(52)));
 }
 
+// Q-PHONE_RES-4
 TEST(PhoneRes, MissingRecordsCannotBeWritten)
 {
     for (const uint32_t type : {394U, 421U, ext_type, 423U, 438U, 441U, 449U, 452U, 455U}) {
@@ -373,6 +379,7 @@ TEST(PhoneRes, MissingRecordsCannotBeWritten)
     expect_failure_after_head(body(ext_type, 1, &record));
 }
 
+// Q-PHONE_RES-4
 TEST(PhoneRes, MessageWithoutItsRecordIsAHeadAndALineInTheLog)
 {
     mdm_msg_t msg = message(phone_res.type);
@@ -384,6 +391,7 @@ TEST(PhoneRes, MessageWithoutItsRecordIsAHeadAndALineInTheLog)
                                         critical("ipc_serialize", "lp_body is NULL")));
 }
 
+// Q-BODY-7, Q-PHONE_RES-5
 TEST(PhoneRes, FreeEmptiesAnItemBeforeItReleasesIt)
 {
     for (const uint32_t type : {item_type, 439U, 440U}) {
@@ -408,6 +416,7 @@ TEST(PhoneRes, FreeEmptiesAnItemBeforeItReleasesIt)
     }
 }
 
+// Q-PHONE_RES-5
 TEST(PhoneRes, FreeEmptiesAnExtendedRecordAndItsDetailBeforeItReleasesThem)
 {
     auto *numbers = on_heap<mdm_phone_res_detail_t>({5, 7, heap_text("hi")});
@@ -450,6 +459,7 @@ TEST(PhoneRes, FreeResetsARawBodyAndMayThenRunAgain)
     }
 }
 
+// Q-BODY-5
 TEST(PhoneRes, FreeWithoutDataOrDataSizeDoesNothing)
 {
     for (const uint32_t type : {item_type, ext_type, 439U, raw_type}) {
@@ -501,6 +511,7 @@ TEST(PhoneRes, WholeMessagesOfBothTypesLeakNothing)
     }
 }
 
+// Q-BODY-13
 TEST(PhoneRes, HandlersLogNothing)
 {
     mdm_phone_res_detail_t numbers = detail(5, 7, "hi");

@@ -83,6 +83,7 @@ TEST(Platform, TextThenNumberThenFlagTravel)
     expect_fields(sent, number_and_flag_type, {7, 1});
 }
 
+// Q-PLATFORM-2
 TEST(Platform, NumberWithoutTextIs12BytesAndLeavesTheFlag)
 {
     mdm_body_t sent = body(number_type, nullptr);
@@ -95,6 +96,7 @@ TEST(Platform, NumberWithoutTextIs12BytesAndLeavesTheFlag)
     expect_fields(back, number_type, {0x11121314, 0x66});
 }
 
+// Q-BODY-7
 TEST(Platform, OnlyTwoTypesCarryNumbers)
 {
     std::vector<uint32_t> types{0xFFFFFFFF, 0x80000000, 0x800001B7, 0x010001B8, 65975, 65976};
@@ -175,6 +177,7 @@ TEST(Platform, WholeMessagesOfBothTypesLeakNothing)
     }
 }
 
+// Q-PLATFORM-1
 TEST(Platform, OnlyTheWriterLogs)
 {
     for (const uint32_t type : {text_type, number_type, number_and_flag_type}) {

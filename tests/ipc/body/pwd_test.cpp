@@ -101,6 +101,7 @@ TEST(Pwd, PolicyComesBackFieldByField)
     pwd.free(&received);
 }
 
+// Q-BODY-6
 TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
 {
     mdm_pwd_policy_t record = policy(abc, hi);
@@ -120,6 +121,7 @@ TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     }
 }
 
+// Q-BODY-3
 TEST(Pwd, NullDataSendsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : {policy_type, 7U}) {
@@ -161,6 +163,7 @@ TEST(Pwd, RawPayloadEndsAtItsFirstZeroByte)
     pwd.free(&received);
 }
 
+// Q-PWD-1
 TEST(Pwd, SizeNeverStoresDataSize)
 {
     mdm_pwd_policy_t record = policy(abc, hi);
@@ -170,6 +173,7 @@ TEST(Pwd, SizeNeverStoresDataSize)
     EXPECT_EQ(sent.pwd.data_size, 5);
 }
 
+// Q-BODY-7
 TEST(Pwd, FreeReleasesAPolicysStringsThenItsRecordAndKeepsThePointer)
 {
     auto *record = static_cast<mdm_pwd_policy_t *>(g_malloc0(sizeof(mdm_pwd_policy_t)));
@@ -187,6 +191,7 @@ TEST(Pwd, FreeReleasesAPolicysStringsThenItsRecordAndKeepsThePointer)
     EXPECT_EQ(log.take(), enter_and_leave(pwd.free));
 }
 
+// Q-BODY-5
 TEST(Pwd, FreeLooksAtDataAndNotAtDataSize)
 {
     mdm_body_t received = body(7, 0, heap_text("raw"));

@@ -47,6 +47,7 @@ void expect_head(const mdm_body_t &body, int32_t data_size)
     expect_headed<&mdm_body_t::roaming>(body, 0xF1F2F3F4, data_size);
 }
 
+// Q-ROAMING-1
 TEST(Roaming, CarriesTheHeadAndAName)
 {
     mdm_roaming_data_t record = named("abc");
@@ -62,6 +63,7 @@ TEST(Roaming, CarriesTheHeadAndAName)
     }
 }
 
+// Q-ROAMING-1
 TEST(Roaming, ReceivesANewRecordWhateverDataSizeSays)
 {
     for (const int32_t data_size : data_sizes) {
@@ -114,6 +116,7 @@ TEST(Roaming, LongAndNonAsciiNamesTravel)
     }
 }
 
+// Q-BODY-1, Q-ROAMING-2
 TEST(Roaming, NullDataIsSizedAs0ThoughTheHeadIsWritten)
 {
     mdm_body_t sent = body(4, nullptr);
@@ -125,6 +128,7 @@ TEST(Roaming, NullDataIsSizedAs0ThoughTheHeadIsWritten)
     expect_head(sent, 4);
 }
 
+// Q-ROAMING-3
 TEST(Roaming, FreeReleasesTheNameAloneAndMayRunTwice)
 {
     for (const Handlers &handlers : {roaming, roaming_res}) {
@@ -163,6 +167,7 @@ TEST(Roaming, FreeOfNullDataDoesNothing)
     }
 }
 
+// Q-ROAMING-3
 TEST(Roaming, WholeMessageLeavesItsRecordAllocated)
 {
     mdm_roaming_data_t record = named("abc");
@@ -199,6 +204,7 @@ TEST(Roaming, LogsEnterAndExit)
     }
 }
 
+// Q-ROAMING-5
 TEST(RoamingRes, CarriesTheHeadAndLeavesDataAsItWas)
 {
     for (const int32_t data_size : data_sizes) {
@@ -237,6 +243,7 @@ TEST(RoamingRes, WholeMessageLeaksNothing)
     EXPECT_THAT(trace.kept(), IsEmpty());
 }
 
+// Q-ROAMING-4
 TEST(RoamingRes, FreeFollowsWhatTheReceiversRecordHeld)
 {
     mdm_roaming_data_t record = {heap_text("abc")};

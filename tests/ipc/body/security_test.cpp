@@ -275,6 +275,7 @@ TEST(Security, TypeDecidesTheShapeInEveryHandler)
     }
 }
 
+// Q-BODY-6
 TEST(Security, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
 {
     for (const uint32_t type : one_type_of_each_shape) {
@@ -294,6 +295,7 @@ TEST(Security, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     }
 }
 
+// Q-SECURITY-10
 TEST(Security, FreeOfNullDataChangesNothingForItemsAndLists)
 {
     for (const uint32_t type : {56U, 68U, 69U, 70U, 71U, 76U}) {
@@ -342,6 +344,7 @@ TEST(Security, GetAndFreeLogEnterAndExitOnly)
 
 // Items.
 
+// Q-SECURITY-1, Q-SECURITY-2
 TEST(SecurityItem, SendsItsFifthFieldBeforeItsFourth)
 {
     Item record = abc_item();
@@ -413,6 +416,7 @@ TEST(SecurityItem, LongStringsTravel)
     security.free(&received);
 }
 
+// Q-SECURITY-5
 TEST(SecurityItem, ThatIsNullIsTheHeadAlone)
 {
     for (const uint32_t type : item_types) {
@@ -424,6 +428,7 @@ TEST(SecurityItem, ThatIsNullIsTheHeadAlone)
     }
 }
 
+// Q-SECURITY-6
 TEST(SecurityItem, ThatIsNullAndNotSizedSkipsDataSizeBytes)
 {
     for (const uint32_t type : item_types) {
@@ -470,6 +475,7 @@ TEST(SecurityItem, FreeResetsDataSize)
 
 // String lists.
 
+// Q-BODY-8, Q-SECURITY-2
 TEST(SecurityStrings, CountTheWholeBodyInDataSize)
 {
     const Cells strings = three_strings();
@@ -484,6 +490,7 @@ TEST(SecurityStrings, CountTheWholeBodyInDataSize)
     }
 }
 
+// Q-BODY-12
 TEST(SecurityStrings, EndAtTheFirstNullElementButCountAll)
 {
     const Cells second = cells({borrowed("a"), nullptr, borrowed("b")});
@@ -498,6 +505,7 @@ TEST(SecurityStrings, EndAtTheFirstNullElementButCountAll)
     EXPECT_EQ(written_payload(sent), hex("02 00 00 00"));
 }
 
+// Q-SECURITY-7
 TEST(SecurityStrings, ComeBackWithoutTheEmptyOnes)
 {
     for (const uint32_t type : string_types) {
@@ -510,6 +518,7 @@ TEST(SecurityStrings, ComeBackWithoutTheEmptyOnes)
     }
 }
 
+// Q-SECURITY-8
 TEST(SecurityStrings, AreSecondCopiesAndTheFirstOnesStayAllocated)
 {
     mdm_body_t received = untouched();
@@ -558,6 +567,7 @@ TEST(SecurityStrings, ManyAndLongOnesTravelInOrder)
     EXPECT_THAT(received.kept, ElementsAreArray(texts));
 }
 
+// Q-BODY-7
 TEST(SecurityStrings, FreeReleasesTheElementsThenTheCellsAndKeepsThePointer)
 {
     for (const uint32_t type : string_types) {
@@ -575,6 +585,7 @@ TEST(SecurityStrings, FreeReleasesTheElementsThenTheCellsAndKeepsThePointer)
 
 // Account lists.
 
+// Q-BODY-8
 TEST(SecurityAccounts, CountTheWholeBodyInDataSize)
 {
     Account full = account(borrowed);
@@ -630,6 +641,7 @@ TEST(SecurityAccounts, LongAndEmptyStringsTravel)
     security.free(&received);
 }
 
+// Q-BODY-9
 TEST(SecurityAccounts, WithANullElementCannotBeSized)
 {
     Account full = account(borrowed);
@@ -648,6 +660,7 @@ TEST(SecurityAccounts, WithANullElementCannotBeSized)
     }
 }
 
+// Q-BODY-9
 TEST(SecurityAccounts, NullElementsAreCountedButNotWritten)
 {
     Account full = account(borrowed);
@@ -660,6 +673,7 @@ TEST(SecurityAccounts, NullElementsAreCountedButNotWritten)
     }
 }
 
+// Q-BODY-7, Q-SECURITY-11
 TEST(SecurityAccounts, FreeReleasesAllStringsThenTheRecordsThenTheCells)
 {
     for (const uint32_t type : account_types) {
@@ -697,6 +711,7 @@ TEST(SecurityAccounts, FreeReleasesAllStringsThenTheRecordsThenTheCells)
 
 // Both lists.
 
+// Q-SECURITY-3, Q-SECURITY-4
 TEST(SecurityLists, ThatAreEmptyCount16BytesAndLeaveDataSize)
 {
     for (const uint32_t type : list_types) {
@@ -711,6 +726,7 @@ TEST(SecurityLists, ThatAreEmptyCount16BytesAndLeaveDataSize)
     }
 }
 
+// Q-SECURITY-4
 TEST(SecurityLists, ThatAreEmptyCannotBeWrittenWithADataSize)
 {
     for (const uint32_t type : list_types) {
@@ -787,6 +803,7 @@ TEST(SecurityLists, AreReleasedFromTheirFirstElement)
 
 // Raw bytes.
 
+// Q-SECURITY-9
 TEST(SecurityRaw, CountsItsBytesAndLeavesDataSize)
 {
     for (const auto &[data_size, size] : {std::pair{0, 12U},
@@ -848,6 +865,7 @@ TEST(SecurityRaw, FreeReleasesItAndResetsTheBody)
     }
 }
 
+// Q-SECURITY-10
 TEST(SecurityRaw, FreeOfNullDataResetsDataSizeToo)
 {
     mdm_body_t received = body(57, 3, nullptr);

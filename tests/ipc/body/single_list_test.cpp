@@ -58,6 +58,7 @@ TEST_P(SingleList, CarriesTheHeadAndThePayload)
     EXPECT_EQ(sent.res.data_size, 3);
 }
 
+// Q-SINGLE_LIST-1
 TEST_P(SingleList, ReceivesThePayloadOrLeavesDataAsItWas)
 {
     const Bytes bytes = hex("64 00 00 00 04 03 02 01 03 00 00 00 61 62 63");
@@ -99,6 +100,7 @@ TEST_P(SingleList, BothTypesOfTheMessageTravel)
     }
 }
 
+// Q-SINGLE_LIST-1
 TEST_P(SingleList, NoPayloadMakesTheReceiversDataNull)
 {
     char payload[] = "abc";
@@ -164,6 +166,7 @@ TEST_P(SingleList, PayloadsBeyond64KiBTravel)
     ipc_free(&received);
 }
 
+// Q-SINGLE_LIST-2
 TEST_P(SingleList, NegativeDataSizeCountsFewerBytesThanAreWritten)
 {
     mdm_body_t sent = body(-4, nullptr);
@@ -189,6 +192,7 @@ TEST_P(SingleList, NegativeDataSizeCountsFewerBytesThanAreWritten)
     EXPECT_EQ(received.body.res.data, nullptr);
 }
 
+// Q-SINGLE_LIST-2
 TEST_P(SingleList, SizeTrustsTheSignOfDataSize)
 {
     mdm_body_t sent = body(-13, nullptr);
@@ -224,6 +228,7 @@ TEST_P(SingleList, FreeReleasesThePayloadInSilenceAndMayRunTwice)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
+// Q-BODY-13
 TEST_P(SingleList, FreeOfNullBodyLogsItsExitLineOnly)
 {
     LogRecorder log;

@@ -337,6 +337,7 @@ TEST(Wifi, ListsOfEveryLengthTravel)
     expect_travels(list_type, ssids(Texts(500, "z")));
 }
 
+// Q-WIFI-1
 TEST(Wifi, PairIsItsTwoStringsAndDataSizeCountsOnTop)
 {
     const Sample sample = pair("a", nullptr);
@@ -385,6 +386,7 @@ TEST(Wifi, DataSizeBelow1SendsTheHeadAloneAndMakesTheReceiversDataNull)
     }
 }
 
+// Q-WIFI-3
 TEST(Wifi, MissingPairAndMissingDhcpSettingsCannotBeSized)
 {
     std::vector<uint32_t> types(std::begin(pair_types), std::end(pair_types));
@@ -400,6 +402,7 @@ TEST(Wifi, MissingPairAndMissingDhcpSettingsCannotBeSized)
     }
 }
 
+// Q-WIFI-3
 TEST(Wifi, MissingRecordFailsAnAssertBehindTheHead)
 {
     std::vector<uint32_t> types(std::begin(pair_types), std::end(pair_types));
@@ -459,6 +462,7 @@ TEST(Wifi, EmptySsidsAreReceivedAsNullElements)
     EXPECT_EQ(received.wifi.data, nullptr);
 }
 
+// Q-BODY-10
 TEST(Wifi, NullSsidCannotBeSized)
 {
     for (const bool is_first : {true, false}) {
@@ -478,6 +482,7 @@ TEST(Wifi, NullSsidCannotBeSized)
     }
 }
 
+// Q-BODY-11
 TEST(Wifi, NullSsidLeavesDataSizeBytesUnwritten)
 {
     GList *list = list_of({nullptr, borrowed("a"), nullptr, borrowed("b"), nullptr});
@@ -554,6 +559,7 @@ TEST(Wifi, NetworkOfAnyOtherKindHasNoDetail)
     }
 }
 
+// Q-WIFI-2
 TEST(Wifi, MissingDetailIsNotWritten)
 {
     for (int32_t kind = 0; kind <= 10; ++kind) {
@@ -564,6 +570,7 @@ TEST(Wifi, MissingDetailIsNotWritten)
     }
 }
 
+// Q-WIFI-2
 TEST(Wifi, MissingNumberIsCountedAndArrivesAsZero)
 {
     for (const int32_t kind : {1, 8, 9}) {
@@ -643,6 +650,7 @@ TEST(Wifi, FreeNullsTheStringsOfARecordBeforeItReleasesIt)
     }
 }
 
+// Q-WIFI-4
 TEST(Wifi, FreeLeavesTheNetworkRecordAsItWas)
 {
     for (const Kind &kind : kinds) {
@@ -663,6 +671,7 @@ TEST(Wifi, FreeLeavesTheNetworkRecordAsItWas)
     }
 }
 
+// Q-BODY-5
 TEST(Wifi, FreeLooksAtDataAndNotAtDataSize)
 {
     for (const auto &[type, sample] : one_of_each()) {
@@ -676,6 +685,7 @@ TEST(Wifi, FreeLooksAtDataAndNotAtDataSize)
     }
 }
 
+// Q-WIFI-6
 TEST(Wifi, FreeOfNullDataDoesNothing)
 {
     for (const auto &[type, sample] : one_of_each()) {
@@ -728,6 +738,7 @@ TEST(Wifi, PairIsLoggedByEveryHandler)
     }
 }
 
+// Q-BODY-14
 TEST(Wifi, ListIsLoggedByEveryHandlerButFree)
 {
     const Sample sample = ssids({"abc", "", "hi"});
@@ -781,6 +792,19 @@ TEST(Wifi, OtherShapesLogEnterAndExitAndARawPayloadItsRelease)
                      type == raw_type ? std::vector{critical(wifi.free, text.data())}
                                       : std::vector<LogLine>{});
     }
+}
+
+// Q-WIFI-5, Q-WIFI-6
+TEST(Wifi, ReleaseOfRawBytesIsLoggedAsAFailureAndKeepsDataSize)
+{
+    mdm_body_t received = body(raw_type, 3, heap_text("abc"));
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "Freeing %p", received.wifi.data);
+    LogRecorder log(MDM_LOG_CRITICAL);
+    _free_wifi(&received);
+    EXPECT_THAT(log.take(), ElementsAre(critical("_free_wifi", text.data())));
+    EXPECT_EQ(received.wifi.data, nullptr);
+    EXPECT_EQ(received.wifi.data_size, 3);
 }
 
 TEST(Wifi, BothTypesOfTheMessageTravelAndLeaveANetworkBehind)

@@ -172,6 +172,7 @@ TEST(FaultSentence, SaysWhatIsNeededAndWhatIsLeft)
               "app.packages at offset 52 needs 4294967295 bytes or more, 4 are left");
 }
 
+// Q-GUARDED-2
 TEST(FaultSentence, SaysThatASizeIsNegative)
 {
     EXPECT_EQ(sentence({52, most, 4, "apn.data"}), "apn.data at offset 52 has a negative size");
@@ -300,6 +301,7 @@ TEST(Fault, OfAnAccountsListIsWhatItsSmallestAccountsNeed)
     EXPECT_EQ(fault_of(with_word(bytes, 72, 1)), (Fault{261, 4, 3, "security.account.str25"}));
 }
 
+// Q-MISC-8, Q-GUARDED-2
 TEST(Fault, OfANegativeSizeNeedsAllThereIs)
 {
     const Bytes payload = hex("01 02 03 04");
@@ -430,6 +432,7 @@ TEST(Fault, OfAListIsTheSizeOfTheElementsThatItClaims)
 }
 
 // As many strings as the number says without a sign: the parameter's list knows no empty one but 0.
+// Q-MISC-7
 TEST(Fault, OfAMiscListIsTheSizeOfTheElementsThatItClaims)
 {
     for_each_claim(Claim::Of::unsigned_list,

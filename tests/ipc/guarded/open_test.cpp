@@ -447,6 +447,7 @@ TEST(Open, ManyThreadsMayOpenAtOnce)
 
 // Particular shapes.
 
+// Q-GUARDED-6
 TEST(Open, ATypeWithoutCategoryHasTheHeaderOnly)
 {
     for (const uint8_t type : hex("13 14 29 2C 37 3C 3E 40 4B 50")) {
@@ -545,6 +546,7 @@ TEST(Open, ACountBelowOneIsAnEmptyList)
     }
 }
 
+// Q-ENVELOPE-17
 TEST(Open, BytesBehindABodyAreIgnored)
 {
     for (const GoodMessage &good : good_messages()) {
@@ -569,6 +571,7 @@ size_t memory_of(const Bytes &bytes)
 
 // No more than the same strings in a category that has one copy on either path. They are as long as
 // to need new memory if there were two.
+// Q-GUARDED-1
 TEST(Open, ASecurityStringIsThereOnce)
 {
     Bytes names = word(1000);

@@ -233,6 +233,7 @@ TEST(Seal, ANullMessageIsRefused)
                             leave("ipc_seal")));
 }
 
+// Q-GUARDED-6
 TEST(Seal, TypesWithoutACategoryAreRefused)
 {
     for (int type = 0; type < 256; ++type) {
@@ -480,6 +481,7 @@ TEST(SealSecurity, RefusesMissingAccountsAndNullElements)
     security.is_sealed({70, 71}, {{0, nullptr}, {0, accounts.get()}, {INT32_MIN, accounts.get()}});
 }
 
+// Q-GUARDED-4
 TEST(SealSecurity, RefusesANegativeSizeAndMissingBytes)
 {
     const Sender<&mdm_body_t::security> security{5, 6};
@@ -531,6 +533,7 @@ TEST(SealWifi, RefusesNullElements)
     wifi.is_sealed(wifi_lists, {{INT32_MAX, ssids.get()}});
 }
 
+// Q-GUARDED-3
 TEST(SealWifi, RefusesMoreZerosThanASenderMeans)
 {
     const Sender<&mdm_body_t::wifi> wifi{7, 8};
@@ -1102,6 +1105,7 @@ TEST(Seal, AddsToASizeEachTimeAsSerialisingDoes)
     EXPECT_EQ(msg.body.apn.data_size, 121);
 }
 
+// Q-GUARDED-5
 TEST(Seal, ARefusedSizeIsTakenBack)
 {
     const Cells null_alone = cells({nullptr});
@@ -1173,6 +1177,7 @@ protected:
                                       {45, 619, &pair_, &pair_, 52, "kiosk.key_pairs"}};
 };
 
+// Q-GUARDED-7
 TEST_F(SealHalvedList, IsRefused)
 {
     for (const Halved &it : all_) {
