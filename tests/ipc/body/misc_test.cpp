@@ -813,7 +813,7 @@ TEST(Misc, FreeOfAPairKeepsThePointer)
         const auto *pair = &payload<mdm_misc_str_pair_t>(received);
         const void *first = pair->first;
         const void *second = pair->second;
-        EXPECT_THAT(free_body(type_misc, received.body), ElementsAre(first, second, pair));
+        EXPECT_THAT(misc.release(&received.body), ElementsAre(first, second, pair));
         EXPECT_EQ(received.body.misc.data, pair);
         expect_head(received.body, type, 13);
     }

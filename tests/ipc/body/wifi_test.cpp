@@ -801,8 +801,8 @@ TEST(Wifi, ReleaseOfRawBytesIsLoggedAsAFailureAndKeepsDataSize)
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "Freeing %p", received.wifi.data);
     LogRecorder log(MDM_LOG_CRITICAL);
-    _free_wifi(&received);
-    EXPECT_THAT(log.take(), ElementsAre(critical("_free_wifi", text.data())));
+    wifi.free(&received);
+    EXPECT_THAT(log.take(), ElementsAre(critical(wifi.free, text.data())));
     EXPECT_EQ(received.wifi.data, nullptr);
     EXPECT_EQ(received.wifi.data_size, 3);
 }
