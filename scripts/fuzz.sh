@@ -25,7 +25,7 @@ run_fuzzer() {
     shift 2
     options=("-max_len=$(fuzz_setting max-len "$target")")
     dict=$(fuzz_setting dict "$target")
-    [ "$dict" = - ] || options+=("-dict=fuzz/$dict")
+    [ "$dict" = - ] || options+=("-dict=build/$preset/fuzz/$dict")
     mkdir -p "build/$preset/$target/corpus"
     G_SLICE=always-malloc UBSAN_OPTIONS=print_stacktrace=1 \
         ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1 \

@@ -2,6 +2,8 @@
 #include "support/format.hpp"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 namespace mdm::test {
 namespace {
@@ -237,7 +239,7 @@ constexpr std::array wifi_forms = {
     record<mdm_wifi_triple_t>("triple", {319}, wifi_triple, DataSize::padded),
     leaking(record<mdm_wifi_network_t>("network", {345}, wifi_network, DataSize::as_given)),
     strings("ssids", {290, 344, 346, 348, 349, 350, 352}, "wifi.ssids", DataSize::as_given),
-    raw({0, 87, 89, 304, 306, 340, 343, 351, 353}, "wifi.data"),
+    raw({0, 87, 89, 304, 306, 318, 320, 340, 343, 347, 351, 353}, "wifi.data"),
 };
 
 HEADED_BODY(bluetooth);
@@ -324,11 +326,11 @@ constexpr std::array app_res_forms = {
 HEADED_BODY(roaming);
 constexpr auto roaming_data = FIELDS(mdm_roaming_data_t, "roaming.data", name);
 constexpr std::array roaming_forms = {
-    leaking(always_there(record<mdm_roaming_data_t>("data", {0, 1, 7, minus_one}, roaming_data,
+    leaking(always_there(record<mdm_roaming_data_t>("data", {0, 1, 7, 100, minus_one}, roaming_data,
                                                     DataSize::anything))),
 };
 
-constexpr std::array head_alone_forms = {always_there(nothing({0, 1, 7, minus_one}))};
+constexpr std::array head_alone_forms = {always_there(nothing({0, 1, 7, 100, minus_one}))};
 
 HEADED_BODY(roaming_res);
 constexpr auto roaming_res_forms = head_alone_forms;
@@ -554,6 +556,20 @@ const Form &form_of(const CategoryFormat &category, uint32_t discriminator)
         }
     }
     return category.forms.back();
+}
+
+std::vector<uint32_t> discriminators_of(const CategoryFormat &category, const Form &form)
+{
+    std::vector<uint32_t> all;
+    std::ranges::copy_if(form.types, std::back_inserter(all), [&](uint32_t discriminator) {
+        return &form_of(category, discriminator) == &form;
+    });
+    return all;
+}
+
+bool is_data_size(const Field &field)
+{
+    return std::string_view(field.path).ends_with(".data_size");
 }
 
 bool is_announced(const CategoryFormat &category, const Form &form, int32_t data_size)

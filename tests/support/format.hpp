@@ -12,6 +12,7 @@
 #include <ostream>
 #include <span>
 #include <type_traits>
+#include <vector>
 
 #include "mdm/message.h"
 
@@ -168,6 +169,9 @@ struct CategoryFormat {
     constexpr uint8_t last_type() const { return static_cast<uint8_t>(*(types.end() - 1)); }
 };
 
+// Some message types without a category.
+inline constexpr Numbers types_without_category = {19, 20, 41, 44, 55, 60, 62, 64, 75, 80};
+
 std::span<const CategoryFormat> category_formats();
 std::ostream &operator<<(std::ostream &out, const CategoryFormat &category);
 
@@ -193,6 +197,11 @@ inline uint32_t discriminator_of(const mdm_body_t &body)
 {
     return value_at<uint32_t>(&body, 0);
 }
+
+// The discriminators that select the form: forms before it may take some of its numbers.
+std::vector<uint32_t> discriminators_of(const CategoryFormat &category, const Form &form);
+
+bool is_data_size(const Field &field);
 
 // Whether the body's `data_size` announces a payload, or none is asked.
 bool is_announced(const CategoryFormat &category, const Form &form, int32_t data_size);

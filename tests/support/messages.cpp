@@ -28,8 +28,24 @@ void append_text(Bytes &bytes, std::string_view text)
     bytes.insert(bytes.end(), text.begin(), text.end());
 }
 
-// What a payload holds: texts and elements, empty texts, or no elements.
-enum class Content { full, empty, none };
+std::vector<std::string_view> listed_texts(Content content)
+{
+    switch (content) {
+    case Content::full:
+        return {"a", "", "bc"};
+    case Content::whole:
+        return {"a", "bc"};
+    case Content::begins_empty:
+        return {"", "a", "bc"};
+    case Content::ends_empty:
+        return {"a", "bc", ""};
+    case Content::empty:
+        return {"", "", ""};
+    case Content::none:
+        return {};
+    }
+    return {};
+}
 
 // A body in the making, with the steps of reading it.
 class Body {
@@ -45,7 +61,7 @@ public:
         for (const Field &field : category_.head) {
             if (field.offset == 0) {
                 word(field.path, discriminator);
-            } else if (std::string_view(field.path).ends_with(".data_size")) {
+            } else if (is_data_size(field)) {
                 size_at_ = end();
                 may_be_sent_on_ = may_be_sent_on_ && may_be_sent_with(data_size);
                 word(field.path, static_cast<uint32_t>(data_size));
@@ -81,10 +97,10 @@ public:
     void zeros(size_t count) { bytes_.resize(bytes_.size() + count); }
 
     size_t size() const { return bytes_.size(); }
-    GoodMessage message(std::string name, uint8_t type) &&
+    GoodMessage message(std::string name, uint8_t type, Content content) &&
     {
-        return {std::move(name), framed(type, bytes_), may_be_sent_on_, std::move(steps_),
-                std::move(claims_)};
+        return {std::move(name), framed(type, bytes_), content,
+                may_be_sent_on_, std::move(steps_),    std::move(claims_)};
     }
 
 private:
@@ -135,11 +151,11 @@ private:
             return word(field.path, 0xC0010000 + number_++);
         case Type::text: {
             const auto letter = static_cast<char>('a' + letter_++ % 26);
-            return text(field.path, {&letter, content == Content::full ? 1U : 0U});
+            const bool is_empty = content == Content::empty || content == Content::ends_empty;
+            return text(field.path, {&letter, is_empty ? 0U : 1U});
         }
         case Type::strings:
-            return strings(field.path, content == Content::full ? content : Content::none,
-                           Claim::Of::list);
+            return strings(field.path, content, Claim::Of::list);
         case Type::record:
             return nested(*field.nested, content);
         }
@@ -159,29 +175,36 @@ private:
         }
     }
 
-    // A full list ends with a full element.
     void records(Content content)
     {
         const uint32_t count = content == Content::none ? 0 : 2;
-        receive_null(count != 0 ? form_.elements != Elements::nameless
-                                : category_.sends_empty_lists);
+        const bool is_named = content == Content::whole || form_.elements != Elements::nameless;
+        receive_null(count != 0 ? is_named : category_.sends_empty_lists);
         list(form_.path, count, smallest_size(form_.fields), Claim::Of::list);
-        for (uint32_t i = 1; i <= count; ++i) {
-            fields(form_.fields, i == count ? content : Content::empty);
+        if (count != 0) {
+            fields(form_.fields, first_of_records(content));
+            fields(form_.fields, content);
         }
+    }
+    // Where only the last record may have an empty text, the first has texts, and no elements in a
+    // list of its own.
+    static Content first_of_records(Content content)
+    {
+        return content == Content::whole || content == Content::ends_empty ? Content::none
+                                                                           : Content::empty;
     }
     void strings(const char *path, Content content, Claim::Of of)
     {
-        const uint32_t count = content == Content::none ? 0 : 3;
-        const bool is_lost = count == 0 || (loses_empty() && content == Content::empty);
-        receive_null(is_lost ? category_.sends_empty_lists : loses_empty());
-        list(path, count, 4, of);
-        for (uint32_t i = 0; i < count; ++i) {
-            constexpr std::string_view texts[] = {"a", "", "bc"};
-            text(path, content == Content::full ? texts[i] : "");
+        const bool loses_empty = form_.elements == Elements::lose_empty;
+        const std::vector<std::string_view> texts = listed_texts(content);
+        const bool is_lost = texts.empty() || (loses_empty && content == Content::empty);
+        receive_null(is_lost ? category_.sends_empty_lists
+                             : loses_empty || content == Content::whole);
+        list(path, static_cast<uint32_t>(texts.size()), 4, of);
+        for (const std::string_view one : texts) {
+            text(path, one);
         }
     }
-    bool loses_empty() const { return form_.elements == Elements::lose_empty; }
     void array()
     {
         claims_.push_back({Claim::Of::array, form_.path, size_at_, end(), 4});
@@ -241,7 +264,7 @@ private:
         const Form &form = category.forms.front();
         Body body(category, form);
         body.head(*form.types.begin(), data_size);
-        add(std::move(body).message(std::string(category.name) + name, type));
+        add(std::move(body).message(std::string(category.name) + name, type, Content::none));
     }
 
     // Heads without a payload.
@@ -297,7 +320,8 @@ private:
                                    form.data_size == DataSize::added;
         body.zeros(is_first && may_be_padded ? 5 : 0);
         const std::string name = std::string(category.name) + "-" + form.name + suffix;
-        add(std::move(body).message(name, is_first ? category.first_type() : category.last_type()));
+        const uint8_t type = is_first ? category.first_type() : category.last_type();
+        add(std::move(body).message(name, type, content));
     }
 
     void add(const CategoryFormat &category, const Form &form)
@@ -314,6 +338,11 @@ private:
         }
         if (form.payload == Payload::records || form.payload == Payload::strings) {
             add(category, form, Content::none, "-none");
+            add(category, form, Content::whole, "-whole");
+            add(category, form, Content::ends_empty, "-ends-empty");
+        }
+        if (form.payload == Payload::strings) {
+            add(category, form, Content::begins_empty, "-begins-empty");
         }
     }
 
@@ -337,6 +366,17 @@ private:
 
 }  // namespace
 
+std::vector<uint8_t> head_bytes(const CategoryFormat &category, uint32_t discriminator,
+                                int32_t data_size)
+{
+    Bytes bytes;
+    for (const Field &field : category.head) {
+        const auto size = is_data_size(field) ? static_cast<uint32_t>(data_size) : 0;
+        append_word(bytes, field.offset == 0 ? discriminator : size);
+    }
+    return bytes;
+}
+
 std::vector<uint8_t> framed(uint8_t type, const std::vector<uint8_t> &body,
                             const std::string &hdr_text)
 {
@@ -356,10 +396,15 @@ std::vector<uint8_t> framed(uint8_t type, const std::vector<uint8_t> &body,
 std::vector<GoodMessage> good_messages()
 {
     Messages all;
-    all.add({"none-19", framed(19, {}), false, {}, {}});
-    all.add({"none-41-trailing", framed(41, {1, 2, 3, 4}), false, {}, {}});
-    all.add({"none-75-text", framed(75, {}, "header"), false, {}, {}});
-    all.add({"none-80-text-with-zero", framed(80, {}, std::string("a\0b", 3)), false, {}, {}});
+    all.add({"none-19", framed(19, {}), Content::none, false, {}, {}});
+    all.add({"none-41-trailing", framed(41, {1, 2, 3, 4}), Content::none, false, {}, {}});
+    all.add({"none-75-text", framed(75, {}, "header"), Content::none, false, {}, {}});
+    all.add({"none-80-text-with-zero",
+             framed(80, {}, std::string("a\0b", 3)),
+             Content::none,
+             false,
+             {},
+             {}});
     for (const CategoryFormat &category : category_formats()) {
         all.add(category);
     }

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <string_view>
 
 #include <rapidcheck.h>
 
@@ -100,7 +99,8 @@ struct Bodies {
 class Sender {
 public:
     explicit Sender(const CategoryFormat &category)
-        : category_(category), form_(drawn_form(category)), type_(drawn_type())
+        : category_(category), form_(drawn_form(category)),
+          type_(any_of(discriminators_of(category, form_)))
     {
     }
 
@@ -130,17 +130,6 @@ private:
         }
         return *any_of(forms);
     }
-    // The forms before it take some of the numbers of a form.
-    uint32_t drawn_type() const
-    {
-        std::vector<uint32_t> types;
-        for (const uint32_t type : form_.types) {
-            if (&form_of(category_, type) == &form_) {
-                types.push_back(type);
-            }
-        }
-        return any_of(types);
-    }
 
     void *body() { return &sent_.msg.body; }
     template <class Value>
@@ -164,7 +153,7 @@ private:
         for (const Field &field : category_.head) {
             if (field.offset == 0) {
                 head_.word(type_);
-            } else if (std::string_view(field.path).ends_with(".data_size")) {
+            } else if (is_data_size(field)) {
                 head_.words(static_cast<uint32_t>(first_size), static_cast<uint32_t>(again_size));
             } else if (form_.is_in_param) {
                 head_.word(0);  // a part of an address
@@ -249,11 +238,7 @@ private:
     }
     size_t offset_of_data_size() const
     {
-        return std::ranges::find_if(category_.head,
-                                    [](const Field &field) {
-                                        return std::string_view(field.path).ends_with(".data_size");
-                                    })
-            ->offset;
+        return std::ranges::find_if(category_.head, is_data_size)->offset;
     }
 
     void *draw_data()

@@ -270,7 +270,7 @@ TEST(Memory, OfARefusedHeaderIsNone)
 }
 
 // Every good message is short: the constant and a little more.
-TEST(Memory, OfEveryShapeIsWithinTheBound)
+TEST(Memory, OfEveryFormIsWithinTheBound)
 {
     for (const GoodMessage &good : good_messages()) {
         expect_little_opened(good.bytes);
@@ -320,7 +320,7 @@ size_t expect_refusals_without_memory(const Bytes &bytes)
     }
 }
 
-TEST(NoMemoryToOpen, IsAFaultForEveryShape)
+TEST(NoMemoryToOpen, IsAFaultForEveryForm)
 {
     for (const GoodMessage &good : good_messages()) {
         SCOPED_TRACE(good.name);
@@ -350,16 +350,16 @@ TEST(NoMemoryToOpen, IsAFaultForARecordThatIsLargerThanItsBytes)
     EXPECT_GE(expect_refusals_without_memory(network), sizeof(void *) == 8 ? 2U : 1U);
 }
 
-// The region by itself: what is smaller than a pointer takes the place of one.
+// The arena by itself: what is smaller than a pointer takes the place of one.
 TEST(Arena, HasRoomForWhatItHasGrownFor)
 {
-    Arena region(0);
-    mdm_msg_t *msg = region.message();
+    Arena arena(0);
+    mdm_msg_t *msg = arena.message();
     ASSERT_NE(msg, nullptr);
-    EXPECT_EQ(region.take(1), nullptr);
-    EXPECT_TRUE(region.grow(1, 0));
-    EXPECT_NE(region.take(1), nullptr);
-    EXPECT_EQ(region.take(1), nullptr);
+    EXPECT_EQ(arena.take(1), nullptr);
+    EXPECT_TRUE(arena.grow(1, 0));
+    EXPECT_NE(arena.take(1), nullptr);
+    EXPECT_EQ(arena.take(1), nullptr);
     Arena::release(msg);
 }
 

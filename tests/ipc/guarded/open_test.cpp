@@ -2,7 +2,7 @@
 //
 // What ipc_open() promises for any bytes: it reads nothing behind them, it keeps nothing, and it
 // makes the message that ipc_deserialize() makes, or says truly why not. Everything here starts
-// from whole messages of every shape and spoils them.
+// from whole messages of every form and corrupts them.
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -44,7 +44,7 @@ uint32_t size_of(const Bytes &bytes)
     return static_cast<uint32_t>(bytes.size());
 }
 
-// Spoiling.
+// Corruption.
 
 void put_word(Bytes &bytes, size_t offset, uint32_t value)
 {
@@ -88,10 +88,10 @@ std::vector<Bytes> with_other_word(const Bytes &bytes, size_t offset)
     std::vector<Bytes> all;
     for (const uint32_t value :
          {0xFFFFFFFFU, 0x80000000U, 0x7FFFFFFFU, left, left + 1, left - 1, 0U, 1U}) {
-        Bytes spoilt = bytes;
-        put_word(spoilt, offset, value);
-        if (spoilt != bytes) {
-            all.push_back(spoilt);
+        Bytes corrupted = bytes;
+        put_word(corrupted, offset, value);
+        if (corrupted != bytes) {
+            all.push_back(corrupted);
         }
     }
     return all;
@@ -319,7 +319,7 @@ Bytes with_longer_text(const Bytes &bytes, uint32_t count)
 
 // Good messages.
 
-TEST(Open, EveryShapeHoldsWhatDeserialisingMakesOfIt)
+TEST(Open, EveryFormHoldsWhatDeserialisingMakesOfIt)
 {
     for (const GoodMessage &good : good_messages()) {
         EXPECT_EQ(fields_of(good.bytes), deserialised_fields_of(good.bytes)) << good.name;
@@ -445,13 +445,14 @@ TEST(Open, ManyThreadsMayOpenAtOnce)
     }
 }
 
-// Particular shapes.
+// Particular forms.
 
 // Q-GUARDED-6
 TEST(Open, ATypeWithoutCategoryHasTheHeaderOnly)
 {
-    for (const uint8_t type : hex("13 14 29 2C 37 3C 3E 40 4B 50")) {
-        const std::string fields = fields_of(framed(type, hex("FF FF FF FF")));
+    for (const uint32_t type : types_without_category) {
+        const std::string fields =
+            fields_of(framed(static_cast<uint8_t>(type), hex("FF FF FF FF")));
         EXPECT_THAT(fields, StartsWith("header 0 " + std::to_string(type) + " 90 "));
         EXPECT_THAT(fields, HasSubstr("\nno body\n"));
     }
@@ -583,7 +584,7 @@ TEST(Open, ASecurityStringIsThereOnce)
               memory_of(framed(9, head_bytes(223, 1) + names)));
 }
 
-// Spoilt messages.
+// Corrupted messages.
 
 TEST(Open, AnyCutIsOpenedOrRefused)
 {
@@ -647,14 +648,13 @@ TEST(Open, AnyByteMayStandInTheHeader)
 // The discriminators of a category, and all around them.
 TEST(Open, AnyDiscriminatorIsReadAsDeserialisingReadsIt)
 {
-    for (const uint8_t type : hex("01 03 05 07 09 0B 0D 0E 11 15 23 27 2D 2F 33 35 3D 3F")) {
-        const bool has_package = type == 13 || type == 14;
-        const Bytes head = word(0) + (has_package ? word(0) : Bytes{}) + word(4);
+    for (const CategoryFormat &category : category_formats()) {
         std::vector<Bytes> all;
         for (uint32_t discriminator = 0; discriminator < 650; ++discriminator) {
-            all.push_back(framed(type, word(discriminator) + head + word(1) + Bytes(120)));
+            all.push_back(framed(category.first_type(),
+                                 head_bytes(category, discriminator, 4) + word(1) + Bytes(120)));
         }
-        ASSERT_NO_FATAL_FAILURE(expect_sound("type " + std::to_string(type), all));
+        ASSERT_NO_FATAL_FAILURE(expect_sound(category.name, all));
     }
 }
 
@@ -687,13 +687,13 @@ TEST(Open, NeedsNoMoreThanItSays)
     }
 }
 
-TEST(Open, NeedsNoMoreThanALyingWordAsksFor)
+TEST(Open, NeedsNoMoreThanAFalseWordAsksFor)
 {
     for (const GoodMessage &good : good_messages()) {
         for (size_t offset = smallest_message; offset + 4 <= good.bytes.size(); ++offset) {
-            Bytes spoilt = good.bytes;
-            put_word(spoilt, offset, static_cast<uint32_t>(good.bytes.size() - offset - 3));
-            expect_enough_when_given(spoilt);
+            Bytes corrupted = good.bytes;
+            put_word(corrupted, offset, static_cast<uint32_t>(good.bytes.size() - offset - 3));
+            expect_enough_when_given(corrupted);
             ASSERT_FALSE(HasFailure()) << good.name << " at " << offset;
         }
     }

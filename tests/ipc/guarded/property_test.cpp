@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Properties of the guarded path, over messages that are generated: as a sender may pass them, with
-// a sender's mistakes, and as bytes that were spoilt on their way.
+// a sender's mistakes, and as bytes that were corrupted on their way.
 //
 // A failure prints how to repeat it, with RC_PARAMS in the environment.
 #include <algorithm>
@@ -170,49 +170,21 @@ Value one_of(const std::array<Value, count> &values, Random &random)
     return values[below(count, random)];
 }
 
-// The bodies with a head of the same layout are one body here. Others have nothing that could be
-// missing.
-template <class Visit>
-void visit_head(mdm_msg_t &msg, Visit visit)
+void lose_data(mdm_msg_t &msg, const CategoryFormat &category)
 {
-    switch (msg.type) {
-    case 1:
-    case 2:
-    case 51:
-    case 52:
-    case 53:
-    case 54:
-    case 61:
-    case 63:
-        return;
-    case 13:
-    case 14:
-        return visit(msg.body.app);
-    case 17:
-    case 18:
-        return visit(msg.body.misc);
-    default:
-        return visit(msg.body.security);
-    }
-}
-
-void lose_data(mdm_msg_t &msg)
-{
-    visit_head(msg, [](auto &info) { info.data = nullptr; });
+    member_at<void *>(&msg.body, category.data) = nullptr;
 }
 
 // No positive size is larger than what there is.
-void spoil_data_size(mdm_msg_t &msg, Random &random)
+void corrupt_data_size(mdm_msg_t &msg, const CategoryFormat &category, Random &random)
 {
     constexpr int32_t lowest = std::numeric_limits<int32_t>::min();
     constexpr int32_t highest = std::numeric_limits<int32_t>::max();
     constexpr std::array<int32_t, 12> sizes = {0,   1,   -1,  -4,     -11,        -12,
                                                -13, -40, -60, lowest, lowest + 1, highest};
-    visit_head(msg, [&](auto &info) {
-        const int32_t size = one_of(sizes, random);
-        const int32_t there = info.data == nullptr ? highest : std::max(info.data_size, 1);
-        info.data_size = std::min(size, there);
-    });
+    auto &data_size = member_at<int32_t>(&msg.body, category.data_size);
+    const bool has_data = value_at<void *>(&msg.body, category.data) != nullptr;
+    data_size = std::min(one_of(sizes, random), has_data ? std::max(data_size, 1) : highest);
 }
 
 GList *list_at(const void *place)
@@ -237,11 +209,30 @@ void lose_first_cell(const SentMessage &sent, void *place)
     }
 }
 
-void lose_first_cell_of_data(const SentMessage &sent, mdm_msg_t &msg)
+void lose_first_cell_of_data(const SentMessage &sent, mdm_msg_t &msg,
+                             const CategoryFormat &category)
 {
-    visit_head(msg, [&](auto &info) { lose_first_cell(sent, &info.data); });
+    lose_first_cell(sent, &member_at<GList *>(&msg.body, category.data));
     if (sent.sends_pointer_as_param) {
         lose_first_cell(sent, &msg.body.misc.param_list);
+    }
+}
+
+// Mistakes in the body's own pointers and its size.
+void make_mistakes(const SentMessage &sent, mdm_msg_t &msg, const CategoryFormat &category,
+                   Random &random)
+{
+    if (category.data == no_offset) {  // nothing could be missing
+        return;
+    }
+    if (one_in(4, random)) {
+        lose_first_cell_of_data(sent, msg, category);
+    }
+    if (one_in(4, random)) {
+        lose_data(msg, category);
+    }
+    if (one_in(2, random)) {
+        corrupt_data_size(msg, category, random);
     }
 }
 
@@ -299,15 +290,7 @@ void expect_mistakes_to_do_no_harm(const CategoryFormat &category)
         while (one_in(2, random)) {
             mistakes.make_one(random);
         }
-        if (one_in(4, random)) {
-            lose_first_cell_of_data(sent, msg);
-        }
-        if (one_in(4, random)) {
-            lose_data(msg);
-        }
-        if (one_in(2, random)) {
-            spoil_data_size(msg, random);
-        }
+        make_mistakes(sent, msg, category, random);
         expect_no_harm(msg);
     }
 }
@@ -355,7 +338,7 @@ void make_length_true(Bytes &bytes)
     }
 }
 
-Bytes spoilt(Bytes bytes, const Bytes &other, Random &random)
+Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
 {
     do {
         switch (below(8, random)) {
@@ -428,7 +411,7 @@ void expect_same_fields_or_true_fault(const Bytes &bytes)
     expect_sending_on_to_do_no_harm(bytes);
 }
 
-void expect_spoilt_bytes_to_do_no_harm(const CategoryFormat &category)
+void expect_corrupted_bytes_to_do_no_harm(const CategoryFormat &category)
 {
     const LogRecorder log(any_bool() ? MDM_LOG_DEBUG : MDM_LOG_NONE);
     const SentMessage sent = any_message(category);
@@ -438,7 +421,7 @@ void expect_spoilt_bytes_to_do_no_harm(const CategoryFormat &category)
     expect_same_fields_or_true_fault(bytes);
     Random random(any_word());
     for (int i = 0; i < 8; ++i) {
-        expect_same_fields_or_true_fault(spoilt(bytes, other_bytes, random));
+        expect_same_fields_or_true_fault(corrupted(bytes, other_bytes, random));
     }
 }
 
@@ -460,9 +443,9 @@ TEST_P(GuardedProperty, ASendersMistakesAreRefusedOrTheBytesCanBeOpened)
     expect_always(expect_mistakes_to_do_no_harm);
 }
 
-TEST_P(GuardedProperty, SpoiltBytesAreRefusedWithATrueFaultOrOpenedAsDeserialised)
+TEST_P(GuardedProperty, CorruptedBytesAreRefusedWithATrueFaultOrOpenedAsDeserialised)
 {
-    expect_always(expect_spoilt_bytes_to_do_no_harm);
+    expect_always(expect_corrupted_bytes_to_do_no_harm);
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, GuardedProperty, ::testing::ValuesIn(category_formats()),

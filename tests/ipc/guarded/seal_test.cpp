@@ -778,16 +778,16 @@ TEST(SealAppRes, RefusesNullElementsOfEitherListOfControls)
     const Cells null_name = cells({nullptr});
     const Cells names = cells({a, bc});
     mdm_app_control_info_t empty{7, nullptr};
-    mdm_app_control_info_t spoilt{8, null_name.get()};
+    mdm_app_control_info_t corrupted{8, null_name.get()};
     mdm_app_control_info_t whole{9, names.get()};
     const Cells null_between = cells({&empty, nullptr, &empty});
-    const Cells spoilt_alone = cells({&spoilt});
-    const Cells spoilt_last = cells({&whole, &spoilt});
+    const Cells corrupted_alone = cells({&corrupted});
+    const Cells corrupted_last = cells({&whole, &corrupted});
     const Cells controls = cells({&whole, &empty, &whole});
     app_res.is_refused({172, 173, 174, 175},
                        {{1, null_between.get(), {56, 0, 12, "app_res.controls"}},
-                        {1, spoilt_alone.get(), {64, 0, 4, "app_res.control.pkg_list"}},
-                        {1, spoilt_last.get(), {83, 0, 4, "app_res.control.pkg_list"}}});
+                        {1, corrupted_alone.get(), {64, 0, 4, "app_res.control.pkg_list"}},
+                        {1, corrupted_last.get(), {83, 0, 4, "app_res.control.pkg_list"}}});
     app_res.is_sealed({172, 173, 174, 175}, {{1, nullptr}, {1, controls.get()}, {0, nullptr}});
     app_res.is_refused({172, 173, 174, 175}, {{0, controls.get(), unfit("app_res.data_size")}});
 }
@@ -1118,29 +1118,17 @@ TEST(Seal, ARefusedSizeIsTakenBack)
 // A list whose owner knows its second cell only: what is written begins with the first, but is not
 // counted from there.
 
-struct Halved {
-    uint8_t message_type;
-    uint32_t type;
-    void *first;
-    void *second;
-    uint32_t offset;
-    const char *path;
-};
-
-mdm_msg_t message_of(const Halved &it, GList *list)
+mdm_msg_t message_of(const CategoryFormat &category, const Form &form, GList *list)
 {
-    switch (it.message_type) {
-    case 13:
-    case 14:
-        return message_of<&mdm_body_t::app>(it.message_type, it.type, 1, list);
-    case 17: {
-        mdm_msg_t msg = message_of<&mdm_body_t::misc>(it.message_type, it.type, 1, nullptr);
+    mdm_msg_t msg = message(category.first_type());
+    member_at<uint32_t>(&msg.body, 0) = *form.types.begin();
+    member_at<int32_t>(&msg.body, category.data_size) = 1;
+    if (form.is_in_param) {
         msg.body.misc.param_list = list;
-        return msg;
+    } else {
+        member_at<GList *>(&msg.body, category.data) = list;
     }
-    default:
-        return message_of<&mdm_body_t::security>(it.message_type, it.type, 1, list);
-    }
+    return msg;
 }
 
 ipc_fault_t fault_of_sealing(mdm_msg_t msg)
@@ -1151,60 +1139,54 @@ ipc_fault_t fault_of_sealing(mdm_msg_t msg)
     return fault;
 }
 
-class SealHalvedList : public ::testing::Test {
-protected:
-    mdm_security_account_t security_{};
-    mdm_eas_account_t eas_{};
-    mdm_email_account_t email_{};
-    mdm_apn_account_t apn_{};
-    mdm_app_res_item_t item_{a, 7};
-    mdm_app_control_info_t control_{7, nullptr};
-    uint32_t key_ = 7;
-    mdm_kiosk_key_pair_t pair_{1, 2};
-    const std::vector<Halved> all_ = {{5, 68, a, bc, 52, "security.strings"},
-                                      {5, 70, &security_, &security_, 52, "security.accounts"},
-                                      {7, 290, a, bc, 52, "wifi.ssids"},
-                                      {9, 91, a, bc, 52, "bluetooth.names"},
-                                      {11, 106, &eas_, &eas_, 52, "eas.accounts"},
-                                      {13, 4, a, bc, 56, "app.packages"},
-                                      {14, 3, a, bc, 56, "app_res.packages"},
-                                      {14, 140, &item_, &item_, 56, "app_res.items"},
-                                      {14, 172, &control_, &control_, 56, "app_res.controls"},
-                                      {17, 127, a, bc, 52, "misc.param_list"},
-                                      {21, 389, &apn_, &apn_, 52, "apn.profiles"},
-                                      {39, 363, &email_, &email_, 52, "email.accounts"},
-                                      {45, 618, &key_, &key_, 52, "kiosk.keys"},
-                                      {45, 619, &pair_, &pair_, 52, "kiosk.key_pairs"}};
-};
+// Calls `check` with each category and form that has a list, and an element that is sent.
+template <class Check>
+void for_each_list(Check check)
+{
+    for (const CategoryFormat &category : category_formats()) {
+        for (const Form &form : category.forms) {
+            if (form.payload == Payload::strings) {
+                check(category, form, a);
+            } else if (form.payload == Payload::records) {
+                Bytes record(form.size);
+                if (form.elements == Elements::nameless) {
+                    member_at<char *>(record.data(), form.fields.front().offset) = a;
+                }
+                check(category, form, record.data());
+            }
+        }
+    }
+}
 
 // Q-GUARDED-7
-TEST_F(SealHalvedList, IsRefused)
+TEST(SealHalvedList, IsRefused)
 {
-    for (const Halved &it : all_) {
-        const Cells list = cells({it.first, it.second});
-        expect_sealed(message_of(it, list.get()));
-        const ipc_fault_t fault = fault_of_sealing(message_of(it, list->next));
-        EXPECT_STREQ(fault.path, it.path);
-        EXPECT_EQ(fault.offset, it.offset);
+    for_each_list([](const CategoryFormat &category, const Form &form, void *element) {
+        const Cells list = cells({element, element});
+        expect_sealed(message_of(category, form, list.get()));
+        const ipc_fault_t fault = fault_of_sealing(message_of(category, form, list->next));
+        EXPECT_STREQ(fault.path, form.path);
+        EXPECT_EQ(fault.offset, body_offset + 4 * category.head.size());
         EXPECT_EQ(fault.needed, 0U);
-    }
+    });
 }
 
-TEST_F(SealHalvedList, IsRefusedWhereTheFirstElementIsNull)
+TEST(SealHalvedList, IsRefusedWhereTheFirstElementIsNull)
 {
-    for (const Halved &it : all_) {
-        const Cells list = cells({nullptr, it.second});
-        EXPECT_TRUE(is_refused(message_of(it, list->next))) << it.path;
-    }
+    for_each_list([](const CategoryFormat &category, const Form &form, void *element) {
+        const Cells list = cells({nullptr, element});
+        EXPECT_TRUE(is_refused(message_of(category, form, list->next))) << form.path;
+    });
 }
 
-TEST_F(SealHalvedList, IsRefusedWhereItIsAClients)
+TEST(SealHalvedList, IsRefusedWhereItIsAClients)
 {
     const Cells names = cells({a, bc});
     const Cells broken_names = cells({nullptr, bc});
-    const Cells controls = cells({&control_, &control_});
+    mdm_app_control_info_t control{7, nullptr};
+    const Cells controls = cells({&control, &control});
     for (GList *list : {names->next, broken_names->next}) {
-        control_.pkg_list = list;
+        control.pkg_list = list;
         mdm_msg_t msg = message_of<&mdm_body_t::app_res>(14, 172, 1, controls.get());
         EXPECT_STREQ(fault_of_sealing(msg).path, "app_res.control.pkg_list");
     }
