@@ -56,7 +56,7 @@ components)
     } | expect_component dev
     {
         printf 'share/doc/mdm-common/%s\n' README.md CHANGELOG.md LICENSE
-        (cd "$source_dir" && find docs -name '*.md' -printf 'share/doc/mdm-common/%p\n')
+        (cd "$source_dir" && find docs \( -name '*.md' -o -name '*.svg' \) -printf 'share/doc/mdm-common/%p\n')
     } | expect_component doc
     # Nothing is in none of them.
     quietly cmake --install "$build" --prefix "$work/all"

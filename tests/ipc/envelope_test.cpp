@@ -544,14 +544,14 @@ int failed_check(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
 TEST(Deserialise, ChecksStandInTheirOrderAndEachLogsItsOwnLine)
 {
     mdm_msg_t msg{};
-    Bytes lies = header_only(0);  // and its type is wrong, too
-    lies[0] = 31;
+    Bytes wrong = header_only(0);  // and its type is wrong, too
+    wrong[0] = 31;
     Bytes short_one = header_only(0);  // likewise
     short_one[0] = 31;
     const Bytes untyped = header_only(0);
     const std::vector<int> checks = {
         failed_check(nullptr, untyped.data(), 40), failed_check(&msg, nullptr, 40),
-        failed_check(&msg, lies.data(), 40),       failed_check(&msg, short_one.data(), 39),
+        failed_check(&msg, wrong.data(), 40),      failed_check(&msg, short_one.data(), 39),
         failed_check(&msg, untyped.data(), 40),
     };
     EXPECT_GT(checks[0], 0);
@@ -598,7 +598,7 @@ TEST(Deserialise, LengthFieldMustBeExactlyLengthMinus8)
     expect_rejected(res_message, 0xFFFFFFFF);
 }
 
-TEST(Deserialise, ALyingLengthFieldIsRejected)
+TEST(Deserialise, AFalseLengthFieldIsRejected)
 {
     for (const uint32_t field : {0U, 31U, 45U, 47U, 54U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         Bytes bytes = res_message;

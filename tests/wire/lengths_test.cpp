@@ -162,7 +162,7 @@ TEST(Lengths, AreOfTheListThatWasMeasuredLast)
               hex("02 00 00 00 02 00 00 00 62 62 02 00 00 00 63 63"));
 }
 
-// A count begins with the given cell, and a walk with the list's first one.
+// A count begins with the given cell, and a loop with the list's first one.
 TEST(Lengths, AreNotThoseOfAListGivenByALaterCell)
 {
     const Strings strings({"a", "bb"});

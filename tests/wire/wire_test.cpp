@@ -411,7 +411,7 @@ TEST_F(WireLists, AreWalkedFromTheirFirstElement)
     EXPECT_THAT(walked, ElementsAre(::testing::StrEq("a"), nullptr, ::testing::StrEq("b")));
 }
 
-// Unlike a walk.
+// Unlike a loop over the list.
 // Q-WIRE-4
 TEST_F(WireLists, AreCountedFromWhereTheyAreGiven)
 {

@@ -379,7 +379,7 @@ TEST(Apn, NegativeDataSizeIsAPayloadOfAProfileOrAList)
     }
 }
 
-TEST(Apn, TypesOfEachShape)
+TEST(Apn, TypesOfEachForm)
 {
     std::vector<uint32_t> types = {0x80000000, 0x80000183, 0x00010185, 0x01000189, 0xFFFFFFFF};
     for (uint32_t type = 0; type <= 1000; ++type) {
@@ -464,7 +464,7 @@ TEST(Apn, FreeWithoutAPayloadReleasesNothing)
     }
 }
 
-TEST(Apn, BothMessageTypesCarryEveryShapeAndLeakNothing)
+TEST(Apn, BothMessageTypesCarryEveryFormAndLeakNothing)
 {
     for (const uint8_t message_type : {apn.type, uint8_t{22}}) {
         for (const uint32_t type : some_types) {

@@ -27,20 +27,20 @@ constexpr Handlers app_res(14);
 constexpr std::array package_types = {3, 155, 159, 162, 168, 169, 170, 171, 176, 177};
 constexpr std::array item_types = {140, 141, 142};
 constexpr std::array control_types = {172, 173, 174, 175};
-// One type of each shape, raw last.
+// One type of each form, raw last.
 constexpr std::array sample_types = {162, 141, 142, 173, 143};
 
-enum class Shape { packages, items, controls, raw };
+enum class BodyForm { packages, items, controls, raw };
 
-Shape expected_shape(int32_t type)
+BodyForm expected_form(int32_t type)
 {
     const auto listed = [type](const auto &types) {
         return std::find(types.begin(), types.end(), type) != types.end();
     };
-    return listed(package_types)   ? Shape::packages
-           : listed(item_types)    ? Shape::items
-           : listed(control_types) ? Shape::controls
-                                   : Shape::raw;
+    return listed(package_types)   ? BodyForm::packages
+           : listed(item_types)    ? BodyForm::items
+           : listed(control_types) ? BodyForm::controls
+                                   : BodyForm::raw;
 }
 
 mdm_body_t body(int32_t type, int32_t data_size, void *data, const char *pkg = nullptr)
@@ -114,7 +114,7 @@ void release(const std::vector<const void *> &records)
 std::vector<const void *> release(mdm_body_t &received)
 {
     std::vector<const void *> kept;
-    if (expected_shape(received.app_res.type) == Shape::controls &&
+    if (expected_form(received.app_res.type) == BodyForm::controls &&
         received.app_res.data_size > 0) {
         kept = elements_of(received.app_res.data);
     }
@@ -184,9 +184,9 @@ TEST(AppRes, DataSizeBelow1SendsTheHeadAloneWhateverTheType)
     }
 }
 
-// One body and one payload that every shape makes something else of, so that a type's shape shows
+// One body and one payload that every form makes something else of, so that a type's form shows
 // in how many bytes are sized, written, read and how many blocks are released.
-TEST(AppRes, TypeSelectsTheShapeInEveryHandler)
+TEST(AppRes, TypeSelectsTheFormInEveryHandler)
 {
     struct Marks {
         uint32_t sized;
@@ -194,11 +194,11 @@ TEST(AppRes, TypeSelectsTheShapeInEveryHandler)
         size_t read;
         size_t released;
     };
-    const std::map<Shape, Marks> marks = {
-        {Shape::packages, {24, 24, 26, 2}},
-        {Shape::items, {28, 20, 30, 3}},
-        {Shape::controls, {28, 28, 32, 2}},
-        {Shape::raw, {21, 21, 21, 1}},
+    const std::map<BodyForm, Marks> marks = {
+        {BodyForm::packages, {24, 24, 26, 2}},
+        {BodyForm::items, {28, 20, 30, 3}},
+        {BodyForm::controls, {28, 28, 32, 2}},
+        {BodyForm::raw, {21, 21, 21, 1}},
     };
     std::vector<int32_t> types = {
         -1, -116, INT32_MIN, INT32_MIN + 3, INT32_MAX, INT32_MIN + 140, 0x10003, 0x10000 + 172};
@@ -209,7 +209,7 @@ TEST(AppRes, TypeSelectsTheShapeInEveryHandler)
     const Cells list = cells({&element});
     for (const int32_t type : types) {
         SCOPED_TRACE(type);
-        const Marks &expected = marks.at(expected_shape(type));
+        const Marks &expected = marks.at(expected_form(type));
         const Bytes written = sized_and_written(
             body(type, 5, list.get()), expected.sized - static_cast<uint32_t>(expected.written));
         EXPECT_EQ(written.size(), expected.written);

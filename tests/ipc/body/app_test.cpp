@@ -23,16 +23,16 @@ using ::testing::Optional;
 
 constexpr Handlers app(13);
 
-enum class Shape { packages, num_pair, pair, raw };
+enum class BodyForm { packages, num_pair, pair, raw };
 
-Shape expected_shape(int32_t type)
+BodyForm expected_form(int32_t type)
 {
-    static const std::map<int32_t, Shape> listed = {
-        {4, Shape::packages},   {15, Shape::packages}, {140, Shape::num_pair},
-        {141, Shape::num_pair}, {184, Shape::pair},    {185, Shape::pair},
+    static const std::map<int32_t, BodyForm> listed = {
+        {4, BodyForm::packages},   {15, BodyForm::packages}, {140, BodyForm::num_pair},
+        {141, BodyForm::num_pair}, {184, BodyForm::pair},    {185, BodyForm::pair},
     };
     const auto found = listed.find(type);
-    return found == listed.end() ? Shape::raw : found->second;
+    return found == listed.end() ? BodyForm::raw : found->second;
 }
 
 mdm_body_t body(int32_t type, int32_t data_size, void *data, const char *pkg = nullptr)
@@ -132,20 +132,20 @@ TEST(App, DataSizeBelow1SendsTheHeadAloneWhateverTheType)
     }
 }
 
-// One body and one payload that every shape can make something else of, so that a type's shape
+// One body and one payload that every form can make something else of, so that a type's form
 // shows in how many bytes are written, read and released.
-TEST(App, TypeSelectsTheShapeInEveryHandler)
+TEST(App, TypeSelectsTheFormInEveryHandler)
 {
     struct Marks {
         size_t written;
         size_t read;
         size_t released;
     };
-    const std::map<Shape, Marks> marks = {
-        {Shape::packages, {20, 28, 0}},
-        {Shape::num_pair, {21, 24, 1}},
-        {Shape::pair, {24, 26, 2}},
-        {Shape::raw, {21, 21, 1}},
+    const std::map<BodyForm, Marks> marks = {
+        {BodyForm::packages, {20, 28, 0}},
+        {BodyForm::num_pair, {21, 24, 1}},
+        {BodyForm::pair, {24, 26, 2}},
+        {BodyForm::raw, {21, 21, 1}},
     };
     std::vector<int32_t> types = {
         -1,         -116,          INT32_MIN,    INT32_MIN + 4, INT32_MAX, INT32_MIN + 140,
@@ -156,19 +156,19 @@ TEST(App, TypeSelectsTheShapeInEveryHandler)
     GList cell{};  // a list of a null name, or two null strings, or bytes
     for (const int32_t type : types) {
         SCOPED_TRACE(type);
-        const Shape shape = expected_shape(type);
+        const BodyForm form = expected_form(type);
         const Bytes written = sized_and_written(body(type, 5, &cell));
-        EXPECT_EQ(written.size(), marks.at(shape).written);
+        EXPECT_EQ(written.size(), marks.at(form).written);
 
         const Bytes bytes = Bytes(written.begin(), written.begin() + 16) +
                             hex("02 00 00 00 00 00 00 00 00 00 00 00");
         mdm_body_t received{};
-        EXPECT_EQ(app.read(&received, bytes), marks.at(shape).read);
+        EXPECT_EQ(app.read(&received, bytes), marks.at(form).read);
         void *data = received.app.data;
-        EXPECT_EQ(app.release(&received).size(), marks.at(shape).released);
-        const bool keeps_data = shape == Shape::packages || shape == Shape::pair;
+        EXPECT_EQ(app.release(&received).size(), marks.at(form).released);
+        const bool keeps_data = form == BodyForm::packages || form == BodyForm::pair;
         EXPECT_EQ(received.app.data, keeps_data ? data : nullptr);
-        if (shape == Shape::packages) {
+        if (form == BodyForm::packages) {
             g_list_free(static_cast<GList *>(data));
         }
     }
@@ -469,7 +469,7 @@ void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
     app.read(&received, bytes);
     EXPECT_THAT(log.take(), ElementsAreArray(infos(app.get, get_lines)));
     app.release(&received);
-    if (expected_shape(sent.app.type) == Shape::packages) {
+    if (expected_form(sent.app.type) == BodyForm::packages) {
         g_list_free_full(static_cast<GList *>(received.app.data), g_free);
     }
 }

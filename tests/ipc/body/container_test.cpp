@@ -33,7 +33,7 @@ constexpr Handlers container(47);
 constexpr uint32_t item_type = 628;
 constexpr uint32_t short_item_type = 629;
 constexpr uint32_t raw_types[] = {630, 631, 632};
-constexpr uint32_t one_type_of_each_shape[] = {628, 629, 631, 640};
+constexpr uint32_t one_type_of_each_form[] = {628, 629, 631, 640};
 constexpr int32_t any_payload[] = {1, 9, INT32_MAX, -1, INT32_MIN};
 
 mdm_body_t body(uint32_t type, int32_t data_size, void *data)
@@ -92,7 +92,7 @@ const Form &form_of(uint32_t type)
     }
 }
 
-TEST(Container, TypeDecidesTheShapeInEveryHandler)
+TEST(Container, TypeDecidesTheFormInEveryHandler)
 {
     for (const uint32_t type : swept_types({628, 629, 630, 631, 632})) {
         const Form &form = form_of(type);
@@ -123,7 +123,7 @@ TEST(Container, TypeDecidesTheShapeInEveryHandler)
 // Q-BODY-3
 TEST(Container, NullDataIsTheHeadAloneWithItsDataSize)
 {
-    for (const uint32_t type : one_type_of_each_shape) {
+    for (const uint32_t type : one_type_of_each_form) {
         for (const int32_t data_size : {0, 1, 9, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, nullptr);
             expect_size(sent, 12, data_size);
@@ -134,7 +134,7 @@ TEST(Container, NullDataIsTheHeadAloneWithItsDataSize)
 
 TEST(Container, DataSize0IsTheHeadAloneAndMakesTheReceiversDataNull)
 {
-    for (const uint32_t type : one_type_of_each_shape) {
+    for (const uint32_t type : one_type_of_each_form) {
         mdm_body_t sent = body(type, 0, sentinel());
         expect_size(sent, 12, 0);
         const Bytes bytes = container.write(&sent);
@@ -168,7 +168,7 @@ TEST(Container, RecordsAreWrittenForAnyDataSizeOtherThan0)
 // Q-BODY-5
 TEST(Container, FreeDoesNothingWithoutDataOrDataSize)
 {
-    for (const uint32_t type : one_type_of_each_shape) {
+    for (const uint32_t type : one_type_of_each_form) {
         for (const auto &[data_size, data] :
              {std::pair{0, sentinel()}, {9, nullptr}, {0, nullptr}}) {
             mdm_body_t received = body(type, data_size, data);
@@ -181,7 +181,7 @@ TEST(Container, FreeDoesNothingWithoutDataOrDataSize)
 
 TEST(Container, HandlersLogEnterAndExitOnly)
 {
-    for (const uint32_t type : one_type_of_each_shape) {
+    for (const uint32_t type : one_type_of_each_form) {
         for (const int32_t data_size : {0, 4}) {
             for (const bool has_data : {false, true}) {
                 mdm_body_t some =
@@ -446,7 +446,7 @@ TEST(ContainerNothing, SendsTheHeadAloneAndLeavesTheReceiversData)
     }
 }
 
-TEST(ContainerMessage, CarriesEveryShapeAndLeaksNothing)
+TEST(ContainerMessage, CarriesEveryFormAndLeaksNothing)
 {
     Item record{1, borrowed("ab"), borrowed("c")};
     ShortItem short_record{2, borrowed("de")};

@@ -529,7 +529,7 @@ TEST(Eas, FreeWithoutAPayloadReleasesNothing)
     }
 }
 
-TEST(Eas, BothMessageTypesCarryEveryShapeAndLeakNothing)
+TEST(Eas, BothMessageTypesCarryEveryFormAndLeakNothing)
 {
     for (const uint8_t message_type : {eas.type, uint8_t{12}}) {
         for (const uint32_t type : every_type) {

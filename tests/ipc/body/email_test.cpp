@@ -57,7 +57,7 @@ const Bytes element_bytes = hex("10 00 00 00 11 00 00 00 12 00 00 00 13 00 00 00
 const Bytes settings_bytes = hex("02 00 00 00 31 36 02 00 00 00 31 35 02 00 00 00 31 34");
 const Bytes value_bytes = hex("FE 00 00 80 03 00 00 00 61 62 63");
 
-// One payload of each shape, as it travels.
+// One payload of each form, as it travels.
 struct Payload {
     uint32_t type;
     Bytes bytes;
@@ -145,7 +145,7 @@ std::vector<const void *> release(mdm_body_t &body, const std::vector<const void
     return trace.released();
 }
 
-TEST(Email, EveryShapeHasItsSizeWhicheverDataSizeItBeginsWith)
+TEST(Email, EveryFormHasItsSizeWhicheverDataSizeItBeginsWith)
 {
     for (const Payload &payload : payloads) {
         for (const int32_t data_size : {1, -1, INT32_MIN, INT32_MAX}) {
@@ -518,7 +518,7 @@ TEST(Email, FreeWithoutAPayloadReleasesNothing)
     }
 }
 
-TEST(Email, BothMessageTypesCarryEveryShapeAndLeakTheRecordOfSettingsOnly)
+TEST(Email, BothMessageTypesCarryEveryFormAndLeakTheRecordOfSettingsOnly)
 {
     for (const uint8_t message_type : {email.type, uint8_t{40}}) {
         for (const Payload &payload : payloads) {

@@ -256,16 +256,16 @@ TEST(Kiosk, RawBytesArriveAsAStringUpToTheirFirstZeroByte)
     kiosk.free(&back);
 }
 
-// What tells the shapes apart.
-struct Shape {
+// What tells the forms apart.
+struct BodyForm {
     uint32_t size;         // of a body of one element, or of 2 raw bytes
     int32_t data_size;     // what the size handler leaves of 2
-    size_t payload_size;   // read from bytes that suit every shape
+    size_t payload_size;   // read from bytes that suit every form
     size_t blocks;         // of a received body
     bool data_is_dropped;  // by the free handler
 };
 
-Shape shape_of(uint32_t type)
+BodyForm form_of(uint32_t type)
 {
     switch (type) {
     case 612:
@@ -281,7 +281,7 @@ Shape shape_of(uint32_t type)
     }
 }
 
-TEST(Kiosk, EveryTypeHasItsShape)
+TEST(Kiosk, EveryTypeHasItsForm)
 {
     mdm_kiosk_key_pair_t pair = {7, 8};
     const Cells list = cells({&pair});
@@ -290,29 +290,29 @@ TEST(Kiosk, EveryTypeHasItsShape)
     std::iota(types.end() - 1001, types.end(), 0);
     for (const uint32_t type : types) {
         SCOPED_TRACE(type);
-        const Shape shape = shape_of(type);
+        const BodyForm form = form_of(type);
         mdm_body_t sent =
-            body(type, 2, shape.size == 17 ? borrowed("x") : static_cast<void *>(list.get()));
-        EXPECT_EQ(kiosk.size(&sent), shape.size);
-        EXPECT_EQ(sent.kiosk.data_size, shape.data_size);
-        EXPECT_EQ(kiosk.write(&sent).size(), shape.size);
+            body(type, 2, form.size == 17 ? borrowed("x") : static_cast<void *>(list.get()));
+        EXPECT_EQ(kiosk.size(&sent), form.size);
+        EXPECT_EQ(sent.kiosk.data_size, form.data_size);
+        EXPECT_EQ(kiosk.write(&sent).size(), form.size);
 
         const Bytes bytes = wire(type, 2, hex("01 00 00 00 41 00 00 00 42 00 00 00"));
         mdm_body_t back{};
-        EXPECT_EQ(kiosk.read(&back, bytes), 12 + shape.payload_size);
+        EXPECT_EQ(kiosk.read(&back, bytes), 12 + form.payload_size);
         EXPECT_EQ(back.kiosk.data_size, 2);
-        EXPECT_EQ(kiosk.release(&back).size(), shape.blocks);
-        EXPECT_EQ(back.kiosk.data == nullptr, shape.data_is_dropped);
-        EXPECT_EQ(back.kiosk.data_size, shape.data_is_dropped ? 0 : 2);
+        EXPECT_EQ(kiosk.release(&back).size(), form.blocks);
+        EXPECT_EQ(back.kiosk.data == nullptr, form.data_is_dropped);
+        EXPECT_EQ(back.kiosk.data_size, form.data_is_dropped ? 0 : 2);
     }
 }
 
-constexpr uint32_t a_type_of_each_shape[] = {612, 613, 614, 618, 619, 621};
+constexpr uint32_t a_type_of_each_form[] = {612, 613, 614, 618, 619, 621};
 
 // Q-BODY-3
 TEST(Kiosk, NullDataSendsTheHeadAloneWithItsDataSize)
 {
-    for (const uint32_t type : a_type_of_each_shape) {
+    for (const uint32_t type : a_type_of_each_form) {
         for (const int32_t data_size : {8, 0, -1}) {
             mdm_body_t sent = body(type, data_size, nullptr);
             EXPECT_EQ(kiosk.size(&sent), 12U);
@@ -334,7 +334,7 @@ TEST(Kiosk, AnnouncedListIsReadFromBeyondItsBody)
 
 TEST(Kiosk, DataSize0SendsTheHeadAloneAndIsReceivedAsNull)
 {
-    for (const uint32_t type : a_type_of_each_shape) {
+    for (const uint32_t type : a_type_of_each_form) {
         mdm_body_t sent = body(type, 0, sentinel());
         EXPECT_EQ(kiosk.size(&sent), 12U);
         expect_headed<&mdm_body_t::kiosk>(sent, type, 0);
@@ -434,7 +434,7 @@ TEST(Kiosk, FreeResetsARawBodyAndMayThenRunAgain)
 // Q-BODY-5
 TEST(Kiosk, FreeWithoutDataOrDataSizeDoesNothing)
 {
-    for (const uint32_t type : a_type_of_each_shape) {
+    for (const uint32_t type : a_type_of_each_form) {
         for (void *data : {sentinel(), static_cast<void *>(nullptr)}) {
             const int32_t data_size = data == nullptr ? 8 : 0;
             mdm_body_t kept = body(type, data_size, data);

@@ -27,23 +27,23 @@ using ::testing::IsEmpty;
 constexpr Handlers misc(17);
 constexpr size_t pointer_size = sizeof(void *);
 
-enum class Shape { array, nothing, text, list, book, pair, raw };
+enum class BodyForm { array, nothing, text, list, book, pair, raw };
 
-const std::map<int32_t, Shape> listed{
-    {122, Shape::array}, {123, Shape::nothing}, {124, Shape::text}, {125, Shape::text},
-    {126, Shape::text},  {127, Shape::list},    {128, Shape::list}, {281, Shape::book},
-    {283, Shape::book},  {288, Shape::pair},    {289, Shape::pair}};
+const std::map<int32_t, BodyForm> listed{
+    {122, BodyForm::array}, {123, BodyForm::nothing}, {124, BodyForm::text}, {125, BodyForm::text},
+    {126, BodyForm::text},  {127, BodyForm::list},    {128, BodyForm::list}, {281, BodyForm::book},
+    {283, BodyForm::book},  {288, BodyForm::pair},    {289, BodyForm::pair}};
 
-Shape shape_of(int32_t type)
+BodyForm form_of(int32_t type)
 {
     const auto found = listed.find(type);
-    return found == listed.end() ? Shape::raw : found->second;
+    return found == listed.end() ? BodyForm::raw : found->second;
 }
 
 // What becomes of `data` when a received body is released.
-bool dangles_when_freed(Shape shape)
+bool dangles_when_freed(BodyForm form)
 {
-    return shape == Shape::array || shape == Shape::pair;
+    return form == BodyForm::array || form == BodyForm::pair;
 }
 
 mdm_body_t body(int32_t type, int32_t data_size, void *data)
@@ -116,7 +116,7 @@ void expect_head(const mdm_body_t &body, int32_t type, int32_t data_size)
     EXPECT_EQ(body.misc.type, type);
     EXPECT_EQ(body.misc.aux, 0xBBBBBBBBU);
     EXPECT_EQ(body.misc.data_size, data_size);
-    if (shape_of(type) != Shape::list) {
+    if (form_of(type) != BodyForm::list) {
         EXPECT_EQ(body.misc.param, some_param);
     }
 }
@@ -128,7 +128,7 @@ std::vector<const void *> in_order_of_release(const Received &received)
     for (const Block &block : received.kept) {
         addresses.push_back(block.address);
     }
-    if (shape_of(received.body.misc.type) != Shape::list && !addresses.empty()) {
+    if (form_of(received.body.misc.type) != BodyForm::list && !addresses.empty()) {
         std::rotate(addresses.begin(), addresses.begin() + 1, addresses.end());
     }
     return addresses;
@@ -152,10 +152,10 @@ std::vector<LogLine> sent_lines(const mdm_body_t &sent)
     const mdm_misc_info_t &body = sent.misc;
     std::vector<LogLine> lines{enter(misc.set),
                                info(misc.set, data_line(body.data, body.data_size))};
-    const Shape shape = shape_of(body.type);
-    if (body.data_size != 0 || shape == Shape::list) {
+    const BodyForm form = form_of(body.type);
+    if (body.data_size != 0 || form == BodyForm::list) {
         lines.push_back(info(misc.set, "serializing..."));
-        if (shape == Shape::book) {
+        if (form == BodyForm::book) {
             const auto &book = *static_cast<const mdm_book_info_t *>(body.data);
             lines.push_back(
                 info(misc.set, "URL : " + shown(book.url) + ", TITLE : " + shown(book.title)));
@@ -183,40 +183,40 @@ void expect_failing_write(mdm_body_t &sent, const LogLine &last)
                                         info(misc.set, "serializing..."), last));
 }
 
-// Sound in every shape, and in nearly every shape of another size.
+// Sound in every form, and in nearly every form of another size.
 std::array<char *, 2> two_texts{borrowed("abc"), borrowed("de")};
 GList one_cell{borrowed("xyz"), nullptr, nullptr};
 
-mdm_body_t any_shape(int32_t type)
+mdm_body_t any_form(int32_t type)
 {
     mdm_body_t sent = body(type, 2, two_texts.data());
     sent.misc.param_list = &one_cell;
     return sent;
 }
 
-// How any_shape() travels.
+// How any_form() travels.
 struct Look {
     Bytes payload;
     int32_t data_size;           // as stored and sent
     std::vector<size_t> blocks;  // as received, in the order of their allocation
 };
 
-Look look_of(Shape shape)
+Look look_of(BodyForm form)
 {
-    switch (shape) {
-    case Shape::array:
+    switch (form) {
+    case BodyForm::array:
         return {abc_str + de_str, 2, {2 * pointer_size, 4, 3}};
-    case Shape::nothing:
+    case BodyForm::nothing:
         return {{}, 2, {}};
-    case Shape::text:
+    case BodyForm::text:
         return {abc_str, 7, {sizeof(mdm_misc_str_t), 4}};
-    case Shape::list:
+    case BodyForm::list:
         return {hex("01 00 00 00 03 00 00 00 78 79 7A"), 2, {4, sizeof(GList)}};
-    case Shape::book:
+    case BodyForm::book:
         return {abc_str + de_str, 13, {sizeof(mdm_book_info_t), 4, 3}};
-    case Shape::pair:
+    case BodyForm::pair:
         return {abc_str + de_str, 13, {sizeof(mdm_misc_str_pair_t), 4, 3}};
-    case Shape::raw:
+    case BodyForm::raw:
         break;
     }
     Bytes raw(2);
@@ -224,12 +224,12 @@ Look look_of(Shape shape)
     return {raw, 2, {3}};
 }
 
-void expect_shape(int32_t type)
+void expect_form(int32_t type)
 {
     SCOPED_TRACE(type);
-    const Shape shape = shape_of(type);
-    const Look look = look_of(shape);
-    mdm_body_t sent = any_shape(type);
+    const BodyForm form = form_of(type);
+    const Look look = look_of(form);
+    mdm_body_t sent = any_form(type);
     LogRecorder log;
     EXPECT_EQ(misc.size(&sent), 12 + look.payload.size());
     EXPECT_EQ(sent.misc.data_size, look.data_size);
@@ -246,29 +246,29 @@ void expect_shape(int32_t type)
     EXPECT_EQ(back.type, type);
     EXPECT_EQ(back.data_size, look.data_size);
     EXPECT_EQ(sizes_of(received.kept), look.blocks);
-    const bool has_data = shape != Shape::nothing && shape != Shape::list;
+    const bool has_data = form != BodyForm::nothing && form != BodyForm::list;
     EXPECT_EQ(back.data != sentinel(), has_data);
 
     const void *data = back.data;
     const auto expected = in_order_of_release(received);
     EXPECT_EQ(misc.release(&received.body), expected);
     EXPECT_EQ(log.take(), enter_and_leave(misc.free));
-    EXPECT_EQ(back.data, has_data && !dangles_when_freed(shape) ? nullptr : data);
+    EXPECT_EQ(back.data, has_data && !dangles_when_freed(form) ? nullptr : data);
     EXPECT_EQ(back.data_size, look.data_size);
 }
 
-TEST(Misc, TypeSelectsTheShape)
+TEST(Misc, TypeSelectsTheForm)
 {
     for (int32_t type = -2; type <= 1000; ++type) {
-        expect_shape(type);
+        expect_form(type);
     }
-    for (const auto &[type, shape] : listed) {
-        expect_shape(type + 0x10000);
-        expect_shape(-type);
-        expect_shape(INT32_MIN + type);
+    for (const auto &[type, form] : listed) {
+        expect_form(type + 0x10000);
+        expect_form(-type);
+        expect_form(INT32_MIN + type);
     }
-    expect_shape(INT32_MAX);
-    expect_shape(INT32_MIN);
+    expect_form(INT32_MAX);
+    expect_form(INT32_MIN);
 }
 
 TEST(Misc, DataSize0SendsTheHeadAloneUnlessAListTravels)
@@ -298,7 +298,7 @@ TEST(Misc, DataSize0SendsTheHeadAloneUnlessAListTravels)
 TEST(Misc, RecordsStoreTheirSizeInPlaceOfAnyDataSize)
 {
     for (const int32_t type : {124, 125, 126, 281, 283, 288, 289}) {
-        const Look look = look_of(shape_of(type));
+        const Look look = look_of(form_of(type));
         for (const int32_t data_size : {1, -1, 100, INT32_MIN, INT32_MAX}) {
             mdm_body_t sent = body(type, data_size, two_texts.data());
             for (int call = 0; call < 2; ++call) {
@@ -314,7 +314,7 @@ TEST(Misc, RecordsStoreTheirSizeInPlaceOfAnyDataSize)
 TEST(Misc, RecordsAreSentAndReceivedUnderAnyDataSizeBut0)
 {
     for (const int32_t type : {124, 281, 288}) {
-        const Look look = look_of(shape_of(type));
+        const Look look = look_of(form_of(type));
         for (const int32_t data_size : {1, -1, INT32_MIN, INT32_MAX}) {
             mdm_body_t sent = body(type, data_size, two_texts.data());
             const Bytes bytes = misc.write(&sent);
@@ -822,7 +822,7 @@ TEST(Misc, FreeOfAPairKeepsThePointer)
 TEST(Misc, FreeMayRunTwiceWhereItNullsData)
 {
     for (const int32_t type : {124, 125, 126, 281, 283, 7}) {
-        mdm_body_t sent = any_shape(type);
+        mdm_body_t sent = any_form(type);
         misc.size(&sent);
         Received received = receive(misc.write(&sent));
         misc.release(&received.body);
@@ -897,9 +897,9 @@ TEST(Misc, WholeMessagesLeakNothingButLists)
 {
     for (const uint8_t message_type : {uint8_t{17}, uint8_t{18}}) {
         for (const int32_t type : {122, 123, 124, 125, 126, 127, 128, 281, 283, 288, 289, 7}) {
-            const Look look = look_of(shape_of(type));
+            const Look look = look_of(form_of(type));
             mdm_msg_t msg = message(message_type);
-            msg.body = any_shape(type);
+            msg.body = any_form(type);
             const Bytes bytes = serialize(msg);
             EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
                       head(type, look.data_size, low_bits(&one_cell)) + look.payload);
@@ -910,7 +910,7 @@ TEST(Misc, WholeMessagesLeakNothingButLists)
                       0);
             EXPECT_EQ(ipc_free(&received), 0);
             trace.stop();
-            if (shape_of(type) != Shape::list) {
+            if (form_of(type) != BodyForm::list) {
                 EXPECT_THAT(trace.kept(), IsEmpty());
                 continue;
             }

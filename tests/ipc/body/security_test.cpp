@@ -32,7 +32,7 @@ constexpr uint32_t item_types[] = {56, 76};
 constexpr uint32_t string_types[] = {68, 69};
 constexpr uint32_t account_types[] = {70, 71};
 constexpr uint32_t list_types[] = {68, 69, 70, 71};
-constexpr uint32_t one_type_of_each_shape[] = {56, 68, 70, 57};
+constexpr uint32_t one_type_of_each_form[] = {56, 68, 70, 57};
 constexpr int32_t no_payload[] = {0, -1, INT32_MIN};
 
 // Bodies.
@@ -213,7 +213,7 @@ ReceivedStrings receive_strings(const Bytes &bytes)
     return received;
 }
 
-// Which type has which shape.
+// Which type has which form.
 
 // What the handlers make of a body with a data_size of 4 whose payload is as good as empty: a
 // zeroed item, a list of one null element, four zero bytes.
@@ -253,7 +253,7 @@ void *empty_payload(const Form &form)
     return form.keeps_pointer ? list_of({nullptr}) : g_malloc0(sizeof(Item));
 }
 
-TEST(Security, TypeDecidesTheShapeInEveryHandler)
+TEST(Security, TypeDecidesTheFormInEveryHandler)
 {
     for (const uint32_t type : swept_types({56, 68, 69, 70, 71, 76})) {
         const Form &form = form_of(type);
@@ -278,7 +278,7 @@ TEST(Security, TypeDecidesTheShapeInEveryHandler)
 // Q-BODY-6
 TEST(Security, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
 {
-    for (const uint32_t type : one_type_of_each_shape) {
+    for (const uint32_t type : one_type_of_each_form) {
         for (const int32_t data_size : no_payload) {
             mdm_body_t sent = body(type, data_size, sentinel());
             const Bytes bytes = security.write(&sent);
@@ -328,7 +328,7 @@ TEST(Security, SizeAndSetLogEnterAndExitOnly)
 
 TEST(Security, GetAndFreeLogEnterAndExitOnly)
 {
-    for (const uint32_t type : one_type_of_each_shape) {
+    for (const uint32_t type : one_type_of_each_form) {
         for (const int32_t data_size : {0, 1}) {
             for (const uint32_t count : {0U, 1U}) {
                 mdm_body_t received{};
@@ -876,7 +876,7 @@ TEST(SecurityRaw, FreeOfNullDataResetsDataSizeToo)
 
 // Messages.
 
-TEST(SecurityMessage, CarriesEveryShapeAndLeaksFirstCopiesOfListedStringsOnly)
+TEST(SecurityMessage, CarriesEveryFormAndLeaksFirstCopiesOfListedStringsOnly)
 {
     Item record = abc_item();
     Account full = account(borrowed);

@@ -203,7 +203,7 @@ Sample network(const char *ssid, const Kind &kind, const Texts &texts)
 
 const Texts seven{"a", "bc", "def", "ghij", "klmno", "pqrstu", "vwxyz01"};
 
-// One of each shape and of each kind of network, with the type that it travels under.
+// One of each form and of each kind of network, with the type that it travels under.
 struct Typed {
     uint32_t type;
     Sample sample;
@@ -268,7 +268,7 @@ void expect_travels(uint32_t type, const Sample &sample)
     expect_release(sample, received, trace.kept());
 }
 
-TEST(Wifi, TypeSelectsTheShape)
+TEST(Wifi, TypeSelectsTheForm)
 {
     for (const uint32_t type : swept_types(listed_types())) {
         if (type == triple_type || type == network_type) {
@@ -286,7 +286,7 @@ TEST(Wifi, TypeSelectsTheShape)
     }
 }
 
-TEST(Wifi, ListedTypesTravelInTheirShape)
+TEST(Wifi, ListedTypesTravelInTheirForm)
 {
     for (const uint32_t type : pair_types) {
         expect_travels(type, pair("abc", "hi"));
@@ -768,7 +768,7 @@ TEST(Wifi, EmptyListLogsItsLength)
     expect_lines(log, wifi.set, {info(wifi.set, "length : 0")});
 }
 
-TEST(Wifi, OtherShapesLogEnterAndExitAndARawPayloadItsRelease)
+TEST(Wifi, OtherFormsLogEnterAndExitAndARawPayloadItsRelease)
 {
     for (const auto &[type, sample] : one_of_each()) {
         if (type == pair_type || type == list_type) {
