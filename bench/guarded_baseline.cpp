@@ -45,11 +45,11 @@ class Source {
 public:
     Source(const uint8_t *bytes, uint32_t length) : at_(bytes), left_(length) {}
 
-    void set_room(void *room) { room_ = static_cast<char *>(room); }
+    void set_text_memory(void *memory) { text_memory_ = static_cast<char *>(memory); }
 
     // Whether so many bytes more are there. What has a fixed size is claimed before it is taken,
     // the counts of texts too: a text then costs one comparison.
-    bool claim(uint64_t size)
+    bool reserve(uint64_t size)
     {
         if (size > left_) {
             return false;
@@ -79,13 +79,13 @@ public:
     // is zero.
     [[gnu::always_inline]] bool take_bytes(uint32_t count, char *&text)
     {
-        if (!claim(count)) {
+        if (!reserve(count)) {
             return false;
         }
-        text = room_;
+        text = text_memory_;
         std::strncpy(text, reinterpret_cast<const char *>(at_), count);
         text[count] = '\0';
-        room_ += size_t{count} + 1;
+        text_memory_ += size_t{count} + 1;
         at_ += count;
         return true;
     }
@@ -110,7 +110,7 @@ public:
 private:
     const uint8_t *at_;
     uint32_t left_;
-    char *room_ = nullptr;
+    char *text_memory_ = nullptr;
 };
 
 mdm_msg_t *refuse(mdm_msg_t *msg)
@@ -125,7 +125,7 @@ mdm_msg_t *begin(Source &in, const uint8_t *bytes, uint32_t length, size_t recor
                  uint32_t body_size)
 {
     if (bytes == nullptr || length < header_size || load(bytes) != length - uncounted_size ||
-        bytes[4] == 0 || bytes[4] > last_type || !in.claim(header_size + uint64_t{body_size})) {
+        bytes[4] == 0 || bytes[4] > last_type || !in.reserve(header_size + uint64_t{body_size})) {
         return nullptr;
     }
     auto *opened = static_cast<Opened *>(g_malloc(sizeof(Opened) + record_size + length));
@@ -133,7 +133,7 @@ mdm_msg_t *begin(Source &in, const uint8_t *bytes, uint32_t length, size_t recor
     mdm_msg_t &msg = opened->msg;
     msg.hdr_aux = 0;
     std::memset(&msg.body, 0, sizeof msg.body);  // of the header the rest is read
-    in.set_room(reinterpret_cast<char *>(opened + 1) + record_size);
+    in.set_text_memory(reinterpret_cast<char *>(opened + 1) + record_size);
     in.skip(word);
     msg.type = in.take_byte();
     msg.hdr_byte = in.take_byte();
@@ -238,7 +238,7 @@ mdm_msg_t *baseline_open_pwd(const uint8_t *bytes, uint32_t length)
         return msg;
     }
     auto *policy = record_of<mdm_pwd_policy_t>(msg);
-    if (!in.claim(pwd_numbers_size + 2 * word)) {
+    if (!in.reserve(pwd_numbers_size + 2 * word)) {
         return refuse(msg);
     }
     in.take(&policy->num0, pwd_numbers_size);
@@ -262,7 +262,7 @@ mdm_msg_t *baseline_open_apn(const uint8_t *bytes, uint32_t length)
         return msg;
     }
     auto *account = record_of<mdm_apn_account_t>(msg);
-    if (!in.claim(apn_numbers_size + apn_texts * word)) {
+    if (!in.reserve(apn_numbers_size + apn_texts * word)) {
         return refuse(msg);
     }
     in.take(&account->num0, apn_numbers_size);
@@ -285,14 +285,14 @@ mdm_msg_t *baseline_open_accounts(const uint8_t *bytes, uint32_t length)
     if (body.data_size < 1) {
         return msg;
     }
-    if (!in.claim(word)) {
+    if (!in.reserve(word)) {
         return refuse(msg);
     }
     const uint32_t count = in.take();
     if (static_cast<int32_t>(count) < 1) {
         return msg;
     }
-    if (!in.claim(uint64_t{count} * (account_numbers_size + account_texts * word))) {
+    if (!in.reserve(uint64_t{count} * (account_numbers_size + account_texts * word))) {
         return refuse(msg);
     }
     auto *accounts = make_list<ListedAccount>(msg, count);
@@ -328,14 +328,14 @@ mdm_msg_t *baseline_open_names(const uint8_t *bytes, uint32_t length)
     if (body.data_size < 1) {
         return msg;
     }
-    if (!in.claim(word)) {
+    if (!in.reserve(word)) {
         return refuse(msg);
     }
     const uint32_t count = in.take();
     if (static_cast<int32_t>(count) < 1) {
         return msg;
     }
-    if (!in.claim(uint64_t{count} * word)) {
+    if (!in.reserve(uint64_t{count} * word)) {
         return refuse(msg);
     }
     auto *cells = make_list<GList>(msg, count);

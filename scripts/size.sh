@@ -41,7 +41,7 @@ measure_size() {
     while read -r folder; do
         rows+=("  $folder" "${text_of[$folder]-0}")
         linking=$((linking - ${text_of[$folder]-0}))
-    done < <(git ls-files 'src/*.cpp' | sed 's,^src/,,; s,/[^/]*$,,' | LC_ALL=C sort -u)
+    done < <(find src -name '*.cpp' | sed 's,^src/,,; s,/[^/]*$,,' | LC_ALL=C sort -u)
     rows+=('  linking' "$linking" data "$data" bss "$bss"
         relocations "$(count_relocations "$library")"
         'start-up functions' "$(count_start_up_functions "$library")")

@@ -44,16 +44,17 @@
  *
  * - Every field that the bytes do not carry is zero.
  * - Strings, records and lists live only as long as the message.
- * - A security string (`type` 68, 69) is in memory once; ipc_deserialize() makes two copies of it.
+ * - A security string (`type` 68, 69) is in memory once; ipc_deserialize() makes two copies of it
+ *   (Q-GUARDED-1).
  * - Nothing leaks: ipc_close() also releases the blocks that ipc_free() leaves to the owner.
- * - A phone_res body of `type` 439 or 440 holds the raw bytes of the message. ipc_close() releases
- *   it like any other body; ipc_free() must not get such a message.
+ * - A phone_res body of `type` 439 or 440 holds the raw bytes of the message (Q-PHONE_RES-2).
+ *   ipc_close() releases it like any other body; ipc_free() must not get such a message.
  * - ipc_open() refuses bytes for which ipc_deserialize() would read beyond the buffer.
  * - ipc_open() refuses a negative `data_size` if the category uses it as a length. This includes
- *   misc 122, for which ipc_deserialize() takes a negative `data_size` for 0.
+ *   misc 122, for which ipc_deserialize() takes a negative `data_size` for 0 (Q-MISC-8).
  *
- * On both paths a list whose count is below 1 is empty. Only the count of misc 127 and 128 is
- * unsigned.
+ * On both paths a list whose count is below 1 is empty (Q-WIRE-5). Only the count of misc 127 and
+ * 128 is unsigned (Q-MISC-7).
  *
  * Thread safety: the functions keep no state. Any number of threads may work on different messages
  * at once.
@@ -67,6 +68,8 @@
  * takes at most 10 times the length of its bytes and 4 KiB; where pointers have 32 bits, 6 times
  * and 4 KiB. Before ipc_open() allocates memory for a count or a length, it compares that number
  * with the remaining bytes. The channel must limit the length of a message.
+ *
+ * Ids such as Q-WIFI-3 stand in docs/quirks.md.
  */
 #ifndef MDM_GUARDED_H
 #define MDM_GUARDED_H
@@ -80,8 +83,8 @@
 
 /**
  * The largest number of zero bytes that ipc_seal() appends because the sender's `data_size` says
- * so. The wire format has no such limit. The library chose this one: senders need only a few zero
- * bytes.
+ * so. The wire format has no such limit (Q-GUARDED-3). The library chose this one: senders need
+ * only a few zero bytes.
  */
 #define MDM_MAX_PADDING 65536
 
@@ -90,7 +93,8 @@ MDM_BEGIN_DECLS
 /**
  * The reason of a refusal. ipc_fault_describe() makes a sentence of it.
  *
- * A number above 4294967295 is stored as 4294967295. So is `needed` for a negative length.
+ * A number above 4294967295 is stored as 4294967295. So is `needed` for a negative length
+ * (Q-GUARDED-2).
  */
 typedef struct ipc_fault {
     uint32_t offset;  /**< Where the field is, counted from the first byte of the message. For a
@@ -170,13 +174,14 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
  * - A size that no message has ("header.length"). A message must be smaller than 2 GiB.
  * - A missing payload that `data_size` announces, or a missing part of a payload (the path of the
  *   missing part). A roaming record is always announced. A security item (56, 76) may be missing:
- *   sealing stores 0 in its `data_size`. A null list of wifi, bluetooth, app or app_res is not
- *   missing, but empty.
+ *   sealing stores 0 in its `data_size` (Q-GUARDED-4). A null list of wifi, bluetooth, app or
+ *   app_res is not missing, but empty.
  * - A `data` that is not null, but would not travel (size). Either `data_size` says that there is
  *   no payload, or the format has no payload in `data`: location, roaming_res, misc 123, 127 and
  *   128, container except 628 to 632.
  * - A list with a null element, and a list that is entered in the middle instead of by its first
- *   cell (the path of the list). Its count would differ from the number of elements written.
+ *   cell (the path of the list). Its count would differ from the number of elements written
+ *   (Q-GUARDED-7).
  * - A negative `data_size` of raw bytes or of an array, in the categories that read it as a length:
  *   security, misc, apn, kiosk, container and those of mdm/body/single_list.h (size).
  * - A negative `data_size` to which the category adds the size of the payload: apn 387 and 393,
@@ -185,8 +190,8 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
  *   payload: wifi pairs, DHCP settings and triples, apn 387 and 393, eas 104 (size). Senders need
  *   only a small `data_size` there: any positive one makes the payload travel.
  * - A `data_size` other than 8 for a payload of app 140 or 141 (size). The receiver's payload would
- *   differ from the sender's.
- * - A payload of phone_res 439 or 440 ("phone_res.type"), for the same reason.
+ *   differ from the sender's (Q-APP-1).
+ * - A payload of phone_res 439 or 440 ("phone_res.type"), for the same reason (Q-PHONE_RES-2).
  * - A message for which there is no memory ("memory").
  *
  * An opened message may be sealed, changed or unchanged. Unchanged, ipc_seal() refuses exactly the
@@ -228,19 +233,20 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
  * | none       | any                  | anything                            | `header.type`              |
  *
  * An empty list or text counts only if `data_size` announces a payload. The category "none" stands
- * for the message types without a category.
+ * for the message types without a category (Q-GUARDED-6).
  *
  * The bytes of an opened message that is sealed again may differ from the received ones: a security
- * list has lost its empty strings, and some categories store a computed `data_size`. Some
- * categories append `data_size` zero bytes to the payload, or add the size of the payload to
- * `data_size`. Set `data_size` of such a body before sealing it again: the received one is the
- * other sender's number.
+ * list has lost its empty strings (Q-SECURITY-7), and some categories store a computed `data_size`.
+ * Some categories append `data_size` zero bytes to the payload, or add the size of the payload to
+ * `data_size` (Q-WIFI-1, Q-APN-1, Q-EAS-1). Set `data_size` of such a body before sealing it again:
+ * the received one is the other sender's number.
  *
  * Some promises of the caller cannot be checked. `data` must point to the payload that the
  * discriminator selects, and raw bytes must be as long as `data_size` says.
  *
  * @param msg         the message. Some categories store the computed `data_size` in the body, as
- *                    ipc_serialize() does. If the call refuses, the message is unchanged.
+ *                    ipc_serialize() does. If the call refuses, the message is unchanged
+ *                    (Q-GUARDED-5).
  * @param out_length  receives the number of bytes; untouched if the call refuses. Must not be null.
  * @param fault       receives the reason if the call refuses; otherwise untouched. May be null.
  *

@@ -35,6 +35,8 @@
  * Fork: a child that a program with several threads forks must not log before it executes another
  * program. Another thread may have held the logger's lock at the fork. In the child, nobody
  * releases that lock.
+ *
+ * Ids such as Q-LOG-2 stand in docs/quirks.md.
  */
 #ifndef MDM_LOG_H
 #define MDM_LOG_H
@@ -65,7 +67,7 @@ enum {
 
 /** The priorities that the logger passes to platform_log_vprint(), by the level of the line. */
 enum {
-    MDM_PLATFORM_LOG_DEFAULT = 1, /**< Every level above 4. */
+    MDM_PLATFORM_LOG_DEFAULT = 1, /**< Every level above 4 (Q-LOG-6). */
     MDM_PLATFORM_LOG_DEBUG = 3,
     MDM_PLATFORM_LOG_INFO = 4,
     MDM_PLATFORM_LOG_WARN = 5,
@@ -77,7 +79,7 @@ enum {
  * Turns the logger on or off.
  *
  * @param flag  0 sets the threshold to #MDM_LOG_NONE, any other number to #MDM_LOG_INFO. The call
- *              does not restore an earlier threshold.
+ *              does not restore an earlier threshold (Q-LOG-3).
  */
 MDM_API void mdm_log_set_enabled(int flag);
 
@@ -85,7 +87,7 @@ MDM_API void mdm_log_set_enabled(int flag);
  * Sets the threshold for the lines that start after the call.
  *
  * @param level  the threshold. The logger drops lines of a lower level. #MDM_LOG_NONE drops every
- *               line. Any value is accepted.
+ *               line (Q-LOG-2). Any value is accepted.
  */
 MDM_API void mdm_log_set_level(mdm_log_level_t level);
 
@@ -95,11 +97,11 @@ MDM_API mdm_log_level_t mdm_log_get_level(void);
 /**
  * Sets the file to which every logged line is appended. Null, the initial value, means no file.
  *
- * The logger keeps the pointer, not the text. The string must stay valid until the path is set
- * again. If the text changes, the next line goes to the file that the new text names. The logger
- * opens and closes the file for every line, so the file may be rotated or deleted at any time. It
- * creates a missing file with the process's default permissions. It skips a file that cannot be
- * opened, without a report.
+ * The logger keeps the pointer, not the text (Q-LOG-4). The string must stay valid until the path
+ * is set again. If the text changes, the next line goes to the file that the new text names. The
+ * logger opens and closes the file for every line, so the file may be rotated or deleted at any
+ * time. It creates a missing file with the process's default permissions. It skips a file that
+ * cannot be opened, without a report (Q-LOG-5).
  *
  * Without memory for a line, the file does not get it. If a full disk takes only the beginning of a
  * line, the logger removes that beginning, unless another process has meanwhile appended to the
@@ -139,11 +141,11 @@ MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *
  *
  * Rules for a definition of your own: the logger calls it with cancellation off and without the
  * logger's lock. Several threads may call it at once. The functions of mdm/noti.h log while they
- * hold the lock of the status store, so the definition must not call them.
+ * hold the lock of the status store, so the definition must not call them (Q-STATUS-8).
  *
  * The library's definition maps the priorities debug, info, warn and error to the severities of
  * syslog(3) in the same order. It prints nothing for #MDM_PLATFORM_LOG_SILENT. Every other priority
- * becomes a notice. It ignores @p buffer_id.
+ * becomes a notice (Q-LOG-7). It ignores @p buffer_id.
  *
  * @param buffer_id  #MDM_PLATFORM_LOG_SYSTEM.
  * @param priority   one of the priorities above.

@@ -6,6 +6,8 @@
  *
  * Thread safety: the functions keep no state. Any number of threads may call them at once, but a
  * list must not change while it is measured.
+ *
+ * Ids such as Q-UTIL-1 stand in docs/quirks.md.
  */
 #ifndef MDM_UTIL_H
 #define MDM_UTIL_H
@@ -22,12 +24,12 @@ MDM_BEGIN_DECLS
 /**
  * Computes the size of a list of package names: 4 bytes for the whole list, and the length of every
  * name without its terminator. "abc" and "de" make 9. This is not the size of the list in a
- * message, where every string has a count of its own.
+ * message, where every string has a count of its own (Q-UTIL-1).
  *
- * A null element other than the first ends the sum. It is not reported.
+ * A null element other than the first ends the sum. It is not reported (Q-UTIL-2).
  *
  * @param pkg_list  any cell of the list. The elements are strings. The whole list is measured, from
- *                  its first cell on. Not changed.
+ *                  its first cell on (Q-UTIL-3). Not changed.
  *
  * @return The size in bytes, as far as 32 bits hold it: the names of a list must make less than
  *         2 GiB. 0 for a null @p pkg_list; #MDM_RESULT_INVALID_ARGUMENT if the first element is
@@ -44,7 +46,7 @@ MDM_API int32_t mdm_get_list_data_size(GList *pkg_list);
  * a to z and 0 to 9.
  *
  * @param package_name  the text; not changed. The log reports a null or empty text, and no other
- *                      refusal.
+ *                      refusal (Q-UTIL-4).
  *
  * @return 1 if the name is acceptable, 0 if not.
  */

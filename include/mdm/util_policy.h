@@ -26,6 +26,8 @@
  * at level 3 if it does not begin with seven numbers.
  *
  * Thread safety: the functions keep no state. Any number of threads may call them at once.
+ *
+ * Ids such as Q-LIMIT-1 stand in docs/quirks.md.
  */
 #ifndef MDM_UTIL_POLICY_H
 #define MDM_UTIL_POLICY_H
@@ -70,11 +72,11 @@ MDM_API int32_t mdm_phone_res_limit_serialize(int32_t limit_type, const int32_t 
 
 /**
  * Reads the text of a limit by the rules of scanf(3). White space may stand before a number, and
- * nowhere else. Text behind the seventh number is ignored. A number outside 32 bits becomes the
- * nearest number inside.
+ * nowhere else. Text behind the seventh number is ignored (Q-LIMIT-2). A number outside 32 bits
+ * becomes the nearest number inside (Q-LIMIT-3).
  *
  * The call may write outputs although it fails. It stores the numbers before a malformed one. If
- * only the type is out of range, it stores all seven.
+ * only the type is out of range, it stores all seven (Q-LIMIT-1).
  *
  * @param serialized_data  the text; not changed.
  * @param limit_type       receives the type.
@@ -92,11 +94,11 @@ MDM_API int32_t mdm_phone_res_limit_deserialize(const char *serialized_data, int
  *
  * The call does not report malformed numbers. It reads each field by the rules of strtol(3) in base
  * 10, up to the first character that is no digit. A field without a number is 0. A negative number
- * becomes 0. A number above 2147483647 becomes 2147483647. The fourth field is the rest of the
- * text, with any further commas.
+ * becomes 0 (Q-LIMIT-5). A number above 2147483647 becomes 2147483647. The fourth field is the rest
+ * of the text, with any further commas (Q-LIMIT-6).
  *
  * Initialise the four outputs before the call. Unless an argument is null, the call logs their
- * values at its end, even if it fails.
+ * values at its end, even if it fails (Q-LIMIT-9).
  *
  * @param text          the parameters, or exactly #MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING; not
  *                      changed.
@@ -106,9 +108,9 @@ MDM_API int32_t mdm_phone_res_limit_deserialize(const char *serialized_data, int
  * @param p_recv_limit  receives the fourth field.
  *
  * @return #MDM_RESULT_SUCCESS. For #MDM_UTIL_POLICY_DEFAULT_EMPTY_STRING, too, but then the outputs
- *         are untouched. #MDM_RESULT_INVALID_ARGUMENT if an argument is null. #MDM_RESULT_FAILED if
- *         there are fewer than four fields, or if the text could not be split. On failure the
- *         outputs are untouched.
+ *         are untouched (Q-LIMIT-7). #MDM_RESULT_INVALID_ARGUMENT if an argument is null.
+ *         #MDM_RESULT_FAILED if there are fewer than four fields, or if the text could not be
+ *         split. On failure the outputs are untouched.
  */
 MDM_API int32_t mdm_phone_res_limit_of_data_calls_parse_parameters(const char *text,
                                                                    int32_t *p_date_set,

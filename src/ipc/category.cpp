@@ -2,6 +2,7 @@
 #include "ipc/category.hpp"
 
 #include <array>
+#include <iterator>
 
 namespace mdm {
 namespace {
@@ -13,26 +14,29 @@ enum class Row : uint8_t {
     roaming_res,
     single_list,
     unread_list,
+    count,
 };
 
 }  // namespace
 
-// clang-format off: a row a line
+// A row is a line.
+// clang-format off
 #define MDM_ROW(first, last, name, file) \
     {_set_##name, _get_##name, _size_of_##name, _free_##name, nullptr},
 #define MDM_VALIDATED_ROW(first, last, name, file) \
     {_set_##name, _get_##name, _size_of_##name, _free_##name, _validate_##name},
 constexpr ipc_handler_row handler_rows[] = {
     {nullptr, nullptr, nullptr, nullptr, nullptr},
-    MDM_CATEGORIES(MDM_VALIDATED_ROW, MDM_ROW, MDM_NO_CATEGORY){_set_roaming_res, _get_roaming_res,
-                                                                _size_of_roaming_res, _free_roaming,
-                                                                _validate_roaming_res},
+    MDM_CATEGORIES(MDM_VALIDATED_ROW, MDM_ROW, MDM_NO_CATEGORY)
+    {_set_roaming_res, _get_roaming_res, _size_of_roaming_res, _free_roaming,
+     _validate_roaming_res},
     {_set_single_list, _get_single_list, _size_of_single_list, _free_single_list,
      _validate_single_list},
     {_set_single_list, _get_unread_list, _size_of_single_list, _free_single_list,
      _validate_single_list},
 };
 // clang-format on
+static_assert(std::size(handler_rows) == static_cast<size_t>(Row::count));
 
 #define MDM_NAMES_OF_SHARED(first, last, name, file, row) MDM_NAMES(#file, #name) "\0"
 #define MDM_NAMES_OF(first, last, name, file) MDM_NAMES_OF_SHARED(first, last, name, file, name)

@@ -19,7 +19,7 @@ struct ipc_handler_row {
     GetHandler *get;
     SizeHandler *size;
     FreeHandler *free;
-    ValidateHandler *validate = nullptr;  // null if every body of the category is sound
+    ValidateHandler *validate = nullptr;  // null if every body of the category is valid
 };
 
 // A category as the envelope meets it: its handlers, and the names that they use.

@@ -2,6 +2,8 @@
 //
 // The message envelope. It puts the header, 40 bytes and a text, in front of a body, checks and
 // reads the header of received bytes, and finds the category's handlers by the message type.
+#include "mdm/ipc.h"
+
 #include "ipc/envelope.hpp"
 
 namespace mdm {

@@ -58,15 +58,15 @@ std::vector<Encrypted> secrets_with_zero_bytes()
     return found;
 }
 
-// The bytes that a receiver finds in a vpn message's payload, behind either door.
-enum class Door { trusting, guarded };
+// The bytes that a receiver on either path finds in a vpn message's payload.
+enum class Path { trusting, guarded };
 
-std::ostream &operator<<(std::ostream &out, Door door)
+std::ostream &operator<<(std::ostream &out, Path path)
 {
-    return out << (door == Door::guarded ? "TheGuardedDoor" : "TheTrustingDoor");
+    return out << (path == Path::guarded ? "GuardedPath" : "TrustingPath");
 }
 
-Bytes arrived(Door door, int32_t data_size, void *data)
+Bytes arrived(Path path, int32_t data_size, void *data)
 {
     mdm_msg_t sent = message(type_vpn);
     sent.body.vpn.data_size = data_size;
@@ -76,7 +76,7 @@ Bytes arrived(Door door, int32_t data_size, void *data)
         const auto *payload = static_cast<const uint8_t *>(msg.body.vpn.data);
         return Bytes(payload, payload + msg.body.vpn.data_size);
     };
-    if (door == Door::guarded) {
+    if (path == Path::guarded) {
         MDM_AUTO_CLOSE mdm_msg_t *opened =
             ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
         return payload_of(*opened);
@@ -88,7 +88,7 @@ Bytes arrived(Door door, int32_t data_size, void *data)
     return payload;
 }
 
-class Ciphertext : public ::testing::TestWithParam<Door> {};
+class Ciphertext : public ::testing::TestWithParam<Path> {};
 
 TEST_P(Ciphertext, WithAZeroByteArrivesWholeAsBase64)
 {
@@ -125,7 +125,7 @@ TEST_P(Ciphertext, WithAZeroByteEndsThereAsRawBytes)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Behind, Ciphertext, ::testing::Values(Door::trusting, Door::guarded),
+INSTANTIATE_TEST_SUITE_P(On, Ciphertext, ::testing::Values(Path::trusting, Path::guarded),
                          ::testing::PrintToStringParamName());
 
 }  // namespace

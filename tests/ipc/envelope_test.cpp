@@ -310,8 +310,7 @@ TEST(Serialise, TypeOutside1To80FailsAnAssert)
 // Q-ENVELOPE-12
 TEST(Serialise, TypeWithoutCategoryReturnsNullInSilence)
 {
-    for (const uint8_t type :
-         std::to_array<uint8_t>({19, 20, 41, 44, 55, 60, 62, 64, 74, 75, 76, 80})) {
+    for (const uint8_t type : types_without_category()) {
         mdm_msg_t msg = message(type);
         uint32_t length = 77;
         LogRecorder log;

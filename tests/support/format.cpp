@@ -83,6 +83,15 @@ constexpr Form strings(const char *name, Numbers types, const char *path, DataSi
             .extra = extra};
 }
 
+constexpr Form text(const char *name, Numbers types, const char *path, DataSize data_size)
+{
+    return {.name = name,
+            .types = types,
+            .payload = Payload::text,
+            .path = path,
+            .data_size = data_size};
+}
+
 constexpr Form raw(Numbers types, const char *path)
 {
     return {.name = "raw",
@@ -90,6 +99,13 @@ constexpr Form raw(Numbers types, const char *path)
             .payload = Payload::raw,
             .path = path,
             .data_size = DataSize::length};
+}
+
+constexpr Form signed_raw(Numbers types, const char *path)
+{
+    Form form = raw(types, path);
+    form.trusts_sign = true;
+    return form;
 }
 
 constexpr Form nothing(Numbers types)
@@ -201,7 +217,7 @@ constexpr std::array security_forms = {
         Elements::lose_empty)),
     security_list(records<mdm_security_account_t>("accounts", {70, 71}, "security.accounts",
                                                   security_account, DataSize::stored, 12)),
-    raw({0, 55, 57, 67, 72, 75, 77, minus_one}, "security.data"),
+    signed_raw({0, 55, 57, 67, 72, 75, 77, minus_one}, "security.data"),
 };
 
 HEADED_BODY(wifi);
@@ -412,11 +428,7 @@ HEADED_BODY(kiosk);
 constexpr std::array kiosk_key = {Field{"kiosk.key.number", Type::word, 0}};
 constexpr auto kiosk_key_pair = FIELDS(mdm_kiosk_key_pair_t, "kiosk.key_pair", key, value);
 constexpr std::array kiosk_forms = {
-    Form{.name = "text",
-         .types = {612, 614},
-         .payload = Payload::text,
-         .path = "kiosk.text",
-         .data_size = DataSize::stored},
+    text("text", {612, 614}, "kiosk.text", DataSize::stored),
     with_elements(
         records<uint32_t>("keys", {618, 621}, "kiosk.keys", kiosk_key, DataSize::stored, -4),
         Elements::null_gaps, 4),
@@ -474,9 +486,10 @@ CALLBACK_BODY(app_cb, num6, str8, str7);
 CALLBACK_BODY(misc_cb, flag6, num7, str8);
 
 // Seven categories are one.
-#define SINGLE_LIST(category) \
-    HEADED_BODY(category);    \
-    constexpr std::array category##_forms = {raw({0, 1, 100, minus_one}, #category ".data")}
+#define SINGLE_LIST(category)                                                                    \
+    HEADED_BODY(category);                                                                       \
+    constexpr std::array category##_forms = {signed_raw({0, 1, 100, minus_one}, #category ".dat" \
+                                                                                          "a")}
 SINGLE_LIST(browser);
 SINGLE_LIST(date_time);
 SINGLE_LIST(remote);
@@ -498,14 +511,14 @@ constexpr CategoryFormat all_categories[] = {
     {HEADED_IN("roaming", roaming_res, 16)},
     {HEADED(misc, 17, 18), .announced = Announced::nonzero},
     {HEADED(apn, 21, 22), .announced = Announced::nonzero, .sends_empty_lists = false},
-    {HEADED_IN("single_list", browser, 23, 24), .trusts_sign = true, .is_payload_read = false},
-    {HEADED_IN("single_list", date_time, 25, 26), .trusts_sign = true},
-    {HEADED_IN("single_list", remote, 27, 28), .trusts_sign = true},
-    {HEADED_IN("single_list", vpn, 29, 30), .trusts_sign = true},
-    {HEADED_IN("single_list", firewall, 31, 32), .trusts_sign = true},
-    {HEADED_IN("single_list", res, 33, 34), .trusts_sign = true},
+    {HEADED_IN("single_list", browser, 23, 24), .is_payload_read = false},
+    {HEADED_IN("single_list", date_time, 25, 26)},
+    {HEADED_IN("single_list", remote, 27, 28)},
+    {HEADED_IN("single_list", vpn, 29, 30)},
+    {HEADED_IN("single_list", firewall, 31, 32)},
+    {HEADED_IN("single_list", res, 33, 34)},
     {HEADED(phone_res, 35, 36)},
-    {HEADED_IN("single_list", enterprise, 37, 38), .trusts_sign = true, .is_payload_read = false},
+    {HEADED_IN("single_list", enterprise, 37, 38), .is_payload_read = false},
     {HEADED(email, 39, 40), .announced = Announced::nonzero, .sends_empty_lists = false},
     {HEADED(kiosk, 45, 46), .announced = Announced::nonzero, .sends_empty_lists = false},
     {HEADED(container, 47, 48), .announced = Announced::nonzero},
@@ -546,6 +559,17 @@ const CategoryFormat *format_of(uint8_t message_type)
         }
     }
     return nullptr;
+}
+
+std::vector<uint8_t> types_without_category()
+{
+    std::vector<uint8_t> types;
+    for (uint8_t type = 1; type <= 80; ++type) {
+        if (format_of(type) == nullptr) {
+            types.push_back(type);
+        }
+    }
+    return types;
 }
 
 const Form &form_of(const CategoryFormat &category, uint32_t discriminator)

@@ -4,6 +4,7 @@
 // generated messages, expected faults, mutation points and the fuzzers' dictionary come from it.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -59,15 +60,7 @@ public:
 
     constexpr const uint32_t *begin() const { return numbers_.data(); }
     constexpr const uint32_t *end() const { return numbers_.data() + count_; }
-    constexpr bool has(uint32_t number) const
-    {
-        for (const uint32_t one : *this) {
-            if (one == number) {
-                return true;
-            }
-        }
-        return false;
-    }
+    constexpr bool has(uint32_t number) const { return std::find(begin(), end(), number) != end(); }
 
 private:
     std::array<uint32_t, 64> numbers_{};
@@ -111,7 +104,7 @@ enum class DataSize : uint8_t {
     two_words,      // the payload's length, always 8
     stored,         // the payload's size and `extra`
     added,          // what the sender has given, and the payload's size
-    padded,         // as given, and as many zeros stand behind the payload
+    padded,         // as given; that many zero bytes follow the payload
     stored_twelve,  // as given by a sender, and 12 in what a receiver holds
 };
 
@@ -144,6 +137,7 @@ struct Form {
     bool is_in_param = false;         // the list stands in the place of `param`
     bool may_be_absent = false;       // without a record the head alone travels, with a size of 0
     bool is_raw_record = false;       // a sender's record, which a receiver takes for raw bytes
+    bool trusts_sign = false;         // a negative `data_size` is counted, and cannot be sent
     uint32_t empty_list_padding = 0;  // zeros behind the head that a null list is sent as
 };
 
@@ -162,18 +156,17 @@ struct CategoryFormat {
     Announced announced = Announced::positive;
     bool sends_empty_lists = true;  // or the head alone
     bool counts_body = false;       // `data_size` travels as the size of the body
-    bool trusts_sign = false;       // a negative `data_size` is counted, and cannot be sent
     bool is_payload_read = true;
 
     constexpr uint8_t first_type() const { return static_cast<uint8_t>(*types.begin()); }
     constexpr uint8_t last_type() const { return static_cast<uint8_t>(*(types.end() - 1)); }
 };
 
-// Some message types without a category.
-inline constexpr Numbers types_without_category = {19, 20, 41, 44, 55, 60, 62, 64, 75, 80};
-
 std::span<const CategoryFormat> category_formats();
 std::ostream &operator<<(std::ostream &out, const CategoryFormat &category);
+
+// The message types from 1 to 80 that have no category.
+std::vector<uint8_t> types_without_category();
 
 // Null for a type without a category.
 const CategoryFormat *format_of(uint8_t message_type);

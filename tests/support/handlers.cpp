@@ -14,6 +14,10 @@ namespace mdm::test {
 Handler::operator Origin() const
 {
     const CategoryFormat *format = format_of(type_);
+    if (format == nullptr) {
+        throw std::invalid_argument("tests/support/format.cpp has no entry for message type " +
+                                    std::to_string(type_));
+    }
     return {std::string(prefix_) + format->name, format->file};
 }
 
@@ -49,7 +53,7 @@ Bytes Handlers::write(mdm_body_t *body) const
     Bytes buffer(4096);
     const uint8_t *end = set(buffer.data(), body);
     EXPECT_NE(end, nullptr);
-    buffer.resize(static_cast<size_t>(end - buffer.data()));
+    buffer.resize(end == nullptr ? 0 : static_cast<size_t>(end - buffer.data()));
     return buffer;
 }
 
@@ -58,7 +62,7 @@ size_t Handlers::read(mdm_body_t *body, const Bytes &bytes) const
     const auto copy = exact_copy(bytes);
     const uint8_t *end = get(body, copy.get());
     EXPECT_NE(end, nullptr);
-    return static_cast<size_t>(end - copy.get());
+    return end == nullptr ? 0 : static_cast<size_t>(end - copy.get());
 }
 
 std::vector<const void *> Handlers::release(mdm_body_t *body) const

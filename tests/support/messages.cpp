@@ -56,7 +56,8 @@ public:
     {
     }
 
-    void head(uint32_t discriminator, int32_t data_size)
+    // Only a full body has a package name.
+    void head(uint32_t discriminator, int32_t data_size, Content content)
     {
         for (const Field &field : category_.head) {
             if (field.offset == 0) {
@@ -66,13 +67,14 @@ public:
                 may_be_sent_on_ = may_be_sent_on_ && may_be_sent_with(data_size);
                 word(field.path, static_cast<uint32_t>(data_size));
             } else {
-                value(field, Content::full);
+                value(field, content);
             }
         }
     }
 
     void payload(Content content)
     {
+        has_payload_ = true;
         switch (form_.payload) {
         case Payload::nothing:
             return;
@@ -99,8 +101,8 @@ public:
     size_t size() const { return bytes_.size(); }
     GoodMessage message(std::string name, uint8_t type, Content content) &&
     {
-        return {std::move(name), framed(type, bytes_), content,
-                may_be_sent_on_, std::move(steps_),    std::move(claims_)};
+        return {std::move(name), framed(type, bytes_), content,           &category_,        &form_,
+                has_payload_,    may_be_sent_on_,      std::move(steps_), std::move(claims_)};
     }
 
 private:
@@ -108,7 +110,7 @@ private:
 
     bool may_be_sent_with(int32_t data_size) const
     {
-        const bool is_counted = category_.trusts_sign || form_.data_size == DataSize::added;
+        const bool is_counted = form_.trusts_sign || form_.data_size == DataSize::added;
         return (data_size >= 0 || !is_counted) && (data_size <= 0 || category_.is_payload_read);
     }
     // A receiver of an empty list, text or element holds a null pointer.
@@ -152,7 +154,7 @@ private:
         case Type::text: {
             const auto letter = static_cast<char>('a' + letter_++ % 26);
             const bool is_empty = content == Content::empty || content == Content::ends_empty;
-            return text(field.path, {&letter, is_empty ? 0U : 1U});
+            return text(field.path, std::string(is_empty ? 0 : 3, letter));
         }
         case Type::strings:
             return strings(field.path, content, Claim::Of::list);
@@ -217,7 +219,9 @@ private:
     {
         using namespace std::string_view_literals;
         receive_null(!form_.is_raw_record);
-        const std::string_view bytes = content == Content::full ? "1234"sv : "ab\0cd"sv;
+        // A sender's record would hold pointers there.
+        const std::string_view full = form_.is_raw_record ? "AAAAAAAABBBBBBBBCCCCCCCC"sv : "1234"sv;
+        const std::string_view bytes = content == Content::empty ? "ab\0cd"sv : full;
         if (category_.is_payload_read) {
             const auto of = category_.announced == Announced::positive ? Claim::Of::size
                                                                        : Claim::Of::signed_size;
@@ -230,6 +234,7 @@ private:
     const CategoryFormat &category_;
     const Form &form_;
     uint32_t selector_;
+    bool has_payload_ = false;
     bool may_be_sent_on_ = true;
     Bytes bytes_;
     size_t size_at_ = 0;
@@ -250,8 +255,8 @@ public:
     // The category's messages.
     void add(const CategoryFormat &category)
     {
-        add_heads(category);
         for (const Form &form : category.forms) {
+            add_heads(category, form);
             add(category, form);
         }
     }
@@ -259,29 +264,30 @@ public:
     std::vector<GoodMessage> take() { return std::move(all_); }
 
 private:
-    void add_head(const CategoryFormat &category, const char *name, uint8_t type, int32_t data_size)
+    void add_head(const CategoryFormat &category, const Form &form, const char *suffix,
+                  uint8_t type, int32_t data_size)
     {
-        const Form &form = category.forms.front();
         Body body(category, form);
-        body.head(*form.types.begin(), data_size);
-        add(std::move(body).message(std::string(category.name) + name, type, Content::none));
+        body.head(discriminators_of(category, form).front(), data_size, Content::full);
+        const std::string name = std::string(category.name) + "-" + form.name + suffix;
+        add(std::move(body).message(name, type, Content::none));
     }
 
     // Heads without a payload.
-    void add_heads(const CategoryFormat &category)
+    void add_heads(const CategoryFormat &category, const Form &form)
     {
         if (category.counts_body) {
-            return add_head(category, "-size-zero", category.first_type(), 0);
+            return add_head(category, form, "-size-zero", category.first_type(), 0);
         }
-        if (category.data == no_offset || category.forms.front().is_always_there) {
+        if (form.is_always_there) {
             return;
         }
-        add_head(category, "-head", category.first_type(), 0);
+        add_head(category, form, "-head", category.first_type(), 0);
         if (category.announced == Announced::positive) {
-            add_head(category, "-negative", category.last_type(), -1);
+            add_head(category, form, "-negative", category.last_type(), -1);
         }
         if (!category.is_payload_read) {  // it need not be there
-            add_head(category, "-unread", category.last_type(), 1000);
+            add_head(category, form, "-unread", category.last_type(), 1000);
         }
     }
 
@@ -313,8 +319,9 @@ private:
 
         Body body(category, form, selector);
         const bool is_first = content == Content::full;
-        body.head(is_first ? *form.types.begin() : *(form.types.end() - 1),
-                  data_size(category, form, content, payload_size));
+        const auto discriminators = discriminators_of(category, form);
+        body.head(is_first ? discriminators.front() : discriminators.back(),
+                  data_size(category, form, content, payload_size), content);
         body.payload(content);
         const bool may_be_padded = form.is_in_param || form.data_size == DataSize::padded ||
                                    form.data_size == DataSize::added;
@@ -396,15 +403,11 @@ std::vector<uint8_t> framed(uint8_t type, const std::vector<uint8_t> &body,
 std::vector<GoodMessage> good_messages()
 {
     Messages all;
-    all.add({"none-19", framed(19, {}), Content::none, false, {}, {}});
-    all.add({"none-41-trailing", framed(41, {1, 2, 3, 4}), Content::none, false, {}, {}});
-    all.add({"none-75-text", framed(75, {}, "header"), Content::none, false, {}, {}});
-    all.add({"none-80-text-with-zero",
-             framed(80, {}, std::string("a\0b", 3)),
-             Content::none,
-             false,
-             {},
-             {}});
+    const uint8_t type = types_without_category().front();
+    all.add({.name = "none", .bytes = framed(type, {})});
+    all.add({.name = "none-trailing", .bytes = framed(type, {1, 2, 3, 4})});
+    all.add({.name = "none-text", .bytes = framed(type, {}, "header")});
+    all.add({.name = "none-text-with-zero", .bytes = framed(type, {}, std::string("a\0b", 3))});
     for (const CategoryFormat &category : category_formats()) {
         all.add(category);
     }

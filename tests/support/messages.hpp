@@ -26,7 +26,7 @@ struct Claim {
     Of of;
     std::string path;
     size_t at;          // of the number
-    size_t behind;      // where that begins of which it tells
+    size_t behind;      // the offset of the bytes that the number counts
     uint32_t smallest;  // bytes for one of what it counts
 };
 
@@ -43,10 +43,13 @@ enum class Content : uint8_t {
 struct GoodMessage {
     std::string name;  // unique; lower-case letters, digits and dashes
     std::vector<uint8_t> bytes;
-    Content content;
-    bool may_be_sent_on;      // by a receiver, as it was opened
-    std::vector<Step> steps;  // in the order of reading
-    std::vector<Claim> claims;
+    Content content = Content::none;
+    const CategoryFormat *category = nullptr;
+    const Form *form = nullptr;
+    bool has_payload = false;
+    bool may_be_sent_on = false;   // by a receiver, as it was opened
+    std::vector<Step> steps = {};  // in the order of reading
+    std::vector<Claim> claims = {};
 };
 
 // Each is whole and true. Few are longer than 300 bytes. Both types of a pair occur, and types

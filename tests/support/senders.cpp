@@ -60,6 +60,11 @@ auto any_of(const Container &values)
     return values.begin()[*rc::gen::inRange<std::ptrdiff_t>(0, values.end() - values.begin())];
 }
 
+const Form &any_form(const CategoryFormat &category)
+{
+    return category.forms[*rc::gen::inRange<size_t>(0, category.forms.size())];
+}
+
 // Bytes, without the library.
 
 void put(Bytes &bytes, const Bytes &more)
@@ -99,7 +104,7 @@ struct Bodies {
 class Sender {
 public:
     explicit Sender(const CategoryFormat &category)
-        : category_(category), form_(drawn_form(category)),
+        : category_(category), form_(any_form(category)),
           type_(any_of(discriminators_of(category, form_)))
     {
     }
@@ -107,28 +112,16 @@ public:
     SentMessage draw()
     {
         member<uint32_t>(body(), 0) = type_;
-        // A quarter of the bodies are heads without a payload.
-        const bool has_payload =
-            form_.is_always_there || category_.data == no_offset || *rc::gen::inRange(0, 4) != 0;
+        // A quarter of the bodies are heads without a payload. A receiver takes the records of some
+        // forms for raw bytes: no sender may pass them.
+        const bool has_payload = form_.is_always_there || category_.data == no_offset ||
+                                 (!form_.is_raw_record && *rc::gen::inRange(0, 4) != 0);
         has_payload ? draw_payload() : draw_head_alone();
         sent_.first = std::move(head_.first);
         sent_.again = std::move(head_.again);
         put(sent_.first, payload_.first);
         put(sent_.again, payload_.again);
         return std::move(sent_);
-    }
-
-private:
-    // A receiver takes the records of some forms for raw bytes: no sender may pass them.
-    static const Form &drawn_form(const CategoryFormat &category)
-    {
-        std::vector<const Form *> forms;
-        for (const Form &form : category.forms) {
-            if (!form.is_raw_record) {
-                forms.push_back(&form);
-            }
-        }
-        return *any_of(forms);
     }
 
     void *body() { return &sent_.msg.body; }
@@ -156,7 +149,7 @@ private:
             } else if (is_data_size(field)) {
                 head_.words(static_cast<uint32_t>(first_size), static_cast<uint32_t>(again_size));
             } else if (form_.is_in_param) {
-                head_.word(0);  // a part of an address
+                head_.word(0);  // the low half of the list's address
             } else {
                 draw_value(head_, body(), field);
             }
@@ -166,7 +159,8 @@ private:
 
     void draw_head_alone()
     {
-        const bool has_pkg = category_.head.size() == 4;
+        const bool has_pkg = std::ranges::any_of(
+            category_.head, [](const Field &field) { return field.type == Type::text; });
         data_size() = has_pkg ? *rc::gen::inRange<int32_t>(-2, 1) : 0;
         payload_.zeros(form_.empty_list_padding);
         write_head(data_size());

@@ -402,13 +402,13 @@ protected:
     GList *list_ = nullptr;
 };
 
-TEST_F(WireLists, AreWalkedFromTheirFirstElement)
+TEST_F(WireLists, AreReadFromTheirFirstElement)
 {
-    std::vector<const char *> walked;
+    std::vector<const char *> texts;
     for (const char *text : elements<char>(list_->next)) {
-        walked.push_back(text);
+        texts.push_back(text);
     }
-    EXPECT_THAT(walked, ElementsAre(::testing::StrEq("a"), nullptr, ::testing::StrEq("b")));
+    EXPECT_THAT(texts, ElementsAre(::testing::StrEq("a"), nullptr, ::testing::StrEq("b")));
 }
 
 // Unlike a loop over the list.

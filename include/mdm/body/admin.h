@@ -19,7 +19,7 @@ enum {
  *
  * For #IS_CLIENT_REGISTERED the fields `type`, `pkg` and `status` travel, for every other
  * discriminator `type`, `value`, `pkg` and `text`. The receiver's other fields keep the values of
- * its record. ipc_free() releases both strings and sets them to null.
+ * its record (Q-ADMIN-1). ipc_free() releases both strings and sets them to null.
  *
  * The log: ipc_serialize() and ipc_deserialize() log `pkg` of #IS_CLIENT_REGISTERED at level 0.
  */

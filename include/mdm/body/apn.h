@@ -38,20 +38,20 @@ typedef struct mdm_apn_account {
  * | 389, 390, 391 | GList of ::mdm_apn_account_t       |
  * | any other     | `data_size` raw bytes              |
  *
- * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
- * received 0 makes `data` null. The sender sets another value, which must be positive for raw bytes
- * and for a single profile.
+ * `data_size` is compared with 0 (Q-BODY-2). If it is 0, or if `data` is null, the head travels
+ * alone (Q-BODY-3). A received 0 makes `data` null. The sender sets another value, which must be
+ * positive for raw bytes (Q-BODY-4) and for a single profile.
  *
- * - For a list, sending stores the size of the whole body, with the head and the count. A list must
- *   not hold a null element.
+ * - For a list, sending stores the size of the whole body, with the head and the count (Q-BODY-8).
+ *   A list must not hold a null element (Q-BODY-9).
  * - For a single profile, sending adds the profile's size to the sender's `data_size`. As many zero
  *   bytes as `data_size` held before follow the profile on the wire. Each further sending of the
- *   same body adds again, so set `data_size` anew each time.
+ *   same body adds again, so set `data_size` anew each time (Q-APN-1).
  *
- * ipc_free() releases the payload. For a profile or a list `data` keeps its old value.
+ * ipc_free() releases the payload. For a profile or a list `data` keeps its old value (Q-BODY-7).
  *
  * The log: ipc_serialize() and ipc_deserialize() log `profile_name` of each profile of a list at
- * level 1.
+ * level 1 (Q-APN-2).
  */
 typedef struct mdm_apn_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

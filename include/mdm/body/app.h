@@ -35,16 +35,17 @@ typedef struct mdm_app_num_pair {
  * | any other | `data_size` raw bytes                                                    |
  *
  * The sender sets `data_size`; the codec never changes it. A value below 1 sends the head alone,
- * and the receiver's `data` becomes null. With 1 or more, a pair must not be missing. For a list
- * and a pair (184, 185) any value of 1 or more will do. For 140 and 141 the receiver reads 8 bytes,
- * whatever `data_size` says.
+ * and the receiver's `data` becomes null. With 1 or more, a pair must not be missing (Q-APP-2). For
+ * a list and a pair (184, 185) any value of 1 or more will do. For 140 and 141 the receiver reads 8
+ * bytes, whatever `data_size` says (Q-APP-1).
  *
  * A package list must not hold a null element: the list on the wire ends there, although its count
- * includes all elements. So do not send on a received list with an empty name.
+ * includes all elements (Q-BODY-12). So do not send on a received list with an empty name.
  *
- * ipc_free() always releases `pkg`. It releases the payload, whatever `data_size` says, except a
- * package list (4, 15): the owner of the message releases its cells and strings, with
- * `g_list_free_full(data, g_free)`. For 184 and 185 `data` keeps its old value.
+ * ipc_free() always releases `pkg`. It releases the payload, whatever `data_size` says (Q-BODY-5),
+ * except a package list (4, 15): the owner of the message releases its cells and strings, with
+ * `g_list_free_full(data, g_free)` (Q-APP-4). For 184 and 185 `data` keeps its old value
+ * (Q-BODY-7).
  *
  * The log: ipc_serialize() and ipc_deserialize() log the package names of a list (4, 15) and both
  * texts of a pair (184, 185) at level 1.

@@ -12,7 +12,7 @@
 typedef struct mdm_app_res_item {
     char *name; /**< Must not be null. The count and the size include an item without a name, but it
                      is not written: it arrives at the end of the list, with no name and the
-                     value 0. */
+                     value 0 (Q-APP_RES-1). */
     uint32_t value; /**< Server and clients agree on its meaning. */
 } mdm_app_res_item_t;
 
@@ -36,21 +36,21 @@ typedef struct mdm_app_control_info {
  * and the receiver's `data` becomes null. For a list any value of 1 or more will do.
  *
  * A list must not hold a null element: the list on the wire ends there, although its count includes
- * all elements. So do not send on a received list with an empty name.
+ * all elements (Q-BODY-12). So do not send on a received list with an empty name.
  *
- * If `data_size` is below 1, ipc_free() releases `pkg` alone. If it is 1 or more, ipc_free()
- * releases `pkg` and the payload, with these exceptions:
+ * If `data_size` is below 1, ipc_free() releases `pkg` alone (Q-BODY-5). If it is 1 or more,
+ * ipc_free() releases `pkg` and the payload, with these exceptions:
  *
  * - The ::mdm_app_control_info_t records stay allocated. Their package lists are released, and no
- *   pointer to the records is left. To release the records, copy their pointers from the list
- *   before ipc_free(), and pass them to g_free() after it.
- * - `data` of an item list keeps its old value.
- * - If `data` is null, ipc_free() releases nothing, not even `pkg`. A received empty list is such a
- *   body: the owner of the message releases its `pkg`.
+ *   pointer to the records is left (Q-APP_RES-5). To release the records, copy their pointers from
+ *   the list before ipc_free(), and pass them to g_free() after it.
+ * - `data` of an item list keeps its old value (Q-BODY-7).
+ * - If `data` is null, ipc_free() releases nothing, not even `pkg` (Q-APP_RES-4). A received empty
+ *   list is such a body: the owner of the message releases its `pkg`.
  *
  * The log, at level 1: ipc_serialize() logs the package names of a list. ipc_deserialize() logs the
- * package names of each ::mdm_app_control_info_t. ipc_serialize(), ipc_deserialize() and ipc_free()
- * log the items.
+ * package names of each ::mdm_app_control_info_t (Q-APP_RES-3). ipc_serialize(), ipc_deserialize()
+ * and ipc_free() log the items.
  */
 typedef struct mdm_app_res_info {
     /** @{ A field of the application head: see #MDM_APP_HEAD. */

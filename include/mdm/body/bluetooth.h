@@ -17,14 +17,15 @@
  * | any other                                         | `data_size` raw bytes             |
  *
  * The sender sets `data_size`; sending never stores it. A value below 1 sends the head alone, and
- * the receiver's `data` keeps the value of its record. For a list any value of 1 or more will do. A
- * list must not hold a null element.
+ * the receiver's `data` keeps the value of its record (Q-BODY-6). For a list any value of 1 or more
+ * will do. A list must not hold a null element (Q-BODY-10).
  *
  * ipc_free() releases the lists of `type` 91, 223, 227, 233 and 237. It then sets `data` to null
- * and `data_size` to 0; for an empty list `data_size` keeps its value. For every other `type` it
- * sets `data_size` to 0 and leaves `data`: the owner of the message releases that list or string.
+ * and `data_size` to 0; for an empty list `data_size` keeps its value (Q-BLUETOOTH-2). For every
+ * other `type` it sets `data_size` to 0 and leaves `data`: the owner of the message releases that
+ * list or string (Q-BLUETOOTH-1).
  *
- * The log: ipc_serialize() and ipc_deserialize() log the names of a list at level 1.
+ * The log: ipc_serialize() and ipc_deserialize() log the names of a list at level 1 (Q-BODY-14).
  */
 typedef struct mdm_bluetooth_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

@@ -44,20 +44,20 @@ typedef struct mdm_eas_value {
  * |-----------|---------------------------------------------------------------------------------|
  * | 98        | one ::mdm_eas_account_t                                                         |
  * | 104       | one ::mdm_eas_account_t; only `str8`, `str10` and `str13` travel                |
- * | 106       | GList of ::mdm_eas_account_t, without a null element                            |
+ * | 106       | GList of ::mdm_eas_account_t, without a null element (Q-BODY-9)                 |
  * | any other | one ::mdm_eas_value_t                                                           |
  *
- * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
- * received 0 makes `data` null. Any other value, even a negative one, announces a payload. The
- * sender sets such a value. Sending stores the computed size: the payload's, or for a list that of
- * the whole body, with the head and the count.
+ * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone
+ * (Q-BODY-3). A received 0 makes `data` null. Any other value, even a negative one, announces a
+ * payload (Q-BODY-2). The sender sets such a value. Sending stores the computed size: the
+ * payload's, or for a list that of the whole body, with the head and the count (Q-BODY-8).
  *
  * For `type` 104 sending adds the size of the three strings to the sender's `data_size`, which must
  * be positive. As many zero bytes as `data_size` held before follow the strings on the wire. Each
- * further sending of the same body adds again, so set `data_size` anew each time. The fields that
- * do not travel are zero in the received record.
+ * further sending of the same body adds again, so set `data_size` anew each time (Q-EAS-1). The
+ * fields that do not travel are zero in the received record.
  *
- * ipc_free() releases the payload. `data` and `data_size` keep their old values.
+ * ipc_free() releases the payload. `data` and `data_size` keep their old values (Q-BODY-7).
  */
 typedef struct mdm_eas_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

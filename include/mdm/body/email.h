@@ -13,8 +13,8 @@
  *
  * - An element of a list carries every field, in order.
  * - A single account carries `num0`, `num1`, `num2`, `num4`, `num6`, `num3`, `num5` and `str13` to
- *   `str21`, in this order.
- * - Settings carry `str16`, `str15` and `str14`, in this order.
+ *   `str21`, in this order (Q-EMAIL-1).
+ * - Settings carry `str16`, `str15` and `str14`, in this order (Q-EMAIL-2).
  *
  * Fields that do not travel are zero in the received record.
  */
@@ -60,18 +60,18 @@ typedef struct mdm_email_value {
  * |-----------|---------------------------------------------------------------------------------|
  * | 359       | one ::mdm_email_account_t, a single account                                     |
  * | 362       | one ::mdm_email_account_t, settings                                             |
- * | 363       | GList of ::mdm_email_account_t, without a null element                          |
+ * | 363       | GList of ::mdm_email_account_t, without a null element (Q-EMAIL-3)              |
  * | any other | one ::mdm_email_value_t                                                         |
  *
- * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
- * received 0 makes `data` null. Any other value, even a negative one, announces a payload. The
- * sender sets such a value. Sending stores the computed size: the payload's, or for a list that of
- * the whole body, with the head and the count.
+ * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone
+ * (Q-BODY-3). A received 0 makes `data` null. Any other value, even a negative one, announces a
+ * payload (Q-BODY-2). The sender sets such a value. Sending stores the computed size: the
+ * payload's, or for a list that of the whole body, with the head and the count (Q-BODY-8).
  *
- * ipc_free() releases the payload. `data` and `data_size` keep their old values. There are two
- * exceptions: for `type` 362 it releases the three strings and leaves the record allocated, which
- * the owner of the message releases with g_free(). For `type` 359 it does not release `str9` to
- * `str12`, which are null in a received record.
+ * ipc_free() releases the payload. `data` and `data_size` keep their old values (Q-BODY-7). There
+ * are two exceptions: for `type` 362 it releases the three strings and leaves the record allocated,
+ * which the owner of the message releases with g_free() (Q-EMAIL-4). For `type` 359 it does not
+ * release `str9` to `str12`, which are null in a received record (Q-EMAIL-5).
  */
 typedef struct mdm_email_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

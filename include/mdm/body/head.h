@@ -14,30 +14,33 @@
  *   own. Server and clients agree on the policies that the numbers stand for.
  * - The payload is everything behind the head. A body without a payload is the head alone.
  * - Raw bytes are `data_size` bytes that the codec copies unchanged. They arrive as a new string
- *   with a terminator. A zero byte inside ends that text early.
+ *   with a terminator. A zero byte inside ends that text early (Q-WIRE-2).
  * - A string is zero-terminated, in any encoding. Any string of a record may be null. Null and
- *   empty are the same on the wire, and arrive as null.
+ *   empty are the same on the wire, and arrive as null (Q-WIRE-1).
  * - A list is a GList, handed over by its first cell. An empty list is null.
  *
  * Rules for every body, which the other headers do not repeat:
  *
- * - The codec never reads, writes or clears `aux`. It is the caller's on either side. In a message
- *   that ipc_open() returned it is zero.
+ * - The codec never reads, writes or clears `aux` (Q-HEAD-1). It is the caller's on either side. In
+ *   a message that ipc_open() returned it is zero.
  * - Every string, record and list in a received body comes from GLib's allocator and belongs to the
  *   message until ipc_free(). A sender's body belongs to the sender, who releases it as it was
  *   allocated. The codec only reads it, except where a category stores a computed `data_size`.
  * - A receiver learns from `data_size` alone whether there is a payload. A sender without a payload
  *   sets `data_size` to 0, too. With a null `data` and another `data_size`, the trusting path may
  *   send a head that announces a missing payload, read through the null pointer, or fail to size
- *   the body.
- * - An empty string in a list arrives as a null element, unless the category says otherwise.
+ *   the body (Q-BODY-1, Q-BODY-3).
+ * - An empty string in a list arrives as a null element, unless the category says otherwise
+ *   (Q-WIRE-6).
  * - Sentences on ipc_free() and on fields that keep their value are about the trusting path, and
  *   about the body alone: ipc_free() always releases the header's text. Where `data` keeps its old
  *   value after ipc_free(), it points to released memory, unless the category says that this memory
- *   stays allocated: do not use it, and do not free the message again. ipc_close() of mdm/guarded.h
- *   releases everything.
- * - Some categories log texts of a message on the trusting path. Their headers say which.
- *   mdm/ipc.h says how to silence these lines, and docs/security.md lists them.
+ *   stays allocated: do not use it, and do not free the message again (Q-BODY-7). ipc_close() of
+ *   mdm/guarded.h releases everything.
+ * - Some categories log texts of a message on the trusting path. Their headers say which. mdm/ipc.h
+ *   says how to silence these lines, and docs/security.md lists them.
+ *
+ * Ids in these headers, such as Q-WIFI-3, stand in docs/quirks.md.
  */
 #ifndef MDM_BODY_HEAD_H
 #define MDM_BODY_HEAD_H

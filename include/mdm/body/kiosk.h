@@ -24,13 +24,15 @@ typedef struct mdm_kiosk_key_pair {
  * | 619       | GList of ::mdm_kiosk_key_pair_t                                          |
  * | any other | `data_size` raw bytes                                                    |
  *
- * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone. A
- * received 0 makes `data` null. The sender sets another value. For the string and the lists sending
- * stores the size of the payload; for a list without the 4 bytes of the count. For raw bytes
- * `data_size` must not be negative. Do not send null elements of a list: the count and the size
- * include them, but they are not written. They arrive as zeros at the end of the list.
+ * `data_size` is compared with 0 (Q-BODY-2). If it is 0, or if `data` is null, the head travels
+ * alone (Q-BODY-3). A received 0 makes `data` null. The sender sets another value. For the string
+ * and the lists sending stores the size of the payload; for a list without the 4 bytes of the count
+ * (Q-KIOSK-2). For raw bytes `data_size` must not be negative (Q-BODY-4). Do not send null elements
+ * of a list: the count and the size include them, but they are not written. They arrive as zeros at
+ * the end of the list (Q-KIOSK-1).
  *
- * ipc_free() releases the payload. For the string and the lists `data` keeps its old value.
+ * ipc_free() releases the payload. For the string and the lists `data` keeps its old value
+ * (Q-BODY-7).
  */
 typedef struct mdm_kiosk_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

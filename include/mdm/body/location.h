@@ -10,7 +10,7 @@
 
 /**
  * Body of the location category: the head alone. `data_size` is sent unchanged and announces no
- * payload. The codec never uses `data`: ipc_free() releases nothing of the body.
+ * payload (Q-LOCATION-1). The codec never uses `data`: ipc_free() releases nothing of the body.
  */
 typedef struct mdm_location_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

@@ -13,8 +13,8 @@
  * Body of the log_manager category: `type`, then `value`. The value is a string for `type` 638 and
  * one byte for every other `type`.
  *
- * Receiving clears the whole of `value` before it stores the string or the byte. ipc_free()
- * releases the string of a `type` 638 body; the pointer keeps its old value.
+ * Receiving clears the whole of `value` before it stores the string or the byte (Q-LOG_MANAGER-3).
+ * ipc_free() releases the string of a `type` 638 body; the pointer keeps its old value (Q-BODY-7).
  */
 typedef struct mdm_log_manager_info {
     uint32_t type; /**< Discriminator; 638 selects the string. */

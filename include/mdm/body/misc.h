@@ -44,26 +44,27 @@ typedef struct mdm_misc_str_pair {
  * | 288, 289      | `data`: one ::mdm_misc_str_pair_t                                           |
  * | any other     | `data`: `data_size` raw bytes                                               |
  *
- * A `data_size` of 0 sends the head alone, and the receiver's `data` becomes null. This does not
- * hold for 127 and 128, whose list always travels.
+ * A `data_size` of 0 sends the head alone, and the receiver's `data` becomes null (Q-BODY-2). This
+ * does not hold for 127 and 128, whose list always travels (Q-MISC-2).
  *
  * - Records (124 to 126, 281, 283, 288, 289): the sender sets `data_size` to another value, and
- *   sending stores the size of the payload. The record must then not be missing. With a missing
- *   bookmark ipc_serialize() fails or, if the header's text has 967 bytes or more, writes beyond
- *   its buffer.
+ *   sending stores the size of the payload. The record must then not be missing (Q-MISC-5,
+ *   Q-MISC-6). With a missing bookmark ipc_serialize() fails or, if the header's text has 967 bytes
+ *   or more, writes beyond its buffer (Q-MISC-4).
  * - 122: the array must not be missing while `data_size` is 1 or more. A negative `data_size` sends
- *   no strings.
- * - 123: if `data_size` is not 0, the receiver's `data` keeps the value of its record.
+ *   no strings (Q-MISC-8).
+ * - 123: if `data_size` is not 0, the receiver's `data` keeps the value of its record (Q-MISC-9).
  * - 127 and 128: the low 32 bits of the list's address travel in the place of `param`. The receiver
- *   discards them. Its `data` keeps the value of its record.
- * - Raw bytes: `data_size` must not be negative.
+ *   discards them. Its `data` keeps the value of its record (Q-MISC-1).
+ * - Raw bytes: `data_size` must not be negative (Q-BODY-4).
  *
  * If `data` is null, ipc_free() releases nothing. So a 127 or 128 that was received into a zeroed
  * record keeps its list: the owner of the message releases it, with
- * `g_list_free_full(param_list, g_free)`. If `data` is not null, ipc_free() releases that list, and
- * `param_list` keeps its old value. For 122, 288 and 289 `data` keeps its old value.
+ * `g_list_free_full(param_list, g_free)` (Q-MISC-10). If `data` is not null, ipc_free() releases
+ * that list, and `param_list` keeps its old value. For 122, 288 and 289 `data` keeps its old value
+ * (Q-BODY-7).
  *
- * The log: ipc_serialize() logs both texts of an ::mdm_book_info_t at level 1.
+ * The log: ipc_serialize() logs both texts of an ::mdm_book_info_t at level 1 (Q-MISC-12).
  */
 typedef struct mdm_misc_info {
     int32_t type; /**< The discriminator of the policy; selects the payload. */

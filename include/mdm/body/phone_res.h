@@ -11,7 +11,8 @@
 /** Two strings. `str0` is sent first. */
 typedef struct mdm_phone_res_item {
     char *str0;     /**< Server and clients agree on its meaning. */
-    uint32_t word1; /**< Never sent. Zero in a received record; ipc_free() sets it to zero. */
+    uint32_t word1; /**< Never sent. Zero in a received record; ipc_free() sets it to zero
+                         (Q-PHONE_RES-5). */
     char *str2;     /**< Server and clients agree on its meaning. */
 } mdm_phone_res_item_t;
 
@@ -28,7 +29,7 @@ typedef struct mdm_phone_res_detail {
 typedef struct mdm_phone_res_ext {
     char *str0;                     /**< Sent first. */
     uint32_t word1;                 /**< Never sent. Zero in a received record; ipc_free() sets it
-                                         to zero. */
+                                         to zero (Q-PHONE_RES-5). */
     mdm_phone_res_detail_t *detail; /**< Sent after `str0`. A sender's must not be null. */
 } mdm_phone_res_ext_t;
 
@@ -43,14 +44,14 @@ typedef struct mdm_phone_res_ext {
  * | 439, 440                                        | `data_size` raw bytes, but see below      |
  * | any other                                       | `data_size` raw bytes                     |
  *
- * The sender sets `data_size`, which must not be negative. A value of 1 or more sends a record,
- * which must then not be missing. A received record has 12 in `data_size`. A received value below 1
- * makes `data` null.
+ * The sender sets `data_size`, which must not be negative (Q-PHONE_RES-3). A value of 1 or more
+ * sends a record, which must then not be missing (Q-PHONE_RES-4). A received record has 12 in
+ * `data_size` (Q-PHONE_RES-1). A received value below 1 makes `data` null.
  *
- * ipc_free() releases the payload. For the records `data` keeps its old value.
+ * ipc_free() releases the payload. For the records `data` keeps its old value (Q-BODY-7).
  *
  * 439 and 440 are written and read as raw bytes, but sized and released as an
- * ::mdm_phone_res_item_t. On the trusting path this is a hazard:
+ * ::mdm_phone_res_item_t (Q-PHONE_RES-2). On the trusting path this is a hazard:
  *
  * - Never pass a received 439 or 440 with a payload to ipc_free(): it would follow the bytes as the
  *   pointers of a record.

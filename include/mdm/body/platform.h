@@ -11,8 +11,8 @@
 
 /**
  * Body of the platform category: `type` and `text`. For `type` 439 `number` and `flag` follow, for
- * `type` 440 `number`. Fields that do not travel keep the values of the receiver's record.
- * ipc_free() releases `text`; the pointer keeps its old value.
+ * `type` 440 `number`. Fields that do not travel keep the values of the receiver's record
+ * (Q-PLATFORM-2). ipc_free() releases `text`; the pointer keeps its old value (Q-BODY-7).
  */
 typedef struct mdm_platform_info {
     uint32_t type;   /**< Discriminator; 439 and 440 carry numbers. */

@@ -33,12 +33,12 @@ typedef struct mdm_pwd_policy {
  * | 40        | one ::mdm_pwd_policy_t   |
  * | any other | `data_size` raw bytes    |
  *
- * The sender sets `data_size`. If it is below 1, or if `data` is null, the head travels alone. For
- * `type` 40 any value of 1 or more sends the record, whose length follows from its fields. A
- * received value below 1 leaves `data` as the record held it, so pass ipc_deserialize() a zeroed
- * record.
+ * The sender sets `data_size`. If it is below 1, or if `data` is null, the head travels alone
+ * (Q-BODY-3). For `type` 40 any value of 1 or more sends the record, whose length follows from its
+ * fields (Q-PWD-1). A received value below 1 leaves `data` as the record held it, so pass
+ * ipc_deserialize() a zeroed record (Q-BODY-6).
  *
- * ipc_free() releases the payload. For `type` 40 `data` keeps its old value.
+ * ipc_free() releases the payload. For `type` 40 `data` keeps its old value (Q-BODY-7).
  */
 typedef struct mdm_pwd_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

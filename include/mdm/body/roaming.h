@@ -16,12 +16,13 @@ typedef struct mdm_roaming_data {
 /**
  * Body of the roaming category.
  *
- * - `data`: one ::mdm_roaming_data_t. A sender's must not be null. A received message always has a
- *   new record.
- * - `data_size`: the caller's number, sent unchanged. The codec derives nothing from it.
+ * - `data`: one ::mdm_roaming_data_t. A sender's must not be null (Q-ROAMING-2). A received message
+ *   always has a new record.
+ * - `data_size`: the caller's number, sent unchanged. The codec derives nothing from it
+ *   (Q-ROAMING-1).
  *
  * ipc_free() releases `name` and sets it to null. The record stays allocated, and `data` keeps
- * pointing to it: the owner of the message releases it with g_free().
+ * pointing to it: the owner of the message releases it with g_free() (Q-ROAMING-3).
  */
 typedef struct mdm_roaming_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */
@@ -32,9 +33,9 @@ typedef struct mdm_roaming_info {
 /**
  * Body of the roaming_res category: the head alone. `data_size` is sent unchanged.
  *
- * `data` neither travels nor changes. But ipc_free() takes it for a pointer to an
- * ::mdm_roaming_data_t and releases its `name`. So pass ipc_deserialize() a record whose `data` is
- * null.
+ * `data` neither travels nor changes (Q-ROAMING-5). But ipc_free() takes it for a pointer to an
+ * ::mdm_roaming_data_t and releases its `name` (Q-ROAMING-4). So pass ipc_deserialize() a record
+ * whose `data` is null.
  */
 typedef struct mdm_roaming_res_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

@@ -13,7 +13,7 @@ typedef struct mdm_security_item {
     uint32_t num0;  /**< Sent first. */
     char *str1;     /**< Sent second. */
     uint32_t word2; /**< Never sent. Zero in a received record. */
-    char *str3;     /**< Sent fourth, after `str4`. */
+    char *str3;     /**< Sent fourth, after `str4` (Q-SECURITY-1). */
     char *str4;     /**< Sent third. */
 } mdm_security_item_t;
 
@@ -63,19 +63,21 @@ typedef struct mdm_security_account {
  * | any other      | `data_size` raw bytes             | the sender sets it                       |
  *
  * - An item: `data_size` counts the payload alone. It is 0 for a null item, and the head travels
- *   alone.
- * - A list: `data_size` counts the 12 bytes of the head and the 4 bytes of the count as well. For a
- *   null list sending does not store `data_size`, which must be 0: a positive one would announce a
- *   list, but send none. A list must not hold a null element. A list of strings ends there on the
- *   wire, although its count includes all elements. A list of accounts with a null
- *   element cannot be sized.
- * - Raw bytes: with a `data_size` of 0 the head travels alone. `data_size` must not be negative.
+ *   alone (Q-SECURITY-5).
+ * - A list: `data_size` counts the 12 bytes of the head and the 4 bytes of the count as well
+ *   (Q-BODY-8). For a null list sending does not store `data_size`, which must be 0: a positive one
+ *   would announce a list, but send none (Q-SECURITY-4). A list must not hold a null element. A
+ *   list of strings ends there on the wire, although its count includes all elements (Q-BODY-12). A
+ *   list of accounts with a null element cannot be sized (Q-BODY-9).
+ * - Raw bytes: with a `data_size` of 0 the head travels alone. `data_size` must not be negative
+ *   (Q-SECURITY-9).
  *
- * A received `data_size` below 1 leaves `data` as the record held it. A received list of strings
- * has no empty strings: receiving leaves them out.
+ * A received `data_size` below 1 leaves `data` as the record held it (Q-BODY-6). A received list of
+ * strings has no empty strings: receiving leaves them out (Q-SECURITY-7).
  *
- * ipc_free() releases the payload. `data` of a list keeps its old value. For every string of a
- * received list of strings, one more copy stays allocated, and no pointer to it is left.
+ * ipc_free() releases the payload. `data` of a list keeps its old value (Q-BODY-7). For every
+ * string of a received list of strings, one more copy stays allocated, and no pointer to it is left
+ * (Q-SECURITY-8).
  */
 typedef struct mdm_security_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

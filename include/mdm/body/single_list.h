@@ -6,14 +6,15 @@
  * Each body is the body head (see mdm/body/head.h) and nothing else:
  *
  * - `type`, `param`: the caller's numbers. The codec sends them unchanged and never looks at them.
- * - `data_size`: the number of raw bytes. The sender sets it; it must not be negative. If it is
- *   below 1, the head travels alone, and the receiver's `data` becomes null.
+ * - `data_size`: the number of raw bytes. The sender sets it; it must not be negative
+ *   (Q-SINGLE_LIST-2). If it is below 1, the head travels alone, and the receiver's `data` becomes
+ *   null.
  * - `data`: a buffer of `data_size` bytes.
  *
  * The receiver of a browser or enterprise message gets `type`, `param` and `data_size`, but never
- * the raw bytes: if `data_size` is 1 or more, its `data` keeps the value of its record. So pass
- * ipc_deserialize() a record whose `data` is null, because ipc_free() releases whatever `data`
- * holds.
+ * the raw bytes: if `data_size` is 1 or more, its `data` keeps the value of its record
+ * (Q-SINGLE_LIST-1). So pass ipc_deserialize() a record whose `data` is null, because ipc_free()
+ * releases whatever `data` holds.
  *
  * ipc_free() releases `data` and sets `data` to null and `data_size` to 0. Freeing twice is
  * harmless.

@@ -71,8 +71,8 @@ typedef struct mdm_wifi_network {
     int32_t detail_kind; /**< Selects the fields of `detail`, from 1 to 9. For any other number
                                     no detail travels. */
     mdm_wifi_detail_t *detail; /**< A sender's must not be null for the kinds 2 to 7. For 1, 8 and 9
-                                    a null detail arrives as the number 0. In a received message it
-                                    is null if `detail_kind` is outside 1 to 9. */
+                                    a null detail arrives as the number 0 (Q-WIFI-2). In a received
+                                    message it is null if `detail_kind` is outside 1 to 9. */
 } mdm_wifi_network_t;
 
 /**
@@ -89,20 +89,21 @@ typedef struct mdm_wifi_network {
  *
  * The sender sets `data_size`; sending never stores it. A value below 1 sends the head alone, and
  * the receiver's `data` becomes null. For a list and a network any value of 1 or more will do. With
- * 1 or more, a record must not be missing, and a list must not hold a null element.
+ * 1 or more, a record must not be missing (Q-WIFI-3), and a list must not hold a null element
+ * (Q-BODY-10).
  *
- * Behind the strings of a pair, of DHCP settings or of a triple, `data_size` zero bytes travel. A
- * small value is enough: 1 makes the record travel.
+ * Behind the strings of a pair, of DHCP settings or of a triple, `data_size` zero bytes travel
+ * (Q-WIFI-1). A small value is enough: 1 makes the record travel.
  *
  * ipc_free() releases the payload and sets `data` to null. It sets `data_size` to 0, except for raw
- * bytes. A network is different: ipc_free() releases `ssid`, and for the kinds 2 to 7 the detail
- * and its strings. The ::mdm_wifi_network_t stays allocated, and so does the detail of the kinds 1,
- * 8 and 9. `ssid`, `detail`, `data` and `data_size` keep their old values. The owner of the message
- * releases the remaining blocks with g_free(), the detail first.
+ * bytes (Q-WIFI-6). A network is different: ipc_free() releases `ssid`, and for the kinds 2 to 7
+ * the detail and its strings. The ::mdm_wifi_network_t stays allocated, and so does the detail of
+ * the kinds 1, 8 and 9 (Q-WIFI-4). `ssid`, `detail`, `data` and `data_size` keep their old values.
+ * The owner of the message releases the remaining blocks with g_free(), the detail first.
  *
  * The log, at level 1: ipc_serialize(), ipc_deserialize() and ipc_free() log both texts of an
  * ::mdm_wifi_pair_t. Its value may be a secret, like a pre-shared key. ipc_serialize() and
- * ipc_deserialize() log the names of a list.
+ * ipc_deserialize() log the names of a list (Q-BODY-14).
  */
 typedef struct mdm_wifi_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

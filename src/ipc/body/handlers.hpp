@@ -9,6 +9,7 @@
 #include "mdm/message.h"
 #include "wire/cursor.hpp"
 #include "wire/lengths.hpp"
+#include "wire/names.hpp"
 
 namespace mdm {
 
@@ -21,9 +22,9 @@ using GetHandler = bool(Reader &in, const Log &log, mdm_body_t *body);
 using SizeHandler = uint32_t(Lengths &lengths, const Log &log, mdm_body_t *body);
 // Releases the heap parts of a received body.
 using FreeHandler = void(const Log &log, mdm_body_t *body);
-// Returns the path of what keeps a body from being sized safely, or its receiver from finding what
-// is announced; null for a sound body. Runs on the guarded path alone, before the size handler,
-// which follows the body's pointers. A category has none if each of its bodies is sound.
+// Returns the path of the first field that is wrong: a null pointer that the size handler would
+// follow, or a payload that does not match `data_size`. Returns null for a valid body. Runs on the
+// guarded path alone, before the size handler. A category has none if all its bodies are valid.
 using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 
 // The categories: their message types from the first to the last, their name, and the file of their
@@ -32,7 +33,8 @@ using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 //   VALIDATED   if sealing has to refuse some of its bodies: _validate_x says which
 //   PLAIN       if it never has to
 //
-// A SHARED one also names its row of handlers, which stands in category.cpp.
+// A SHARED category takes some or all handlers of others. It also names its row of handlers, which
+// stands in category.cpp.
 #define MDM_CATEGORIES(VALIDATED, PLAIN, SHARED)         \
     PLAIN(1, 2, admin, admin)                            \
     VALIDATED(3, 4, pwd, pwd)                            \

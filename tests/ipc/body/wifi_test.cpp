@@ -814,9 +814,9 @@ TEST(Wifi, BothTypesOfTheMessageTravelAndLeaveANetworkBehind)
             mdm_msg_t msg = message(msg_type);
             msg.body = body(type, 4, sample.data.get());
             const Bytes bytes = serialize(msg);
-            const Bytes spare(sample.adds_data_size ? 4 : 0);
+            const Bytes padding(sample.adds_data_size ? 4 : 0);
             EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
-                      head_bytes(type, 4) + sample.payload + spare);
+                      head_bytes(type, 4) + sample.payload + padding);
             mdm_msg_t received{};
             AllocationTrace trace;
             EXPECT_EQ(deserialize(received, bytes), 0);

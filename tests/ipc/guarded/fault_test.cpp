@@ -7,6 +7,7 @@
 #include <limits>
 #include <optional>
 #include <ostream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@
 
 #include "mdm/guarded.h"
 #include "support/fault.hpp"
+#include "support/format.hpp"
 #include "support/guard_page.hpp"
 #include "support/log_recorder.hpp"
 #include "support/messages.hpp"
@@ -362,13 +364,23 @@ std::optional<Fault> expected_fault(const GoodMessage &message, size_t length)
     return std::nullopt;
 }
 
+void expect_faults_of_cuts(const GoodMessage &message, uint32_t discriminator)
+{
+    const Bytes bytes = with_word(message.bytes, 40, discriminator);
+    EXPECT_EQ(fault_of(bytes), std::nullopt) << message.name << ", " << discriminator;
+    for (size_t length = 8; length < bytes.size(); ++length) {
+        EXPECT_EQ(fault_of(cut(bytes, length)), expected_fault(message, length))
+            << message.name << ", " << discriminator;
+    }
+}
+
 TEST(Fault, NamesTheFieldThatACutHits)
 {
+    std::set<std::string> names;
     for (const GoodMessage &message : bodies()) {
-        EXPECT_EQ(fault_of(message.bytes), std::nullopt) << message.name;
-        for (size_t length = 8; length < message.bytes.size(); ++length) {
-            EXPECT_EQ(fault_of(cut(message.bytes, length)), expected_fault(message, length))
-                << message.name;
+        EXPECT_TRUE(names.insert(message.name).second) << message.name;
+        for (const uint32_t type : discriminators_of(*message.category, *message.form)) {
+            expect_faults_of_cuts(message, type);
         }
     }
 }
