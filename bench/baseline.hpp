@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The baseline of the codec: for each message of the benchmark the allocations and copies that
-// its contract asks for, written by hand for that one message. No log, no table, no check. A string
-// of a record is measured once; one of a list a second time while it is copied, because there is
-// nowhere to keep the lengths.
+// The baseline of the codec: for each message of the benchmark, a function written by hand makes
+// the allocations and copies that its format asks for. It has no log, no table and no check. It
+// measures a string of a record once. It measures a string of a list twice, because it has no place
+// to keep the lengths.
 #pragma once
 
 #include <cstdint>

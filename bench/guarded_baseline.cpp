@@ -39,16 +39,16 @@ uint32_t load(const uint8_t *position)
     return value;
 }
 
-// The received bytes, and the room for their texts. To keep all of it in registers, what takes a
-// text is always in line.
+// The received bytes, and the memory for their texts. Functions that take a text are always in
+// line, so that everything stays in registers.
 class Source {
 public:
     Source(const uint8_t *bytes, uint32_t length) : at_(bytes), left_(length) {}
 
     void set_text_memory(void *memory) { text_memory_ = static_cast<char *>(memory); }
 
-    // Whether so many bytes more are there. What has a fixed size is claimed before it is taken,
-    // the counts of texts too: a text then costs one comparison.
+    // Reserves `size` bytes; false if fewer remain. Fixed sizes and the counts of texts are
+    // reserved together, so a text costs one comparison.
     bool reserve(uint64_t size)
     {
         if (size > left_) {

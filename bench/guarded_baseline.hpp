@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The baseline of the guarded path: each message of the benchmark opened by hand, with every check
-// that received bytes call for. One block holds the message, its record and then its texts, which
-// take no more room than they took on the wire; a second one, of the size that the checked count
-// gives, holds a list. No log, no table: each function is for one type and one form of a message,
-// and does not check that type and discriminator say so.
+// The baseline of the guarded path: each message of the benchmark is opened by hand, with every
+// check that untrusted bytes need. One block holds the message, its record and its texts, which
+// take no more memory than bytes on the wire. A second block holds a list; the checked count gives
+// its size. There is no log and no table. Each function opens one type and one form of a message,
+// and does not check the type and the discriminator.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace mdm::bench {
 
-// The message that ipc_open() returns, or null where that refuses.
+// The message that ipc_open() returns, or null for bytes that ipc_open() refuses.
 using BaselineOpen = mdm_msg_t *(const uint8_t *bytes, uint32_t length);
 BaselineOpen baseline_open_res;
 BaselineOpen baseline_open_admin;

@@ -10,8 +10,8 @@
 
 namespace mdm::bench {
 
-// Whether both make the same message of the bytes; of a small message also, whether both make the
-// same of it or refuse it, cut short anywhere or with another word anywhere in it.
+// Whether both open the bytes as the same message. A small message is also cut at each place and
+// gets other words at each place: both must open the result as the same message, or refuse it.
 bool opens_like_library(BaselineOpen *open, const std::vector<uint8_t> &bytes);
 
 }  // namespace mdm::bench

@@ -9,7 +9,7 @@ set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_C_COMPILER_TARGET i686-linux-gnu)
 set(CMAKE_CXX_COMPILER_TARGET i686-linux-gnu)
 
-# The search path is the old kind, which counts for the libraries' own libraries as well.
+# The search path is a DT_RPATH: the loader also uses it for the libraries that a library needs.
 set(CMAKE_EXE_LINKER_FLAGS_INIT
     "-Wl,--dynamic-linker=${CMAKE_SYSROOT}/lib/ld-linux.so.2 -Wl,--disable-new-dtags\
 ,-rpath,${CMAKE_SYSROOT}/lib/i386-linux-gnu,-rpath,${CMAKE_SYSROOT}/usr/lib/i386-linux-gnu")

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The AES helper: any length of any bytes under any key is what the cipher library's other interface
-// makes of them, and comes back. The input is a byte that chooses, the length of the key's text,
-// the byte that stands behind the counted ones, the key's text, and the bytes.
+// The AES helper: any length of any bytes under any key is what the cipher library's other
+// interface makes of them, and comes back. The input is a byte that chooses, the length of the
+// key's text, the byte that stands behind the counted ones, the key's text, and the bytes.
 #include <algorithm>
 #include <array>
 #include <memory>

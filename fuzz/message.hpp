@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The input of the targets that take a message: the message itself. The two bytes of its header that
-// no reader looks at say what is done with it.
+// The input of the targets that take a message: the message itself. The two bytes of its header
+// that no reader looks at say what is done with it.
 #pragma once
 
 #include <cstdint>

@@ -26,8 +26,8 @@ struct MutationPoints {
     std::vector<MutableList> lists;
     std::vector<std::function<void()>> removals;  // each takes a record, an array or raw bytes away
     int32_t *data_size = nullptr;
-    // Whether the category takes `data_size` for the length of `data`, and the largest value that it
-    // may be set to.
+    // Whether the category takes `data_size` for the length of `data`, and the largest value that
+    // it may be set to.
     bool takes_data_size_for_length = false;
     int32_t largest_data_size = std::numeric_limits<int32_t>::max();
     // Without one a message can be opened, but not sent.

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Opening: whatever the bytes are, nothing but them is read, and all memory stays within its bound
-// and comes back. What is opened holds what the contract's reader makes of the bytes; what is
-// refused has a true fault. The length field is put right, unless the first reserved byte is set; the
-// second one says how many letters are put into the header's text, so that what follows has another
-// place; 255 stands for every number up to 64.
+// Opening. ipc_open() reads only the given bytes, keeps to the bound of its memory, and all memory
+// comes back. An opened message has the fields that ipc_deserialize() finds. A refusal reports a
+// true fault.
+//
+// The target corrects the length field, unless the first reserved byte is set. The second reserved
+// byte is the number of letters that the target puts in front of the header's text, which moves the
+// body; 255 stands for every number up to 64.
 #include <cstring>
 #include <numeric>
 #include <string>
@@ -66,7 +68,7 @@ Attempt open(const Block &bytes)
     return {std::move(msg), fault};
 }
 
-// Of the envelope only the lengths are a matter of bytes that are missing.
+// Faults of the envelope tell of missing bytes only for lengths.
 bool is_of_envelope(const ipc_fault_t &fault)
 {
     return std::string_view(fault.path) == "header.length" ||

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Sealing: a message is opened, mutated as the input says, and sealed. What is sealed is what
-// ipc_serialize() returns, and opens with the same fields; what is refused is as it was. The length
-// field is put right. The second reserved byte is the number of mutations; each takes the
-// last three bytes of the input off the message. 255 stands for every step, one at a time.
+// Sealing: the target opens a message, mutates it as the input says, and seals it. The sealed bytes
+// equal those of ipc_serialize(), and open with the same fields. A refused message is unchanged.
+//
+// The target corrects the length field. The second reserved byte is the number of mutations; each
+// takes the last three bytes of the input off the message. 255 stands for every step, one at a
+// time.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -119,7 +121,7 @@ private:
         const int32_t size = *points_.data_size;
         const std::array sizes = {0, 1, -1, least, size / 2, 7, 8, 12, 400, MDM_MAX_PADDING};
         const int32_t changed = std::min(sizes[step.how % sizes.size()], points_.largest_data_size);
-        // Of what was longer no terminator is left.
+        // A shortened payload has no terminator.
         const bool is_cut = points_.takes_data_size_for_length && changed != size;
         keeps_its_fields_ = keeps_its_fields_ && !is_cut;
         *points_.data_size = changed;

@@ -37,7 +37,7 @@ void write_messages(const std::filesystem::path &directory)
     }
 }
 
-// Small counts, lengths and sizes, and those that nothing is as long as; all discriminators.
+// Small counts, lengths and sizes; huge ones, which no message reaches; all discriminators.
 std::set<uint32_t> words()
 {
     std::set<uint32_t> all = {0,          1,          2,          0x100,      0x40000000,

@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
-# CMake with arguments that configure a build, which tests make of many kinds: what the build that
-# runs the tests has found out about the same compilers is taken from there.
+# Runs CMake to configure a build for a test. Takes the compiler checks from the build that runs the
+# tests, so that they run once.
 # usage: configure_once.sh -B BUILD_DIR ARGUMENTS...
 # environment: MDM_BUILD_DIR, the build that runs the tests
 set -eu

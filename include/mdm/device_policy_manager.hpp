@@ -28,8 +28,8 @@
  * DeviceInventoryCallHistoryEvent copy = event;
  * @endcode
  *
- * Thread safety: that of any plain value. While one thread changes an object, no other thread may
- * use it. The constants never change.
+ * Thread safety: an object is a plain value. While one thread changes an object, no other thread
+ * may use it. The constants never change.
  */
 #ifndef MDM_DEVICE_POLICY_MANAGER_HPP
 #define MDM_DEVICE_POLICY_MANAGER_HPP

@@ -163,8 +163,8 @@ MDM_API mdm_msg_t *ipc_open(const uint8_t *buffer, uint32_t length, ipc_fault_t 
     MDM_RELEASED_BY(ipc_close) MDM_WARN_UNUSED;
 
 /**
- * Turns a message into the bytes that ipc_serialize() would return, unless they would be unsound.
- * ipc_open() opens whatever this call returns.
+ * Turns a message into the bytes that ipc_serialize() would return, unless a receiver could not
+ * open them. ipc_open() opens all bytes that this call returns.
  *
  * It refuses the following. The path of the fault is in brackets; "size" means the path of the
  * body's `data_size`.

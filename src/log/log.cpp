@@ -55,8 +55,8 @@ struct Line {
     int error;
 };
 
-// The result is that of a printing function. Any failure but lack of memory is ignored: what could
-// not be formatted is left out.
+// `result` comes from a printing function. Only a lack of memory counts as a failure. After any
+// other failure the line goes without the text that could not be formatted.
 bool had_memory(int result)
 {
     return result >= 0 || errno != ENOMEM;

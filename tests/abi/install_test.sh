@@ -56,9 +56,10 @@ components)
     } | expect_component dev
     {
         printf 'share/doc/mdm-common/%s\n' README.md CHANGELOG.md LICENSE
-        (cd "$source_dir" && find docs \( -name '*.md' -o -name '*.svg' \) -printf 'share/doc/mdm-common/%p\n')
+        (cd "$source_dir" && find docs \( -name '*.md' -o -name '*.svg' \) \
+            -printf 'share/doc/mdm-common/%p\n')
     } | expect_component doc
-    # Nothing is in none of them.
+    # Every installed file belongs to a component.
     quietly cmake --install "$build" --prefix "$work/all"
     diff <(files_in "$work/all") \
         <({ files_in "$work/runtime" && files_in "$work/dev" && files_in "$work/doc"; } |

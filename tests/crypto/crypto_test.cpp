@@ -42,7 +42,7 @@ struct Release {
     void operator()(void *memory) const { g_free(memory); }
 };
 
-// What a call did. The buffer belongs to the test.
+// The outcome of a call. The buffer belongs to the test.
 struct Outcome {
     int32_t result = 1;
     std::unique_ptr<uint8_t, Release> buffer;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The lines that repeat texts of a message are those that docs/security.md lists. Every good message
-// is received, released and sent on the trusting path. A line with a text has "%s" in its format.
+// The lines that repeat texts of a message are those that docs/security.md lists. Every good
+// message is received, released and sent on the trusting path. A line with a text has "%s" in its
+// format.
 #include <fstream>
 #include <regex>
 #include <set>

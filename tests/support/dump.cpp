@@ -98,7 +98,8 @@ const Field *find(Fields fields, size_t offset)
     return nullptr;
 }
 
-// A member of a nested record is of the type that it travels with. One that does not travel is null.
+// A member of a nested record is of the type that it travels with. One that does not travel is
+// null.
 void put_nested(Dump &out, const void *outer, const Field &field)
 {
     const auto *record = value_at<const void *>(outer, field.offset);

@@ -37,9 +37,8 @@ struct Origin {
     std::string file;  // empty: any
 };
 
-// A line of the library: its level, the function that logged it, what follows the prefix, and
-// where it was logged. An expected line says nothing of the source line, and the file only if its
-// origin does.
+// A line of the library: its level, the function that logged it, the text behind the prefix, and
+// its place. An expected line has no source line, and a file only if its origin has one.
 struct LogLine {
     uint32_t level;
     std::string function;

@@ -35,7 +35,7 @@ std::optional<std::string> reason_unless(bool succeeded)
     return succeeded ? std::nullopt : std::optional<std::string>(std::strerror(errno));
 }
 
-// The first time it is called. Returns why the machine gives none, if so.
+// Enters them in the first call. If the machine refuses, returns the reason.
 const std::optional<std::string> &enter_private_mounts()
 {
     static const std::optional<std::string> reason = reason_unless(

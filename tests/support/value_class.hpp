@@ -96,8 +96,8 @@ inline constexpr bool is_text = std::is_same_v<std::remove_cvref_t<Leaf>, std::s
 template <class Leaf>
 inline constexpr bool is_flag = std::is_same_v<std::remove_cvref_t<Leaf>, bool>;
 
-// A value for a leaf that no other gets: a number without a zero byte; a text of which a copy that
-// stops at a null character is shorter.
+// Sets a leaf to a value that no other leaf gets: a number without a zero byte, or a text with a
+// null character inside, so that a copy that stops there is shorter.
 template <class Leaf>
 void set(Leaf &leaf, uint64_t position, size_t text_length)
 {

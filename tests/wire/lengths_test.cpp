@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A list of strings is written with the lengths that sizing has kept. Where they are not that list's,
-// it is measured again: the bytes are always the same.
+// A list of strings is written with the lengths that sizing has kept. Where they are not that
+// list's, it is measured again: the bytes are always the same.
 #include "wire/lengths.hpp"
 
 #include <string>
@@ -254,7 +254,8 @@ TEST_F(ManyStrings, AreKnownAgainOnceThereIsMemory)
     EXPECT_EQ(written(lengths, list_), expected_);
 }
 
-// A count on the wire has 32 bits. ThreadSanitizer would keep a shadow of every byte of such a text.
+// A count on the wire has 32 bits. ThreadSanitizer would keep a shadow of every byte of such a
+// text.
 #if SIZE_MAX > UINT32_MAX && !__has_feature(thread_sanitizer)
 
 // 2^32 + 1 letters, which are the same few in memory.

@@ -65,8 +65,8 @@ typedef struct mdm_email_value {
  *
  * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone
  * (Q-BODY-3). A received 0 makes `data` null. Any other value, even a negative one, announces a
- * payload (Q-BODY-2). The sender sets such a value. Sending stores the computed size: the
- * payload's, or for a list that of the whole body, with the head and the count (Q-BODY-8).
+ * payload (Q-BODY-2). The sender sets such a value. Sending stores the computed size: the size of
+ * the payload, or for a list the size of the whole body, with the head and the count (Q-BODY-8).
  *
  * ipc_free() releases the payload. `data` and `data_size` keep their old values (Q-BODY-7). There
  * are two exceptions: for `type` 362 it releases the three strings and leaves the record allocated,

@@ -336,7 +336,8 @@ TEST(Open, TheBytesMayStandAtAnyAddress)
     }
 }
 
-// Gives blocks of these sizes to whoever asks next, full of what nobody should see.
+// Fills blocks of these sizes with a pattern and releases them, so that the next allocations reuse
+// them.
 void soil(const std::vector<size_t> &block_sizes)
 {
     std::vector<void *> blocks;
