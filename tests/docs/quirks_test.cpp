@@ -24,10 +24,9 @@ bool contains(const Names &names, const std::string &name)
     return std::ranges::find(names, name) != names.end();
 }
 
-// What the first group of the expression matches, in order.
-Names all_of(const std::string &text, const char *expression)
+// The matches of the expression's first group, in order.
+Names all_of(const std::string &text, const std::regex &regex)
 {
-    const std::regex regex(expression);
     Names matches;
     for (std::sregex_iterator match(text.begin(), text.end(), regex), end; match != end; ++match) {
         matches.push_back((*match)[1]);
@@ -37,8 +36,8 @@ Names all_of(const std::string &text, const char *expression)
 
 Names ids_in(const std::string &text)
 {
-    return text.find("Q-") == std::string::npos ? Names{}
-                                                : all_of(text, "\\b(Q-[A-Z_]+-[0-9]+)\\b");
+    static const std::regex id("\\b(Q-[A-Z_]+-[0-9]+)\\b");
+    return text.find("Q-") == std::string::npos ? Names{} : all_of(text, id);
 }
 
 struct File {
@@ -51,7 +50,7 @@ std::vector<File> files_below(const char *directory)
     const fs::path project = fs::path(MDM_DOCS_DIR).parent_path();
     std::vector<File> files;
     for (const fs::directory_entry &entry : fs::recursive_directory_iterator(project / directory)) {
-        const Names extensions = {".cpp", ".hpp", ".c", ".h", ".md"};
+        static const Names extensions = {".cpp", ".hpp", ".c", ".h", ".md"};
         if (!entry.is_regular_file() || !contains(extensions, entry.path().extension())) {
             continue;
         }
@@ -76,7 +75,7 @@ struct Entry {
 private:
     size_t tests_begin() const { return text.rfind(" Test: `"); }
 
-    // What stands in backquotes from the word that begins the part to the part's end.
+    // The texts in backquotes, from the word that begins the part to the part's end.
     Names quoted(const char *word, size_t end) const
     {
         const size_t begin = text.rfind(word, end);
@@ -84,7 +83,8 @@ private:
             ADD_FAILURE() << id << " has no part \"" << word << "\"";
             return {};
         }
-        return all_of(text.substr(begin, end - begin), "`([^`]+)`");
+        static const std::regex quotation("`([^`]+)`");
+        return all_of(text.substr(begin, end - begin), quotation);
     }
 };
 
@@ -117,9 +117,10 @@ std::map<std::string, Names> marked_tests()
         Names ids;
         for (const std::string &line : file.lines) {
             std::smatch match;
-            if (std::regex_match(line, mark)) {
+            if (line.starts_with("// Q-") && std::regex_match(line, mark)) {
                 ids = ids_in(line);
-            } else if (std::regex_match(line, match, test)) {
+            } else if (line.find("TEST") != std::string::npos &&
+                       std::regex_match(line, match, test)) {
                 tests[match.str(1) + "." + match.str(2)] = ids;
                 ids.clear();
             } else {
@@ -173,7 +174,8 @@ std::map<std::string, Source> named_sources()
 // "Writer::count()" is found by "count".
 std::string last_name(const std::string &function)
 {
-    const Names names = all_of(function, "([A-Za-z_0-9]+)");
+    static const std::regex name("([A-Za-z_0-9]+)");
+    const Names names = all_of(function, name);
     return names.empty() ? function : names.back();
 }
 

@@ -219,7 +219,8 @@ public:
             return write_head(first_size + form_.extra, again_size + form_.extra);
         case DataSize::added:
             size = any_small();
-            payload_.zeros(static_cast<size_t>(size), static_cast<size_t>(size + first_size));
+            payload_.zeros(static_cast<size_t>(size),
+                           static_cast<size_t>(size) + payload_.first.size());
             return write_head(size + first_size, size + 2 * first_size);
         case DataSize::padded:
             size = any_small();
