@@ -1,6 +1,7 @@
-# SPDX-License-Identifier: Apache-2.0 Cross builds against a sysroot of ./dev include this file.
-# MDM_ARCHITECTURE is the package manager's name of the architecture; CMAKE_LIBRARY_ARCHITECTURE is
-# its name in the libraries' directories.
+# SPDX-License-Identifier: Apache-2.0
+# Cross builds against a sysroot of ./dev include this file. MDM_ARCHITECTURE is the package
+# manager's name of the architecture; CMAKE_LIBRARY_ARCHITECTURE is its name in the libraries'
+# directories.
 set(CMAKE_SYSTEM_NAME Linux)
 cmake_path(SET CMAKE_SYSROOT NORMALIZE
     ${CMAKE_CURRENT_LIST_DIR}/../build/sysroot-${MDM_ARCHITECTURE})
