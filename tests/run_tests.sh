@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Runs a program with many tests. Of tests that pass, nothing is printed. The last lines name each
-# test that failed, and the test that was running if the program ended early.
+# test that failed, and the test that was running if the program ended early. The script also fails
+# if no test ran, unless GTEST_FILTER selects them.
 # usage: run_tests.sh SECONDS PROGRAM ARGUMENTS...
 set -uo pipefail
 
 timeout "$@" 2>&1 | awk '
-    sub(/^\[ RUN      \] /, "") { name = $0; text = ""; next }
+    sub(/^\[ RUN      \] /, "") { name = $0; text = ""; ran = 1; next }
     name == "" && /^(\[-----|$)/ { next }
     name == "" { print; next }
     { text = text $0 "\n" }
@@ -21,5 +22,11 @@ timeout "$@" 2>&1 | awk '
         for (i = 1; i <= count; ++i) {
             print "failed: " failed[i]
         }
+        if (!ran && !ENVIRON["GTEST_FILTER"]) {
+            print "failed: no test ran"
+            exit 1
+        }
     }'
-exit "${PIPESTATUS[0]}"
+results=("${PIPESTATUS[@]}")
+[ "${results[0]}" = 0 ] || exit "${results[0]}"
+exit "${results[1]}"
