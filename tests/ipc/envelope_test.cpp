@@ -292,7 +292,8 @@ TEST(Serialise, NullMessageFailsAnAssert)
     uint32_t length = 77;
     EXPECT_EQ(::ipc_serialize(nullptr, &length), nullptr);
     EXPECT_EQ(length, 77U);
-    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize"), assert_fails("ipc_serialize")));
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter(from::ipc_serialize), assert_fails(from::ipc_serialize)));
 }
 
 TEST(Serialise, TypeOutside1To80FailsAnAssert)
@@ -303,7 +304,8 @@ TEST(Serialise, TypeOutside1To80FailsAnAssert)
         uint32_t length = 77;
         EXPECT_EQ(::ipc_serialize(&msg, &length), nullptr);
         EXPECT_EQ(length, 77U);
-        EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize"), assert_fails("ipc_serialize")));
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter(from::ipc_serialize), assert_fails(from::ipc_serialize)));
     }
 }
 
@@ -316,7 +318,7 @@ TEST(Serialise, TypeWithoutCategoryReturnsNullInSilence)
         LogRecorder log;
         EXPECT_EQ(::ipc_serialize(&msg, &length), nullptr);
         EXPECT_EQ(length, 77U);
-        EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize")));
+        EXPECT_THAT(log.take(), ElementsAre(enter(from::ipc_serialize)));
     }
 }
 
@@ -325,8 +327,9 @@ TEST(Serialise, LogsEnterAndExitAroundTheCategorysLines)
     mdm_msg_t msg = message(res.type);
     LogRecorder log;
     serialize(msg);
-    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_serialize"), enter(res.size), leave(res.size),
-                                        enter(res.set), leave(res.set), leave("ipc_serialize")));
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter(from::ipc_serialize), enter(res.size), leave(res.size),
+                            enter(res.set), leave(res.set), leave(from::ipc_serialize)));
 }
 
 // Handlers of a made-up category, for what no real one does.
@@ -390,7 +393,7 @@ TEST(Serialise, TotalBelow8FailsAnAssertTwice)
         EXPECT_EQ(ipc_serialize({row, no_names}, &msg, &length), nullptr) << body_size;
         EXPECT_EQ(length, 77U);
         EXPECT_THAT(log.take(),
-                    ElementsAre(assert_fails("_alloc_msg"), assert_fails("ipc_serialize")));
+                    ElementsAre(assert_fails(from::alloc_msg), assert_fails(from::ipc_serialize)));
     }
 }
 
@@ -440,7 +443,7 @@ TEST(Serialise, RowWithoutSetHandlerLeavesTheBodyZeroAndIsNotChecked)
     EXPECT_EQ(result.bytes.size(), 43U);
     EXPECT_EQ(Bytes(result.bytes.end() - 3, result.bytes.end()), hex("00 00 00"));
     EXPECT_EQ(result.trailer, hex("00 F4 F4 F4 F4"));
-    EXPECT_THAT(log.take(), ElementsAre(leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(leave(from::ipc_serialize)));
 }
 
 // Q-ENVELOPE-7
@@ -451,8 +454,8 @@ TEST(Serialise, FailedSetHandlerIsOnlyLogged)
         serialize_made_up({set_nothing_and_fail, nullptr, size_made_up, nullptr}, 3);
     EXPECT_EQ(result.bytes.size(), 43U);
     EXPECT_EQ(Bytes(result.bytes.end() - 3, result.bytes.end()), hex("00 00 00"));
-    EXPECT_THAT(log.take(),
-                ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(critical(from::ipc_serialize, "lp_body is NULL"),
+                                        leave(from::ipc_serialize)));
 }
 
 // Q-ENVELOPE-9
@@ -462,8 +465,8 @@ TEST(Serialise, FailedSetHandlerSkipsTheGuardCheck)
     const auto result =
         serialize_made_up({set_over_the_guard_and_fail, nullptr, size_made_up, nullptr}, 3);
     EXPECT_EQ(result.trailer, hex("11 11 F4 F4 F4"));
-    EXPECT_THAT(log.take(),
-                ElementsAre(critical("ipc_serialize", "lp_body is NULL"), leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(critical(from::ipc_serialize, "lp_body is NULL"),
+                                        leave(from::ipc_serialize)));
 }
 
 // Q-ENVELOPE-8
@@ -473,7 +476,7 @@ TEST(Serialise, TheUncheckedByteBehindTheMessageMayBeOverwritten)
     const auto result = serialize_made_up({set_three_bytes, nullptr, size_made_up, nullptr}, 2);
     EXPECT_EQ(result.bytes.size(), 42U);
     EXPECT_EQ(result.trailer, hex("11 F4 F4 F4 F4"));
-    EXPECT_THAT(log.take(), ElementsAre(leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(leave(from::ipc_serialize)));
 }
 
 size_t overwritten_guard_byte = 0;
@@ -491,9 +494,9 @@ TEST(Serialise, EachOverwrittenGuardByteIsLoggedOnceWithTypeAndLengthField)
             serialize_made_up({set_one_guard_byte, nullptr, size_made_up, nullptr}, 3);
         EXPECT_EQ(result.bytes.size(), 43U);
         EXPECT_THAT(log.take(),
-                    ElementsAre(critical("check_footer", "Serialization has corrupted "
-                                                         "memory!!!!! (msg type=33, len=35)"),
-                                leave("ipc_serialize")));
+                    ElementsAre(critical(from::check_footer, "Serialization has corrupted "
+                                                             "memory!!!!! (msg type=33, len=35)"),
+                                leave(from::ipc_serialize)));
     }
 }
 
@@ -506,10 +509,10 @@ TEST(Serialise, AllFourOverwrittenGuardBytesAreLoggedOnce)
     };
     const auto result = serialize_made_up({set_all, nullptr, size_made_up, nullptr}, 3);
     EXPECT_EQ(result.bytes.size(), 43U);
-    EXPECT_THAT(log.take(),
-                ElementsAre(critical("check_footer", "Serialization has corrupted memory!!!!! (msg "
-                                                     "type=33, len=35)"),
-                            leave("ipc_serialize")));
+    EXPECT_THAT(log.take(), ElementsAre(critical(from::check_footer,
+                                                 "Serialization has corrupted memory!!!!! (msg "
+                                                 "type=33, len=35)"),
+                                        leave(from::ipc_serialize)));
 }
 
 bool set_another_length_field(Writer &out, const Log & /*log*/, mdm_body_t * /*body*/)
@@ -524,9 +527,9 @@ TEST(Serialise, TheGuardIsLookedForBehindTheLengthThatTheBufferHolds)
     LogRecorder log;
     serialize_made_up({set_another_length_field, nullptr, size_made_up, nullptr}, 3);
     EXPECT_THAT(log.take(),
-                ElementsAre(critical("check_footer", "Serialization has corrupted memory!!!!! "
-                                                     "(msg type=33, len=30)"),
-                            leave("ipc_serialize")));
+                ElementsAre(critical(from::check_footer, "Serialization has corrupted memory!!!!! "
+                                                         "(msg type=33, len=30)"),
+                            leave(from::ipc_serialize)));
 }
 
 // Deserialising: every way it fails.
@@ -564,7 +567,8 @@ void expect_rejected(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
 {
     LogRecorder log;
     EXPECT_EQ(::ipc_deserialize(msg, buffer, length), -999);
-    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), assert_fails("ipc_deserialize")));
+    EXPECT_THAT(log.take(),
+                ElementsAre(enter(from::ipc_deserialize), assert_fails(from::ipc_deserialize)));
 }
 
 // A rejected buffer changes nothing in the record.
@@ -670,7 +674,8 @@ TEST(Deserialise, EveryTypeWithoutCategoryFillsTheHeaderOnly)
         EXPECT_EQ(msg.hdr_word5, 0U);
         EXPECT_EQ(msg.hdr_aux, 0x5A5A5A5AU);
         EXPECT_EQ(std::memcmp(&msg.body, &body, sizeof body), 0);
-        EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), leave("ipc_deserialize")));
+        EXPECT_THAT(log.take(),
+                    ElementsAre(enter(from::ipc_deserialize), leave(from::ipc_deserialize)));
     }
 }
 
@@ -696,8 +701,8 @@ TEST(Deserialise, FailedGetHandlerIsOnlyLogged)
     LogRecorder log;
     EXPECT_EQ(ipc_deserialize({row, no_names}, &msg, res_message.data()), 0);
     expect_header_words(msg);
-    EXPECT_THAT(log.take(), ElementsAre(critical("ipc_deserialize", "lp_body is NULL"),
-                                        leave("ipc_deserialize")));
+    EXPECT_THAT(log.take(), ElementsAre(critical(from::ipc_deserialize, "lp_body is NULL"),
+                                        leave(from::ipc_deserialize)));
 }
 
 TEST(Deserialise, LogsEnterAndExitAroundTheCategorysLines)
@@ -705,8 +710,8 @@ TEST(Deserialise, LogsEnterAndExitAroundTheCategorysLines)
     mdm_msg_t msg{};
     LogRecorder log;
     EXPECT_EQ(deserialize(msg, res_message), 0);
-    EXPECT_THAT(log.take(), ElementsAre(enter("ipc_deserialize"), enter(res.get), leave(res.get),
-                                        leave("ipc_deserialize")));
+    EXPECT_THAT(log.take(), ElementsAre(enter(from::ipc_deserialize), enter(res.get),
+                                        leave(res.get), leave(from::ipc_deserialize)));
     ipc_free(&msg);
 }
 

@@ -53,8 +53,8 @@ using ::testing::Pair;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
-constexpr const char *reader = "mdm_read_noti";
-constexpr const char *writer = "mdm_write_noti";
+constexpr LoggingFunction reader{"mdm_read_noti", "mdm_noti.cpp"};
+constexpr LoggingFunction writer{"mdm_write_noti", "mdm_noti.cpp"};
 constexpr const char *some_key = "some-status";
 constexpr int32_t untouched = 0x5A5A5A5A;
 constexpr int earlier_error = EDOM;  // no file and no conversion fails with it
@@ -89,7 +89,7 @@ Outcome outcome_of(const Call &call)
     return {result, status, log.take()};
 }
 
-Outcome failed(const char *function, const std::string &text, int error)
+Outcome failed(const Origin &function, const std::string &text, int error)
 {
     const std::string reason =
         "errno = " + std::to_string(error) + ", [" + std::strerror(error) + "]";
@@ -110,13 +110,13 @@ std::string stream_failure(const Use &use)
     return "nothing";
 }
 
-Outcome stream_failed(const char *function, const std::string &description, int error)
+Outcome stream_failed(const Origin &function, const std::string &description, int error)
 {
     return failed(function,
                   "Opening/reading/closing file exception, ['" + description + "'] thrown.", error);
 }
 
-Outcome failed_unknown(const char *function, int error)
+Outcome failed_unknown(const Origin &function, int error)
 {
     return failed(function, "Unknown exception thrown.", error);
 }

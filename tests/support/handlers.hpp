@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The handlers of the categories: called through the library's table, and named in log lines.
+// The handlers of the categories: called through the library's table, and named in log lines like
+// the other functions of the codec.
 #pragma once
 
 #include <cstdint>
@@ -76,5 +77,17 @@ struct Handlers {
 
 // Those of a category, for its first message type.
 Handlers handlers_of(std::string_view category);
+
+// The functions of the codec that log and are no handlers: enter(from::ipc_open).
+namespace from {
+
+inline constexpr LoggingFunction ipc_serialize{"ipc_serialize", "mdm_ipc.cpp"};
+inline constexpr LoggingFunction alloc_msg{"_alloc_msg", "mdm_ipc.cpp"};
+inline constexpr LoggingFunction check_footer{"check_footer", "mdm_ipc.cpp"};
+inline constexpr LoggingFunction ipc_deserialize{"ipc_deserialize", "mdm_ipc.cpp"};
+inline constexpr LoggingFunction ipc_seal{"ipc_seal", "mdm_ipc_guarded.cpp"};
+inline constexpr LoggingFunction ipc_open{"ipc_open", "mdm_ipc_guarded.cpp"};
+
+}  // namespace from
 
 }  // namespace mdm::test

@@ -8,7 +8,6 @@
 #include <optional>
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "mdm/log.h"
@@ -26,19 +25,25 @@ struct PlatformLine {
 
 // Where a line comes from.
 struct Origin {
-    // NOLINTNEXTLINE(google-explicit-constructor): so that enter("ipc_free") will do
-    Origin(const char *its_function) : function(its_function) {}
-    Origin(std::string its_function, const char *its_file)
-        : function(std::move(its_function)), file(its_file)
-    {
-    }
-
     std::string function;
-    std::string file;  // empty: any
+    std::string file;
+};
+
+// The constant of a function, which may stand for the origin of its lines.
+class LoggingFunction {
+public:
+    constexpr LoggingFunction(const char *name, const char *file) : name_(name), file_(file) {}
+
+    // NOLINTNEXTLINE(google-explicit-constructor): see above
+    operator Origin() const { return {name_, file_}; }
+
+private:
+    const char *name_;
+    const char *file_;
 };
 
 // A line of the library: its level, the function that logged it, the text behind the prefix, and
-// its place. An expected line has no source line, and a file only if its origin has one.
+// its place. An expected line has no source line, and a file only if it was made with an origin.
 struct LogLine {
     uint32_t level;
     std::string function;

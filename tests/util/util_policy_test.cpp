@@ -33,9 +33,10 @@ using ::testing::Optional;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
-constexpr const char *serializer = "mdm_phone_res_limit_serialize";
-constexpr const char *deserializer = "mdm_phone_res_limit_deserialize";
-constexpr const char *parser = "mdm_phone_res_limit_of_data_calls_parse_parameters";
+constexpr LoggingFunction serializer{"mdm_phone_res_limit_serialize", "mdm_util_policy.cpp"};
+constexpr LoggingFunction deserializer{"mdm_phone_res_limit_deserialize", "mdm_util_policy.cpp"};
+constexpr LoggingFunction parser{"mdm_phone_res_limit_of_data_calls_parse_parameters",
+                                 "mdm_util_policy.cpp"};
 
 // All that can be seen of a call.
 template <class Outputs>
@@ -52,7 +53,7 @@ struct Call {
     }
 };
 
-std::vector<LogLine> entered_and_left(const char *function, std::vector<LogLine> inside)
+std::vector<LogLine> entered_and_left(const Origin &function, std::vector<LogLine> inside)
 {
     inside.insert(inside.begin(), enter(function));
     inside.push_back(leave(function));
@@ -60,7 +61,7 @@ std::vector<LogLine> entered_and_left(const char *function, std::vector<LogLine>
 }
 
 // What a call that fails logs.
-std::vector<LogLine> complaint(const char *function, const std::string &text)
+std::vector<LogLine> complaint(const Origin &function, const std::string &text)
 {
     return entered_and_left(function, {critical(function, text)});
 }

@@ -23,8 +23,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr auto size_function = "mdm_get_list_data_size";
-constexpr auto name_function = "mdm_is_valid_package_name";
+constexpr LoggingFunction size_function{"mdm_get_list_data_size", "mdm_util.cpp"};
+constexpr LoggingFunction name_function{"mdm_is_valid_package_name", "mdm_util.cpp"};
 
 // Everything that is logged, as "tag file: function".
 std::vector<std::string> origins(const LogRecorder &log)

@@ -769,7 +769,7 @@ TEST(Misc, WithoutMemoryAMessageIsReceivedWithoutItsTextRecord)
     EXPECT_EQ(deserialize(received, bytes), 0);
     EXPECT_EQ(received.body.misc.data_size, 7);
     EXPECT_EQ(received.body.misc.data, nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(critical("ipc_deserialize", "lp_body is NULL")));
+    EXPECT_THAT(log.take(), ElementsAre(critical(from::ipc_deserialize, "lp_body is NULL")));
 }
 
 TEST(Misc, FreeNullsEachStringOfABookAtOnce)
@@ -948,8 +948,9 @@ TEST(Misc, MissingBookMakesNoMessage)
     LogRecorder log(MDM_LOG_CRITICAL);
     EXPECT_EQ(ipc_serialize(&msg, &length), nullptr);
     EXPECT_EQ(length, 77U);
-    EXPECT_THAT(log.take(), ElementsAre(critical(misc.size, "p_book_info is NULL"),
-                                        assert_fails("_alloc_msg"), assert_fails("ipc_serialize")));
+    EXPECT_THAT(log.take(),
+                ElementsAre(critical(misc.size, "p_book_info is NULL"),
+                            assert_fails(from::alloc_msg), assert_fails(from::ipc_serialize)));
 }
 
 // The envelope takes 8 bytes for a message. This one would be written beyond them, hence only its

@@ -388,7 +388,7 @@ TEST(PhoneRes, MessageWithoutItsRecordIsAHeadAndALineInTheLog)
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), wire(item_type, 1, {}));
     EXPECT_THAT(log.take(), ElementsAre(assert_fails(phone_res.set),
-                                        critical("ipc_serialize", "lp_body is NULL")));
+                                        critical(from::ipc_serialize, "lp_body is NULL")));
 }
 
 // Q-BODY-7, Q-PHONE_RES-5

@@ -747,7 +747,7 @@ TEST(SecurityLists, ThatCannotBeWrittenAreReportedByTheEnvelope)
         LogRecorder log(MDM_LOG_CRITICAL);
         const Bytes bytes = serialize(msg);
         EXPECT_THAT(log.take(), ElementsAre(assert_fails(security.set),
-                                            critical("ipc_serialize", "lp_body is NULL")));
+                                            critical(from::ipc_serialize, "lp_body is NULL")));
         EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head_bytes(type, 9) + Bytes(4));
     }
 }

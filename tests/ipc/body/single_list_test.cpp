@@ -178,10 +178,10 @@ TEST_P(SingleList, NegativeDataSizeCountsFewerBytesThanAreWritten)
     LogRecorder log(MDM_LOG_CRITICAL);
     const Bytes bytes = serialize(msg);
     EXPECT_EQ(bytes.size(), 48U);
-    EXPECT_THAT(
-        log.take(),
-        ElementsAre(critical("check_footer", "Serialization has corrupted memory!!!!! (msg type=" +
-                                                 std::to_string(row().type) + ", len=40)")));
+    EXPECT_THAT(log.take(),
+                ElementsAre(critical(from::check_footer,
+                                     "Serialization has corrupted memory!!!!! (msg type=" +
+                                         std::to_string(row().type) + ", len=40)")));
 
     // A receiver reads the head's last word from behind the message.
     mdm_msg_t received{};

@@ -17,6 +17,7 @@
 #include "mdm/guarded.h"
 #include "support/allocation_trace.hpp"
 #include "support/fault.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/messages.hpp"
 #include "support/no_memory.hpp"
@@ -316,7 +317,7 @@ size_t expect_refusals_without_memory(const Bytes &bytes)
         EXPECT_LE(refusal->fault.needed, times_length * bytes.size() + constant);
         EXPECT_EQ(refusal->fault.left, 0U);
         EXPECT_THAT(refusal->lines,
-                    ElementsAre(critical("ipc_open", refusal_line(refusal->fault))));
+                    ElementsAre(critical(from::ipc_open, refusal_line(refusal->fault))));
     }
 }
 
@@ -396,7 +397,7 @@ TEST(NoMemoryToSeal, IsAFaultThatLeavesTheMessageAsItWas)
     EXPECT_EQ(fault.left, 0U);
     EXPECT_EQ(msg.body.apn.data_size, 1);
     EXPECT_THAT(log.take(),
-                ElementsAre(critical("ipc_seal", "Refused: there is no memory for 118 bytes")));
+                ElementsAre(critical(from::ipc_seal, "Refused: there is no memory for 118 bytes")));
 
     buffer = ipc_seal(&msg, &length, &fault);
     EXPECT_EQ(length, 113U);

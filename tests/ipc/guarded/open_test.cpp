@@ -24,6 +24,7 @@
 #include "support/fault.hpp"
 #include "support/format.hpp"
 #include "support/guard_page.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/messages.hpp"
 #include "support/wire.hpp"
@@ -136,7 +137,7 @@ struct Outcome {
 // The line that a refusal logs, from the function's name on.
 std::string line_of(const ipc_fault_t &fault)
 {
-    return critical("ipc_open", refusal_line(fault)).text;
+    return critical(from::ipc_open, refusal_line(fault)).text;
 }
 
 void note(Outcome &outcome, const mdm_msg_t *msg, const LogRecorder &log, size_t lines_before)
@@ -381,7 +382,7 @@ TEST(Open, LogsItsEntryAndItsExit)
     for (const GoodMessage &good : good_messages()) {
         LogRecorder log;
         ipc_close(ipc_open(good.bytes.data(), size_of(good.bytes), nullptr));
-        EXPECT_EQ(log.take(), enter_and_leave("ipc_open")) << good.name;
+        EXPECT_EQ(log.take(), enter_and_leave(from::ipc_open)) << good.name;
     }
 }
 
@@ -398,8 +399,8 @@ TEST(Open, LogsOneLineForARefusal)
             mdm_msg_t *msg = ipc_open(bytes.data(), size_of(bytes), nullptr);
             const std::vector<LogLine> lines = log.take();
             ASSERT_EQ(lines.size(), msg == nullptr ? 3U : 2U) << good.name << ' ' << size;
-            EXPECT_EQ(lines.front(), enter("ipc_open"));
-            EXPECT_EQ(lines.back(), leave("ipc_open"));
+            EXPECT_EQ(lines.front(), enter(from::ipc_open));
+            EXPECT_EQ(lines.back(), leave(from::ipc_open));
             if (msg == nullptr) {
                 EXPECT_EQ(lines[1].level, MDM_LOG_CRITICAL);
                 EXPECT_THAT(lines[1].text, HasSubstr("Refused: "));
@@ -417,10 +418,10 @@ TEST(Open, LogsNothingButTheRefusalInFrontOfTheExit)
     EXPECT_THAT(
         log.take(),
         ::testing::ElementsAre(
-            enter("ipc_open"),
-            critical("ipc_open",
+            enter(from::ipc_open),
+            critical(from::ipc_open,
                      "Refused: header.length: a message has 40 bytes or more, 39 are there"),
-            leave("ipc_open")));
+            leave(from::ipc_open)));
 }
 
 TEST(Open, ManyThreadsMayOpenAtOnce)

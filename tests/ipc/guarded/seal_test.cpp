@@ -18,6 +18,7 @@
 #include "support/allocation_trace.hpp"
 #include "support/fault.hpp"
 #include "support/format.hpp"
+#include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/messages.hpp"
 #include "support/wire.hpp"
@@ -96,7 +97,8 @@ void expect_refusal(mdm_msg_t &msg, const ipc_fault_t &expected)
     EXPECT_TRUE(msg == before);
     EXPECT_EQ(length, untouched_length);
     EXPECT_THAT(trace.kept(), IsEmpty());
-    EXPECT_THAT(lines_of_sealing(log), ElementsAre(critical("ipc_seal", refusal_line(expected))));
+    EXPECT_THAT(lines_of_sealing(log),
+                ElementsAre(critical(from::ipc_seal, refusal_line(expected))));
 }
 
 // A part that is missing, where the body is not even begun.
@@ -228,9 +230,9 @@ TEST(Seal, ANullMessageIsRefused)
     EXPECT_EQ(ipc_seal(nullptr, &length, &fault), nullptr);
     EXPECT_EQ(text_of(fault), "message: offset 0, needed 0, left 0");
     EXPECT_EQ(length, untouched_length);
-    EXPECT_THAT(log.take(),
-                ElementsAre(enter("ipc_seal"), critical("ipc_seal", "Refused: message is missing"),
-                            leave("ipc_seal")));
+    EXPECT_THAT(log.take(), ElementsAre(enter(from::ipc_seal),
+                                        critical(from::ipc_seal, "Refused: message is missing"),
+                                        leave(from::ipc_seal)));
 }
 
 // Q-GUARDED-6
@@ -289,8 +291,8 @@ TEST(Seal, LogsItsEntryAndItsExit)
         uint8_t *sealed = ipc_seal(msg, &length, nullptr);
         const std::vector<LogLine> lines = log.take();
         ASSERT_EQ(lines.size(), sealed == nullptr ? 3U : 2U) << good.name;
-        EXPECT_EQ(lines.front(), enter("ipc_seal"));
-        EXPECT_EQ(lines.back(), leave("ipc_seal"));
+        EXPECT_EQ(lines.front(), enter(from::ipc_seal));
+        EXPECT_EQ(lines.back(), leave(from::ipc_seal));
         if (sealed == nullptr) {
             EXPECT_EQ(lines[1].level, MDM_LOG_CRITICAL);
             EXPECT_THAT(lines[1].text, HasSubstr("Refused: "));
