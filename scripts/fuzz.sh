@@ -138,6 +138,8 @@ do_fuzz_all() {
         done
         preset=fuzz-i386
     done
+    # The shell lets programs in the background ignore Ctrl-C.
+    trap 'kill 0' INT
     for turn in "${!runs[@]}"; do
         # shellcheck disable=SC2086 # three words a run
         fuzz_in_turn ${runs[turn]} &
@@ -146,6 +148,7 @@ do_fuzz_all() {
     for turn in "${turns[@]}"; do
         wait "$turn" || failed=1
     done
+    trap - INT
     [ $failed = 0 ] || die "a fuzzer has found something, see build/fuzz*/TARGET"
     for target in "${fuzz_targets[@]}"; do
         check_reach "$target" "fuzz/corpus/$target"

@@ -84,10 +84,6 @@ private:
     GString *text_;
 };
 
-void put_record(Dump &out, const char *name, const void *record, Fields members);
-
-void put_strings(Dump &out, const GList *list);
-
 const Field *find(Fields fields, size_t offset)
 {
     for (const Field &field : fields) {
@@ -96,27 +92,6 @@ const Field *find(Fields fields, size_t offset)
         }
     }
     return nullptr;
-}
-
-// A member of a nested record is of the type that it travels with. One that does not travel is
-// null.
-void put_nested(Dump &out, const void *outer, const Field &field)
-{
-    const auto *record = value_at<const void *>(outer, field.offset);
-    const Alternative *alternative = field.nested->alternative(outer);
-    if (record == nullptr || alternative == nullptr) {
-        return out.line(record == nullptr ? "no record" : "not null");
-    }
-    out.begin(field.path);
-    for (const Field &member : field.nested->members) {
-        const Field *sent = find(alternative->fields, member.offset);
-        if (sent != nullptr && sent->type == Type::word) {
-            out.put(value_at<uint32_t>(record, member.offset));
-        } else {
-            out.put(value_at<const char *>(record, member.offset));
-        }
-    }
-    out.end();
 }
 
 void put_value(Dump &out, const void *record, const Field &field)
@@ -136,23 +111,20 @@ void put_value(Dump &out, const void *record, const Field &field)
     }
 }
 
-void put_record(Dump &out, const char *name, const void *record, Fields members)
+// A member of a nested record is of the type that it travels with, and null if it does not travel.
+void put_nested(Dump &out, const void *outer, const Field &field)
 {
-    if (record == nullptr) {
-        return out.line("no record");
+    const auto *record = value_at<const void *>(outer, field.offset);
+    const Alternative *alternative = field.nested->alternative(outer);
+    if (record == nullptr || alternative == nullptr) {
+        return out.line(record == nullptr ? "no record" : "not null");
     }
-    out.begin(name);
-    for (const Field &field : members) {
-        put_value(out, record, field);
+    out.begin(field.path);
+    for (const Field &member : field.nested->members) {
+        const Field *sent = find(alternative->fields, member.offset);
+        put_value(out, record, sent != nullptr ? *sent : member);
     }
     out.end();
-    for (const Field &field : members) {
-        if (field.type == Type::strings) {
-            put_strings(out, value_at<const GList *>(record, field.offset));
-        } else if (field.type == Type::record) {
-            put_nested(out, record, field);
-        }
-    }
 }
 
 // Calls `visit` with each element.
@@ -173,6 +145,25 @@ void put_list(Dump &out, const GList *list, Visit visit)
 void put_strings(Dump &out, const GList *list)
 {
     put_list(out, list, [&](const void *text) { out.line("-", static_cast<const char *>(text)); });
+}
+
+void put_record(Dump &out, const char *name, const void *record, Fields members)
+{
+    if (record == nullptr) {
+        return out.line("no record");
+    }
+    out.begin(name);
+    for (const Field &field : members) {
+        put_value(out, record, field);
+    }
+    out.end();
+    for (const Field &field : members) {
+        if (field.type == Type::strings) {
+            put_strings(out, value_at<const GList *>(record, field.offset));
+        } else if (field.type == Type::record) {
+            put_nested(out, record, field);
+        }
+    }
 }
 
 void put_array(Dump &out, const void *data, int32_t count)
@@ -222,7 +213,9 @@ void put_head(Dump &out, const CategoryFormat &category, const Form &form, const
     }
     if (form.payload == Payload::body) {
         for (const Field &field : form.fields) {
-            put_value(out, &body, field);
+            if (find(category.members, field.offset) == nullptr) {
+                put_value(out, &body, field);
+            }
         }
     }
     out.end();
