@@ -205,7 +205,7 @@ TEST(App, NullPackageEndsTheListButNotTheCount)
                            hex("03 00 00 00 01 00 00 00 61");
     EXPECT_EQ(bytes, expected);
 
-    // The receiver finds the names that the count promised in whatever comes next.
+    // The receiver takes the next bytes for the names that the count promised.
     mdm_body_t received = used_body();
     EXPECT_EQ(app.read(&received, bytes + hex("02 00 00 00 79 7A 00 00 00 00 FF")),
               expected.size() + 10);
