@@ -109,7 +109,8 @@ std::vector<Block> without(std::vector<Block> blocks, const std::vector<const vo
 
 Arrival receive(const Handlers &handlers, const Bytes &bytes, const Bytes &behind)
 {
-    Arrival arrival{headed(0, 0, sentinel()), {}};
+    Arrival arrival{headed(0xEEEEEEEE, 99, sentinel()), {}};
+    arrival.body.res.param = 0;
     AllocationTrace trace;
     EXPECT_EQ(handlers.read(&arrival.body, bytes + behind), bytes.size());
     trace.stop();

@@ -77,11 +77,11 @@ struct Handlers {
     Bytes write(mdm_body_t *body) const;
     // Lets `get` read an exact copy of the bytes; returns how many it consumed.
     size_t read(mdm_body_t *body, const Bytes &bytes) const;
-    // What `free` releases, in order.
+    // The blocks that `free` releases, in order.
     std::vector<const void *> release(mdm_body_t *body) const;
 };
 
-// Those of a category, for its first message type.
+// The handlers of a category, for its first message type.
 Handlers handlers_of(std::string_view category);
 
 // The functions of the codec that log and are no handlers: enter(from::ipc_open).

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -50,7 +48,8 @@ mdm_body_t body(int32_t type, int32_t data_size, void *data, const char *pkg = n
     return body;
 }
 
-// The size handler changes nothing; the bytes that the set handler writes are `unwritten` fewer.
+// The size handler leaves the body as it is. The set handler writes `unwritten` bytes fewer than
+// the size.
 Bytes sized_and_written(mdm_body_t sent, uint32_t unwritten = 0)
 {
     const int32_t data_size = sent.app_res.data_size;

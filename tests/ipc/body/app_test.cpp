@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,6 @@ namespace mdm::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 

@@ -121,7 +121,7 @@ protected:
         return bytes;
     }
 
-    // A receiver's record as it was before: nothing that may be released.
+    // A receiver's record that was used before: it has nothing that may be released.
     static mdm_body_t used_body()
     {
         mdm_body_t used;

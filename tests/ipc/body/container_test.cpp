@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstddef>
-#include <numeric>
 #include <string>
 #include <utility>
 #include <vector>

@@ -17,7 +17,6 @@ namespace {
 
 using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::IsNull;
 using ::testing::StrEq;
 

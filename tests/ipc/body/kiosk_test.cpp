@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <memory>
 #include <new>
 #include <numeric>
 #include <string>

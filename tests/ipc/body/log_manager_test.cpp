@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

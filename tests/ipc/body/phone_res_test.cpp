@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <string>
+#include <array>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -37,15 +37,9 @@ const Bytes policy_head = hex("28 00 00 00 04 03 02 01 01 00 00 00");
 
 void expect_numbers_of_policy(const mdm_pwd_policy_t &record)
 {
-    EXPECT_EQ(record.num0, 0x10U);
-    EXPECT_EQ(record.num1, 0x11U);
-    EXPECT_EQ(record.num2, 0x12U);
-    EXPECT_EQ(record.num3, 0x13U);
-    EXPECT_EQ(record.num4, 0x14U);
-    EXPECT_EQ(record.num5, 0x15U);
-    EXPECT_EQ(record.num6, 0x16U);
-    EXPECT_EQ(record.num7, 0x17U);
-    EXPECT_EQ(record.num8, 0xFFFFFF18U);
+    EXPECT_THAT((std::array{record.num0, record.num1, record.num2, record.num3, record.num4,
+                            record.num5, record.num6, record.num7, record.num8}),
+                ElementsAre(0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0xFFFFFF18));
 }
 
 const mdm_pwd_policy_t &received_policy(const mdm_body_t &body)

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <memory>
-#include <numeric>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
