@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The AES helper against published vectors, against the openssl program, and for what it promises
-// about lengths, blocks and the memory that held the key.
+// The AES helper: published vectors, a comparison with the openssl program, and its promises about
+// lengths, blocks and the memory that held the key.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include <array>
@@ -212,7 +212,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<FILE, CloseFile>;
 
-// What a program makes of its standard input; fails the test if it does not run.
+// The output of a program for an input; fails the test if the program does not run.
 Bytes output_of(std::vector<std::string> command, const Bytes &input)
 {
     const File in(std::tmpfile());

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the handlers of many categories have in common: the answer to a null argument.
+// Rules that hold for the handlers of many categories: how they answer a null argument, and the file
+// and the function in their lines.
 #include <string>
 #include <vector>
 
@@ -24,10 +25,11 @@ using Lines = std::vector<LogLine>;
 
 // How a category's handlers log.
 enum class Manner {
-    entering,  // entry and exit, also in the free handler
-    quiet,     // neither, but the free handler's exit for a null body
-    app,       // as quiet; the size handler has a line of its own
-    no_free,   // entry and exit; the free handler takes a body for granted
+    entering,   // entry and exit, also in the free handler
+    quiet,      // neither, but the free handler's exit for a null body
+    app,        // as quiet; the size handler has a line of its own
+    no_free,    // entry and exit; the free handler takes a body for granted
+    free_exit,  // entry and exit, but the free handler's exit alone
 };
 
 struct Category {
@@ -48,7 +50,7 @@ protected:
     static Lines failed_check(const Origin &handler)
     {
         Lines lines;
-        if (manner() == Manner::entering || manner() == Manner::no_free) {
+        if (manner() != Manner::quiet && manner() != Manner::app) {
             lines.push_back(enter(handler));
         }
         lines.push_back(assert_fails(handler));
@@ -114,7 +116,15 @@ TEST_P(NullArguments, FailAlikeWithTheLoggerOff)
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, NullArguments,
-                         ::testing::Values(Category{handlers_of("security"), Manner::entering},
+                         ::testing::Values(Category{handlers_of("pwd"), Manner::no_free},
+                                           Category{handlers_of("browser"), Manner::free_exit},
+                                           Category{handlers_of("date_time"), Manner::free_exit},
+                                           Category{handlers_of("remote"), Manner::free_exit},
+                                           Category{handlers_of("vpn"), Manner::free_exit},
+                                           Category{handlers_of("firewall"), Manner::free_exit},
+                                           Category{handlers_of("res"), Manner::free_exit},
+                                           Category{handlers_of("enterprise"), Manner::free_exit},
+                                           Category{handlers_of("security"), Manner::entering},
                                            Category{handlers_of("wifi"), Manner::entering},
                                            Category{handlers_of("bluetooth"), Manner::entering},
                                            Category{handlers_of("eas"), Manner::no_free},
@@ -130,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(Of, NullArguments,
                                            Category{handlers_of("container"), Manner::entering}),
                          ::testing::PrintToStringParamName());
 
-// Where the lines of each category come from.
+// The origin of each category's lines.
 TEST(HandlerLines, SayTheirFileAndTheirFunction)
 {
     for (const CategoryFormat &format : category_formats()) {

@@ -25,7 +25,7 @@ constexpr const char *key_iv = "0123456789abcdefFEDCBA9876543210";
 
 using Function = decltype(mdm_aes_encrypt);
 
-// What the helper makes of the first `length` of the bytes.
+// The helper's output for the first `length` bytes.
 Bytes result_of(Function *function, const Bytes &bytes, size_t length)
 {
     uint8_t *out = nullptr;

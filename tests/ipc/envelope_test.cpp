@@ -74,15 +74,15 @@ mdm_msg_t prefilled()
     return msg;
 }
 
+std::array<uint32_t, 7> words_of(const mdm_msg_t &msg)
+{
+    return {msg.hdr_word1, msg.hdr_word2, msg.hdr_word3, msg.hdr_word4,
+            msg.hdr_word5, msg.hdr_word6, msg.hdr_word7};
+}
+
 void expect_header_words(const mdm_msg_t &msg)
 {
-    EXPECT_EQ(msg.hdr_word1, 1U);
-    EXPECT_EQ(msg.hdr_word2, 2U);
-    EXPECT_EQ(msg.hdr_word3, 3U);
-    EXPECT_EQ(msg.hdr_word4, 4U);
-    EXPECT_EQ(msg.hdr_word5, 5U);
-    EXPECT_EQ(msg.hdr_word6, 6U);
-    EXPECT_EQ(msg.hdr_word7, 7U);
+    EXPECT_THAT(words_of(msg), ElementsAre(1, 2, 3, 4, 5, 6, 7));
 }
 
 // Q-ENVELOPE-1, Q-ENVELOPE-3
@@ -180,13 +180,8 @@ TEST(Envelope, EveryHeaderBitTravels)
     mdm_msg_t back{};
     EXPECT_EQ(deserialize(back, serialize(msg)), 0);
     EXPECT_EQ(back.hdr_byte, 0xFF);
-    EXPECT_EQ(back.hdr_word1, 0xFFFFFFFFU);
-    EXPECT_EQ(back.hdr_word2, 0x80000000U);
-    EXPECT_EQ(back.hdr_word3, 0x01020304U);
-    EXPECT_EQ(back.hdr_word4, 0x7FFFFFFFU);
-    EXPECT_EQ(back.hdr_word5, 0xDEADBEEFU);
-    EXPECT_EQ(back.hdr_word6, 0x00010000U);
-    EXPECT_EQ(back.hdr_word7, 0xA5A5A5A5U);
+    EXPECT_THAT(words_of(back), ElementsAre(0xFFFFFFFF, 0x80000000, 0x01020304, 0x7FFFFFFF,
+                                            0xDEADBEEF, 0x00010000, 0xA5A5A5A5));
 }
 
 TEST(Envelope, SerialisingLeavesTheSendersMessageAlone)
@@ -259,8 +254,8 @@ TEST(Envelope, OldHeaderTextIsReleasedWhenThereIsNoNewOne)
     EXPECT_EQ(msg.hdr_text, nullptr);
 }
 
-// Which types have a category, and that both types of a pair share their handlers. Which handlers a
-// category has, the tests of its body see.
+// The dispatch by message type: the types that have a category, and that both types of a pair share
+// their handlers. The tests of a category's body show that its handlers are the right ones.
 
 TEST(Dispatch, TypesWithACategoryHaveHandlersAndNoOthers)
 {
@@ -332,7 +327,7 @@ TEST(Serialise, LogsEnterAndExitAroundTheCategorysLines)
                             enter(res.set), leave(res.set), leave(from::ipc_serialize)));
 }
 
-// Handlers of a made-up category, for what no real one does.
+// Handlers of a made-up category, for behaviour that no real category has.
 constexpr Names no_names("");
 int32_t made_up_size = 0;
 uint32_t size_made_up(Lengths & /*lengths*/, const Log & /*log*/, mdm_body_t * /*body*/)
@@ -534,7 +529,7 @@ TEST(Serialise, TheGuardIsLookedForBehindTheLengthThatTheBufferHolds)
 
 // Deserialising: every way it fails.
 
-// Where the failed check of a rejected buffer stands.
+// The source line of the check that rejects a buffer.
 int failed_check(mdm_msg_t *msg, const uint8_t *buffer, uint32_t length)
 {
     LogRecorder log(MDM_LOG_CRITICAL);

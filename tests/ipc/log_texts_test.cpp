@@ -36,7 +36,7 @@ std::string line_of(const std::string &level, const std::string &function,
 
 // The document.
 
-// What stands between backquotes.
+// The texts between backquotes.
 std::vector<std::string> codes_of(const std::string &cell)
 {
     static const std::regex quotes("`([^`]*)`");
@@ -127,7 +127,7 @@ char level_of(int priority)
     return static_cast<char>('0' + priority - MDM_PLATFORM_LOG_DEBUG);
 }
 
-// Of a message: some lines have a word of the library's own.
+// Whether a line repeats a text of a message: some lines have a word of the library's own.
 bool says_a_text(const std::string &format)
 {
     const auto has = [&format](const char *part) { return format.find(part) != std::string::npos; };

@@ -18,7 +18,7 @@
 namespace mdm::test {
 namespace {
 
-// Sends a message, compares it and looks at what stands behind it; returns its bytes.
+// Sends a message, compares its bytes and its trailer, and returns the bytes.
 Bytes expect_bytes(mdm_msg_t &msg, const Bytes &body, bool sends_pointer_as_param)
 {
     uint32_t length = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What becomes of a line where the log file does not take it, or is no regular file.
+// The way of a line if the log file does not take it, or is no regular file.
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -76,8 +76,8 @@ void set_file_size_limit(rlim_t size)
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-// Lets a file take what fits into the limit, and no more: as a full disk does, but for errno. The
-// signal comes with the first write of which nothing fits.
+// Lets a file take the bytes that fit into the limit, and no more: as a full disk does, but for
+// errno. The signal comes with the first write that has no byte within the limit.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t size, void (*handler)(int) = SIG_IGN)
@@ -99,7 +99,7 @@ private:
     rlimit previous_{};
 };
 
-// Lets a file be appended to, and nothing else.
+// Allows a file to be appended to, and no other change.
 bool truncating_fails = false;
 
 class NoTruncation {
@@ -185,7 +185,7 @@ TEST_F(LogFile, StaysEmptyWhereNothingFits)
 
 std::string path_of_another_process;
 
-// What a process does that finds room again, and appends.
+// Another process: it finds room again, and appends.
 void append_as_another_process(int /*signal*/)
 {
     set_file_size_limit(RLIM_INFINITY);

@@ -43,7 +43,7 @@ int format_text(char **text, const char *format, va_list args)
 struct Received {
     int facility;
     int severity;
-    std::string text;  // what follows the priority and the time
+    std::string text;  // behind the priority and the time
 };
 
 class PlatformLog : public ::testing::Test {

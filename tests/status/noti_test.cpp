@@ -61,7 +61,7 @@ constexpr int earlier_error = EDOM;  // no file and no conversion fails with it
 constexpr int32_t least = std::numeric_limits<int32_t>::min();
 constexpr int32_t greatest = std::numeric_limits<int32_t>::max();
 
-// What a call returned, what it left in the caller's status, and what it logged.
+// The result of a call, the caller's status behind it, and its lines in the log.
 struct Outcome {
     int32_t result;
     int32_t status;

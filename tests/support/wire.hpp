@@ -52,7 +52,7 @@ struct ReleaseCells {
 using Cells = std::unique_ptr<GList, ReleaseCells>;
 Cells cells(std::initializer_list<void *> elements);
 
-// What a body's `data` holds, if it is a list: the texts of its strings (none for a null element),
+// The contents of a body's `data` that is a list: the texts of its strings (none for a null element),
 // the addresses of its elements, and those of its cells.
 std::vector<std::optional<std::string>> texts_of(const void *list);
 std::vector<const void *> elements_of(const void *list);

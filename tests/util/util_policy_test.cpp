@@ -60,7 +60,7 @@ std::vector<LogLine> entered_and_left(const Origin &function, std::vector<LogLin
     return inside;
 }
 
-// What a call that fails logs.
+// The lines of a call that fails.
 std::vector<LogLine> complaint(const Origin &function, const std::string &text)
 {
     return entered_and_left(function, {critical(function, text)});
@@ -128,7 +128,7 @@ TEST(PhoneResLimitSerialize, WritesTheWholeRange)
                   "1,-2147483648,-2147483648,-2147483648,-2147483648,-2147483648,-2147483648", 74));
 }
 
-// Arguments for a call, and what shows that it has left its outputs alone.
+// Arguments for a call, and checks that the call has left its outputs alone.
 class PhoneResLimitSerializeArguments : public ::testing::Test {
 protected:
     void expect_untouched_text() { EXPECT_EQ(text_, untouched_text_.data()); }
@@ -733,7 +733,7 @@ TEST(PhoneResLimitParameters, NullArgumentsAreRefused)
     }
 }
 
-// Two outputs in one place: what is stored later stays, and is what the log shows for both.
+// Two outputs in one place: the value stored later stays, and the log shows it for both.
 void expect_later_wins(size_t earlier, size_t later)
 {
     LogRecorder log;
@@ -993,7 +993,7 @@ std::vector<std::string> split(std::string text)
     return pieces;
 }
 
-// std::strtoll() has room for what is to be cut off.
+// std::strtoll() takes numbers beyond 32 bits, which are then cut off.
 int32_t parameter(const std::string &field)
 {
     const long long number = std::strtoll(field.c_str(), nullptr, 10);

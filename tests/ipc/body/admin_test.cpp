@@ -150,16 +150,9 @@ TEST(Admin, FreeReleasesBothStringsInOrderAndMayRunTwice)
 
 TEST(Admin, WholeMessageLeaksNothing)
 {
-    mdm_msg_t msg = message(2);
-    msg.body = body(5, pkg, text);
-    const Bytes bytes = serialize(msg);
-    mdm_msg_t received{};
-    AllocationTrace trace;
-    EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
-    EXPECT_EQ(ipc_free(&received), 0);
-    trace.stop();
-    EXPECT_EQ(trace.allocated().size(), 2U);
-    EXPECT_THAT(trace.kept(), IsEmpty());
+    const Journey journey = travel(2, body(5, pkg, text));
+    EXPECT_EQ(journey.allocated.size(), 2U);
+    EXPECT_THAT(journey.kept, IsEmpty());
 }
 
 TEST(Admin, SizeOfNullBodyFailsAnAssert)

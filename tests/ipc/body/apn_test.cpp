@@ -23,14 +23,17 @@ using ::testing::StrEq;
 
 constexpr Handlers apn(21);
 
+constexpr std::array<uint32_t, 2> profile_types = {387, 393};
+constexpr std::array<uint32_t, 3> list_types = {389, 390, 391};
+
 bool is_profile(uint32_t type)
 {
-    return type == 387 || type == 393;
+    return std::ranges::find(profile_types, type) != profile_types.end();
 }
 
 bool is_list(uint32_t type)
 {
-    return type == 389 || type == 390 || type == 391;
+    return std::ranges::find(list_types, type) != list_types.end();
 }
 
 // Each type of a profile or a list, and a few of the others.
@@ -65,13 +68,10 @@ Bytes payload_bytes(uint32_t type)
     return is_list(type) ? list_bytes : hex("01 02 FE 34");
 }
 
-// The body that arrives with a payload of the type.
-mdm_body_t received(uint32_t type, int32_t data_size)
+// The body that arrives with a payload of the type, and its blocks.
+Arrival arrival(uint32_t type, int32_t data_size)
 {
-    mdm_body_t received = body(0, 0, sentinel());
-    const Bytes payload = data_size == 0 ? Bytes{} : payload_bytes(type);
-    EXPECT_EQ(apn.read(&received, head_bytes(type, data_size) + payload), 12 + payload.size());
-    return received;
+    return receive(apn, head_bytes(type, data_size) + payload_bytes(type));
 }
 
 const mdm_apn_account_t &profile_at(const void *record)
@@ -96,7 +96,7 @@ void expect_full(const mdm_apn_account_t &profile)
                             StrEq("12"), StrEq("N"), StrEq("14")));
 }
 
-// One call of the size handler: what it returns, stores and logs.
+// The result, the stored data_size and the lines of one call of the size handler.
 void expect_sizes(mdm_body_t &sent, uint32_t size, int32_t data_size)
 {
     const std::string text = "size [" + std::to_string(static_cast<int32_t>(size)) + "]";
@@ -108,7 +108,7 @@ void expect_sizes(mdm_body_t &sent, uint32_t size, int32_t data_size)
 
 TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
 {
-    for (const uint32_t type : {387U, 393U}) {
+    for (const uint32_t type : profile_types) {
         mdm_apn_account_t record = full_profile();
         mdm_body_t sent = body(type, 3, &record);
         expect_sizes(sent, 12 + 3 + profile_size, 3 + profile_size);
@@ -116,19 +116,13 @@ TEST(Apn, ProfileCarriesTwoNumbersAndThirteenStrings)
         EXPECT_EQ(bytes, head_bytes(type, 3 + profile_size) + profile_bytes);
         EXPECT_EQ(sent.apn.data, &record);
 
-        AllocationTrace trace;
-        mdm_body_t back = received(type, profile_size);
-        trace.stop();
-        EXPECT_EQ(back.apn.type, type);
-        EXPECT_EQ(back.apn.aux, some_aux);
-        EXPECT_EQ(back.apn.param, some_param);
-        EXPECT_EQ(back.apn.data_size, profile_size);
+        auto [back, blocks] = arrival(type, profile_size);
+        expect_headed<&mdm_body_t::apn>(back, type, profile_size);
         const mdm_apn_account_t &profile = profile_at(back.apn.data);
         expect_full(profile);
-        const auto kept = trace.kept();
-        ASSERT_EQ(kept.size(), 1U + 13);
-        EXPECT_EQ(kept.front(), (Block{&profile, sizeof profile}));
-        EXPECT_EQ(kept.back(), (Block{profile.str14, 3}));
+        ASSERT_EQ(blocks.size(), 1U + 13);
+        EXPECT_EQ(blocks.front(), (Block{&profile, sizeof profile}));
+        EXPECT_EQ(blocks.back(), (Block{profile.str14, 3}));
         apn.free(&back);
     }
 }
@@ -140,7 +134,7 @@ TEST(Apn, ProfilesSizeAddsToDataSizeWithEveryCall)
     record.num0 = 1;
     record.num1 = 2;
     const Bytes payload = hex("01 00 00 00 02 00 00 00") + Bytes(52);
-    for (const uint32_t type : {387U, 393U}) {
+    for (const uint32_t type : profile_types) {
         mdm_body_t sent = body(type, 1, &record);
         expect_sizes(sent, 73, 61);
         EXPECT_EQ(apn.write(&sent), head_bytes(type, 61) + payload);
@@ -189,22 +183,20 @@ TEST(Apn, ListCarriesACountAndProfilesAndCountsTheWholeBody)
     mdm_apn_account_t second{};
     second.num0 = 0x30;
     GList *list = list_of({&first, &second});
-    for (const uint32_t type : {389U, 390U, 391U}) {
+    for (const uint32_t type : list_types) {
         mdm_body_t sent = body(type, -5, list);
         expect_sizes(sent, size, size);
         expect_sizes(sent, size, size);
         EXPECT_EQ(apn.write(&sent), head_bytes(type, size) + list_bytes);
 
-        AllocationTrace trace;
-        mdm_body_t back = received(type, size);
-        trace.stop();
+        auto [back, blocks] = arrival(type, size);
         const auto profiles = elements_of(back.apn.data);
         ASSERT_EQ(profiles.size(), 2U);
         expect_full(profile_at(profiles[0]));
         EXPECT_EQ(profile_at(profiles[1]).num0, 0x30U);
         EXPECT_EQ(profile_at(profiles[1]).num1, 0U);
         EXPECT_THAT(strings_of(profile_at(profiles[1])), Each(IsNull()));
-        EXPECT_EQ(trace.kept().size(), 2U + 13 + 2);
+        EXPECT_EQ(blocks.size(), 2U + 13 + 2);
         apn.free(&back);
     }
     g_list_free(list);
@@ -222,35 +214,13 @@ TEST(Apn, ListOfTwoProfilesWithNullStringsIs136Bytes)
 
 TEST(Apn, ListsOfManyProfilesTravel)
 {
-    std::vector<mdm_apn_account_t> profiles(200);
-    GList *list = nullptr;
-    for (mdm_apn_account_t &profile : profiles) {
-        profile.num1 = static_cast<uint32_t>(&profile - profiles.data());
-        list = g_list_append(list, &profile);
-    }
-    mdm_msg_t msg = message(apn.type);
-    msg.body = body(391, 1, list);
-    mdm_msg_t arrived{};
-    EXPECT_EQ(deserialize(arrived, serialize(msg)), 0);
-    EXPECT_EQ(arrived.body.apn.data_size, 16 + 200 * 60);
-    uint32_t number = 0;
-    for (const void *profile : elements_of(arrived.body.apn.data)) {
-        EXPECT_EQ(profile_at(profile).num1, number++);
-    }
-    EXPECT_EQ(number, 200U);
-    ipc_free(&arrived);
-    g_list_free(list);
+    expect_many_records_to_travel(apn, 391, &mdm_apn_account_t::num1, 200, 16 + 200 * 60);
 }
 
 TEST(Apn, ListCountBelow1IsReceivedAsNull)
 {
-    for (const uint32_t type : {389U, 390U, 391U}) {
-        for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
-            mdm_body_t empty = body(0, 0, sentinel());
-            EXPECT_EQ(apn.read(&empty, head_bytes(type, 1) + hex(count)), 16U);
-            EXPECT_EQ(empty.apn.data, nullptr);
-            EXPECT_EQ(empty.apn.data_size, 1);
-        }
+    for (const uint32_t type : list_types) {
+        expect_counts_below_1_as_null(apn, type);
     }
 }
 
@@ -258,16 +228,7 @@ TEST(Apn, ListCountBelow1IsReceivedAsNull)
 TEST(Apn, ListWithANullElementHasNoSize)
 {
     mdm_apn_account_t record{};
-    for (GList *list : {list_of({nullptr}), list_of({nullptr, &record}),
-                        list_of({&record, nullptr}), list_of({&record, nullptr, &record})}) {
-        mdm_body_t sent = body(390, 9, list);
-        LogRecorder log;
-        EXPECT_EQ(apn.size(&sent), 0U);
-        EXPECT_THAT(log.take(), ElementsAre(enter(apn.size), critical(apn.size, "acconts is NULL"),
-                                            leave(apn.size)));
-        EXPECT_EQ(sent.apn.data_size, 9);
-        g_list_free(list);
-    }
+    expect_no_size_with_null_element(apn, 390, &record, "acconts is NULL");
 }
 
 // Q-BODY-9
@@ -288,45 +249,19 @@ TEST(Apn, NullElementIsCountedButNeitherWrittenNorLogged)
 
 TEST(Apn, EveryOtherTypeIsRaw)
 {
-    char payload[] = "\x01\x02\xFE"
-                     "4";
     for (const uint32_t type : {388U, 392U, 386U, 394U, 131U, 643U, 0U, 0xFFFFFFFFU}) {
-        mdm_body_t sent = body(type, 4, payload);
+        mdm_body_t sent = body(type, 4, sentinel());
         expect_sizes(sent, 16, 4);
-        expect_sizes(sent, 16, 4);
-        EXPECT_EQ(apn.write(&sent), head_bytes(type, 4) + hex("01 02 FE 34"));
-
-        AllocationTrace trace;
-        mdm_body_t back = received(type, 4);
-        trace.stop();
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{back.apn.data, 5}));
-        EXPECT_STREQ(static_cast<char *>(back.apn.data), payload);
-        EXPECT_EQ(back.apn.data_size, 4);
-        apn.free(&back);
+        expect_raw_bytes_to_travel(apn, type);
     }
-}
-
-TEST(Apn, RawPayloadEndsAtItsFirstZeroByte)
-{
-    char payload[] = "a\0b";
-    mdm_body_t sent = body(388, 3, payload);
-    const Bytes bytes = apn.write(&sent);
-    EXPECT_EQ(bytes, head_bytes(388, 3) + hex("61 00 62"));
-    mdm_body_t back{};
-    EXPECT_EQ(apn.read(&back, bytes), 15U);
-    EXPECT_EQ(std::string(static_cast<char *>(back.apn.data), 4), std::string("a\0\0\0", 4));
-    apn.free(&back);
 }
 
 // Q-BODY-4
 TEST(Apn, RawSizeTrustsTheSignOfDataSize)
 {
+    expect_raw_size_with_sign(apn, 388, sentinel());
     mdm_body_t sent = body(388, -4, sentinel());
     expect_sizes(sent, 8, -4);
-    sent.apn.data_size = -13;
-    expect_sizes(sent, 0xFFFFFFFF, -13);
-    sent.apn.data_size = INT32_MAX;
-    expect_sizes(sent, 0x8000000B, INT32_MAX);
 }
 
 TEST(Apn, TextsOfEveryKindTravel)
@@ -352,17 +287,14 @@ TEST(Apn, TextsOfEveryKindTravel)
 TEST(Apn, NoPayloadIsTheHeadAlone)
 {
     for (const uint32_t type : some_types) {
-        for (mdm_body_t sent : {body(type, 0, sentinel()), body(type, 1, nullptr),
-                                body(type, -1, nullptr), body(type, INT32_MIN, nullptr)}) {
-            const int32_t data_size = sent.apn.data_size;
+        for (const mdm_body_t &sent : {body(type, 0, sentinel()), body(type, 1, nullptr),
+                                       body(type, -1, nullptr), body(type, INT32_MIN, nullptr)}) {
             LogRecorder log;
-            EXPECT_EQ(apn.size(&sent), 12U);
-            EXPECT_EQ(log.take(), enter_and_leave(apn.size));
-            EXPECT_EQ(sent.apn.data_size, data_size);
-            EXPECT_EQ(apn.write(&sent).size(), 12U);
-            EXPECT_EQ(log.take(), enter_and_leave(apn.set));
+            expect_head_alone(apn, sent);
+            EXPECT_THAT(log.take(), ElementsAre(enter(apn.size), leave(apn.size), enter(apn.set),
+                                                leave(apn.set)));
         }
-        EXPECT_EQ(received(type, 0).apn.data, nullptr);
+        expect_head_received(apn, type, 0, nullptr);
     }
 }
 
@@ -371,7 +303,7 @@ TEST(Apn, NegativeDataSizeIsAPayloadOfAProfileOrAList)
 {
     for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
         for (const int32_t data_size : {-1, INT32_MIN}) {
-            mdm_body_t back = received(type, data_size);
+            mdm_body_t back = arrival(type, data_size).body;
             EXPECT_EQ(back.apn.data_size, data_size);
             EXPECT_EQ(apn.write(&back), head_bytes(type, data_size) + payload_bytes(type));
             apn.free(&back);
@@ -381,12 +313,8 @@ TEST(Apn, NegativeDataSizeIsAPayloadOfAProfileOrAList)
 
 TEST(Apn, TypesOfEachForm)
 {
-    std::vector<uint32_t> types = {0x80000000, 0x80000183, 0x00010185, 0x01000189, 0xFFFFFFFF};
-    for (uint32_t type = 0; type <= 1000; ++type) {
-        types.push_back(type);
-    }
     const Bytes payload = hex("01 00 00 00") + Bytes(60);
-    for (const uint32_t type : types) {
+    for (const uint32_t type : swept_types({387, 389, 390, 391, 393})) {
         const size_t consumed = is_profile(type) ? 72 : is_list(type) ? 76 : 13;
         mdm_body_t back{};
         EXPECT_EQ(apn.read(&back, head_bytes(type, 1) + payload), consumed) << type;
@@ -403,7 +331,7 @@ TEST(Apn, TypesOfEachForm)
 TEST(Apn, FreeReleasesAProfileOrAListAndLeavesTheBody)
 {
     for (const uint32_t type : {387U, 389U, 390U, 391U, 393U}) {
-        mdm_body_t back = received(type, -1);
+        mdm_body_t back = arrival(type, -1).body;
         auto *list = static_cast<GList *>(back.apn.data);
         std::vector<const void *> profiles = {back.apn.data};
         std::vector<const void *> cells;
@@ -436,15 +364,7 @@ TEST(Apn, FreeReleasesAProfileOrAListAndLeavesTheBody)
 TEST(Apn, FreeReleasesARawPayloadAndResetsTheBody)
 {
     for (const uint32_t type : {388U, 392U}) {
-        mdm_body_t back = received(type, 4);
-        const void *data = back.apn.data;
-        LogRecorder log;
-        EXPECT_THAT(apn.release(&back), ElementsAre(data));
-        EXPECT_EQ(log.take(), enter_and_leave(apn.free));
-        EXPECT_EQ(back.apn.data, nullptr);
-        EXPECT_EQ(back.apn.data_size, 0);
-        EXPECT_EQ(back.apn.type, type);
-        EXPECT_THAT(apn.release(&back), IsEmpty());
+        expect_raw_bytes_released(apn, type, 4, 0, enter_and_leave(apn.free));
     }
 }
 
@@ -452,15 +372,8 @@ TEST(Apn, FreeReleasesARawPayloadAndResetsTheBody)
 TEST(Apn, FreeWithoutAPayloadReleasesNothing)
 {
     for (const uint32_t type : some_types) {
-        mdm_body_t without_data = body(type, 3, nullptr);
-        mdm_body_t without_size = body(type, 0, sentinel());
-        LogRecorder log;
-        EXPECT_THAT(apn.release(&without_data), IsEmpty());
-        EXPECT_THAT(apn.release(&without_size), IsEmpty());
-        EXPECT_THAT(log.take(), ElementsAre(enter(apn.free), leave(apn.free), enter(apn.free),
-                                            leave(apn.free)));
-        EXPECT_EQ(without_data.apn.data_size, 3);
-        EXPECT_EQ(without_size.apn.data, sentinel());
+        expect_no_release(apn, body(type, 3, nullptr), enter_and_leave(apn.free));
+        expect_no_release(apn, body(type, 0, sentinel()), enter_and_leave(apn.free));
     }
 }
 
@@ -468,18 +381,14 @@ TEST(Apn, BothMessageTypesCarryEveryFormAndLeakNothing)
 {
     for (const uint8_t message_type : {apn.type, uint8_t{22}}) {
         for (const uint32_t type : some_types) {
-            mdm_msg_t msg = message(message_type);
-            msg.body = received(type, 4);
-            const Bytes bytes = serialize(msg);
-            const Bytes expected = head_bytes(type, msg.body.apn.data_size) + payload_bytes(type);
-            ipc_free(&msg);
-            AllocationTrace trace;
-            mdm_msg_t arrived{};
-            EXPECT_EQ(deserialize(arrived, bytes), 0);
-            EXPECT_EQ(Handlers(message_type).write(&arrived.body), expected);
-            EXPECT_EQ(ipc_free(&arrived), 0);
-            trace.stop();
-            EXPECT_THAT(trace.kept(), IsEmpty());
+            mdm_body_t body = arrival(type, 4).body;
+            Bytes again;
+            const Journey journey = travel(message_type, body, [&](mdm_body_t &received) {
+                again = Handlers(message_type).write(&received);
+            });
+            EXPECT_EQ(again, head_bytes(type, journey.sent.apn.data_size) + payload_bytes(type));
+            EXPECT_THAT(journey.kept, IsEmpty());
+            apn.free(&body);
         }
     }
 }

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,16 +44,12 @@ BodyForm expected_form(int32_t type)
 mdm_body_t body(int32_t type, int32_t data_size, void *data, const char *pkg = nullptr)
 {
     mdm_body_t body{};
-    body.app_res.type = type;
-    body.app_res.aux = 0xAAAAAAAA;
-    body.app_res.param = 0x01020304;
-    body.app_res.pkg = borrowed(pkg);
-    body.app_res.data_size = data_size;
-    body.app_res.data = data;
+    body.app_res = {type, 0xAAAAAAAA, 0x01020304, borrowed(pkg), data_size, data};
     return body;
 }
 
-// The size handler changes nothing; the bytes that the set handler writes are `unwritten` fewer.
+// The size handler leaves the body as it is. The set handler writes `unwritten` bytes fewer than
+// the size.
 Bytes sized_and_written(mdm_body_t sent, uint32_t unwritten = 0)
 {
     const int32_t data_size = sent.app_res.data_size;
@@ -109,8 +103,8 @@ void release(const std::vector<const void *> &records)
     }
 }
 
-// Releases a received body with the records that stay behind; returns what the free handler
-// released itself.
+// Releases a received body with the records that stay behind; returns the blocks that the free
+// handler released itself.
 std::vector<const void *> release(mdm_body_t &received)
 {
     std::vector<const void *> kept;
@@ -200,14 +194,11 @@ TEST(AppRes, TypeSelectsTheFormInEveryHandler)
         {BodyForm::controls, {28, 28, 32, 2}},
         {BodyForm::raw, {21, 21, 21, 1}},
     };
-    std::vector<int32_t> types = {
-        -1, -116, INT32_MIN, INT32_MIN + 3, INT32_MAX, INT32_MIN + 140, 0x10003, 0x10000 + 172};
-    for (int32_t type = 0; type <= 1000; ++type) {
-        types.push_back(type);
-    }
     mdm_app_control_info_t element{};  // or an item without a name, or an empty string
     const Cells list = cells({&element});
-    for (const int32_t type : types) {
+    for (const uint32_t number : swept_types(
+             {3, 155, 159, 162, 168, 169, 170, 171, 176, 177, 140, 141, 142, 172, 173, 174, 175})) {
+        const auto type = static_cast<int32_t>(number);
         SCOPED_TRACE(type);
         const Marks &expected = marks.at(expected_form(type));
         const Bytes written = sized_and_written(
@@ -538,19 +529,12 @@ TEST(AppRes, FreeOfAnAnnouncedButMissingPayloadLeavesThePackageName)
     }
 }
 
-// What each handler is expected to log of a body; the receiver reads the sender's bytes and zeros.
-void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
+// The information that each handler logs. The receiver reads the sender's bytes and zeros.
+void expect_lines(const mdm_body_t &sent, const std::vector<std::string> &size_lines,
                   const std::vector<std::string> &set_lines,
                   const std::vector<std::string> &get_lines)
 {
-    LogRecorder log;
-    app_res.size(&sent);
-    EXPECT_EQ(log.take(), infos(app_res.size, size_lines));
-    const Bytes bytes = app_res.write(&sent) + Bytes(32);
-    EXPECT_EQ(log.take(), infos(app_res.set, set_lines));
-    Received received = read(bytes);
-    EXPECT_EQ(log.take(), infos(app_res.get, get_lines));
-    release(received.body);
+    expect_infos(app_res, sent, Bytes(32), size_lines, set_lines, get_lines);
 }
 
 // Q-APP_RES-3
@@ -627,20 +611,6 @@ TEST(AppRes, CountsAreLoggedEvenWhenNothingFollows)
     }
 }
 
-// Sends a message and lets its receiver release it: the blocks that stay.
-std::vector<Block> kept_by_journey(const mdm_body_t &sent, mdm_msg_t &received)
-{
-    mdm_msg_t msg = message(app_res.type);
-    msg.body = sent;
-    const Bytes bytes = serialize(msg);
-    received = {};
-    AllocationTrace trace;
-    EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
-    EXPECT_EQ(ipc_free(&received), 0);
-    trace.stop();
-    return trace.kept();
-}
-
 TEST(AppRes, WholeMessageLeaksNothingButRecordsOfControls)
 {
     const Cells packages = cells({borrowed("a"), borrowed(""), borrowed("c")});
@@ -648,28 +618,28 @@ TEST(AppRes, WholeMessageLeaksNothingButRecordsOfControls)
     const Cells items = cells({&item, &item});
     mdm_app_control_info_t control = {5, packages.get()};
     const Cells controls = cells({&control, &control});
-    mdm_msg_t received{};
-    EXPECT_THAT(kept_by_journey(body(177, 1, packages.get(), "pkg"), received), IsEmpty());
-    EXPECT_THAT(kept_by_journey(body(142, 1, items.get(), "pkg"), received), IsEmpty());
-    EXPECT_THAT(kept_by_journey(body(143, 3, borrowed("abc"), "pkg"), received), IsEmpty());
+    for (const mdm_body_t &sent :
+         {body(177, 1, packages.get(), "pkg"), body(142, 1, items.get(), "pkg"),
+          body(143, 3, borrowed("abc"), "pkg")}) {
+        EXPECT_THAT(travel(app_res.type, sent).kept, IsEmpty());
+    }
 
-    const auto records = kept_by_journey(body(173, 1, controls.get(), "pkg"), received);
-    EXPECT_EQ(received.body.app_res.data, nullptr);
-    ASSERT_EQ(records.size(), 2U);
-    for (const Block &block : records) {
+    const Journey journey = travel(app_res.type, body(173, 1, controls.get(), "pkg"));
+    EXPECT_EQ(journey.received.body.app_res.data, nullptr);
+    ASSERT_EQ(journey.kept.size(), 2U);
+    for (const Block &block : journey.kept) {
         EXPECT_EQ(block.size, sizeof control);
         EXPECT_EQ(record<mdm_app_control_info_t>(block.address).client_id, 5);
-        release({block.address});
     }
+    release_blocks(journey.kept);
 }
 
 TEST(AppRes, WholeMessageWithAnEmptyListLeaksThePackageName)
 {
     for (const int32_t type : {3, 140, 172}) {
-        mdm_msg_t received{};
-        const auto kept = kept_by_journey(body(type, 1, nullptr, "pkg"), received);
-        EXPECT_THAT(kept, ElementsAre(Block{received.body.app_res.pkg, 4}));
-        g_free(received.body.app_res.pkg);
+        const Journey journey = travel(app_res.type, body(type, 1, nullptr, "pkg"));
+        EXPECT_THAT(journey.kept, ElementsAre(Block{journey.received.body.app_res.pkg, 4}));
+        release_blocks(journey.kept);
     }
 }
 
@@ -679,26 +649,23 @@ TEST(AppRes, ZerosOfAnItemWithoutANameTravelAtTheEndOfTheMessage)
     mdm_app_res_item_t a = {borrowed("a"), 1};
     mdm_app_res_item_t unnamed = {nullptr, 2};
     const Cells list = cells({&unnamed, &a});
-    mdm_msg_t msg = message(app_res.type);
-    msg.body = body(140, 1, list.get());
-    const Bytes bytes = serialize(msg);
-    EXPECT_EQ(Bytes(bytes.begin() + 56, bytes.end()),
+    const Journey journey =
+        travel(app_res.type, body(140, 1, list.get()), [](const mdm_body_t &received) {
+            const auto items = elements_of(received.app_res.data);
+            ASSERT_EQ(items.size(), 2U);
+            EXPECT_STREQ(record<mdm_app_res_item_t>(items[0]).name, "a");
+            EXPECT_EQ(record<mdm_app_res_item_t>(items[1]).name, nullptr);
+            EXPECT_EQ(record<mdm_app_res_item_t>(items[1]).value, 0U);
+        });
+    EXPECT_EQ(Bytes(journey.bytes.begin() + 16, journey.bytes.end()),
               hex("02 00 00 00 01 00 00 00 61 01 00 00 00 00 00 00 00 00 00 00 00"));
-    mdm_msg_t received{};
-    EXPECT_EQ(deserialize(received, bytes), 0);
-    const auto items = elements_of(received.body.app_res.data);
-    ASSERT_EQ(items.size(), 2U);
-    EXPECT_STREQ(record<mdm_app_res_item_t>(items[0]).name, "a");
-    EXPECT_EQ(record<mdm_app_res_item_t>(items[1]).name, nullptr);
-    EXPECT_EQ(record<mdm_app_res_item_t>(items[1]).value, 0U);
-    ipc_free(&received);
 }
 
 TEST(AppRes, ManyItemsComeBackInOrder)
 {
     std::vector<std::string> names;
     std::vector<mdm_app_res_item_t> records;
-    GList *cells = nullptr;
+    Cells list;
     for (uint32_t i = 0; i < 500; ++i) {
         names.push_back(std::to_string(i) + std::string(i == 250 ? 300 : 1, 'n'));
     }
@@ -706,21 +673,16 @@ TEST(AppRes, ManyItemsComeBackInOrder)
         records.push_back({name.data(), static_cast<uint32_t>(records.size())});
     }
     for (mdm_app_res_item_t &item : records) {
-        cells = g_list_prepend(cells, &item);
+        list.reset(g_list_append(list.release(), &item));
     }
-    cells = g_list_reverse(cells);
-    mdm_msg_t msg = message(app_res.type);
-    msg.body = body(141, 1, cells);
-    mdm_msg_t received{};
-    EXPECT_EQ(deserialize(received, serialize(msg)), 0);
-    const auto items = elements_of(received.body.app_res.data);
-    ASSERT_EQ(items.size(), names.size());
-    for (size_t i = 0; i < names.size(); ++i) {
-        EXPECT_EQ(record<mdm_app_res_item_t>(items[i]).name, names[i]);
-        EXPECT_EQ(record<mdm_app_res_item_t>(items[i]).value, i);
-    }
-    ipc_free(&received);
-    g_list_free(cells);
+    travel(app_res.type, body(141, 1, list.get()), [&](const mdm_body_t &received) {
+        const auto items = elements_of(received.app_res.data);
+        ASSERT_EQ(items.size(), names.size());
+        for (size_t i = 0; i < names.size(); ++i) {
+            EXPECT_EQ(record<mdm_app_res_item_t>(items[i]).name, names[i]);
+            EXPECT_EQ(record<mdm_app_res_item_t>(items[i]).value, i);
+        }
+    });
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,6 @@ namespace mdm::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::Optional;
 
@@ -147,14 +145,9 @@ TEST(App, TypeSelectsTheFormInEveryHandler)
         {BodyForm::pair, {24, 26, 2}},
         {BodyForm::raw, {21, 21, 1}},
     };
-    std::vector<int32_t> types = {
-        -1,         -116,          INT32_MIN,    INT32_MIN + 4, INT32_MAX, INT32_MIN + 140,
-        0x10000004, 0x10000 + 184, 0x100000 + 15};
-    for (int32_t type = 0; type <= 1000; ++type) {
-        types.push_back(type);
-    }
     GList cell{};  // a list of a null name, or two null strings, or bytes
-    for (const int32_t type : types) {
+    for (const uint32_t number : swept_types({4, 15, 140, 141, 184, 185})) {
+        const auto type = static_cast<int32_t>(number);
         SCOPED_TRACE(type);
         const BodyForm form = expected_form(type);
         const Bytes written = sized_and_written(body(type, 5, &cell));
@@ -210,7 +203,7 @@ TEST(App, NullPackageEndsTheListButNotTheCount)
                            hex("03 00 00 00 01 00 00 00 61");
     EXPECT_EQ(bytes, expected);
 
-    // The receiver finds the names that the count promised in whatever comes next.
+    // The receiver takes the next bytes for the names that the count promised.
     mdm_body_t received = used_body();
     EXPECT_EQ(app.read(&received, bytes + hex("02 00 00 00 79 7A 00 00 00 00 FF")),
               expected.size() + 10);
@@ -454,24 +447,13 @@ TEST(App, FreeWithoutDataReleasesThePackageNameAndLogsItsExit)
     }
 }
 
-// What each handler is expected to log of a body, which then comes back from its own bytes.
-void expect_lines(mdm_body_t sent, const std::vector<std::string> &size_lines,
+// The information that each handler logs. Names that the count promises and that are not written
+// are read as empty ones.
+void expect_lines(const mdm_body_t &sent, const std::vector<std::string> &size_lines,
                   const std::vector<std::string> &set_lines,
                   const std::vector<std::string> &get_lines)
 {
-    LogRecorder log;
-    app.size(&sent);
-    EXPECT_THAT(log.take(), ElementsAreArray(infos(app.size, size_lines)));
-    // Names that the count promises and that are not written are read as empty ones.
-    const Bytes bytes = app.write(&sent) + Bytes(8);
-    EXPECT_THAT(log.take(), ElementsAreArray(infos(app.set, set_lines)));
-    mdm_body_t received{};
-    app.read(&received, bytes);
-    EXPECT_THAT(log.take(), ElementsAreArray(infos(app.get, get_lines)));
-    app.release(&received);
-    if (expected_form(sent.app.type) == BodyForm::packages) {
-        g_list_free_full(static_cast<GList *>(received.app.data), g_free);
-    }
+    expect_infos(app, sent, Bytes(8), size_lines, set_lines, get_lines);
 }
 
 TEST(App, EveryPackageIsLogged)
@@ -517,42 +499,18 @@ TEST(App, OtherBodiesLogTheirSizeOnly)
     }
 }
 
-// Sends a message and lets its receiver release it: the sizes of the blocks that this took, and
-// those that stay.
-struct Journey {
-    std::vector<size_t> taken;
-    std::vector<Block> kept;
-    mdm_msg_t received;
-};
-
-Journey travel(const mdm_body_t &sent)
-{
-    mdm_msg_t msg = message(app.type);
-    msg.body = sent;
-    const Bytes bytes = serialize(msg);
-    Journey journey{};
-    AllocationTrace trace;
-    EXPECT_EQ(ipc_deserialize(&journey.received, bytes.data(), static_cast<uint32_t>(bytes.size())),
-              0);
-    EXPECT_EQ(ipc_free(&journey.received), 0);
-    trace.stop();
-    journey.taken = trace.allocated_sizes();
-    journey.kept = trace.kept();
-    return journey;
-}
-
 TEST(App, WholeMessageLeaksNothingButThePackages)
 {
     char payload[] = "12345678";
     mdm_app_pair_t strings = {borrowed(long_text.c_str()), borrowed("hi")};
-    const Journey raw = travel(body(7, 6, payload, "pkg"));
-    EXPECT_THAT(raw.taken, ElementsAre(4, 7));
+    const Journey raw = travel(app.type, body(7, 6, payload, "pkg"));
+    EXPECT_THAT(raw.allocated, ElementsAre(4, 7));
     EXPECT_THAT(raw.kept, IsEmpty());
-    const Journey numbers = travel(body(141, 8, payload, "pkg"));
-    EXPECT_THAT(numbers.taken, ElementsAre(4, sizeof(mdm_app_num_pair_t)));
+    const Journey numbers = travel(app.type, body(141, 8, payload, "pkg"));
+    EXPECT_THAT(numbers.allocated, ElementsAre(4, sizeof(mdm_app_num_pair_t)));
     EXPECT_THAT(numbers.kept, IsEmpty());
-    const Journey pair = travel(body(184, 1, &strings, "pkg"));
-    EXPECT_THAT(pair.taken, ElementsAre(4, sizeof strings, 301, 3));
+    const Journey pair = travel(app.type, body(184, 1, &strings, "pkg"));
+    EXPECT_THAT(pair.allocated, ElementsAre(4, sizeof strings, 301, 3));
     EXPECT_THAT(pair.kept, IsEmpty());
 }
 
@@ -567,18 +525,18 @@ TEST(App, WholeMessageKeepsItsPackagesInOrder)
         cells = g_list_prepend(cells, name.data());
     }
     const Cells list(g_list_reverse(cells));
-    const Journey done = travel(body(15, 1, list.get(), "pkg"));
-    EXPECT_EQ(done.taken.size(), 1001U);
+    const Journey done = travel(app.type, body(15, 1, list.get(), "pkg"));
+    EXPECT_EQ(done.allocated.size(), 1001U);
     EXPECT_EQ(done.kept.size(), 1000U);
     EXPECT_EQ(done.received.body.app.pkg, nullptr);
-    auto *kept = static_cast<GList *>(done.received.body.app.data);
+    const auto *kept = static_cast<const GList *>(done.received.body.app.data);
     std::vector<std::string> back;
     for (const auto &name : texts_of(kept)) {
         back.push_back(name.value_or("null"));
     }
     EXPECT_EQ(back, names);
     EXPECT_EQ(kept->prev, nullptr);
-    g_list_free_full(kept, g_free);
+    release_blocks(done.kept);
 }
 
 }  // namespace

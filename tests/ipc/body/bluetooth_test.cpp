@@ -46,8 +46,6 @@ std::vector<uint32_t> raw_types()
     return types;
 }
 
-char digits[] = "1234";
-
 mdm_body_t body(uint32_t type, int32_t data_size, void *data)
 {
     return headed_body<&mdm_body_t::bluetooth>(type, data_size, data);
@@ -63,14 +61,12 @@ struct Names {
     GList *list;
 };
 
-// What a receiver makes of the bytes, which it consumes to the last.
+// The received body. The reader consumes the bytes to the last.
 mdm_body_t received_from(const Bytes &bytes)
 {
-    mdm_body_t received = body(0, 0, sentinel());
-    received.bluetooth.aux = 0xBBBBBBBB;
-    EXPECT_EQ(bluetooth.read(&received, bytes), bytes.size());
-    EXPECT_EQ(received.bluetooth.aux, 0xBBBBBBBBU);
-    EXPECT_EQ(received.bluetooth.param, 0x01020304U);
+    const mdm_body_t received = receive(bluetooth, bytes).body;
+    expect_headed<&mdm_body_t::bluetooth>(received, received.bluetooth.type,
+                                          received.bluetooth.data_size);
     return received;
 }
 
@@ -103,23 +99,18 @@ TEST(Bluetooth, ListIsItsCountAndNames)
     for (const uint32_t type : list_types()) {
         SCOPED_TRACE(type);
         mdm_body_t sent = body(type, 1, names.list);
-        EXPECT_EQ(bluetooth.size(&sent), 32U);
-        EXPECT_EQ(bluetooth.size(&sent), 32U);
-        EXPECT_EQ(sent.bluetooth.data_size, 1);
+        expect_size(bluetooth, sent, 32, 1);
         EXPECT_EQ(written(sent), hex("04 03 02 01 01 00 00 00 02 00 00 00 "
                                      "03 00 00 00 61 62 63 05 00 00 00 68 65 6C 6C 6F"));
 
-        AllocationTrace trace;
-        const mdm_body_t received = received_from(bluetooth.write(&sent));
-        trace.stop();
-        EXPECT_EQ(received.bluetooth.type, type);
-        EXPECT_EQ(received.bluetooth.data_size, 1);
+        const auto [received, blocks] = receive(bluetooth, bluetooth.write(&sent));
+        expect_headed<&mdm_body_t::bluetooth>(received, type, 1);
         EXPECT_THAT(texts_of(received.bluetooth.data), ElementsAre("abc", "hello"));
         const auto cells = cells_of(received.bluetooth.data);
         const auto texts = elements_of(received.bluetooth.data);
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{texts[0], 4}, Block{cells[0], sizeof(GList)},
-                                              Block{texts[1], 6}, Block{cells[1], sizeof(GList)}));
-        release_list(received);
+        EXPECT_THAT(blocks, ElementsAre(Block{texts[0], 4}, Block{cells[0], sizeof(GList)},
+                                        Block{texts[1], 6}, Block{cells[1], sizeof(GList)}));
+        release_blocks(blocks);
     }
 }
 
@@ -127,53 +118,19 @@ TEST(Bluetooth, EveryOtherTypeIsRaw)
 {
     for (const uint32_t type : raw_types()) {
         SCOPED_TRACE(type);
-        mdm_body_t sent = body(type, 4, nullptr);
-        ASSERT_EQ(bluetooth.size(&sent), 16U);
-        sent.bluetooth.data_size = 5;
-        ASSERT_EQ(bluetooth.size(&sent), 17U);
-        sent = body(type, 4, digits);
-        EXPECT_EQ(written(sent), hex("04 03 02 01 04 00 00 00 31 32 33 34"));
-        EXPECT_EQ(sent.bluetooth.data_size, 4);
-
-        AllocationTrace trace;
-        const mdm_body_t received = received_from(bluetooth.write(&sent));
-        trace.stop();
-        EXPECT_EQ(received.bluetooth.type, type);
-        EXPECT_EQ(received.bluetooth.data_size, 4);
-        EXPECT_STREQ(static_cast<char *>(received.bluetooth.data), "1234");
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{received.bluetooth.data, 5}));
-        g_free(received.bluetooth.data);
+        expect_raw_bytes_to_travel(bluetooth, type);
     }
 }
 
-TEST(Bluetooth, RawPayloadEndsAtItsFirstZeroByte)
-{
-    char payload[] = "a\0b";
-    mdm_body_t sent = body(raw_type, 3, payload);
-    EXPECT_EQ(bluetooth.size(&sent), 15U);
-    const Bytes bytes = bluetooth.write(&sent);
-    EXPECT_EQ(bytes, hex("E8 00 00 00 04 03 02 01 03 00 00 00 61 00 62"));
-    const mdm_body_t received = received_from(bytes);
-    const auto *text = static_cast<char *>(received.bluetooth.data);
-    EXPECT_EQ(std::string(text, 4), std::string("a\0\0\0", 4));
-    g_free(received.bluetooth.data);
-}
-
-TEST(Bluetooth, PayloadsOfEveryLengthTravel)
+TEST(Bluetooth, NamesOfEveryLengthTravel)
 {
     for (const size_t length : {size_t{1}, size_t{3000}}) {
-        std::string payload(length, '\xFE');
-        mdm_body_t sent = body(raw_type, static_cast<int32_t>(length), payload.data());
-        EXPECT_EQ(bluetooth.size(&sent), 12 + length);
-        mdm_body_t received = received_from(bluetooth.write(&sent));
-        EXPECT_EQ(static_cast<char *>(received.bluetooth.data), payload);
-        g_free(received.bluetooth.data);
-
-        const Names names{payload.c_str()};
-        sent = body(list_type, 1, names.list);
+        const std::string name(length, '\xFE');
+        const Names names{name.c_str()};
+        mdm_body_t sent = body(list_type, 1, names.list);
         EXPECT_EQ(bluetooth.size(&sent), 16 + 4 + length);
-        received = received_from(bluetooth.write(&sent));
-        EXPECT_THAT(texts_of(received.bluetooth.data), ElementsAre(payload));
+        const mdm_body_t received = received_from(bluetooth.write(&sent));
+        EXPECT_THAT(texts_of(received.bluetooth.data), ElementsAre(name));
         release_list(received);
     }
 }
@@ -215,19 +172,14 @@ TEST(Bluetooth, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     const Names names{"abc"};
     for (const uint32_t type : {list_type, raw_type}) {
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
-            mdm_body_t sent = body(type, data_size, names.list);
-            LogRecorder log;
-            EXPECT_EQ(bluetooth.size(&sent), 12U);
-            EXPECT_THAT(log.take(),
+            const mdm_body_t sent = body(type, data_size, names.list);
+            expect_head_alone(bluetooth, sent);
+            expect_head_received(bluetooth, type, data_size, sentinel());
+            const HandlerLines logged = logged_lines(bluetooth, sent);
+            EXPECT_THAT(logged.size,
                         lines(bluetooth.size, {"data_size : " + std::to_string(data_size)}));
-            const Bytes bytes = bluetooth.write(&sent);
-            EXPECT_EQ(bytes.size(), 12U);
-            EXPECT_THAT(log.take(), lines(bluetooth.set));
-            const mdm_body_t received = received_from(bytes);
-            EXPECT_EQ(received.bluetooth.type, type);
-            EXPECT_EQ(received.bluetooth.data_size, data_size);
-            EXPECT_EQ(received.bluetooth.data, sentinel());
-            EXPECT_THAT(log.take(), lines(bluetooth.get));
+            EXPECT_THAT(logged.set, lines(bluetooth.set));
+            EXPECT_THAT(logged.get, lines(bluetooth.get));
         }
     }
 }
@@ -247,12 +199,14 @@ TEST(Bluetooth, EmptyListIsItsCountAlone)
 
 TEST(Bluetooth, NegativeCountIsReceivedAsANullList)
 {
-    const Bytes bytes = hex("DF 00 00 00 04 03 02 01 01 00 00 00");
     LogRecorder log;
-    EXPECT_EQ(received_from(bytes + hex("FF FF FF FF")).bluetooth.data, nullptr);
-    EXPECT_THAT(log.take(), lines(bluetooth.get, {"length : -1"}));
-    EXPECT_EQ(received_from(bytes + hex("00 00 00 80")).bluetooth.data, nullptr);
-    EXPECT_THAT(log.take(), lines(bluetooth.get, {"length : -2147483648"}));
+    expect_counts_below_1_as_null(bluetooth, list_type);
+    std::vector<LogLine> expected;
+    for (const char *text : {"length : 0", "length : -1", "length : -2147483648"}) {
+        expected.insert(expected.end(),
+                        {enter(bluetooth.get), info(bluetooth.get, text), leave(bluetooth.get)});
+    }
+    EXPECT_EQ(log.take(), expected);
 }
 
 // Q-BODY-14
@@ -281,15 +235,10 @@ TEST(Bluetooth, NamesAreLoggedAndEmptyOnesAreReceivedAsNullElements)
 
 TEST(Bluetooth, RawPayloadLogsItsSizeOnly)
 {
-    mdm_body_t sent = body(raw_type, 4, digits);
-    LogRecorder log;
-    bluetooth.size(&sent);
-    EXPECT_THAT(log.take(), lines(bluetooth.size, {"data_size : 4"}));
-    const Bytes bytes = bluetooth.write(&sent);
-    EXPECT_THAT(log.take(), lines(bluetooth.set));
-    const mdm_body_t received = received_from(bytes);
-    EXPECT_THAT(log.take(), lines(bluetooth.get));
-    g_free(received.bluetooth.data);
+    const HandlerLines logged = logged_lines(bluetooth, body(raw_type, 4, borrowed("1234")));
+    EXPECT_THAT(logged.size, lines(bluetooth.size, {"data_size : 4"}));
+    EXPECT_THAT(logged.set, lines(bluetooth.set));
+    EXPECT_THAT(logged.get, lines(bluetooth.get));
 }
 
 // Q-BODY-10
@@ -352,12 +301,7 @@ TEST(Bluetooth, FreeReleasesTheListsOfFiveTypes)
 TEST(Bluetooth, FreeOfANullListLeavesDataSize)
 {
     for (const uint32_t type : released_types) {
-        mdm_body_t received = body(type, 3, nullptr);
-        LogRecorder log;
-        EXPECT_THAT(bluetooth.release(&received), IsEmpty());
-        EXPECT_THAT(log.take(), lines(bluetooth.free));
-        EXPECT_EQ(received.bluetooth.data, nullptr);
-        EXPECT_EQ(received.bluetooth.data_size, 3);
+        expect_no_release(bluetooth, body(type, 3, nullptr), enter_and_leave(bluetooth.free));
     }
 }
 
@@ -382,30 +326,18 @@ TEST(Bluetooth, FreeOfEveryOtherTypeResetsDataSizeAndReleasesNothing)
 TEST(Bluetooth, BothTypesOfTheMessageTravelAndKeepWhatIsNotReleased)
 {
     const Names names{"abc", "hello"};
-    std::vector<uint32_t> types = list_types();
-    types.push_back(raw_type);
-    for (const uint8_t msg_type : {uint8_t{9}, uint8_t{10}}) {
-        for (const uint32_t type : types) {
+    for (const uint8_t message_type : {uint8_t{9}, uint8_t{10}}) {
+        for (const uint32_t type : list_types()) {
             SCOPED_TRACE(type);
-            const bool is_raw = type == raw_type;
-            mdm_msg_t msg = message(msg_type);
-            msg.body = is_raw ? body(type, 4, digits) : body(type, 1, names.list);
-            const Bytes bytes = serialize(msg);
-            EXPECT_EQ(bytes.size(), 40U + (is_raw ? 16 : 32));
-
-            mdm_msg_t received{};
-            AllocationTrace trace;
-            EXPECT_EQ(deserialize(received, bytes), 0);
-            EXPECT_EQ(ipc_free(&received), 0);
-            trace.stop();
-            if (is_raw) {
-                EXPECT_THAT(trace.kept(), ElementsAre(Block{received.body.bluetooth.data, 5}));
-                g_free(received.body.bluetooth.data);
-            } else {
-                EXPECT_EQ(trace.kept().size(), is_released(type) ? 0U : 4U);
-                release_list(received.body);  // null if it was released
-            }
+            const Journey list = travel(message_type, body(type, 1, names.list));
+            EXPECT_EQ(list.bytes.size(), 32U);
+            EXPECT_EQ(list.kept.size(), is_released(type) ? 0U : 4U);
+            release_blocks(list.kept);
         }
+        const Journey raw = travel(message_type, body(raw_type, 4, borrowed("1234")));
+        EXPECT_EQ(raw.bytes.size(), 16U);
+        EXPECT_THAT(raw.kept, ElementsAre(Block{raw.received.body.bluetooth.data, 5}));
+        release_blocks(raw.kept);
     }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The two callback categories: what they have in common, then what is particular to each.
+// The two callback categories: the rules of both, then the rules of each.
 #include <cstring>
 #include <initializer_list>
 #include <string>
@@ -121,7 +121,7 @@ protected:
         return bytes;
     }
 
-    // A receiver's record as it was before: nothing that may be released.
+    // A receiver's record that was used before: it has nothing that may be released.
     static mdm_body_t used_body()
     {
         mdm_body_t used;
@@ -391,19 +391,12 @@ TEST_P(Callback, WholeMessagesLeakNothing)
     for (const uint32_t callback_type : {0U, 1U, 2U}) {
         const Bytes expected = callback_type < 2 ? payload({"abc", "de"}) : Bytes{};
         const auto size = static_cast<uint32_t>(16 + expected.size());
-        mdm_msg_t msg = message(row().type);
-        msg.body = body(callback_type, {"abc", "de"});
-        const Bytes bytes = serialize(msg);
-        EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), head(callback_type, size) + expected);
-
-        mdm_msg_t received{};
-        AllocationTrace trace;
-        EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
-        EXPECT_EQ(received.body.app_cb.data_size, size);
-        EXPECT_EQ(ipc_free(&received), 0);
-        trace.stop();
-        EXPECT_EQ(trace.allocated().size(), callback_type < 2 ? strings_of(msg.body).size() : 0);
-        EXPECT_THAT(trace.kept(), IsEmpty());
+        mdm_body_t sent = body(callback_type, {"abc", "de"});
+        const Journey journey = travel(row().type, sent);
+        EXPECT_EQ(journey.bytes, head(callback_type, size) + expected);
+        EXPECT_EQ(journey.received.body.app_cb.data_size, size);
+        EXPECT_EQ(journey.allocated.size(), callback_type < 2 ? strings_of(sent).size() : 0);
+        EXPECT_THAT(journey.kept, IsEmpty());
     }
 }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstddef>
-#include <numeric>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,7 +21,7 @@ using ::testing::SizeIs;
 
 using Item = mdm_container_item_t;
 
-// What there is of the record of type 629.
+// The record of type 629: the beginning of an item.
 struct ShortItem {
     uint32_t num0;
     char *str1;
@@ -41,28 +40,14 @@ mdm_body_t body(uint32_t type, int32_t data_size, void *data)
     return headed_body<&mdm_body_t::container>(type, data_size, data);
 }
 
-// A received body whose `data` shows whether it is assigned.
-mdm_body_t untouched()
-{
-    return body(0, 0, sentinel());
-}
-
-// The same size and the same stored data_size, however often the body is sized.
-void expect_size(mdm_body_t &sent, uint32_t size, int32_t stored)
-{
-    for (int call = 0; call < 3; ++call) {
-        EXPECT_EQ(container.size(&sent), size);
-        EXPECT_EQ(sent.container.data_size, stored);
-    }
-}
-
 template <class Record>
 const Record &received_record(const mdm_body_t &received)
 {
     return *static_cast<const Record *>(received.container.data);
 }
 
-// What the handlers make of a body with a data_size of 4 whose payload is zero.
+// The marks of a form: how the handlers size, store and send a body with a data_size of 4 whose
+// payload is zero.
 struct Form {
     const char *name;
     size_t block;  // of `data`
@@ -112,8 +97,9 @@ TEST(Container, TypeDecidesTheFormInEveryHandler)
             g_free(data);
         }
 
-        mdm_body_t received = untouched();
-        EXPECT_EQ(container.read(&received, head_bytes(type, 4) + Bytes(12)), 12 + form.payload);
+        mdm_body_t received =
+            receive(container, head_bytes(type, 4) + Bytes(form.payload), Bytes(12 - form.payload))
+                .body;
         expect_headed<&mdm_body_t::container>(received, type, 4);
         EXPECT_EQ(received.container.data == sentinel(), is_nothing);
         container.free(&received);
@@ -125,9 +111,7 @@ TEST(Container, NullDataIsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : one_type_of_each_form) {
         for (const int32_t data_size : {0, 1, 9, -1, INT32_MIN}) {
-            mdm_body_t sent = body(type, data_size, nullptr);
-            expect_size(sent, 12, data_size);
-            EXPECT_EQ(container.write(&sent), head_bytes(type, data_size));
+            expect_head_alone(container, body(type, data_size, nullptr));
         }
     }
 }
@@ -135,18 +119,8 @@ TEST(Container, NullDataIsTheHeadAloneWithItsDataSize)
 TEST(Container, DataSize0IsTheHeadAloneAndMakesTheReceiversDataNull)
 {
     for (const uint32_t type : one_type_of_each_form) {
-        mdm_body_t sent = body(type, 0, sentinel());
-        expect_size(sent, 12, 0);
-        const Bytes bytes = container.write(&sent);
-        EXPECT_EQ(bytes, head_bytes(type, 0));
-
-        mdm_body_t received = untouched();
-        AllocationTrace trace;
-        EXPECT_EQ(container.read(&received, bytes), 12U);
-        trace.stop();
-        expect_headed<&mdm_body_t::container>(received, type, 0);
-        EXPECT_EQ(received.container.data, nullptr);
-        EXPECT_THAT(trace.kept(), IsEmpty());
+        expect_head_alone(container, body(type, 0, sentinel()));
+        expect_head_received(container, type, 0, nullptr);
     }
 }
 
@@ -171,36 +145,20 @@ TEST(Container, FreeDoesNothingWithoutDataOrDataSize)
     for (const uint32_t type : one_type_of_each_form) {
         for (const auto &[data_size, data] :
              {std::pair{0, sentinel()}, {9, nullptr}, {0, nullptr}}) {
-            mdm_body_t received = body(type, data_size, data);
-            EXPECT_THAT(container.release(&received), IsEmpty());
-            expect_headed<&mdm_body_t::container>(received, type, data_size);
-            EXPECT_EQ(received.container.data, data);
+            expect_no_release(container, body(type, data_size, data),
+                              enter_and_leave(container.free));
         }
     }
 }
 
 TEST(Container, HandlersLogEnterAndExitOnly)
 {
+    const std::vector<char> zeros(sizeof(Item));
     for (const uint32_t type : one_type_of_each_form) {
         for (const int32_t data_size : {0, 4}) {
-            for (const bool has_data : {false, true}) {
-                mdm_body_t some =
-                    body(type, data_size, has_data ? g_malloc0(form_of(type).block) : nullptr);
-                void *data = some.container.data;
-                LogRecorder log;
-                container.size(&some);
-                EXPECT_EQ(log.take(), enter_and_leave(container.size));
-                container.write(&some);
-                EXPECT_EQ(log.take(), enter_and_leave(container.set));
-                const bool released = container.release(&some).size() == 1;
-                EXPECT_EQ(log.take(), enter_and_leave(container.free));
-                if (!released) {
-                    g_free(data);
-                }
-                mdm_body_t received{};
-                container.read(&received, head_bytes(type, data_size) + Bytes(12));
-                EXPECT_EQ(log.take(), enter_and_leave(container.get));
-                container.free(&received);
+            for (const void *data : {zeros.data(), static_cast<const char *>(nullptr)}) {
+                expect_entry_and_exit(container, body(type, data_size, const_cast<void *>(data)),
+                                      Bytes(12));
             }
         }
     }
@@ -211,7 +169,7 @@ TEST(ContainerItem, SendsANumberAndTwoStringsAndStoresTheirSize)
     Item record{0x01020304, borrowed("ab"), borrowed("\xC3\xA9!")};
     for (const int32_t data_size : any_payload) {
         mdm_body_t sent = body(item_type, data_size, &record);
-        expect_size(sent, 29, 12 + 2 + 3);
+        expect_size(container, sent, 29, 12 + 2 + 3);
         EXPECT_EQ(container.write(&sent),
                   hex("74 02 00 00 04 03 02 01 11 00 00 00 "
                       "04 03 02 01 02 00 00 00 61 62 03 00 00 00 C3 A9 21"));
@@ -223,21 +181,18 @@ TEST(ContainerItem, WithoutASecondStringComesBackWithANullOne)
     for (char *str2 : {static_cast<char *>(nullptr), borrowed("")}) {
         Item record{1, borrowed("ab"), str2};
         mdm_body_t sent = body(item_type, 1, &record);
-        expect_size(sent, 26, 14);
+        expect_size(container, sent, 26, 14);
         const Bytes bytes = container.write(&sent);
         EXPECT_EQ(bytes,
                   head_bytes(item_type, 14) + hex("01 00 00 00 02 00 00 00 61 62 00 00 00 00"));
 
-        mdm_body_t received = untouched();
-        AllocationTrace trace;
-        EXPECT_EQ(container.read(&received, bytes), 26U);
-        trace.stop();
+        auto [received, blocks] = receive(container, bytes);
         expect_headed<&mdm_body_t::container>(received, item_type, 14);
         const auto &back = received_record<Item>(received);
         EXPECT_EQ(back.num0, 1U);
         EXPECT_STREQ(back.str1, "ab");
         EXPECT_EQ(back.str2, nullptr);
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{&back, sizeof(Item)}, Block{back.str1, 3}));
+        EXPECT_THAT(blocks, ElementsAre(Block{&back, sizeof(Item)}, Block{back.str1, 3}));
         container.free(&received);
     }
 }
@@ -245,15 +200,15 @@ TEST(ContainerItem, WithoutASecondStringComesBackWithANullOne)
 TEST(ContainerItem, IsReadForAnyDataSizeOtherThan0)
 {
     for (const int32_t data_size : any_payload) {
-        mdm_body_t received = untouched();
-        EXPECT_EQ(container.read(&received, head_bytes(item_type, data_size) +
-                                                hex("F1 FF FF FF 00 00 00 00 01 00 00 00 62")),
-                  25U);
+        auto [received, blocks] =
+            receive(container, head_bytes(item_type, data_size) +
+                                   hex("F1 FF FF FF 00 00 00 00 01 00 00 00 62"));
         expect_headed<&mdm_body_t::container>(received, item_type, data_size);
         const auto &record = received_record<Item>(received);
         EXPECT_EQ(record.num0, 0xFFFFFFF1U);
         EXPECT_EQ(record.str1, nullptr);
         EXPECT_STREQ(record.str2, "b");
+        EXPECT_THAT(blocks, ElementsAre(Block{&record, sizeof(Item)}, Block{record.str2, 2}));
         container.free(&received);
     }
 }
@@ -264,7 +219,7 @@ TEST(ContainerItem, LongStringsTravel)
     std::string second(3000, '\xFE');
     Item record{1, first.data(), second.data()};
     mdm_body_t sent = body(item_type, 1, &record);
-    expect_size(sent, 3324, 3312);
+    expect_size(container, sent, 3324, 3312);
     mdm_body_t received{};
     EXPECT_EQ(container.read(&received, container.write(&sent)), 3324U);
     EXPECT_EQ(received_record<Item>(received).str1, first);
@@ -300,7 +255,7 @@ TEST(ContainerShortItem, SendsANumberAndOneStringAndStoresTheirSize)
     ShortItem record{0x01020304, borrowed("ab")};
     for (const int32_t data_size : any_payload) {
         mdm_body_t sent = body(short_item_type, data_size, &record);
-        expect_size(sent, 22, 8 + 2);
+        expect_size(container, sent, 22, 8 + 2);
         EXPECT_EQ(container.write(&sent),
                   hex("75 02 00 00 04 03 02 01 0A 00 00 00 04 03 02 01 02 00 00 00 61 62"));
     }
@@ -311,11 +266,10 @@ TEST(ContainerShortItem, OfANullOrEmptyStringIs20Bytes)
     for (char *str1 : {static_cast<char *>(nullptr), borrowed("")}) {
         ShortItem record{1, str1};
         mdm_body_t sent = body(short_item_type, 1, &record);
-        expect_size(sent, 20, 8);
+        expect_size(container, sent, 20, 8);
         const Bytes bytes = container.write(&sent);
         EXPECT_EQ(bytes, head_bytes(short_item_type, 8) + hex("01 00 00 00 00 00 00 00"));
-        mdm_body_t received = untouched();
-        EXPECT_EQ(container.read(&received, bytes), 20U);
+        mdm_body_t received = receive(container, bytes).body;
         EXPECT_EQ(received_record<ShortItem>(received).str1, nullptr);
         container.free(&received);
     }
@@ -325,18 +279,15 @@ TEST(ContainerShortItem, OfANullOrEmptyStringIs20Bytes)
 TEST(ContainerShortItem, ComesBackInARecordThatEndsBeforeStr2)
 {
     for (const int32_t data_size : any_payload) {
-        mdm_body_t received = untouched();
-        AllocationTrace trace;
-        EXPECT_EQ(
-            container.read(&received, head_bytes(short_item_type, data_size) +
-                                          hex("F1 FF FF FF 02 00 00 00 61 62 01 00 00 00 63")),
-            22U);
-        trace.stop();
+        auto [received, blocks] =
+            receive(container,
+                    head_bytes(short_item_type, data_size) + hex("F1 FF FF FF 02 00 00 00 61 62"),
+                    hex("01 00 00 00 63"));
         expect_headed<&mdm_body_t::container>(received, short_item_type, data_size);
         const auto &record = received_record<ShortItem>(received);
         EXPECT_EQ(record.num0, 0xFFFFFFF1U);
         EXPECT_STREQ(record.str1, "ab");
-        EXPECT_THAT(trace.kept(),
+        EXPECT_THAT(blocks,
                     ElementsAre(Block{&record, offsetof(Item, str2)}, Block{record.str1, 3}));
         container.free(&received);
     }
@@ -366,63 +317,22 @@ TEST(ContainerShortItem, FreeReleasesItsStringThenTheRecordAndKeepsThePointer)
 TEST(ContainerRaw, TravelsAsItIsAndArrivesTerminatedAtItsFirstZeroByte)
 {
     for (const uint32_t type : raw_types) {
-        char payload[] = {'a', 0, '\xFF', 'b'};
-        mdm_body_t sent = body(type, 3, payload);
-        expect_size(sent, 15, 3);
-        const Bytes bytes = container.write(&sent);
-        EXPECT_EQ(bytes, head_bytes(type, 3) + hex("61 00 FF"));
-
-        mdm_body_t received = untouched();
-        AllocationTrace trace;
-        EXPECT_EQ(container.read(&received, bytes), 15U);
-        trace.stop();
-        expect_headed<&mdm_body_t::container>(received, type, 3);
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{received.container.data, 4}));
-        EXPECT_EQ(std::string(static_cast<const char *>(received.container.data), 4),
-                  std::string("a\0\0\0", 4));
-        container.free(&received);
-    }
-}
-
-TEST(ContainerRaw, OneByteAndManyBytesTravel)
-{
-    for (const size_t length : {size_t{1}, size_t{3000}}) {
-        std::string payload(length, '\xFE');
-        mdm_body_t sent = body(631, static_cast<int32_t>(length), payload.data());
-        mdm_body_t received = untouched();
-        EXPECT_EQ(container.read(&received, container.write(&sent)), 12 + length);
-        EXPECT_EQ(static_cast<const char *>(received.container.data), payload);
-        container.free(&received);
+        expect_raw_bytes_to_travel(container, type);
     }
 }
 
 // Q-BODY-4
 TEST(ContainerRaw, CountsANegativeDataSizeToo)
 {
-    char payload[] = "raw";
-    for (const auto &[data_size, size] : {std::pair{-4, 8U},
-                                          {-12, 0U},
-                                          {-13, 0xFFFFFFFFU},
-                                          {INT32_MIN, 0x8000000CU},
-                                          {INT32_MAX, 0x8000000BU}}) {
-        mdm_body_t sent = body(632, data_size, payload);
-        expect_size(sent, size, data_size);
-    }
+    expect_raw_size_with_sign(container, 632, borrowed("raw"));
 }
 
 TEST(ContainerRaw, FreeReleasesItAndResetsThePointerOnly)
 {
     for (const uint32_t type : raw_types) {
         for (const int32_t data_size : any_payload) {
-            mdm_body_t received = body(type, data_size, heap_text("raw"));
-            const void *data = received.container.data;
-            AllocationTrace trace;
-            container.free(&received);
-            container.free(&received);
-            trace.stop();
-            EXPECT_THAT(trace.released(), ElementsAre(data));
-            expect_headed<&mdm_body_t::container>(received, type, data_size);
-            EXPECT_EQ(received.container.data, nullptr);
+            expect_raw_bytes_released(container, type, data_size, data_size,
+                                      enter_and_leave(container.free));
         }
     }
 }
@@ -432,16 +342,10 @@ TEST(ContainerNothing, SendsTheHeadAloneAndLeavesTheReceiversData)
 {
     for (const uint32_t type : {0U, 627U, 633U, 640U}) {
         for (const int32_t data_size : any_payload) {
-            mdm_body_t sent = body(type, data_size, sentinel());
-            expect_size(sent, 12, data_size);
-            const Bytes bytes = container.write(&sent);
-            EXPECT_EQ(bytes, head_bytes(type, data_size));
-            mdm_body_t received = untouched();
-            EXPECT_EQ(container.read(&received, bytes), 12U);
-            expect_headed<&mdm_body_t::container>(received, type, data_size);
-            EXPECT_EQ(received.container.data, sentinel());
-            EXPECT_THAT(container.release(&received), IsEmpty());
-            EXPECT_EQ(received.container.data, sentinel());
+            expect_head_alone(container, body(type, data_size, sentinel()));
+            expect_head_received(container, type, data_size, sentinel());
+            expect_no_release(container, body(type, data_size, sentinel()),
+                              enter_and_leave(container.free));
         }
     }
 }
@@ -464,19 +368,11 @@ TEST(ContainerMessage, CarriesEveryFormAndLeaksNothing)
         {body(640, 9, borrowed("nothing")), 12, {}}};
     for (const uint8_t message_type : {container.type, uint8_t{48}}) {
         for (const auto &[sent, size, blocks] : cases) {
-            mdm_msg_t msg = message(message_type);
-            msg.body = sent;
             LogRecorder log(MDM_LOG_INFO);
-            const Bytes bytes = serialize(msg);
-            EXPECT_THAT(bytes, SizeIs(40 + size));
-            mdm_msg_t received{};
-            AllocationTrace trace;
-            EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())),
-                      0);
-            EXPECT_EQ(ipc_free(&received), 0);
-            trace.stop();
-            EXPECT_EQ(trace.allocated_sizes(), blocks);
-            EXPECT_THAT(trace.kept(), IsEmpty());
+            const Journey journey = travel(message_type, sent);
+            EXPECT_THAT(journey.bytes, SizeIs(size));
+            EXPECT_EQ(journey.allocated, blocks);
+            EXPECT_THAT(journey.kept, IsEmpty());
             EXPECT_THAT(log.take(), IsEmpty());
         }
     }

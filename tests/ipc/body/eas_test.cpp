@@ -65,13 +65,10 @@ const Bytes &payload_bytes(uint32_t type)
     }
 }
 
-// The body that arrives with a payload of the type.
-mdm_body_t received(uint32_t type, int32_t data_size = 1)
+// The body that arrives with a payload of the type, and its blocks.
+Arrival arrival(uint32_t type, int32_t data_size = 1)
 {
-    const Bytes bytes = head_bytes(type, data_size) + payload_bytes(type);
-    mdm_body_t received = body(0, 0, sentinel());
-    EXPECT_EQ(eas.read(&received, bytes), bytes.size());
-    return received;
+    return receive(eas, head_bytes(type, data_size) + payload_bytes(type));
 }
 
 const mdm_eas_account_t &account_at(const void *record)
@@ -135,20 +132,15 @@ TEST(Eas, AccountWithNullStringsIs72Bytes)
 
 TEST(Eas, AccountComesBackFieldByField)
 {
-    AllocationTrace trace;
-    mdm_body_t back = received(account_type, 76);
-    trace.stop();
-    EXPECT_EQ(back.eas.type, account_type);
-    EXPECT_EQ(back.eas.aux, 0xAAAAAAAAU);
-    EXPECT_EQ(back.eas.param, 0x01020304U);
-    EXPECT_EQ(back.eas.data_size, 76);
+    auto [back, blocks] = arrival(account_type, 76);
+    expect_headed<&mdm_body_t::eas>(back, account_type, 76);
     const mdm_eas_account_t &account = account_at(back.eas.data);
     expect_full(account);
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{&account, sizeof account}, Block{account.str6, 2},
-                                          Block{account.str7, 2}, Block{account.str8, 2},
-                                          Block{account.str9, 2}, Block{account.str10, 2},
-                                          Block{account.str11, 7}, Block{account.str12, 3},
-                                          Block{account.str13, 2}, Block{account.str14, 3}));
+    EXPECT_THAT(blocks, ElementsAre(Block{&account, sizeof account}, Block{account.str6, 2},
+                                    Block{account.str7, 2}, Block{account.str8, 2},
+                                    Block{account.str9, 2}, Block{account.str10, 2},
+                                    Block{account.str11, 7}, Block{account.str12, 3},
+                                    Block{account.str13, 2}, Block{account.str14, 3}));
     eas.free(&back);
 }
 
@@ -159,16 +151,14 @@ TEST(Eas, SettingsCarryThreeStringsOfAnAccount)
     expect_sizes(sent, 12 + 5 + 15, 5 + 15);
     EXPECT_EQ(eas.write(&sent), head_bytes(settings_type, 20) + settings_bytes);
 
-    AllocationTrace trace;
-    mdm_body_t back = received(settings_type);
-    trace.stop();
+    auto [back, blocks] = arrival(settings_type);
     const mdm_eas_account_t &account = account_at(back.eas.data);
     EXPECT_THAT(numbers_of(account), Each(0U));
     EXPECT_THAT(strings_of(account),
                 ElementsAre(IsNull(), IsNull(), StrEq("8"), IsNull(), StrEq("A"), IsNull(),
                             IsNull(), StrEq("D"), IsNull()));
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{&account, sizeof account}, Block{account.str8, 2},
-                                          Block{account.str10, 2}, Block{account.str13, 2}));
+    EXPECT_THAT(blocks, ElementsAre(Block{&account, sizeof account}, Block{account.str8, 2},
+                                    Block{account.str10, 2}, Block{account.str13, 2}));
     eas.free(&back);
 }
 
@@ -241,65 +231,31 @@ TEST(Eas, ListOfTwoEmptyAccountsIs136Bytes)
 
 TEST(Eas, ListComesBackInWireOrder)
 {
-    AllocationTrace trace;
-    mdm_body_t back = received(list_type);
-    trace.stop();
+    auto [back, blocks] = arrival(list_type);
     const std::vector<const void *> accounts = elements_of(back.eas.data);
     ASSERT_EQ(accounts.size(), 2U);
     expect_full(account_at(accounts[0]));
     EXPECT_THAT(numbers_of(account_at(accounts[1])), ElementsAre(0x20, 0, 0, 0, 0, 0));
     EXPECT_THAT(strings_of(account_at(accounts[1])), Each(IsNull()));
-    EXPECT_EQ(trace.kept().size(), 2U + 9 + 2);
+    EXPECT_EQ(blocks.size(), 2U + 9 + 2);
     eas.free(&back);
 }
 
 TEST(Eas, ListsOfManyAccountsTravel)
 {
-    std::vector<mdm_eas_account_t> accounts(300);
-    GList *list = nullptr;
-    uint32_t number = 0;
-    for (mdm_eas_account_t &account : accounts) {
-        account.num5 = number++;
-        list = g_list_append(list, &account);
-    }
-    mdm_msg_t msg = message(eas.type);
-    msg.body = body(list_type, 1, list);
-    mdm_msg_t received{};
-    EXPECT_EQ(deserialize(received, serialize(msg)), 0);
-    EXPECT_EQ(received.body.eas.data_size, 16 + 300 * 60);
-    number = 0;
-    for (const void *account : elements_of(received.body.eas.data)) {
-        EXPECT_EQ(account_at(account).num5, number++);
-    }
-    EXPECT_EQ(number, 300U);
-    ipc_free(&received);
-    g_list_free(list);
+    expect_many_records_to_travel(eas, list_type, &mdm_eas_account_t::num5, 300, 16 + 300 * 60);
 }
 
 TEST(Eas, ListCountBelow1IsReceivedAsNull)
 {
-    for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
-        mdm_body_t received = body(0, 0, sentinel());
-        EXPECT_EQ(eas.read(&received, head_bytes(list_type, 16) + hex(count)), 16U);
-        EXPECT_EQ(received.eas.data, nullptr);
-        EXPECT_EQ(received.eas.data_size, 16);
-        EXPECT_THAT(eas.release(&received), IsEmpty());
-    }
+    expect_counts_below_1_as_null(eas, list_type);
 }
 
 // Q-BODY-9
 TEST(Eas, ListWithANullElementHasNoSize)
 {
     mdm_eas_account_t record{};
-    for (GList *list : {list_of({nullptr}), list_of({nullptr, &record}),
-                        list_of({&record, nullptr}), list_of({&record, nullptr, &record})}) {
-        mdm_body_t sent = body(list_type, 4, list);
-        LogRecorder log;
-        expect_sizes(sent, 0, 4);
-        EXPECT_THAT(log.take(), ElementsAre(enter(eas.size), critical(eas.size, "acconts is NULL"),
-                                            leave(eas.size)));
-        g_list_free(list);
-    }
+    expect_no_size_with_null_element(eas, list_type, &record, "acconts is NULL");
 }
 
 // Q-BODY-9
@@ -323,13 +279,11 @@ TEST(Eas, ValueCarriesANumberAndAText)
     expect_sizes(sent, 25, 13);
     EXPECT_EQ(eas.write(&sent), hex("07 00 00 00 04 03 02 01 0D 00 00 00") + value_bytes);
 
-    AllocationTrace trace;
-    mdm_body_t back = received(value_type, 13);
-    trace.stop();
+    auto [back, blocks] = arrival(value_type, 13);
     EXPECT_EQ(value_at(back.eas.data).num0, 0xF2345678U);
     EXPECT_STREQ(value_at(back.eas.data).str1, "hello");
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{back.eas.data, sizeof record},
-                                          Block{value_at(back.eas.data).str1, 6}));
+    EXPECT_THAT(blocks, ElementsAre(Block{back.eas.data, sizeof record},
+                                    Block{value_at(back.eas.data).str1, 6}));
     eas.free(&back);
 }
 
@@ -370,20 +324,10 @@ TEST(Eas, StringsOfEveryKindTravel)
 TEST(Eas, NoPayloadIsTheHeadAlone)
 {
     for (const uint32_t type : every_type) {
-        mdm_body_t sent = body(type, 0, sentinel());
-        expect_sizes(sent, 12, 0);
-        const Bytes bytes = eas.write(&sent);
-        EXPECT_EQ(bytes.size(), 12U);
-        mdm_body_t received = body(0, 7, sentinel());
-        EXPECT_EQ(eas.read(&received, bytes), 12U);
-        EXPECT_EQ(received.eas.type, type);
-        EXPECT_EQ(received.eas.data_size, 0);
-        EXPECT_EQ(received.eas.data, nullptr);
-
+        expect_head_alone(eas, body(type, 0, sentinel()));
+        expect_head_received(eas, type, 0, nullptr);
         for (const int32_t data_size : {1, -1, INT32_MIN}) {
-            mdm_body_t without_data = body(type, data_size, nullptr);
-            expect_sizes(without_data, 12, data_size);
-            EXPECT_EQ(eas.write(&without_data).size(), 12U);
+            expect_head_alone(eas, body(type, data_size, nullptr));
         }
     }
 }
@@ -393,7 +337,7 @@ TEST(Eas, EveryDataSizeButZeroIsAPayload)
 {
     for (const uint32_t type : every_type) {
         for (const int32_t data_size : {1, -1, INT32_MIN, INT32_MAX}) {
-            mdm_body_t back = received(type, data_size);
+            mdm_body_t back = arrival(type, data_size).body;
             EXPECT_EQ(back.eas.data_size, data_size);
             EXPECT_EQ(eas.write(&back), head_bytes(type, data_size) + payload_bytes(type));
             EXPECT_THAT(eas.release(&back), ::testing::Not(IsEmpty()));
@@ -420,11 +364,7 @@ TEST(Eas, EveryTypeButThreeIsAValue)
             return {20, 20, 1};
         }
     };
-    std::vector<uint32_t> types = {0x80000000, 0x80000062, 0x01000068, 0x0001006A, 0xFFFFFFFF};
-    for (uint32_t type = 0; type <= 1000; ++type) {
-        types.push_back(type);
-    }
-    for (const uint32_t type : types) {
+    for (const uint32_t type : swept_types({98, 104, 106})) {
         SCOPED_TRACE(type);
         const Traits traits = traits_of(type);
         mdm_body_t received{};
@@ -451,7 +391,7 @@ std::vector<char *> strings_of(uint32_t type, const void *record)
     return {strings.begin(), strings.end()};
 }
 
-// What is to be released: the strings of each record before the record, then the list's cells.
+// The blocks to be released: the strings of each record before the record, then the list's cells.
 std::vector<const void *> blocks_of(const mdm_body_t &body)
 {
     std::vector<const void *> blocks;
@@ -471,7 +411,7 @@ std::vector<const void *> blocks_of(const mdm_body_t &body)
 TEST(Eas, FreeReleasesEverythingInSilenceAndLeavesTheBody)
 {
     for (const uint32_t type : every_type) {
-        mdm_body_t back = received(type, -1);
+        mdm_body_t back = arrival(type, -1).body;
         const void *data = back.eas.data;
         const auto records = records_of(back);
         const auto blocks = blocks_of(back);
@@ -495,7 +435,7 @@ TEST(Eas, FreeReleasesEverythingInSilenceAndLeavesTheBody)
 // Q-EAS-4
 TEST(Eas, FreeOfSettingsReleasesNoOtherString)
 {
-    mdm_body_t back = received(settings_type);
+    mdm_body_t back = arrival(settings_type).body;
     auto &account = *static_cast<mdm_eas_account_t *>(back.eas.data);
     const std::vector<const void *> blocks = blocks_of(back);
     const std::array others = {account.str6 = heap_text("6"),   account.str7 = heap_text("7"),
@@ -518,14 +458,8 @@ TEST(Eas, FreeOfAListSkipsNullElements)
 TEST(Eas, FreeWithoutAPayloadReleasesNothing)
 {
     for (const uint32_t type : every_type) {
-        LogRecorder log;
-        mdm_body_t without_data = body(type, 3, nullptr);
-        EXPECT_THAT(eas.release(&without_data), IsEmpty());
-        EXPECT_EQ(without_data.eas.data_size, 3);
-        mdm_body_t without_size = body(type, 0, sentinel());
-        EXPECT_THAT(eas.release(&without_size), IsEmpty());
-        EXPECT_EQ(without_size.eas.data, sentinel());
-        EXPECT_THAT(log.take(), IsEmpty());
+        expect_no_release(eas, body(type, 3, nullptr), {});
+        expect_no_release(eas, body(type, 0, sentinel()), {});
     }
 }
 
@@ -533,18 +467,14 @@ TEST(Eas, BothMessageTypesCarryEveryFormAndLeakNothing)
 {
     for (const uint8_t message_type : {eas.type, uint8_t{12}}) {
         for (const uint32_t type : every_type) {
-            mdm_msg_t msg = message(message_type);
-            msg.body = received(type);
-            const Bytes bytes = serialize(msg);
-            mdm_msg_t arrived{};
-            AllocationTrace trace;
-            EXPECT_EQ(deserialize(arrived, bytes), 0);
-            EXPECT_EQ(Handlers(message_type).write(&arrived.body),
-                      head_bytes(type, msg.body.eas.data_size) + payload_bytes(type));
-            EXPECT_EQ(ipc_free(&arrived), 0);
-            trace.stop();
-            EXPECT_THAT(trace.kept(), IsEmpty());
-            ipc_free(&msg);
+            mdm_body_t body = arrival(type).body;
+            Bytes again;
+            const Journey journey = travel(message_type, body, [&](mdm_body_t &received) {
+                again = Handlers(message_type).write(&received);
+            });
+            EXPECT_EQ(again, head_bytes(type, journey.sent.eas.data_size) + payload_bytes(type));
+            EXPECT_THAT(journey.kept, IsEmpty());
+            eas.free(&body);
         }
     }
 }
@@ -553,16 +483,15 @@ TEST(Eas, LogsEnterAndExitOnly)
 {
     for (const uint32_t type : every_type) {
         for (const int32_t data_size : {0, 1}) {
-            const Bytes bytes = head_bytes(type, data_size) + payload_bytes(type);
-            mdm_body_t back{};
-            LogRecorder log;
-            eas.read(&back, bytes);
-            EXPECT_EQ(log.take(), enter_and_leave(eas.get));
-            eas.size(&back);
-            EXPECT_EQ(log.take(), enter_and_leave(eas.size));
-            eas.write(&back);
-            EXPECT_EQ(log.take(), enter_and_leave(eas.set));
-            eas.free(&back);
+            mdm_body_t some = arrival(type).body;
+            some.eas.data_size = data_size;
+            const HandlerLines lines = logged_lines(eas, some);
+            EXPECT_EQ(lines.size, enter_and_leave(eas.size));
+            EXPECT_EQ(lines.set, enter_and_leave(eas.set));
+            EXPECT_EQ(lines.get, enter_and_leave(eas.get));
+            EXPECT_THAT(lines.free, IsEmpty());
+            some.eas.data_size = 1;
+            eas.free(&some);
         }
     }
 }

@@ -17,7 +17,6 @@ namespace {
 
 using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::IsNull;
 using ::testing::StrEq;
 
@@ -71,12 +70,9 @@ const std::vector<Payload> payloads = {
     {5, value_bytes, 11, 23},
 };
 
-mdm_body_t received(uint32_t type, int32_t data_size, const Bytes &payload)
+Arrival arrival(uint32_t type, int32_t data_size, const Bytes &payload)
 {
-    const Bytes bytes = head_bytes(type, data_size) + payload;
-    mdm_body_t received = body(0, 0, sentinel());
-    EXPECT_EQ(email.read(&received, bytes), bytes.size());
-    return received;
+    return receive(email, head_bytes(type, data_size) + payload);
 }
 
 const mdm_email_account_t &account_at(const void *record)
@@ -127,8 +123,8 @@ void free_whole(mdm_body_t &body)
     }
 }
 
-// What the free handler releases. By the time a record goes, `released_strings` of it, counted
-// from the end, are null.
+// The blocks that the free handler releases. By the time a record goes, so many of its strings,
+// counted from the end, are null.
 std::vector<const void *> release(mdm_body_t &body, const std::vector<const void *> &records,
                                   std::ptrdiff_t released_strings)
 {
@@ -149,12 +145,9 @@ TEST(Email, EveryFormHasItsSizeWhicheverDataSizeItBeginsWith)
 {
     for (const Payload &payload : payloads) {
         for (const int32_t data_size : {1, -1, INT32_MIN, INT32_MAX}) {
-            mdm_body_t sent = received(payload.type, data_size, payload.bytes);
+            mdm_body_t sent = arrival(payload.type, data_size, payload.bytes).body;
             EXPECT_EQ(sent.email.data_size, data_size);
-            for (int call = 0; call < 2; ++call) {
-                EXPECT_EQ(email.size(&sent), payload.size);
-                EXPECT_EQ(sent.email.data_size, payload.data_size);
-            }
+            expect_size(email, sent, payload.size, payload.data_size);
             free_whole(sent);
         }
     }
@@ -182,23 +175,17 @@ TEST(Email, AccountWithNullStringsIs76Bytes)
 
 TEST(Email, AccountArrivesWithTheFieldsThatDoNotTravelZero)
 {
-    AllocationTrace trace;
-    mdm_body_t back = received(359, 84, account_bytes);
-    trace.stop();
-    EXPECT_EQ(back.email.type, 359U);
-    EXPECT_EQ(back.email.aux, some_aux);
-    EXPECT_EQ(back.email.param, some_param);
-    EXPECT_EQ(back.email.data_size, 84);
+    auto [back, blocks] = arrival(359, 84, account_bytes);
+    expect_headed<&mdm_body_t::email>(back, 359, 84);
     const mdm_email_account_t &account = account_at(back.email.data);
     EXPECT_THAT(numbers_of(account), ElementsAre(0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0, 0));
     EXPECT_THAT(strings_of(account),
                 ElementsAre(IsNull(), IsNull(), IsNull(), IsNull(), StrEq("13"), StrEq("14"),
                             StrEq("15"), StrEq("16"), StrEq("17"), StrEq("18"), StrEq("19"),
                             StrEq("20"), StrEq("last")));
-    const auto kept = trace.kept();
-    ASSERT_EQ(kept.size(), 1U + 9);
-    EXPECT_EQ(kept.front(), (Block{&account, sizeof account}));
-    EXPECT_EQ(kept.back(), (Block{account.str21, 5}));
+    ASSERT_EQ(blocks.size(), 1U + 9);
+    EXPECT_EQ(blocks.front(), (Block{&account, sizeof account}));
+    EXPECT_EQ(blocks.back(), (Block{account.str21, 5}));
     email.free(&back);
 }
 
@@ -210,18 +197,15 @@ TEST(Email, SettingsCarryThreeStringsInDescendingOrder)
     EXPECT_EQ(email.size(&sent), 30U);
     EXPECT_EQ(email.write(&sent), hex("6A 01 00 00 04 03 02 01 12 00 00 00") + settings_bytes);
 
-    AllocationTrace trace;
-    mdm_body_t back = received(362, 18, settings_bytes);
-    trace.stop();
+    const auto [back, blocks] = arrival(362, 18, settings_bytes);
     const mdm_email_account_t &account = account_at(back.email.data);
     EXPECT_THAT(numbers_of(account), Each(0U));
     EXPECT_THAT(strings_of(account), ElementsAre(IsNull(), IsNull(), IsNull(), IsNull(), IsNull(),
                                                  StrEq("14"), StrEq("15"), StrEq("16"), IsNull(),
                                                  IsNull(), IsNull(), IsNull(), IsNull()));
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{&account, sizeof account}, Block{account.str16, 3},
-                                          Block{account.str15, 3}, Block{account.str14, 3}));
-    release_strings_of(account);
-    g_free(back.email.data);
+    EXPECT_THAT(blocks, ElementsAre(Block{&account, sizeof account}, Block{account.str16, 3},
+                                    Block{account.str15, 3}, Block{account.str14, 3}));
+    release_blocks(blocks);
 }
 
 TEST(Email, SettingsWithNullStringsAre24BytesWithEveryCall)
@@ -240,17 +224,14 @@ TEST(Email, ListElementCarriesEveryFieldInOrder)
 {
     mdm_email_account_t first = full_account();
     mdm_email_account_t second{};
-    GList *list = list_of({&first, &second});
-    mdm_body_t sent = body(363, 1, list);
+    const Cells list = cells({&first, &second});
+    mdm_body_t sent = body(363, 1, list.get());
     EXPECT_EQ(email.size(&sent), 219U);
     const Bytes bytes = email.write(&sent);
     EXPECT_EQ(bytes, hex("6B 01 00 00 04 03 02 01 DB 00 00 00 02 00 00 00") + element_bytes +
                          Bytes(36 + 52));
-    g_list_free(list);
 
-    AllocationTrace trace;
-    mdm_body_t back = received(363, 219, payloads[2].bytes);
-    trace.stop();
+    auto [back, blocks] = arrival(363, 219, payloads[2].bytes);
     const auto accounts = elements_of(back.email.data);
     ASSERT_EQ(accounts.size(), 2U);
     EXPECT_THAT(numbers_of(account_at(accounts[0])),
@@ -261,7 +242,7 @@ TEST(Email, ListElementCarriesEveryFieldInOrder)
                             StrEq("19"), StrEq("20"), StrEq("last")));
     EXPECT_THAT(numbers_of(account_at(accounts[1])), Each(0U));
     EXPECT_THAT(strings_of(account_at(accounts[1])), Each(IsNull()));
-    EXPECT_EQ(trace.kept().size(), 2U + 13 + 2);
+    EXPECT_EQ(blocks.size(), 2U + 13 + 2);
     email.free(&back);
 }
 
@@ -308,34 +289,12 @@ TEST(Email, SizeOfAListEndsAtItsFirstNullElementAndTheWriterGoesOn)
 
 TEST(Email, ListsOfManyAccountsTravel)
 {
-    std::vector<mdm_email_account_t> accounts(250);
-    GList *list = nullptr;
-    for (size_t i = 0; i < accounts.size(); ++i) {
-        accounts[i].num8 = static_cast<uint32_t>(i);
-        list = g_list_append(list, &accounts[i]);
-    }
-    mdm_msg_t msg = message(email.type);
-    msg.body = body(363, 1, list);
-    const Bytes bytes = serialize(msg);
-    EXPECT_EQ(bytes.size(), 40U + 16 + 250 * 88);
-    mdm_msg_t received{};
-    EXPECT_EQ(deserialize(received, bytes), 0);
-    const auto arrived = elements_of(received.body.email.data);
-    ASSERT_EQ(arrived.size(), accounts.size());
-    for (size_t i = 0; i < arrived.size(); ++i) {
-        EXPECT_EQ(account_at(arrived[i]).num8, i);
-    }
-    ipc_free(&received);
-    g_list_free(list);
+    expect_many_records_to_travel(email, 363, &mdm_email_account_t::num8, 250, 16 + 250 * 88);
 }
 
 TEST(Email, ListCountBelow1IsReceivedAsNull)
 {
-    for (const char *count : {"00 00 00 00", "FE FF FF FF", "00 00 00 80"}) {
-        mdm_body_t empty = received(363, 16, hex(count));
-        EXPECT_EQ(empty.email.data, nullptr);
-        EXPECT_EQ(empty.email.data_size, 16);
-    }
+    expect_counts_below_1_as_null(email, 363);
 }
 
 TEST(Email, ValueCarriesANumberAndAText)
@@ -347,13 +306,11 @@ TEST(Email, ValueCarriesANumberAndAText)
     const Bytes bytes = email.write(&sent);
     EXPECT_EQ(bytes, hex("05 00 00 00 04 03 02 01 0B 00 00 00") + value_bytes);
 
-    AllocationTrace trace;
-    mdm_body_t back = received(5, 11, value_bytes);
-    trace.stop();
+    auto [back, blocks] = arrival(5, 11, value_bytes);
     EXPECT_EQ(value_of(back).num0, 0x800000FEU);
     EXPECT_STREQ(value_of(back).str1, "abc");
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{back.email.data, sizeof(mdm_email_value_t)},
-                                          Block{value_of(back).str1, 4}));
+    EXPECT_THAT(blocks, ElementsAre(Block{back.email.data, sizeof(mdm_email_value_t)},
+                                    Block{value_of(back).str1, 4}));
     email.free(&back);
 }
 
@@ -391,29 +348,18 @@ TEST(Email, TextsOfEveryKindTravel)
 TEST(Email, NoPayloadIsTheHeadAlone)
 {
     for (const Payload &payload : payloads) {
-        mdm_body_t sent = body(payload.type, 0, sentinel());
-        EXPECT_EQ(email.size(&sent), 12U);
-        EXPECT_EQ(sent.email.data_size, 0);
-        EXPECT_EQ(email.write(&sent).size(), 12U);
-        EXPECT_EQ(received(payload.type, 0, {}).email.data, nullptr);
-
+        expect_head_alone(email, body(payload.type, 0, sentinel()));
+        expect_head_received(email, payload.type, 0, nullptr);
         for (const int32_t data_size : {1, -1, INT32_MIN}) {
-            mdm_body_t without_data = body(payload.type, data_size, nullptr);
-            EXPECT_EQ(email.size(&without_data), 12U);
-            EXPECT_EQ(without_data.email.data_size, data_size);
-            EXPECT_EQ(email.write(&without_data).size(), 12U);
+            expect_head_alone(email, body(payload.type, data_size, nullptr));
         }
     }
 }
 
 TEST(Email, EveryTypeButThreeIsAValue)
 {
-    std::vector<uint32_t> types = {0x80000000, 0x80000167, 0x0001016A, 0x0100016B, 0xFFFFFFFF};
-    for (uint32_t type = 0; type <= 1000; ++type) {
-        types.push_back(type);
-    }
     const Bytes payload = hex("01 00 00 00") + Bytes(88);
-    for (const uint32_t type : types) {
+    for (const uint32_t type : swept_types({359, 362, 363})) {
         const size_t size = type == 359 ? 76 : type == 362 ? 25 : type == 363 ? 104 : 20;
         mdm_body_t back{};
         EXPECT_EQ(email.read(&back, head_bytes(type, 1) + payload), size) << type;
@@ -431,7 +377,7 @@ TEST(Email, EveryTypeButThreeIsAValue)
 // Q-BODY-7, Q-EMAIL-5
 TEST(Email, FreeReleasesAnAccountsLastNineStringsThenItsRecord)
 {
-    mdm_body_t back = received(359, -1, account_bytes);
+    mdm_body_t back = arrival(359, -1, account_bytes).body;
     auto &account = *static_cast<mdm_email_account_t *>(back.email.data);
     fill_strings(account);
     const auto strings = strings_of(account);
@@ -448,7 +394,7 @@ TEST(Email, FreeReleasesAnAccountsLastNineStringsThenItsRecord)
 // Q-EMAIL-4
 TEST(Email, FreeReleasesThreeStringsOfSettingsAndKeepsTheRecord)
 {
-    mdm_body_t back = received(362, 18, settings_bytes);
+    mdm_body_t back = arrival(362, 18, settings_bytes).body;
     auto &account = *static_cast<mdm_email_account_t *>(back.email.data);
     fill_strings(account);
     const std::vector<const void *> expected = {account.str16, account.str15, account.str14};
@@ -467,7 +413,7 @@ TEST(Email, FreeReleasesThreeStringsOfSettingsAndKeepsTheRecord)
 
 TEST(Email, FreeReleasesEveryAccountOfAListThenTheCells)
 {
-    mdm_body_t back = received(363, 219, payloads[2].bytes);
+    mdm_body_t back = arrival(363, 219, payloads[2].bytes).body;
     auto *list = static_cast<GList *>(back.email.data);
     back.email.data = list = g_list_insert(list, nullptr, 1);
     const auto cells = cells_of(list);
@@ -484,7 +430,7 @@ TEST(Email, FreeReleasesEveryAccountOfAListThenTheCells)
 
 TEST(Email, FreeReleasesAValuesTextThenItsRecord)
 {
-    mdm_body_t back = received(5, 11, value_bytes);
+    mdm_body_t back = arrival(5, 11, value_bytes).body;
     const void *data = back.email.data;
     const void *text = value_of(back).str1;
     LogRecorder log;
@@ -506,15 +452,8 @@ TEST(Email, FreeReleasesAValuesTextThenItsRecord)
 TEST(Email, FreeWithoutAPayloadReleasesNothing)
 {
     for (const Payload &payload : payloads) {
-        for (mdm_body_t empty :
-             {body(payload.type, 3, nullptr), body(payload.type, 0, sentinel())}) {
-            const mdm_email_info_t before = empty.email;
-            LogRecorder log;
-            EXPECT_THAT(email.release(&empty), IsEmpty());
-            EXPECT_EQ(log.take(), enter_and_leave(email.free));
-            EXPECT_EQ(empty.email.data, before.data);
-            EXPECT_EQ(empty.email.data_size, before.data_size);
-        }
+        expect_no_release(email, body(payload.type, 3, nullptr), enter_and_leave(email.free));
+        expect_no_release(email, body(payload.type, 0, sentinel()), enter_and_leave(email.free));
     }
 }
 
@@ -522,26 +461,20 @@ TEST(Email, BothMessageTypesCarryEveryFormAndLeakTheRecordOfSettingsOnly)
 {
     for (const uint8_t message_type : {email.type, uint8_t{40}}) {
         for (const Payload &payload : payloads) {
-            mdm_msg_t msg = message(message_type);
-            msg.body = received(payload.type, 1, payload.bytes);
-            const Bytes bytes = serialize(msg);
-            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
-                      head_bytes(payload.type, payload.data_size) + payload.bytes);
-            mdm_msg_t arrived{};
-            AllocationTrace trace;
-            EXPECT_EQ(deserialize(arrived, bytes), 0);
-            EXPECT_EQ(Handlers(message_type).write(&arrived.body),
-                      head_bytes(payload.type, payload.data_size) + payload.bytes);
-            EXPECT_EQ(ipc_free(&arrived), 0);
-            trace.stop();
-            free_whole(msg.body);
-            if (payload.type != 362) {
-                EXPECT_THAT(trace.kept(), IsEmpty());
-                continue;
+            mdm_body_t body = arrival(payload.type, 1, payload.bytes).body;
+            Bytes again;
+            const Journey journey = travel(message_type, body, [&](mdm_body_t &received) {
+                again = Handlers(message_type).write(&received);
+            });
+            EXPECT_EQ(journey.bytes, head_bytes(payload.type, payload.data_size) + payload.bytes);
+            EXPECT_EQ(again, journey.bytes);
+            free_whole(body);
+            std::vector<Block> settings;
+            if (payload.type == 362) {
+                settings = {{journey.received.body.email.data, sizeof(mdm_email_account_t)}};
             }
-            const Block record{arrived.body.email.data, sizeof(mdm_email_account_t)};
-            EXPECT_THAT(trace.kept(), ElementsAre(record));
-            g_free(arrived.body.email.data);
+            EXPECT_EQ(journey.kept, settings);
+            release_blocks(journey.kept);
         }
     }
 }
@@ -549,17 +482,10 @@ TEST(Email, BothMessageTypesCarryEveryFormAndLeakTheRecordOfSettingsOnly)
 TEST(Email, LogsEnterAndExitOnly)
 {
     for (const Payload &payload : payloads) {
-        for (const int32_t data_size : {0, 1}) {
-            LogRecorder log;
-            mdm_body_t some =
-                received(payload.type, data_size, data_size == 0 ? Bytes{} : payload.bytes);
-            EXPECT_EQ(log.take(), enter_and_leave(email.get));
-            email.size(&some);
-            EXPECT_EQ(log.take(), enter_and_leave(email.size));
-            email.write(&some);
-            EXPECT_EQ(log.take(), enter_and_leave(email.set));
-            free_whole(some);
-        }
+        mdm_body_t some = arrival(payload.type, 1, payload.bytes).body;
+        expect_entry_and_exit(email, some);
+        expect_entry_and_exit(email, body(payload.type, 0, some.email.data));
+        free_whole(some);
     }
 }
 

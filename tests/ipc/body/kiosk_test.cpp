@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <memory>
 #include <new>
 #include <numeric>
 #include <string>
@@ -67,7 +66,7 @@ Pairs pairs_of(const mdm_body_t &body)
     return pairs;
 }
 
-// What a receiver of the list keeps: each element, and its cell, of these sizes.
+// The blocks of a received list: each element, of this size, and its cell.
 auto elements_and_cells(const mdm_body_t &body, size_t element_size)
 {
     std::vector<Block> blocks;
@@ -78,13 +77,13 @@ auto elements_and_cells(const mdm_body_t &body, size_t element_size)
     return ElementsAreArray(blocks);
 }
 
-// The size handler gives the size and stores the data_size, however often and whatever is there.
-void expect_size(mdm_body_t &sent, uint32_t size, int32_t data_size)
+// The size handler gives the size and stores the data_size, however often it is called and
+// whatever data_size the body had.
+void expect_size_stored(mdm_body_t &sent, uint32_t size, int32_t data_size)
 {
     for (const int32_t before : {data_size, 1, -1}) {
         sent.kiosk.data_size = before;
-        EXPECT_EQ(kiosk.size(&sent), size);
-        EXPECT_EQ(kiosk.size(&sent), size);
+        expect_size(kiosk, sent, size, data_size);
         expect_headed<&mdm_body_t::kiosk>(sent, sent.kiosk.type, data_size);
     }
 }
@@ -93,17 +92,14 @@ TEST(Kiosk, TextIsSizedSentAndReceived)
 {
     for (const uint32_t type : text_types) {
         mdm_body_t sent = body(type, 1, borrowed("launcher"));
-        expect_size(sent, 24, 12);
+        expect_size_stored(sent, 24, 12);
         const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(bytes, wire(type, 12, hex("08 00 00 00 6C 61 75 6E 63 68 65 72")));
 
-        mdm_body_t back = body(0, 0, sentinel());
-        AllocationTrace trace;
-        EXPECT_EQ(kiosk.read(&back, bytes), 24U);
-        trace.stop();
+        auto [back, blocks] = receive(kiosk, bytes);
         expect_headed<&mdm_body_t::kiosk>(back, type, 12);
         EXPECT_STREQ(static_cast<char *>(back.kiosk.data), "launcher");
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{back.kiosk.data, 9}));
+        EXPECT_THAT(blocks, ElementsAre(Block{back.kiosk.data, 9}));
         kiosk.free(&back);
     }
 }
@@ -113,11 +109,10 @@ TEST(Kiosk, EmptyTextArrivesAsNull)
 {
     for (const uint32_t type : text_types) {
         mdm_body_t sent = body(type, 1, borrowed(""));
-        expect_size(sent, 16, 4);
+        expect_size_stored(sent, 16, 4);
         const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(bytes, wire(type, 4, Bytes(4)));
-        mdm_body_t back = body(0, 0, sentinel());
-        EXPECT_EQ(kiosk.read(&back, bytes), 16U);
+        const mdm_body_t back = receive(kiosk, bytes).body;
         expect_headed<&mdm_body_t::kiosk>(back, type, 4);
         EXPECT_EQ(back.kiosk.data, nullptr);
     }
@@ -128,7 +123,7 @@ TEST(Kiosk, LongAndNonAsciiTextsTravel)
     for (const std::string &text : {std::string(1, 'x'), std::string(400, '\xE9')}) {
         mdm_body_t sent = body(612, 1, borrowed(text.c_str()));
         const auto length = static_cast<uint32_t>(text.size());
-        expect_size(sent, 16 + length, static_cast<int32_t>(4 + length));
+        expect_size_stored(sent, 16 + length, static_cast<int32_t>(4 + length));
         mdm_body_t back{};
         EXPECT_EQ(kiosk.read(&back, kiosk.write(&sent)), 16 + length);
         EXPECT_EQ(static_cast<char *>(back.kiosk.data), text);
@@ -143,17 +138,14 @@ TEST(Kiosk, KeysTravelAsACountAndNumbers)
     const Cells list = cells({&keys[0], &keys[1], &keys[2]});
     for (const uint32_t type : key_types) {
         mdm_body_t sent = body(type, 1, list.get());
-        expect_size(sent, 28, 12);
+        expect_size_stored(sent, 28, 12);
         const Bytes bytes = kiosk.write(&sent);
         EXPECT_EQ(bytes, wire(type, 12, hex("03 00 00 00 04 03 02 01 00 00 00 00 FE FF FF FF")));
 
-        mdm_body_t back = body(0, 0, sentinel());
-        AllocationTrace trace;
-        EXPECT_EQ(kiosk.read(&back, bytes + hex("FF")), 28U);
-        trace.stop();
+        auto [back, blocks] = receive(kiosk, bytes, hex("FF"));
         expect_headed<&mdm_body_t::kiosk>(back, type, 12);
         EXPECT_THAT(keys_of(back), ElementsAreArray(keys));
-        EXPECT_THAT(trace.kept(), elements_and_cells(back, 4));
+        EXPECT_THAT(blocks, elements_and_cells(back, 4));
         kiosk.free(&back);
     }
 }
@@ -163,18 +155,15 @@ TEST(Kiosk, KeyPairsTravelAsACountAndPairs)
     mdm_kiosk_key_pair_t pairs[] = {{0x01020304, 0}, {5, 0xFFFFFFFE}};
     const Cells list = cells({&pairs[0], &pairs[1]});
     mdm_body_t sent = body(pair_type, 1, list.get());
-    expect_size(sent, 32, 16);
+    expect_size_stored(sent, 32, 16);
     const Bytes bytes = kiosk.write(&sent);
     EXPECT_EQ(bytes, hex("6B 02 00 00 04 03 02 01 10 00 00 00 02 00 00 00 "
                          "04 03 02 01 00 00 00 00 05 00 00 00 FE FF FF FF"));
 
-    mdm_body_t back = body(0, 0, sentinel());
-    AllocationTrace trace;
-    EXPECT_EQ(kiosk.read(&back, bytes + hex("FF")), 32U);
-    trace.stop();
+    auto [back, blocks] = receive(kiosk, bytes, hex("FF"));
     expect_headed<&mdm_body_t::kiosk>(back, pair_type, 16);
     EXPECT_EQ(pairs_of(back), (Pairs{{0x01020304, 0}, {5, 0xFFFFFFFE}}));
-    EXPECT_THAT(trace.kept(), elements_and_cells(back, sizeof(mdm_kiosk_key_pair_t)));
+    EXPECT_THAT(blocks, elements_and_cells(back, sizeof(mdm_kiosk_key_pair_t)));
     kiosk.free(&back);
 }
 
@@ -187,7 +176,7 @@ TEST(Kiosk, ManyKeysKeepTheirOrder)
         list.reset(g_list_append(list.release(), &key));
     }
     mdm_body_t sent = body(618, 1, list.get());
-    expect_size(sent, 2016, 2000);
+    expect_size_stored(sent, 2016, 2000);
     mdm_body_t back{};
     EXPECT_EQ(kiosk.read(&back, kiosk.write(&sent)), 2016U);
     EXPECT_EQ(keys_of(back), keys);
@@ -203,17 +192,17 @@ TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
     const Cells pair_list = cells({&pairs[0], nullptr, &pairs[1]});
     for (const uint32_t type : key_types) {
         mdm_body_t sent = body(type, 1, key_list.get());
-        expect_size(sent, 28, 12);
+        expect_size_stored(sent, 28, 12);
         EXPECT_EQ(kiosk.write(&sent), wire(type, 12, hex("03 00 00 00 07 00 00 00 09 00 00 00")));
     }
     mdm_body_t sent = body(pair_type, 1, pair_list.get());
-    expect_size(sent, 40, 24);
+    expect_size_stored(sent, 40, 24);
     EXPECT_EQ(kiosk.write(&sent), wire(pair_type, 24,
                                        hex("03 00 00 00 07 00 00 00 08 00 00 00 "
                                            "09 00 00 00 0A 00 00 00")));
     const Cells nothing = cells({nullptr});
     sent = body(621, 1, nothing.get());
-    expect_size(sent, 20, 4);
+    expect_size_stored(sent, 20, 4);
     EXPECT_EQ(kiosk.write(&sent), wire(621, 4, hex("01 00 00 00")));
 }
 
@@ -239,27 +228,13 @@ TEST(Kiosk, NullElementsArriveAsZerosAtTheEnd)
 
 TEST(Kiosk, RawBytesArriveAsAStringUpToTheirFirstZeroByte)
 {
-    char payload[] = "ab\0c";
-    mdm_body_t sent = body(raw_type, 4, payload);
-    EXPECT_EQ(kiosk.size(&sent), 16U);
-    expect_headed<&mdm_body_t::kiosk>(sent, raw_type, 4);
-    const Bytes bytes = kiosk.write(&sent);
-    EXPECT_EQ(bytes, hex("65 02 00 00 04 03 02 01 04 00 00 00 61 62 00 63"));
-
-    mdm_body_t back = body(0, 0, sentinel());
-    AllocationTrace trace;
-    EXPECT_EQ(kiosk.read(&back, bytes), 16U);
-    trace.stop();
-    expect_headed<&mdm_body_t::kiosk>(back, raw_type, 4);
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{back.kiosk.data, 5}));
-    EXPECT_EQ(std::string(static_cast<char *>(back.kiosk.data), 5), std::string("ab\0\0\0", 5));
-    kiosk.free(&back);
+    expect_raw_bytes_to_travel(kiosk, raw_type);
 }
 
-// What tells the forms apart.
+// The marks of a form.
 struct BodyForm {
     uint32_t size;         // of a body of one element, or of 2 raw bytes
-    int32_t data_size;     // what the size handler leaves of 2
+    int32_t data_size;     // that the size handler stores in the place of 2
     size_t payload_size;   // read from bytes that suit every form
     size_t blocks;         // of a received body
     bool data_is_dropped;  // by the free handler
@@ -285,10 +260,7 @@ TEST(Kiosk, EveryTypeHasItsForm)
 {
     mdm_kiosk_key_pair_t pair = {7, 8};
     const Cells list = cells({&pair});
-    std::vector<uint32_t> types{0xFFFFFFFF, 0x80000000, 0x80000264, 66148, 66154, 66155};
-    types.resize(types.size() + 1001);
-    std::iota(types.end() - 1001, types.end(), 0);
-    for (const uint32_t type : types) {
+    for (const uint32_t type : swept_types({612, 614, 618, 619, 621})) {
         SCOPED_TRACE(type);
         const BodyForm form = form_of(type);
         mdm_body_t sent =
@@ -314,10 +286,7 @@ TEST(Kiosk, NullDataSendsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : a_type_of_each_form) {
         for (const int32_t data_size : {8, 0, -1}) {
-            mdm_body_t sent = body(type, data_size, nullptr);
-            EXPECT_EQ(kiosk.size(&sent), 12U);
-            EXPECT_EQ(kiosk.write(&sent), wire(type, data_size, {}));
-            expect_headed<&mdm_body_t::kiosk>(sent, type, data_size);
+            expect_head_alone(kiosk, body(type, data_size, nullptr));
         }
     }
 }
@@ -335,41 +304,26 @@ TEST(Kiosk, AnnouncedListIsReadFromBeyondItsBody)
 TEST(Kiosk, DataSize0SendsTheHeadAloneAndIsReceivedAsNull)
 {
     for (const uint32_t type : a_type_of_each_form) {
-        mdm_body_t sent = body(type, 0, sentinel());
-        EXPECT_EQ(kiosk.size(&sent), 12U);
-        expect_headed<&mdm_body_t::kiosk>(sent, type, 0);
-        const Bytes bytes = kiosk.write(&sent);
-        EXPECT_EQ(bytes, wire(type, 0, {}));
-
-        mdm_body_t back = body(0, 0, sentinel());
-        AllocationTrace trace;
-        EXPECT_EQ(kiosk.read(&back, bytes), 12U);
-        trace.stop();
-        expect_headed<&mdm_body_t::kiosk>(back, type, 0);
-        EXPECT_EQ(back.kiosk.data, nullptr);
-        EXPECT_THAT(trace.kept(), IsEmpty());
+        expect_head_alone(kiosk, body(type, 0, sentinel()));
+        expect_head_received(kiosk, type, 0, nullptr);
     }
 }
 
 // Q-BODY-2, Q-BODY-4
 TEST(Kiosk, NegativeDataSizeAnnouncesAPayload)
 {
-    mdm_body_t sent = body(raw_type, -4, sentinel());
-    EXPECT_EQ(kiosk.size(&sent), 8U);
-    EXPECT_EQ(sent.kiosk.data_size, -4);
+    expect_raw_size_with_sign(kiosk, raw_type, sentinel());
 
     uint32_t key = 7;
     const Cells list = cells({&key});
-    sent = body(618, INT32_MIN, list.get());
-    Bytes bytes = kiosk.write(&sent);
+    mdm_body_t sent = body(618, INT32_MIN, list.get());
+    const Bytes bytes = kiosk.write(&sent);
     EXPECT_EQ(bytes, wire(618, INT32_MIN, hex("01 00 00 00 07 00 00 00")));
-    mdm_body_t back{};
-    EXPECT_EQ(kiosk.read(&back, bytes), 20U);
+    mdm_body_t back = receive(kiosk, bytes).body;
     EXPECT_THAT(keys_of(back), ElementsAre(7U));
     EXPECT_EQ(kiosk.release(&back).size(), 2U);
 
-    bytes = wire(612, -1, hex("01 00 00 00 61"));
-    EXPECT_EQ(kiosk.read(&back, bytes), 17U);
+    back = receive(kiosk, wire(612, -1, hex("01 00 00 00 61"))).body;
     EXPECT_STREQ(static_cast<char *>(back.kiosk.data), "a");
     EXPECT_EQ(back.kiosk.data_size, -1);
     EXPECT_EQ(kiosk.release(&back).size(), 1U);
@@ -378,15 +332,7 @@ TEST(Kiosk, NegativeDataSizeAnnouncesAPayload)
 TEST(Kiosk, CountBelow1IsReceivedAsNull)
 {
     for (const uint32_t type : {618U, 619U, 621U}) {
-        for (const char *count : {"00 00 00 00", "FF FF FF FF", "00 00 00 80"}) {
-            mdm_body_t back = body(0, 0, sentinel());
-            AllocationTrace trace;
-            EXPECT_EQ(kiosk.read(&back, wire(type, 8, hex(count))), 16U);
-            trace.stop();
-            expect_headed<&mdm_body_t::kiosk>(back, type, 8);
-            EXPECT_EQ(back.kiosk.data, nullptr);
-            EXPECT_THAT(trace.kept(), IsEmpty());
-        }
+        expect_counts_below_1_as_null(kiosk, type);
     }
 }
 
@@ -422,12 +368,7 @@ TEST(Kiosk, FreeReleasesElementsThenCellsAndKeepsThePointer)
 TEST(Kiosk, FreeResetsARawBodyAndMayThenRunAgain)
 {
     for (const uint32_t type : {613U, 615U, 616U, 617U, 620U, 611U, 622U}) {
-        mdm_body_t kept = body(type, 3, heap_text("raw"));
-        const void *data = kept.kiosk.data;
-        EXPECT_THAT(kiosk.release(&kept), ElementsAre(data));
-        EXPECT_EQ(kept.kiosk.data, nullptr);
-        expect_headed<&mdm_body_t::kiosk>(kept, type, 0);
-        EXPECT_THAT(kiosk.release(&kept), IsEmpty());
+        expect_raw_bytes_released(kiosk, type, 3, 0, {});
     }
 }
 
@@ -435,13 +376,8 @@ TEST(Kiosk, FreeResetsARawBodyAndMayThenRunAgain)
 TEST(Kiosk, FreeWithoutDataOrDataSizeDoesNothing)
 {
     for (const uint32_t type : a_type_of_each_form) {
-        for (void *data : {sentinel(), static_cast<void *>(nullptr)}) {
-            const int32_t data_size = data == nullptr ? 8 : 0;
-            mdm_body_t kept = body(type, data_size, data);
-            EXPECT_THAT(kiosk.release(&kept), IsEmpty());
-            EXPECT_EQ(kept.kiosk.data, data);
-            expect_headed<&mdm_body_t::kiosk>(kept, type, data_size);
-        }
+        expect_no_release(kiosk, body(type, 0, sentinel()), {});
+        expect_no_release(kiosk, body(type, 8, nullptr), {});
     }
 }
 
@@ -459,19 +395,12 @@ TEST(Kiosk, WholeMessagesOfBothTypesLeakNothing)
                  {body(pair_type, 1, list.get()), 24, {sizeof pair, sizeof(GList)}},
                  {body(pair_type, 0, list.get()), 12, {}}};
     LogRecorder log(MDM_LOG_CRITICAL);
-    for (const int offset : {0, 1}) {
+    for (const uint8_t message_type : {kiosk.type, uint8_t{46}}) {
         for (const auto &[sent, size, blocks] : cases) {
-            mdm_msg_t msg = message(static_cast<uint8_t>(kiosk.type + offset));
-            msg.body = sent;
-            const Bytes bytes = serialize(msg);
-            ASSERT_EQ(bytes.size(), 40 + size);
-            mdm_msg_t back{};
-            AllocationTrace trace;
-            EXPECT_EQ(ipc_deserialize(&back, bytes.data(), 40 + size), 0);
-            EXPECT_EQ(ipc_free(&back), 0);
-            trace.stop();
-            EXPECT_EQ(trace.allocated_sizes(), blocks);
-            EXPECT_THAT(trace.kept(), IsEmpty());
+            const Journey journey = travel(message_type, sent);
+            EXPECT_EQ(journey.bytes.size(), size);
+            EXPECT_EQ(journey.allocated, blocks);
+            EXPECT_THAT(journey.kept, IsEmpty());
         }
     }
     EXPECT_THAT(log.take(), IsEmpty());
@@ -492,16 +421,12 @@ TEST(Kiosk, OnlyTheWriterOfKeysLogsAndNamesTheirPolicy)
                  {body(619, 1, list.get()), {pairs_line}},
                  {body(618, 0, list.get()), {}},
                  {body(619, 8, nullptr), {}}};
-    for (auto [sent, written] : cases) {
-        LogRecorder log;
-        kiosk.size(&sent);
-        EXPECT_THAT(log.take(), IsEmpty());
-        const Bytes bytes = kiosk.write(&sent);
-        EXPECT_EQ(log.take(), written);
-        mdm_body_t back{};
-        kiosk.read(&back, bytes + Bytes(4));
-        kiosk.free(&back);
-        EXPECT_THAT(log.take(), IsEmpty());
+    for (const auto &[sent, written] : cases) {
+        const HandlerLines lines = logged_lines(kiosk, sent, Bytes(4));
+        EXPECT_THAT(lines.size, IsEmpty());
+        EXPECT_EQ(lines.set, written);
+        EXPECT_THAT(lines.get, IsEmpty());
+        EXPECT_THAT(lines.free, IsEmpty());
     }
 }
 

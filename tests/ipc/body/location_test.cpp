@@ -55,20 +55,11 @@ TEST(Location, CarriesTheHeadAloneWhateverItSays)
 
 TEST(Location, BothTypesOfTheMessageTravel)
 {
-    for (const int offset : {0, 1}) {
-        mdm_msg_t msg = message(static_cast<uint8_t>(location.type + offset));
-        msg.body = body(1, 7);
-        const Bytes bytes = serialize(msg);
-        EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
-                  hex("01 00 00 00 04 03 02 01 07 00 00 00"));
-        mdm_msg_t back{};
-        back.body = body(0, 0);
-        AllocationTrace trace;
-        EXPECT_EQ(deserialize(back, bytes), 0);
-        EXPECT_EQ(ipc_free(&back), 0);
-        trace.stop();
-        expect_body(back.body, 1, 7);
-        EXPECT_THAT(trace.kept(), IsEmpty());
+    for (const uint8_t message_type : {location.type, uint8_t{50}}) {
+        const Journey journey = travel(message_type, body(1, 7), nullptr, body(0, 0));
+        EXPECT_EQ(journey.bytes, hex("01 00 00 00 04 03 02 01 07 00 00 00"));
+        expect_body(journey.received.body, 1, 7);
+        EXPECT_THAT(journey.kept, IsEmpty());
     }
 }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -109,11 +108,7 @@ TEST(LogManager, LowByteOfTheValueTravelsForOtherTypes)
 
 TEST(LogManager, EveryTypeBut638CarriesAByteThatIsNotReleased)
 {
-    std::vector<uint32_t> types{0xFFFFFFFF, 0x80000000, 0x8000027E, 0x0100027E, 66174};
-    for (uint32_t type = 0; type <= 1000; ++type) {
-        types.push_back(type);
-    }
-    for (const uint32_t type : types) {
+    for (const uint32_t type : swept_types({638})) {
         SCOPED_TRACE(type);
         char *text = heap_text("abcd");
         mdm_body_t sent = text_body(text);
@@ -155,24 +150,20 @@ TEST(LogManager, FreeOfAMissingTextOrBodyDoesNothing)
 
 TEST(LogManager, WholeMessagesOfBothTypesReleaseTheTextAlone)
 {
-    for (const int offset : {0, 1}) {
-        for (const mdm_body_t &sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
-            mdm_msg_t msg = message(static_cast<uint8_t>(log_manager.type + offset));
-            msg.body = sent;
+    for (const uint8_t message_type : {log_manager.type, uint8_t{52}}) {
+        for (mdm_body_t sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
             LogRecorder log(MDM_LOG_CRITICAL);
-            const Bytes bytes = serialize(msg);
-            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), log_manager.write(&msg.body));
-            mdm_msg_t back{};
-            back.body = used_body();
-            EXPECT_EQ(deserialize(back, bytes), 0);
-            expect_head(back.body, sent.log_manager.type);
-            const uintptr_t value = back.body.log_manager.value.word;
+            uintptr_t value = 0;
+            const Journey journey = travel(
+                message_type, sent,
+                [&](const mdm_body_t &received) { value = received.log_manager.value.word; },
+                used_body());
+            EXPECT_EQ(journey.bytes, log_manager.write(&sent));
+            expect_head(journey.received.body, sent.log_manager.type);
             const bool is_text = sent.log_manager.type == text_type && value != 0;
-            AllocationTrace trace;
-            EXPECT_EQ(ipc_free(&back), 0);
-            trace.stop();
-            EXPECT_EQ(trace.released().size(), is_text ? 1U : 0U);
-            EXPECT_EQ(back.body.log_manager.value.word, value);
+            EXPECT_EQ(journey.allocated.size(), is_text ? 1U : 0U);
+            EXPECT_THAT(journey.kept, IsEmpty());
+            EXPECT_EQ(journey.received.body.log_manager.value.word, value);
             EXPECT_THAT(log.take(), IsEmpty());
         }
     }
@@ -242,20 +233,12 @@ TEST(LogManager, FailuresAreTheSameWithTheLoggerOff)
 
 TEST(LogManager, LogsEnterAndExit)
 {
-    for (mdm_body_t sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
-        LogRecorder log;
-        log_manager.size(&sent);
-        EXPECT_EQ(log.take(), enter_and_leave(log_manager.size));
-        const Bytes bytes = log_manager.write(&sent);
-        EXPECT_EQ(log.take(), enter_and_leave(log_manager.set));
-        mdm_body_t back{};
-        log_manager.read(&back, bytes);
-        EXPECT_EQ(log.take(), enter_and_leave(log_manager.get));
-        log_manager.free(&back);
-        log_manager.free(nullptr);
-        EXPECT_THAT(log.take(), ElementsAre(enter(log_manager.free), leave(log_manager.free),
-                                            enter(log_manager.free), leave(log_manager.free)));
+    for (const mdm_body_t &sent : {text_body("abc"), text_body(nullptr), word_body(1, 7)}) {
+        expect_entry_and_exit(log_manager, sent);
     }
+    LogRecorder log;
+    log_manager.free(nullptr);
+    EXPECT_EQ(log.take(), enter_and_leave(log_manager.free));
 }
 
 }  // namespace

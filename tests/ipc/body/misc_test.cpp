@@ -40,7 +40,7 @@ BodyForm form_of(int32_t type)
     return found == listed.end() ? BodyForm::raw : found->second;
 }
 
-// What becomes of `data` when a received body is released.
+// Whether `data` keeps its value when a received body is released.
 bool dangles_when_freed(BodyForm form)
 {
     return form == BodyForm::array || form == BodyForm::pair;
@@ -84,7 +84,7 @@ struct Received {
     std::vector<Block> kept;
 };
 
-// Whatever a receiver's record held before: nothing that may be released.
+// A receiver's record that was used before: it has nothing that may be released.
 mdm_body_t used_body()
 {
     mdm_body_t used{};
@@ -435,10 +435,8 @@ TEST(Misc, BookIsLoggedWithItsTexts)
     mdm_body_t sent = body(283, 9, &book);
     LogRecorder log;
     misc.write(&sent);
-    std::array<char, 64> head{};
-    std::snprintf(head.data(), head.size(), "data: %p, data_size: 9", static_cast<void *>(&book));
     EXPECT_THAT(log.take(),
-                ElementsAre(enter(misc.set), info(misc.set, head.data()),
+                ElementsAre(enter(misc.set), info(misc.set, data_line(&book, 9)),
                             info(misc.set, "serializing..."),
                             info(misc.set, "URL : (null), TITLE : de"), leave(misc.set)));
 }
@@ -713,7 +711,7 @@ TEST(Misc, MissingPairSendsTheHeadAlone)
         EXPECT_EQ(bytes, head(type, 8));
         EXPECT_THAT(log.take(), ElementsAreArray(sent_lines(sent)));
 
-        // The receiver believes the 8 and reads what stands behind the message.
+        // The receiver believes the 8 and reads the bytes behind the message.
         Received received = receive(bytes + null_str + abc_str);
         EXPECT_EQ(received.consumed, 23U);
         EXPECT_EQ(payload<mdm_misc_str_pair_t>(received).first, nullptr);
@@ -898,25 +896,16 @@ TEST(Misc, WholeMessagesLeakNothingButLists)
     for (const uint8_t message_type : {uint8_t{17}, uint8_t{18}}) {
         for (const int32_t type : {122, 123, 124, 125, 126, 127, 128, 281, 283, 288, 289, 7}) {
             const Look look = look_of(form_of(type));
-            mdm_msg_t msg = message(message_type);
-            msg.body = any_form(type);
-            const Bytes bytes = serialize(msg);
-            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
+            const Journey journey = travel(message_type, any_form(type));
+            EXPECT_EQ(journey.bytes,
                       head(type, look.data_size, low_bits(&one_cell)) + look.payload);
-
-            mdm_msg_t received{};
-            AllocationTrace trace;
-            EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())),
-                      0);
-            EXPECT_EQ(ipc_free(&received), 0);
-            trace.stop();
             if (form_of(type) != BodyForm::list) {
-                EXPECT_THAT(trace.kept(), IsEmpty());
+                EXPECT_THAT(journey.kept, IsEmpty());
                 continue;
             }
-            EXPECT_EQ(sizes_of(trace.kept()), look.blocks);
-            EXPECT_THAT(texts_of(received.body.misc.param_list), ElementsAre("xyz"));
-            g_list_free_full(received.body.misc.param_list, g_free);
+            EXPECT_EQ(sizes_of(journey.kept), look.blocks);
+            EXPECT_THAT(texts_of(journey.received.body.misc.param_list), ElementsAre("xyz"));
+            release_blocks(journey.kept);
         }
     }
 }
@@ -924,20 +913,15 @@ TEST(Misc, WholeMessagesLeakNothingButLists)
 // Q-MISC-3
 TEST(Misc, NullElementsOfAListTravelAsZerosAtTheMessagesEnd)
 {
-    GList *list = list_of({borrowed("abc"), nullptr, borrowed("de")});
-    mdm_msg_t msg = message(17);
-    msg.body = list_body(128, 0, list);
+    const Cells list = cells({borrowed("abc"), nullptr, borrowed("de")});
     LogRecorder log(MDM_LOG_CRITICAL);
-    const Bytes bytes = serialize(msg);
-    EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
-              head(128, 0, low_bits(list)) + hex("03 00 00 00") + abc_str + de_str + null_str);
+    const Journey journey = travel(17, list_body(128, 0, list.get()));
+    EXPECT_EQ(journey.bytes, head(128, 0, low_bits(list.get())) + hex("03 00 00 00") + abc_str +
+                                 de_str + null_str);
     EXPECT_THAT(log.take(), IsEmpty());
-
-    mdm_msg_t received{};
-    EXPECT_EQ(deserialize(received, bytes), 0);
-    EXPECT_THAT(texts_of(received.body.misc.param_list), ElementsAre("abc", "de", std::nullopt));
-    g_list_free_full(received.body.misc.param_list, g_free);
-    g_list_free(list);
+    EXPECT_THAT(texts_of(journey.received.body.misc.param_list),
+                ElementsAre("abc", "de", std::nullopt));
+    release_blocks(journey.kept);
 }
 
 TEST(Misc, MissingBookMakesNoMessage)

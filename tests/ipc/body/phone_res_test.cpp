@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -81,12 +80,8 @@ bool is_in(const Ranges &ranges, uint32_t type)
 // Every type near the listed ones but that of the extended record, and some far from them.
 std::vector<uint32_t> swept_types()
 {
-    std::vector<uint32_t> types{65936, 0x80000000, 0x80000190, 0xFFFFFE70, 0xFFFFFFFF, 0x01000190};
-    for (uint32_t type = 0; type <= 1000; ++type) {
-        if (type != ext_type) {
-            types.push_back(type);
-        }
-    }
+    std::vector<uint32_t> types = test::swept_types({400, 439, 440, 450});
+    std::erase(types, ext_type);
     return types;
 }
 
@@ -108,18 +103,15 @@ TEST(PhoneRes, ItemCarriesTwoStrings)
 // Q-PHONE_RES-1
 TEST(PhoneRes, ItemArrivesAsANewRecordOfDataSize12)
 {
-    const Bytes bytes = wire(item_type, 1, hex("03 00 00 00 61 62 63 02 00 00 00 68 69"));
-    mdm_body_t back = body(0, 0, sentinel());
-    AllocationTrace trace;
-    EXPECT_EQ(phone_res.read(&back, bytes), bytes.size());
-    trace.stop();
+    auto [back, blocks] =
+        receive(phone_res, wire(item_type, 1, hex("03 00 00 00 61 62 63 02 00 00 00 68 69")));
     expect_headed<&mdm_body_t::phone_res>(back, item_type, 12);
     const auto &record = received<mdm_phone_res_item_t>(back);
     EXPECT_STREQ(record.str0, "abc");
     EXPECT_EQ(record.word1, 0U);
     EXPECT_STREQ(record.str2, "hi");
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}, Block{record.str0, 4},
-                                          Block{record.str2, 3}));
+    EXPECT_THAT(blocks, ElementsAre(Block{&record, sizeof record}, Block{record.str0, 4},
+                                    Block{record.str2, 3}));
     phone_res.free(&back);
 }
 
@@ -177,12 +169,10 @@ TEST(PhoneRes, ExtendedRecordCarriesAStringAndItsDetail)
 
 TEST(PhoneRes, ExtendedRecordArrivesWithItsDetail)
 {
-    const Bytes bytes =
-        wire(ext_type, 1, hex("03 00 00 00 61 62 63 14 13 12 11 F4 F3 F2 F1 02 00 00 00 68 69 FF"));
-    mdm_body_t back = body(0, 0, sentinel());
-    AllocationTrace trace;
-    EXPECT_EQ(phone_res.read(&back, bytes), 33U);
-    trace.stop();
+    auto [back, blocks] = receive(
+        phone_res,
+        wire(ext_type, 1, hex("03 00 00 00 61 62 63 14 13 12 11 F4 F3 F2 F1 02 00 00 00 68 69")),
+        hex("FF"));
     expect_headed<&mdm_body_t::phone_res>(back, ext_type, 12);
     const auto &record = received<mdm_phone_res_ext_t>(back);
     EXPECT_STREQ(record.str0, "abc");
@@ -190,9 +180,9 @@ TEST(PhoneRes, ExtendedRecordArrivesWithItsDetail)
     EXPECT_EQ(record.detail->num0, 0x11121314U);
     EXPECT_EQ(record.detail->num1, 0xF1F2F3F4U);
     EXPECT_STREQ(record.detail->str2, "hi");
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record},
-                                          Block{record.detail, sizeof(mdm_phone_res_detail_t)},
-                                          Block{record.str0, 4}, Block{record.detail->str2, 3}));
+    EXPECT_THAT(blocks, ElementsAre(Block{&record, sizeof record},
+                                    Block{record.detail, sizeof(mdm_phone_res_detail_t)},
+                                    Block{record.str0, 4}, Block{record.detail->str2, 3}));
     phone_res.free(&back);
 }
 
@@ -215,21 +205,7 @@ TEST(PhoneRes, ExtendedRecordWithoutStringsIs28Bytes)
 
 TEST(PhoneRes, RawBytesArriveAsAStringUpToTheirFirstZeroByte)
 {
-    char payload[] = "a\0b";
-    mdm_body_t sent = body(raw_type, 3, payload);
-    EXPECT_EQ(phone_res.size(&sent), 15U);
-    const Bytes bytes = phone_res.write(&sent);
-    EXPECT_EQ(bytes, hex("C2 01 00 00 04 03 02 01 03 00 00 00 61 00 62"));
-    expect_headed<&mdm_body_t::phone_res>(sent, raw_type, 3);
-
-    mdm_body_t back = body(0, 0, sentinel());
-    AllocationTrace trace;
-    EXPECT_EQ(phone_res.read(&back, bytes), 15U);
-    trace.stop();
-    expect_headed<&mdm_body_t::phone_res>(back, raw_type, 3);
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{back.phone_res.data, 4}));
-    EXPECT_EQ(std::string(static_cast<char *>(back.phone_res.data), 4), std::string("a\0\0\0", 4));
-    phone_res.free(&back);
+    expect_raw_bytes_to_travel(phone_res, raw_type);
 }
 
 TEST(PhoneRes, EveryTypeTravelsAsAnItemOrAsRawBytes)
@@ -317,16 +293,9 @@ TEST(PhoneRes, DataSizeBelow1SendsTheHeadAloneAndIsReceivedAsNull)
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
             for (void *maybe : {data, static_cast<void *>(nullptr)}) {
                 mdm_body_t sent = body(type, data_size, maybe);
-                const Bytes bytes = phone_res.write(&sent);
-                EXPECT_EQ(bytes, wire(type, data_size, {}));
-                mdm_body_t back = body(0, 0, sentinel());
-                AllocationTrace trace;
-                EXPECT_EQ(phone_res.read(&back, bytes), 12U);
-                trace.stop();
-                expect_headed<&mdm_body_t::phone_res>(back, type, data_size);
-                EXPECT_EQ(back.phone_res.data, nullptr);
-                EXPECT_THAT(trace.kept(), IsEmpty());
+                EXPECT_EQ(phone_res.write(&sent), wire(type, data_size, {}));
             }
+            expect_head_received(phone_res, type, data_size, nullptr);
         }
     }
 }
@@ -447,33 +416,16 @@ TEST(PhoneRes, FreeEmptiesAnExtendedRecordAndItsDetailBeforeItReleasesThem)
 
 TEST(PhoneRes, FreeResetsARawBodyAndMayThenRunAgain)
 {
-    for (const int32_t data_size : {3, -1}) {
-        mdm_body_t kept = body(raw_type, data_size, heap_text("raw"));
-        const void *data = kept.phone_res.data;
-        LogRecorder log;
-        EXPECT_THAT(phone_res.release(&kept), ElementsAre(data));
-        EXPECT_EQ(kept.phone_res.data, nullptr);
-        expect_headed<&mdm_body_t::phone_res>(kept, raw_type, 0);
-        EXPECT_THAT(phone_res.release(&kept), IsEmpty());
-        EXPECT_THAT(log.take(), IsEmpty());
-    }
+    expect_raw_bytes_released(phone_res, raw_type, 3, 0, {});
+    expect_raw_bytes_released(phone_res, raw_type, -1, 0, {});
 }
 
 // Q-BODY-5
 TEST(PhoneRes, FreeWithoutDataOrDataSizeDoesNothing)
 {
     for (const uint32_t type : {item_type, ext_type, 439U, raw_type}) {
-        mdm_body_t kept = body(type, 12, nullptr);
-        LogRecorder log;
-        EXPECT_THAT(phone_res.release(&kept), IsEmpty());
-        EXPECT_EQ(kept.phone_res.data, nullptr);
-        expect_headed<&mdm_body_t::phone_res>(kept, type, 12);
-
-        kept = body(type, 0, sentinel());
-        EXPECT_THAT(phone_res.release(&kept), IsEmpty());
-        EXPECT_EQ(kept.phone_res.data, sentinel());
-        expect_headed<&mdm_body_t::phone_res>(kept, type, 0);
-        EXPECT_THAT(log.take(), IsEmpty());
+        expect_no_release(phone_res, body(type, 12, nullptr), {});
+        expect_no_release(phone_res, body(type, 0, sentinel()), {});
     }
 }
 
@@ -482,33 +434,24 @@ TEST(PhoneRes, WholeMessagesOfBothTypesLeakNothing)
     mdm_phone_res_detail_t numbers = detail(5, 7, "hi");
     mdm_phone_res_ext_t extended = ext("abc", &numbers);
     mdm_phone_res_item_t record = item("abc", "hi");
-    char raw[] = "raw";
     const struct {
         mdm_body_t body;
         size_t size;
         size_t blocks;
     } cases[] = {{body(item_type, 1, &record), 25, 3},
                  {body(ext_type, 1, &extended), 33, 4},
-                 {body(raw_type, 3, raw), 15, 1},
+                 {body(raw_type, 3, borrowed("raw")), 15, 1},
                  {body(394, 0, &record), 12, 0}};
-    for (const int offset : {0, 1}) {
+    LogRecorder log(MDM_LOG_CRITICAL);
+    for (const uint8_t message_type : {phone_res.type, uint8_t{36}}) {
         for (const auto &[sent, size, blocks] : cases) {
-            mdm_msg_t msg = message(static_cast<uint8_t>(phone_res.type + offset));
-            msg.body = sent;
-            const Bytes bytes = serialize(msg);
-            EXPECT_EQ(bytes.size(), 40 + size);
-            mdm_msg_t back{};
-            LogRecorder log(MDM_LOG_CRITICAL);
-            AllocationTrace trace;
-            EXPECT_EQ(deserialize(back, bytes), 0);
-            EXPECT_EQ(ipc_free(&back), 0);
-            trace.stop();
-            // One more for the helper's copy of the message.
-            EXPECT_EQ(trace.allocated().size(), 1 + blocks);
-            EXPECT_THAT(trace.kept(), IsEmpty());
-            EXPECT_THAT(log.take(), IsEmpty());
+            const Journey journey = travel(message_type, sent);
+            EXPECT_EQ(journey.bytes.size(), size);
+            EXPECT_EQ(journey.allocated.size(), blocks);
+            EXPECT_THAT(journey.kept, IsEmpty());
         }
     }
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 // Q-BODY-13
@@ -518,15 +461,14 @@ TEST(PhoneRes, HandlersLogNothing)
     mdm_phone_res_ext_t extended = ext("abc", &numbers);
     mdm_phone_res_item_t record = item("abc", "hi");
     for (const int32_t data_size : {0, 3}) {
-        for (mdm_body_t sent :
+        for (const mdm_body_t &sent :
              {body(item_type, data_size, &record), body(ext_type, data_size, &extended),
               body(raw_type, data_size, &record)}) {
-            LogRecorder log;
-            phone_res.size(&sent);
-            mdm_body_t back{};
-            phone_res.read(&back, phone_res.write(&sent));
-            phone_res.free(&back);
-            EXPECT_THAT(log.take(), IsEmpty());
+            const auto [size, set, get, free] = logged_lines(phone_res, sent);
+            EXPECT_THAT(size, IsEmpty());
+            EXPECT_THAT(set, IsEmpty());
+            EXPECT_THAT(get, IsEmpty());
+            EXPECT_THAT(free, IsEmpty());
         }
     }
 }

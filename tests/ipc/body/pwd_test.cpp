@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <string>
+#include <array>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,7 +18,6 @@ using ::testing::IsEmpty;
 constexpr Handlers pwd(3);
 constexpr uint32_t policy_type = 40;
 
-char digits[] = "1234";
 char abc[] = "abc";
 char hi[] = "hi";
 
@@ -38,15 +37,9 @@ const Bytes policy_head = hex("28 00 00 00 04 03 02 01 01 00 00 00");
 
 void expect_numbers_of_policy(const mdm_pwd_policy_t &record)
 {
-    EXPECT_EQ(record.num0, 0x10U);
-    EXPECT_EQ(record.num1, 0x11U);
-    EXPECT_EQ(record.num2, 0x12U);
-    EXPECT_EQ(record.num3, 0x13U);
-    EXPECT_EQ(record.num4, 0x14U);
-    EXPECT_EQ(record.num5, 0x15U);
-    EXPECT_EQ(record.num6, 0x16U);
-    EXPECT_EQ(record.num7, 0x17U);
-    EXPECT_EQ(record.num8, 0xFFFFFF18U);
+    EXPECT_THAT((std::array{record.num0, record.num1, record.num2, record.num3, record.num4,
+                            record.num5, record.num6, record.num7, record.num8}),
+                ElementsAre(0x10, 0x11, 0x12, 0x13, 0x14, 0x15, 0x16, 0x17, 0xFFFFFF18));
 }
 
 const mdm_pwd_policy_t &received_policy(const mdm_body_t &body)
@@ -72,19 +65,13 @@ TEST(Pwd, PolicyWithNullStringsIs56Bytes)
     const Bytes bytes = pwd.write(&sent);
     EXPECT_EQ(bytes, policy_head + policy_numbers + Bytes(8));
 
-    mdm_body_t received = body(0, 0, sentinel());
-    AllocationTrace trace;
-    EXPECT_EQ(pwd.read(&received, bytes), 56U);
-    trace.stop();
-    EXPECT_EQ(received.pwd.type, policy_type);
-    EXPECT_EQ(received.pwd.aux, 0xAAAAAAAAU);
-    EXPECT_EQ(received.pwd.param, 0x01020304U);
-    EXPECT_EQ(received.pwd.data_size, 1);
+    const auto [received, blocks] = receive(pwd, bytes);
+    expect_headed<&mdm_body_t::pwd>(received, policy_type, 1);
     expect_numbers_of_policy(received_policy(received));
     EXPECT_EQ(received_policy(received).str9, nullptr);
     EXPECT_EQ(received_policy(received).str10, nullptr);
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.pwd.data, sizeof record}));
-    g_free(received.pwd.data);
+    EXPECT_THAT(blocks, ElementsAre(Block{received.pwd.data, sizeof record}));
+    release_blocks(blocks);
 }
 
 TEST(Pwd, PolicyComesBackFieldByField)
@@ -107,16 +94,8 @@ TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     mdm_pwd_policy_t record = policy(abc, hi);
     for (const uint32_t type : {policy_type, 7U}) {
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
-            mdm_body_t sent = body(type, data_size, &record);
-            EXPECT_EQ(pwd.size(&sent), 12U);
-            const Bytes bytes = pwd.write(&sent);
-            EXPECT_EQ(bytes.size(), 12U);
-
-            mdm_body_t received = body(0, 0, sentinel());
-            EXPECT_EQ(pwd.read(&received, bytes), 12U);
-            EXPECT_EQ(received.pwd.type, type);
-            EXPECT_EQ(received.pwd.data_size, data_size);
-            EXPECT_EQ(received.pwd.data, sentinel());
+            expect_head_alone(pwd, body(type, data_size, &record));
+            expect_head_received(pwd, type, data_size, sentinel());
         }
     }
 }
@@ -125,42 +104,15 @@ TEST(Pwd, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
 TEST(Pwd, NullDataSendsTheHeadAloneWithItsDataSize)
 {
     for (const uint32_t type : {policy_type, 7U}) {
-        mdm_body_t sent = body(type, 4, nullptr);
-        EXPECT_EQ(pwd.size(&sent), 12U);
-        const Bytes bytes = pwd.write(&sent);
-        EXPECT_EQ(bytes.size(), 12U);
-        EXPECT_EQ(bytes[8], 4);
+        expect_head_alone(pwd, body(type, 4, nullptr));
     }
 }
 
 TEST(Pwd, EveryOtherTypeIsRaw)
 {
     for (const uint32_t type : {0U, 7U, 39U, 41U, 296U, 0x80000028U, 0xFFFFFFFFU}) {
-        mdm_body_t sent = body(type, 4, digits);
-        EXPECT_EQ(pwd.size(&sent), 16U);
-        const Bytes bytes = pwd.write(&sent);
-        EXPECT_EQ(Bytes(bytes.begin() + 8, bytes.end()), hex("04 00 00 00 31 32 33 34"));
-
-        mdm_body_t received = body(0, 0, sentinel());
-        AllocationTrace trace;
-        EXPECT_EQ(pwd.read(&received, bytes), 16U);
-        trace.stop();
-        EXPECT_STREQ(static_cast<char *>(received.pwd.data), "1234");
-        EXPECT_EQ(received.pwd.aux, 0xAAAAAAAAU);
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{received.pwd.data, 5}));
-        g_free(received.pwd.data);
+        expect_raw_bytes_to_travel(pwd, type);
     }
-}
-
-TEST(Pwd, RawPayloadEndsAtItsFirstZeroByte)
-{
-    char payload[] = "a\0b";
-    mdm_body_t sent = body(7, 3, payload);
-    mdm_body_t received{};
-    EXPECT_EQ(pwd.read(&received, pwd.write(&sent)), 15U);
-    EXPECT_EQ(std::string(static_cast<char *>(received.pwd.data), 4), std::string("a\0\0\0", 4));
-    EXPECT_EQ(received.pwd.data_size, 3);
-    pwd.free(&received);
 }
 
 // Q-PWD-1
@@ -194,86 +146,29 @@ TEST(Pwd, FreeReleasesAPolicysStringsThenItsRecordAndKeepsThePointer)
 // Q-BODY-5
 TEST(Pwd, FreeLooksAtDataAndNotAtDataSize)
 {
-    mdm_body_t received = body(7, 0, heap_text("raw"));
-    const void *data = received.pwd.data;
-    AllocationTrace trace;
-    pwd.free(&received);
-    trace.stop();
-    EXPECT_THAT(trace.released(), ElementsAre(data));
-    EXPECT_EQ(received.pwd.data, nullptr);
+    expect_raw_bytes_released(pwd, 7, 0, 0, enter_and_leave(pwd.free));
 }
 
 TEST(Pwd, FreeReleasesARawPayloadAndResetsThePointer)
 {
     for (const uint32_t type : {39U, 41U}) {
-        mdm_body_t received = body(type, 3, heap_text("raw"));
-        const void *data = received.pwd.data;
-        AllocationTrace trace;
-        pwd.free(&received);
-        pwd.free(&received);
-        trace.stop();
-        EXPECT_THAT(trace.released(), ElementsAre(data));
-        EXPECT_EQ(received.pwd.data, nullptr);
-        EXPECT_EQ(received.pwd.data_size, 3);
+        expect_raw_bytes_released(pwd, type, 3, 3, enter_and_leave(pwd.free));
     }
 }
 
 TEST(Pwd, FreeOfNullDataDoesNothing)
 {
     for (const uint32_t type : {policy_type, 7U}) {
-        mdm_body_t received = body(type, 1, nullptr);
-        LogRecorder log;
-        AllocationTrace trace;
-        pwd.free(&received);
-        trace.stop();
-        EXPECT_THAT(trace.released(), IsEmpty());
-        EXPECT_EQ(received.pwd.data_size, 1);
-        EXPECT_EQ(log.take(), enter_and_leave(pwd.free));
+        expect_no_release(pwd, body(type, 1, nullptr), enter_and_leave(pwd.free));
     }
 }
 
 TEST(Pwd, WholeMessageLeaksNothing)
 {
     mdm_pwd_policy_t record = policy(abc, hi);
-    mdm_msg_t msg = message(4);
-    msg.body = body(policy_type, 1, &record);
-    const Bytes bytes = serialize(msg);
-    mdm_msg_t received{};
-    AllocationTrace trace;
-    EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())), 0);
-    EXPECT_EQ(ipc_free(&received), 0);
-    trace.stop();
-    EXPECT_THAT(trace.allocated_sizes(), ElementsAre(sizeof record, 4, 3));
-    EXPECT_THAT(trace.kept(), IsEmpty());
-}
-
-TEST(Pwd, NullArgumentsFailAnAssert)
-{
-    mdm_body_t some = body(7, 0, nullptr);
-    Bytes buffer(12);
-    LogRecorder log;
-    EXPECT_EQ(pwd.size(nullptr), 0U);
-    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.size), assert_fails(pwd.size)));
-
-    EXPECT_EQ(pwd.set(nullptr, &some), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.set), assert_fails(pwd.set)));
-    EXPECT_EQ(pwd.set(buffer.data(), nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.set), assert_fails(pwd.set)));
-
-    EXPECT_EQ(pwd.get(nullptr, buffer.data()), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.get), assert_fails(pwd.get)));
-    EXPECT_EQ(pwd.get(&some, nullptr), nullptr);
-    EXPECT_THAT(log.take(), ElementsAre(enter(pwd.get), assert_fails(pwd.get)));
-}
-
-TEST(Pwd, FailuresAreTheSameWithTheLoggerOff)
-{
-    mdm_body_t some = body(7, 0, nullptr);
-    LogRecorder log(MDM_LOG_NONE);
-    EXPECT_EQ(pwd.size(nullptr), 0U);
-    EXPECT_EQ(pwd.set(nullptr, &some), nullptr);
-    EXPECT_EQ(pwd.get(&some, nullptr), nullptr);
-    EXPECT_THAT(log.take(), IsEmpty());
+    const Journey journey = travel(4, body(policy_type, 1, &record));
+    EXPECT_THAT(journey.allocated, ElementsAre(sizeof record, 4, 3));
+    EXPECT_THAT(journey.kept, IsEmpty());
 }
 
 TEST(Pwd, LogsEnterAndExitOnly)
@@ -281,16 +176,7 @@ TEST(Pwd, LogsEnterAndExitOnly)
     mdm_pwd_policy_t record = policy(nullptr, nullptr);
     for (const uint32_t type : {policy_type, 7U}) {
         for (const int32_t data_size : {0, 2}) {
-            mdm_body_t sent = body(type, data_size, &record);
-            LogRecorder log;
-            pwd.size(&sent);
-            EXPECT_EQ(log.take(), enter_and_leave(pwd.size));
-            const Bytes bytes = pwd.write(&sent);
-            EXPECT_EQ(log.take(), enter_and_leave(pwd.set));
-            mdm_body_t received{};
-            pwd.read(&received, bytes);
-            EXPECT_EQ(log.take(), enter_and_leave(pwd.get));
-            pwd.free(&received);
+            expect_entry_and_exit(pwd, body(type, data_size, &record));
         }
     }
 }

@@ -67,18 +67,13 @@ TEST(Roaming, CarriesTheHeadAndAName)
 TEST(Roaming, ReceivesANewRecordWhateverDataSizeSays)
 {
     for (const int32_t data_size : data_sizes) {
-        mdm_body_t back = body(99, sentinel());
-        back.roaming.type = back.roaming.param = 0;
-        const Bytes bytes = wire(data_size, hex("03 00 00 00 61 62 63 FF"));
-        AllocationTrace trace;
-        EXPECT_EQ(roaming.read(&back, bytes), 19U);
-        trace.stop();
+        const auto [back, blocks] =
+            receive(roaming, wire(data_size, hex("03 00 00 00 61 62 63")), hex("FF"));
         expect_head(back, data_size);
         EXPECT_STREQ(data_of(back).name, "abc");
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{&data_of(back), sizeof(mdm_roaming_data_t)},
-                                              Block{data_of(back).name, 4}));
-        roaming.free(&back);
-        g_free(back.roaming.data);
+        EXPECT_THAT(blocks, ElementsAre(Block{&data_of(back), sizeof(mdm_roaming_data_t)},
+                                        Block{data_of(back).name, 4}));
+        release_blocks(blocks);
     }
 }
 
@@ -91,14 +86,10 @@ TEST(Roaming, MissingAndEmptyNamesArriveAsNull)
         const Bytes bytes = roaming.write(&sent);
         EXPECT_EQ(bytes, wire(0, Bytes(4)));
 
-        mdm_body_t back = body(0, sentinel());
-        AllocationTrace trace;
-        EXPECT_EQ(roaming.read(&back, bytes), 16U);
-        trace.stop();
+        const auto [back, blocks] = receive(roaming, bytes);
         EXPECT_EQ(data_of(back).name, nullptr);
-        EXPECT_THAT(trace.kept(),
-                    ElementsAre(Block{back.roaming.data, sizeof(mdm_roaming_data_t)}));
-        g_free(back.roaming.data);
+        EXPECT_THAT(blocks, ElementsAre(Block{back.roaming.data, sizeof(mdm_roaming_data_t)}));
+        release_blocks(blocks);
     }
 }
 
@@ -159,11 +150,7 @@ TEST(Roaming, FreeDoesNotLookAtDataSize)
 TEST(Roaming, FreeOfNullDataDoesNothing)
 {
     for (const Handlers &handlers : {roaming, roaming_res}) {
-        mdm_body_t kept = body(3, nullptr);
-        LogRecorder log;
-        EXPECT_THAT(handlers.release(&kept), IsEmpty());
-        expect_head(kept, 3);
-        EXPECT_THAT(log.take(), IsEmpty());
+        expect_no_release(handlers, body(3, nullptr), {});
     }
 }
 
@@ -190,17 +177,11 @@ TEST(Roaming, LogsEnterAndExit)
 {
     for (const char *name : {static_cast<const char *>(nullptr), "abc"}) {
         mdm_roaming_data_t record = named(name);
-        mdm_body_t sent = body(0, &record);
-        LogRecorder log;
-        roaming.size(&sent);
-        EXPECT_EQ(log.take(), enter_and_leave(roaming.size));
-        const Bytes bytes = roaming.write(&sent);
-        EXPECT_EQ(log.take(), enter_and_leave(roaming.set));
-        mdm_body_t back{};
-        roaming.read(&back, bytes);
-        EXPECT_EQ(log.take(), enter_and_leave(roaming.get));
-        roaming.free(&back);
-        g_free(back.roaming.data);
+        const HandlerLines lines = logged_lines(roaming, body(0, &record));
+        EXPECT_EQ(lines.size, enter_and_leave(roaming.size));
+        EXPECT_EQ(lines.set, enter_and_leave(roaming.set));
+        EXPECT_EQ(lines.get, enter_and_leave(roaming.get));
+        EXPECT_THAT(lines.free, IsEmpty());
     }
 }
 
@@ -208,39 +189,19 @@ TEST(Roaming, LogsEnterAndExit)
 TEST(RoamingRes, CarriesTheHeadAndLeavesDataAsItWas)
 {
     for (const int32_t data_size : data_sizes) {
-        for (void *data : {sentinel(), static_cast<void *>(nullptr)}) {
-            mdm_body_t sent = body(data_size, data);
-            EXPECT_EQ(roaming_res.size(&sent), 12U);
-            const Bytes bytes = roaming_res.write(&sent);
-            EXPECT_EQ(bytes, wire(data_size, {}));
-            expect_head(sent, data_size);
-            EXPECT_EQ(sent.roaming_res.data, data);
-
-            mdm_body_t back = body(99, data);
-            back.roaming_res.type = back.roaming_res.param = 0;
-            AllocationTrace trace;
-            EXPECT_EQ(roaming_res.read(&back, bytes), 12U);
-            trace.stop();
-            expect_head(back, data_size);
-            EXPECT_EQ(back.roaming_res.data, data);
-            EXPECT_THAT(trace.kept(), IsEmpty());
-        }
+        expect_head_alone(roaming_res, body(data_size, sentinel()));
+        expect_head_alone(roaming_res, body(data_size, nullptr));
+        expect_head_received(roaming_res, 0xF1F2F3F4, data_size, sentinel());
     }
 }
 
 TEST(RoamingRes, WholeMessageLeaksNothing)
 {
-    mdm_msg_t msg = message(roaming_res.type);
-    msg.body = body(7, sentinel());
-    const Bytes bytes = serialize(msg);
-    EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()), hex("F4 F3 F2 F1 04 03 02 01 07 00 00 00"));
-    mdm_msg_t back{};
-    AllocationTrace trace;
-    EXPECT_EQ(deserialize(back, bytes), 0);
-    EXPECT_EQ(ipc_free(&back), 0);
-    trace.stop();
-    EXPECT_EQ(back.body.roaming_res.data_size, 7);
-    EXPECT_THAT(trace.kept(), IsEmpty());
+    const Journey journey = travel(roaming_res.type, body(7, sentinel()));
+    EXPECT_EQ(journey.bytes, hex("F4 F3 F2 F1 04 03 02 01 07 00 00 00"));
+    EXPECT_EQ(journey.received.body.roaming_res.data_size, 7);
+    EXPECT_EQ(journey.received.body.roaming_res.data, nullptr);
+    EXPECT_THAT(journey.kept, IsEmpty());
 }
 
 // Q-ROAMING-4
@@ -258,15 +219,10 @@ TEST(RoamingRes, FreeFollowsWhatTheReceiversRecordHeld)
 
 TEST(RoamingRes, LogsEnterAndExit)
 {
-    mdm_body_t sent = body(7, nullptr);
-    LogRecorder log;
-    roaming_res.size(&sent);
-    EXPECT_EQ(log.take(), enter_and_leave(roaming_res.size));
-    const Bytes bytes = roaming_res.write(&sent);
-    EXPECT_EQ(log.take(), enter_and_leave(roaming_res.set));
-    mdm_body_t back{};
-    roaming_res.read(&back, bytes);
-    EXPECT_EQ(log.take(), enter_and_leave(roaming_res.get));
+    const HandlerLines lines = logged_lines(roaming_res, body(7, nullptr));
+    EXPECT_EQ(lines.size, enter_and_leave(roaming_res.size));
+    EXPECT_EQ(lines.set, enter_and_leave(roaming_res.set));
+    EXPECT_EQ(lines.get, enter_and_leave(roaming_res.get));
 }
 
 }  // namespace

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <memory>
-#include <numeric>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -42,7 +39,7 @@ mdm_body_t body(uint32_t type, int32_t data_size, void *data)
     return headed_body<&mdm_body_t::security>(type, data_size, data);
 }
 
-// What the writer adds to the head.
+// The bytes that the writer adds to the head.
 Bytes written_payload(mdm_body_t &sent)
 {
     const Bytes bytes = security.write(&sent);
@@ -58,21 +55,6 @@ Cells three_strings()
 void *nth_cell(const Cells &list, guint index)
 {
     return g_list_nth(list.get(), index);
-}
-
-// A received body whose `data` shows whether it is assigned.
-mdm_body_t untouched()
-{
-    return body(0, 0, sentinel());
-}
-
-// The same size and the same stored data_size, however often the body is sized.
-void expect_size(mdm_body_t &sent, uint32_t size, int32_t stored)
-{
-    for (int call = 0; call < 3; ++call) {
-        EXPECT_EQ(security.size(&sent), size);
-        EXPECT_EQ(sent.security.data_size, stored);
-    }
 }
 
 // Items.
@@ -180,43 +162,35 @@ const Account &received_account(const void *element)
 // String lists.
 
 struct ReceivedStrings {
-    size_t consumed;
     mdm_body_t body;
     std::vector<std::optional<std::string>> texts;
-    std::vector<std::string> kept;  // what the free handler left allocated
+    std::vector<std::string> kept;  // that the free handler left allocated
 };
 
-// The texts of the blocks that a trace says are left, which are released on the way.
-std::vector<std::string> release_kept(const AllocationTrace &trace)
+// The texts of the blocks, which are released on the way.
+std::vector<std::string> release_texts(const std::vector<Block> &blocks)
 {
     std::vector<std::string> texts;
-    for (const Block &block : trace.kept()) {
+    for (const Block &block : blocks) {
         texts.emplace_back(static_cast<const char *>(block.address));
-        g_free(const_cast<void *>(block.address));
     }
+    release_blocks(blocks);
     return texts;
 }
 
-// Reads a string list into a record whose `data` is set, looks at it, and releases it.
+// Reads a string list, looks at it, and releases it.
 ReceivedStrings receive_strings(const Bytes &bytes)
 {
-    ReceivedStrings received{0, untouched(), {}, {}};
-    AllocationTrace trace;
-    received.consumed = security.read(&received.body, bytes);
-    {
-        const AllocationTrace::Pause pause;
-        received.texts = texts_of(received.body.security.data);
-    }
-    security.free(&received.body);
-    trace.stop();
-    received.kept = release_kept(trace);
-    return received;
+    auto [received, blocks] = receive(security, bytes);
+    const auto texts = texts_of(received.security.data);
+    const auto released = security.release(&received);
+    return {received, texts, release_texts(without(blocks, released))};
 }
 
-// Which type has which form.
+// The form of each type.
 
-// What the handlers make of a body with a data_size of 4 whose payload is as good as empty: a
-// zeroed item, a list of one null element, four zero bytes.
+// The marks of a form: how the handlers treat a body with a data_size of 4 whose payload is as good
+// as empty: a zeroed item, a list of one null element, four zero bytes.
 struct Form {
     const char *name;
     uint32_t size;
@@ -267,9 +241,10 @@ TEST(Security, TypeDecidesTheFormInEveryHandler)
         EXPECT_EQ(some.security.data != nullptr, form.keeps_pointer);
         EXPECT_EQ(some.security.data_size, form.keeps_pointer ? 4 : 0);
 
-        mdm_body_t received = untouched();
-        EXPECT_EQ(security.read(&received, head_bytes(type, 4) + hex("01 00 00 00") + Bytes(104)),
-                  12 + form.consumed);
+        mdm_body_t received =
+            receive(security, head_bytes(type, 4) + hex("01 00 00 00") + Bytes(form.consumed - 4),
+                    Bytes(108 - form.consumed))
+                .body;
         expect_headed<&mdm_body_t::security>(received, type, 4);
         security.free(&received);
     }
@@ -281,16 +256,8 @@ TEST(Security, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
     for (const uint32_t type : one_type_of_each_form) {
         for (const int32_t data_size : no_payload) {
             mdm_body_t sent = body(type, data_size, sentinel());
-            const Bytes bytes = security.write(&sent);
-            EXPECT_EQ(bytes, head_bytes(type, data_size));
-
-            mdm_body_t received = untouched();
-            AllocationTrace trace;
-            EXPECT_EQ(security.read(&received, bytes), 12U);
-            trace.stop();
-            expect_headed<&mdm_body_t::security>(received, type, data_size);
-            EXPECT_EQ(received.security.data, sentinel());
-            EXPECT_THAT(trace.kept(), IsEmpty());
+            EXPECT_EQ(security.write(&sent), head_bytes(type, data_size));
+            expect_head_received(security, type, data_size, sentinel());
         }
     }
 }
@@ -299,10 +266,7 @@ TEST(Security, DataSizeBelow1SendsTheHeadAloneAndLeavesTheReceiversData)
 TEST(Security, FreeOfNullDataChangesNothingForItemsAndLists)
 {
     for (const uint32_t type : {56U, 68U, 69U, 70U, 71U, 76U}) {
-        mdm_body_t received = body(type, 5, nullptr);
-        EXPECT_THAT(security.release(&received), IsEmpty());
-        expect_headed<&mdm_body_t::security>(received, type, 5);
-        EXPECT_EQ(received.security.data, nullptr);
+        expect_no_release(security, body(type, 5, nullptr), enter_and_leave(security.free));
     }
 }
 
@@ -351,7 +315,7 @@ TEST(SecurityItem, SendsItsFifthFieldBeforeItsFourth)
     for (const uint32_t type : item_types) {
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, &record);
-            expect_size(sent, 12 + 4 + (4 + 3) + (4 + 1) + (4 + 3), 23);
+            expect_size(security, sent, 12 + 4 + (4 + 3) + (4 + 1) + (4 + 3), 23);
             EXPECT_EQ(security.write(&sent), head_bytes(type, 23) + abc_item_bytes);
         }
     }
@@ -362,7 +326,7 @@ TEST(SecurityItem, OfNullOrEmptyStringsIs28Bytes)
     for (char *string : {static_cast<char *>(nullptr), borrowed("")}) {
         Item record = item(string, string, string);
         mdm_body_t sent = body(56, 1, &record);
-        expect_size(sent, 28, 16);
+        expect_size(security, sent, 28, 16);
         EXPECT_EQ(security.write(&sent), hex("38 00 00 00 04 03 02 01 10 00 00 00 10 FF FF FF "
                                              "00 00 00 00 00 00 00 00 00 00 00 00"));
     }
@@ -371,10 +335,7 @@ TEST(SecurityItem, OfNullOrEmptyStringsIs28Bytes)
 TEST(SecurityItem, ComesBackFieldByField)
 {
     for (const uint32_t type : item_types) {
-        mdm_body_t received = untouched();
-        AllocationTrace trace;
-        EXPECT_EQ(security.read(&received, head_bytes(type, 23) + abc_item_bytes), 35U);
-        trace.stop();
+        auto [received, blocks] = receive(security, head_bytes(type, 23) + abc_item_bytes);
         expect_headed<&mdm_body_t::security>(received, type, 23);
         const auto &record = *static_cast<const Item *>(received.security.data);
         EXPECT_EQ(record.num0, 0xFFFFFF10U);
@@ -382,8 +343,8 @@ TEST(SecurityItem, ComesBackFieldByField)
         EXPECT_EQ(record.word2, 0U);
         EXPECT_STREQ(record.str3, "\xC3\xA9!");
         EXPECT_STREQ(record.str4, "4");
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}, Block{record.str1, 4},
-                                              Block{record.str4, 2}, Block{record.str3, 4}));
+        EXPECT_THAT(blocks, ElementsAre(Block{&record, sizeof record}, Block{record.str1, 4},
+                                        Block{record.str4, 2}, Block{record.str3, 4}));
         security.free(&received);
     }
 }
@@ -391,15 +352,12 @@ TEST(SecurityItem, ComesBackFieldByField)
 TEST(SecurityItem, IsReadForAnyDataSizeAbove0)
 {
     for (const int32_t data_size : {1, INT32_MAX}) {
-        mdm_body_t received = untouched();
-        AllocationTrace trace;
-        EXPECT_EQ(security.read(&received, head_bytes(56, data_size) + Bytes(16)), 28U);
-        trace.stop();
+        auto [received, blocks] = receive(security, head_bytes(56, data_size) + Bytes(16));
         const auto &record = *static_cast<const Item *>(received.security.data);
         EXPECT_EQ(record.str1, nullptr);
         EXPECT_EQ(record.str3, nullptr);
         EXPECT_EQ(record.str4, nullptr);
-        EXPECT_THAT(trace.kept(), ElementsAre(Block{&record, sizeof record}));
+        EXPECT_THAT(blocks, ElementsAre(Block{&record, sizeof record}));
         security.free(&received);
     }
 }
@@ -409,7 +367,7 @@ TEST(SecurityItem, LongStringsTravel)
     std::string text(1000, 'x');
     Item record = item(nullptr, nullptr, text.data());
     mdm_body_t sent = body(76, 1, &record);
-    expect_size(sent, 1028, 1016);
+    expect_size(security, sent, 1028, 1016);
     mdm_body_t received{};
     EXPECT_EQ(security.read(&received, security.write(&sent)), 1028U);
     EXPECT_EQ(static_cast<const Item *>(received.security.data)->str4, text);
@@ -422,7 +380,7 @@ TEST(SecurityItem, ThatIsNullIsTheHeadAlone)
     for (const uint32_t type : item_types) {
         for (const int32_t data_size : {0, 1, 7, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, nullptr);
-            expect_size(sent, 12, 0);
+            expect_size(security, sent, 12, 0);
             EXPECT_EQ(security.write(&sent), head_bytes(type, 0));
         }
     }
@@ -482,7 +440,7 @@ TEST(SecurityStrings, CountTheWholeBodyInDataSize)
     for (const uint32_t type : string_types) {
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, strings.get());
-            expect_size(sent, 16 + 5 + 4 + 5, 30);
+            expect_size(security, sent, 16 + 5 + 4 + 5, 30);
             EXPECT_EQ(security.write(&sent),
                       head_bytes(type, 30) +
                           hex("03 00 00 00 01 00 00 00 61 00 00 00 00 01 00 00 00 62"));
@@ -495,13 +453,13 @@ TEST(SecurityStrings, EndAtTheFirstNullElementButCountAll)
 {
     const Cells second = cells({borrowed("a"), nullptr, borrowed("b")});
     mdm_body_t sent = body(68, 0, second.get());
-    expect_size(sent, 21, 21);
+    expect_size(security, sent, 21, 21);
     EXPECT_EQ(security.write(&sent), hex("44 00 00 00 04 03 02 01 15 00 00 00 "
                                          "03 00 00 00 01 00 00 00 61"));
 
     const Cells first = cells({nullptr, borrowed("b")});
     sent = body(69, 0, first.get());
-    expect_size(sent, 16, 16);
+    expect_size(security, sent, 16, 16);
     EXPECT_EQ(written_payload(sent), hex("02 00 00 00"));
 }
 
@@ -511,7 +469,6 @@ TEST(SecurityStrings, ComeBackWithoutTheEmptyOnes)
     for (const uint32_t type : string_types) {
         const ReceivedStrings received = receive_strings(
             head_bytes(type, 30) + hex("03 00 00 00 01 00 00 00 61 00 00 00 00 01 00 00 00 62"));
-        EXPECT_EQ(received.consumed, 30U);
         expect_headed<&mdm_body_t::security>(received.body, type, 30);
         EXPECT_THAT(received.texts, ElementsAre("a", "b"));
         EXPECT_THAT(received.kept, ElementsAre("a", "b"));
@@ -521,12 +478,8 @@ TEST(SecurityStrings, ComeBackWithoutTheEmptyOnes)
 // Q-SECURITY-8
 TEST(SecurityStrings, AreSecondCopiesAndTheFirstOnesStayAllocated)
 {
-    mdm_body_t received = untouched();
-    const Bytes bytes = head_bytes(68, 1) + hex("01 00 00 00 05 00 00 00 61 62 00 63 64");
-    AllocationTrace trace;
-    EXPECT_EQ(security.get(&received, bytes.data()), bytes.data() + bytes.size());
-    trace.stop();
-    const std::vector<Block> blocks = trace.allocated();
+    auto [received, blocks] =
+        receive(security, head_bytes(68, 1) + hex("01 00 00 00 05 00 00 00 61 62 00 63 64"));
     ASSERT_THAT(blocks, SizeIs(3));
     EXPECT_EQ(blocks[0].size, 6U);  // the copy that is left alone
     EXPECT_STREQ(static_cast<const char *>(blocks[0].address), "ab");
@@ -542,7 +495,6 @@ TEST(SecurityStrings, ThatBeginWithAZeroByteAreNotEmpty)
 {
     const ReceivedStrings received =
         receive_strings(head_bytes(69, 1) + hex("02 00 00 00 02 00 00 00 00 61 01 00 00 00 62"));
-    EXPECT_EQ(received.consumed, 27U);
     EXPECT_THAT(received.texts, ElementsAre("", "b"));
     EXPECT_THAT(received.kept, ElementsAre("", "b"));
 }
@@ -560,9 +512,8 @@ TEST(SecurityStrings, ManyAndLongOnesTravelInOrder)
     const Cells strings(queue.head);
     mdm_body_t sent = body(68, 0, strings.get());
     const uint32_t size = 16 + 102 * 4 + 300 + 5 + 10 + 90 * 2;
-    expect_size(sent, size, static_cast<int32_t>(size));
+    expect_size(security, sent, size, static_cast<int32_t>(size));
     const ReceivedStrings received = receive_strings(security.write(&sent));
-    EXPECT_EQ(received.consumed, size);
     EXPECT_THAT(received.texts, ElementsAreArray(texts));
     EXPECT_THAT(received.kept, ElementsAreArray(texts));
 }
@@ -594,7 +545,7 @@ TEST(SecurityAccounts, CountTheWholeBodyInDataSize)
     for (const uint32_t type : account_types) {
         for (const int32_t data_size : {0, 1, -1, 99, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, accounts.get());
-            expect_size(sent, 16 + (16 + 22 * 4 + 38) + (16 + 22 * 4), 262);
+            expect_size(security, sent, 16 + (16 + 22 * 4 + 38) + (16 + 22 * 4), 262);
             EXPECT_EQ(security.write(&sent), head_bytes(type, 262) + hex("02 00 00 00") +
                                                  account_bytes + blank_account_bytes);
         }
@@ -605,10 +556,7 @@ TEST(SecurityAccounts, ComeBackFieldByField)
 {
     const Bytes payload = hex("03 00 00 00") + account_bytes + blank_account_bytes + account_bytes;
     for (const uint32_t type : account_types) {
-        mdm_body_t received = untouched();
-        AllocationTrace trace;
-        EXPECT_EQ(security.read(&received, head_bytes(type, 1) + payload), 12 + payload.size());
-        trace.stop();
+        auto [received, blocks] = receive(security, head_bytes(type, 1) + payload);
         expect_headed<&mdm_body_t::security>(received, type, 1);
         const auto accounts = elements_of(received.security.data);
         ASSERT_THAT(accounts, SizeIs(3));
@@ -616,10 +564,9 @@ TEST(SecurityAccounts, ComeBackFieldByField)
         expect_numbers_of_account(received_account(accounts[1]));
         EXPECT_THAT(strings_of(received_account(accounts[1])), Each(IsNull()));
         expect_full_account(received_account(accounts[2]));
-        const std::vector<Block> kept = trace.kept();
-        ASSERT_THAT(kept, SizeIs((1 + 22 + 1) + (1 + 1) + (1 + 22 + 1)));
-        EXPECT_EQ(kept[0], (Block{accounts[0], sizeof(Account)}));
-        EXPECT_EQ(kept[1], (Block{received_account(accounts[0]).str4, 2}));
+        ASSERT_THAT(blocks, SizeIs((1 + 22 + 1) + (1 + 1) + (1 + 22 + 1)));
+        EXPECT_EQ(blocks[0], (Block{accounts[0], sizeof(Account)}));
+        EXPECT_EQ(blocks[1], (Block{received_account(accounts[0]).str4, 2}));
         security.free(&received);
     }
 }
@@ -632,7 +579,7 @@ TEST(SecurityAccounts, LongAndEmptyStringsTravel)
     record.str25 = text.data();
     const Cells accounts = cells({&record});
     mdm_body_t sent = body(71, 0, accounts.get());
-    expect_size(sent, 420, 420);
+    expect_size(security, sent, 420, 420);
     mdm_body_t received{};
     EXPECT_EQ(security.read(&received, security.write(&sent)), 420U);
     const Account &back = received_account(elements_of(received.security.data).at(0));
@@ -645,18 +592,8 @@ TEST(SecurityAccounts, LongAndEmptyStringsTravel)
 TEST(SecurityAccounts, WithANullElementCannotBeSized)
 {
     Account full = account(borrowed);
-    Account blank = blank_account();
-    for (const Cells &accounts :
-         {cells({&full, nullptr, &blank}), cells({nullptr}), cells({&full, nullptr})}) {
-        for (const uint32_t type : account_types) {
-            mdm_body_t sent = body(type, 77, accounts.get());
-            LogRecorder log;
-            EXPECT_EQ(security.size(&sent), 0U);
-            EXPECT_EQ(sent.security.data_size, 77);
-            EXPECT_THAT(log.take(), ElementsAre(enter(security.size),
-                                                critical(security.size, "acconts is NULL"),
-                                                leave(security.size)));
-        }
+    for (const uint32_t type : account_types) {
+        expect_no_size_with_null_element(security, type, &full, "acconts is NULL");
     }
 }
 
@@ -717,7 +654,7 @@ TEST(SecurityLists, ThatAreEmptyCount16BytesAndLeaveDataSize)
     for (const uint32_t type : list_types) {
         for (const int32_t data_size : {0, 1, 5, -1, INT32_MIN}) {
             mdm_body_t sent = body(type, data_size, nullptr);
-            expect_size(sent, 16, data_size);
+            expect_size(security, sent, 16, data_size);
         }
         mdm_msg_t msg = message(security.type);
         msg.body = body(type, 0, nullptr);
@@ -755,15 +692,7 @@ TEST(SecurityLists, ThatCannotBeWrittenAreReportedByTheEnvelope)
 TEST(SecurityLists, WithoutAPositiveCountComeBackNull)
 {
     for (const uint32_t type : list_types) {
-        for (const uint32_t count : {0U, 0xFFFFFFFFU, 0x80000000U}) {
-            mdm_body_t received = untouched();
-            AllocationTrace trace;
-            EXPECT_EQ(security.read(&received, head_bytes(type, 1) + word(count)), 16U);
-            trace.stop();
-            expect_headed<&mdm_body_t::security>(received, type, 1);
-            EXPECT_EQ(received.security.data, nullptr);
-            EXPECT_THAT(trace.kept(), IsEmpty());
-        }
+        expect_counts_below_1_as_null(security, type);
     }
 }
 
@@ -773,7 +702,7 @@ TEST(SecurityLists, AreSizedAndWrittenFromTheirFirstElement)
 {
     const Cells strings = cells({borrowed("a"), borrowed("b"), borrowed("c")});
     mdm_body_t sent = body(68, 0, nth_cell(strings, 2));
-    expect_size(sent, 31, 31);
+    expect_size(security, sent, 31, 31);
     const Bytes strings_written = written_payload(sent);
     EXPECT_EQ(Bytes(strings_written.begin() + 4, strings_written.end()),
               hex("01 00 00 00 61 01 00 00 00 62 01 00 00 00 63"));
@@ -782,7 +711,7 @@ TEST(SecurityLists, AreSizedAndWrittenFromTheirFirstElement)
     Account blank = blank_account();
     const Cells accounts = cells({&full, &blank});
     sent = body(70, 0, nth_cell(accounts, 1));
-    expect_size(sent, 262, 262);
+    expect_size(security, sent, 262, 262);
     const Bytes accounts_written = written_payload(sent);
     EXPECT_EQ(Bytes(accounts_written.begin() + 4, accounts_written.end()),
               account_bytes + blank_account_bytes);
@@ -806,62 +735,21 @@ TEST(SecurityLists, AreReleasedFromTheirFirstElement)
 // Q-SECURITY-9
 TEST(SecurityRaw, CountsItsBytesAndLeavesDataSize)
 {
-    for (const auto &[data_size, size] : {std::pair{0, 12U},
-                                          {1, 13U},
-                                          {3, 15U},
-                                          {-4, 8U},
-                                          {-12, 0U},
-                                          {-13, 0xFFFFFFFFU},
-                                          {INT32_MAX, 0x8000000BU},
-                                          {INT32_MIN, 0x8000000CU}}) {
-        mdm_body_t sent = body(57, data_size, nullptr);
-        expect_size(sent, size, data_size);
-    }
+    expect_raw_size_with_sign(security, 57, nullptr);
+    mdm_body_t empty = body(57, 0, nullptr);
+    expect_size(security, empty, 12, 0);
 }
 
 TEST(SecurityRaw, TravelsAsItIsAndArrivesTerminatedAtItsFirstZeroByte)
 {
-    char payload[] = {'a', '\xFF', 0, 'b', 'c'};
-    mdm_body_t sent = body(57, 4, payload);
-    EXPECT_EQ(security.size(&sent), 16U);
-    const Bytes bytes = security.write(&sent);
-    EXPECT_EQ(bytes, hex("39 00 00 00 04 03 02 01 04 00 00 00 61 FF 00 62"));
-
-    mdm_body_t received = untouched();
-    AllocationTrace trace;
-    EXPECT_EQ(security.read(&received, bytes), 16U);
-    trace.stop();
-    expect_headed<&mdm_body_t::security>(received, 57, 4);
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.security.data, 5}));
-    EXPECT_EQ(std::string(static_cast<const char *>(received.security.data), 5),
-              std::string("a\xFF\0\0\0", 5));
-    security.free(&received);
-}
-
-TEST(SecurityRaw, OneByteAndManyBytesTravel)
-{
-    for (const size_t length : {size_t{1}, size_t{3000}}) {
-        std::string payload(length, '\xFE');
-        mdm_body_t sent = body(72, static_cast<int32_t>(length), payload.data());
-        mdm_body_t received = untouched();
-        EXPECT_EQ(security.read(&received, security.write(&sent)), 12 + length);
-        EXPECT_EQ(static_cast<const char *>(received.security.data), payload);
-        security.free(&received);
-    }
+    expect_raw_bytes_to_travel(security, 57);
+    expect_raw_bytes_to_travel(security, 72);
 }
 
 TEST(SecurityRaw, FreeReleasesItAndResetsTheBody)
 {
     for (const int32_t data_size : {3, 0, -1}) {
-        mdm_body_t received = body(57, data_size, heap_text("raw"));
-        const void *data = received.security.data;
-        AllocationTrace trace;
-        security.free(&received);
-        security.free(&received);
-        trace.stop();
-        EXPECT_THAT(trace.released(), ElementsAre(data));
-        expect_headed<&mdm_body_t::security>(received, 57, 0);
-        EXPECT_EQ(received.security.data, nullptr);
+        expect_raw_bytes_released(security, 57, data_size, 0, enter_and_leave(security.free));
     }
 }
 
@@ -894,19 +782,13 @@ TEST(SecurityMessage, CarriesEveryFormAndLeaksFirstCopiesOfListedStringsOnly)
                                      {body(57, 3, borrowed("raw")), 15, {}}};
     for (const uint8_t message_type : {security.type, uint8_t{6}}) {
         for (const auto &[sent, size, leaked] : cases) {
-            mdm_msg_t msg = message(message_type);
-            msg.body = sent;
+            const bool has_data = sent.security.data != nullptr;
             LogRecorder log(MDM_LOG_INFO);
-            const Bytes bytes = serialize(msg);
-            EXPECT_THAT(bytes, SizeIs(40 + size));
-            mdm_msg_t received{};
-            AllocationTrace trace;
-            EXPECT_EQ(ipc_deserialize(&received, bytes.data(), static_cast<uint32_t>(bytes.size())),
-                      0);
-            EXPECT_EQ(received.body.security.data != nullptr, sent.security.data != nullptr);
-            EXPECT_EQ(ipc_free(&received), 0);
-            trace.stop();
-            EXPECT_EQ(release_kept(trace), leaked);
+            const Journey journey = travel(message_type, sent, [&](const mdm_body_t &received) {
+                EXPECT_EQ(received.security.data != nullptr, has_data);
+            });
+            EXPECT_THAT(journey.bytes, SizeIs(size));
+            EXPECT_EQ(release_texts(journey.kept), leaked);
             EXPECT_THAT(log.take(), IsEmpty());
         }
     }

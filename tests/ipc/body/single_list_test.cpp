@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <cstring>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -32,21 +31,10 @@ class SingleList : public ::testing::TestWithParam<Category> {
 protected:
     static mdm_body_t body(int32_t data_size, void *data)
     {
-        mdm_body_t body{};
-        body.res.type = 0x64;
-        body.res.aux = 0xAAAAAAAA;
-        body.res.param = 0x01020304;
-        body.res.data_size = data_size;
-        body.res.data = data;
-        return body;
+        return headed_body<&mdm_body_t::res>(0x64, data_size, data);
     }
 
     static Handlers row() { return GetParam().handlers; }
-
-    static auto only_asserts(const Origin &handler)
-    {
-        return ElementsAre(enter(handler), assert_fails(handler));
-    }
 };
 
 TEST_P(SingleList, CarriesTheHeadAndThePayload)
@@ -61,57 +49,41 @@ TEST_P(SingleList, CarriesTheHeadAndThePayload)
 // Q-SINGLE_LIST-1
 TEST_P(SingleList, ReceivesThePayloadOrLeavesDataAsItWas)
 {
-    const Bytes bytes = hex("64 00 00 00 04 03 02 01 03 00 00 00 61 62 63");
-    mdm_body_t received{};
-    received.res.aux = 0xBBBBBBBB;
-    received.res.data = sentinel();
-    AllocationTrace trace;
-    const size_t consumed = row().read(&received, bytes);
-    trace.stop();
-    EXPECT_EQ(received.res.type, 0x64U);
-    EXPECT_EQ(received.res.aux, 0xBBBBBBBBU);
-    EXPECT_EQ(received.res.param, 0x01020304U);
-    EXPECT_EQ(received.res.data_size, 3);
+    const Bytes head = hex("64 00 00 00 04 03 02 01 03 00 00 00");
+    const Bytes payload = hex("61 62 63");
     if (!GetParam().takes_payload_back) {
-        EXPECT_EQ(consumed, 12U);
+        const auto [received, blocks] = receive(row(), head, payload);
+        expect_headed<&mdm_body_t::res>(received, 0x64, 3);
         EXPECT_EQ(received.res.data, sentinel());
-        EXPECT_THAT(trace.kept(), IsEmpty());
+        EXPECT_THAT(blocks, IsEmpty());
         return;
     }
-    EXPECT_EQ(consumed, 15U);
+    const auto [received, blocks] = receive(row(), head + payload);
+    expect_headed<&mdm_body_t::res>(received, 0x64, 3);
     EXPECT_STREQ(static_cast<char *>(received.res.data), "abc");
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.res.data, 4}));
-    g_free(received.res.data);
+    EXPECT_THAT(blocks, ElementsAre(Block{received.res.data, 4}));
+    release_blocks(blocks);
 }
 
 TEST_P(SingleList, BothTypesOfTheMessageTravel)
 {
-    char payload[] = "abc";
     for (const int offset : {0, 1}) {
-        mdm_msg_t msg = message(static_cast<uint8_t>(row().type + offset));
-        msg.body = body(3, payload);
-        const Bytes bytes = serialize(msg);
-        EXPECT_EQ(bytes.size(), 55U);
-        mdm_msg_t received{};
-        EXPECT_EQ(deserialize(received, bytes), 0);
-        EXPECT_EQ(received.body.res.data_size, 3);
-        EXPECT_EQ(received.body.res.data != nullptr, GetParam().takes_payload_back);
-        ipc_free(&received);
+        const auto message_type = static_cast<uint8_t>(row().type + offset);
+        const Journey journey =
+            travel(message_type, body(3, borrowed("abc")), [](const mdm_body_t &received) {
+                EXPECT_EQ(received.res.data_size, 3);
+                EXPECT_EQ(received.res.data != nullptr, GetParam().takes_payload_back);
+            });
+        EXPECT_EQ(journey.bytes.size(), 15U);
+        EXPECT_THAT(journey.kept, IsEmpty());
     }
 }
 
 // Q-SINGLE_LIST-1
 TEST_P(SingleList, NoPayloadMakesTheReceiversDataNull)
 {
-    char payload[] = "abc";
-    mdm_body_t sent = body(0, payload);
-    EXPECT_EQ(row().size(&sent), 12U);
-    const Bytes bytes = row().write(&sent);
-    EXPECT_EQ(bytes, hex("64 00 00 00 04 03 02 01 00 00 00 00"));
-    mdm_body_t received{};
-    received.res.data = sentinel();
-    EXPECT_EQ(row().read(&received, bytes), 12U);
-    EXPECT_EQ(received.res.data, nullptr);
+    expect_head_alone(row(), body(0, sentinel()));
+    expect_head_received(row(), 0x64, 0, nullptr);
 }
 
 TEST_P(SingleList, PayloadTextEndsAtItsFirstZeroByte)
@@ -119,34 +91,9 @@ TEST_P(SingleList, PayloadTextEndsAtItsFirstZeroByte)
     char payload[] = "ab\0cd";
     mdm_body_t sent = body(5, payload);
     EXPECT_EQ(row().size(&sent), 17U);
-    const Bytes bytes = row().write(&sent);
-    EXPECT_EQ(Bytes(bytes.begin() + 12, bytes.end()), hex("61 62 00 63 64"));
-    if (!GetParam().takes_payload_back) {
-        return;
-    }
-    mdm_body_t received{};
-    AllocationTrace trace;
-    EXPECT_EQ(row().read(&received, bytes), 17U);
-    trace.stop();
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.res.data, 6}));
-    EXPECT_EQ(std::string(static_cast<char *>(received.res.data), 6), std::string("ab\0\0\0\0", 6));
-    row().free(&received);
-}
-
-TEST_P(SingleList, OneByteAndLongPayloadsTravel)
-{
-    for (const size_t length : {size_t{1}, size_t{3000}}) {
-        std::string payload(length, '\xFE');
-        mdm_body_t sent = body(static_cast<int32_t>(length), payload.data());
-        EXPECT_EQ(row().size(&sent), 12 + length);
-        const Bytes bytes = row().write(&sent);
-        EXPECT_EQ(bytes.size(), 12 + length);
-        mdm_body_t received{};
-        row().read(&received, bytes);
-        if (GetParam().takes_payload_back) {
-            EXPECT_EQ(static_cast<char *>(received.res.data), payload);
-        }
-        row().free(&received);
+    EXPECT_EQ(row().write(&sent), head_bytes(0x64, 5) + hex("61 62 00 63 64"));
+    if (GetParam().takes_payload_back) {
+        expect_raw_bytes_to_travel(row(), 0x64);
     }
 }
 
@@ -195,37 +142,17 @@ TEST_P(SingleList, NegativeDataSizeCountsFewerBytesThanAreWritten)
 // Q-SINGLE_LIST-2
 TEST_P(SingleList, SizeTrustsTheSignOfDataSize)
 {
-    mdm_body_t sent = body(-13, nullptr);
-    EXPECT_EQ(row().size(&sent), 0xFFFFFFFFU);
-    sent.res.data_size = INT32_MAX;
-    EXPECT_EQ(row().size(&sent), 0x8000000BU);
+    expect_raw_size_with_sign(row(), 0x64, nullptr);
 }
 
 TEST_P(SingleList, NegativeDataSizeIsReceivedAsNoPayload)
 {
-    const Bytes bytes = hex("64 00 00 00 04 03 02 01 FF FF FF FF");
-    mdm_body_t received{};
-    received.res.data = sentinel();
-    EXPECT_EQ(row().read(&received, bytes), 12U);
-    EXPECT_EQ(received.res.data_size, -1);
-    EXPECT_EQ(received.res.data, nullptr);
+    expect_head_received(row(), 0x64, -1, nullptr);
 }
 
 TEST_P(SingleList, FreeReleasesThePayloadInSilenceAndMayRunTwice)
 {
-    mdm_body_t received = body(3, heap_text("abc"));
-    const void *payload = received.res.data;
-    LogRecorder log;
-    AllocationTrace trace;
-    row().free(&received);
-    row().free(&received);
-    trace.stop();
-    EXPECT_THAT(trace.released(), ElementsAre(payload));
-    EXPECT_EQ(received.res.data, nullptr);
-    EXPECT_EQ(received.res.data_size, 0);
-    EXPECT_EQ(received.res.type, 0x64U);
-    EXPECT_EQ(received.res.param, 0x01020304U);
-    EXPECT_THAT(log.take(), IsEmpty());
+    expect_raw_bytes_released(row(), 0x64, 3, 0, {});
 }
 
 // Q-BODY-13
@@ -236,48 +163,13 @@ TEST_P(SingleList, FreeOfNullBodyLogsItsExitLineOnly)
     EXPECT_THAT(log.take(), ElementsAre(leave(row().free)));
 }
 
-TEST_P(SingleList, NullArgumentsFailAnAssert)
-{
-    mdm_body_t some = body(0, nullptr);
-    Bytes buffer(12);
-    LogRecorder log;
-    EXPECT_EQ(row().size(nullptr), 0U);
-    EXPECT_THAT(log.take(), only_asserts(row().size));
-    EXPECT_EQ(row().set(nullptr, &some), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(row().set));
-    EXPECT_EQ(row().set(buffer.data(), nullptr), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(row().set));
-    EXPECT_EQ(row().get(nullptr, buffer.data()), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(row().get));
-    EXPECT_EQ(row().get(&some, nullptr), nullptr);
-    EXPECT_THAT(log.take(), only_asserts(row().get));
-}
-
-TEST_P(SingleList, FailuresAreTheSameWithTheLoggerOff)
-{
-    mdm_body_t some = body(0, nullptr);
-    LogRecorder log(MDM_LOG_NONE);
-    EXPECT_EQ(row().size(nullptr), 0U);
-    EXPECT_EQ(row().set(nullptr, &some), nullptr);
-    EXPECT_EQ(row().get(&some, nullptr), nullptr);
-    row().free(nullptr);
-    EXPECT_THAT(log.take(), IsEmpty());
-}
-
 TEST_P(SingleList, LogsUnderItsOwnName)
 {
-    char payload[] = "abc";
     for (const int32_t data_size : {0, 3}) {
-        mdm_body_t sent = body(data_size, payload);
-        LogRecorder log;
-        row().size(&sent);
-        EXPECT_EQ(log.take(), enter_and_leave(row().size));
-        const Bytes bytes = row().write(&sent);
-        EXPECT_EQ(log.take(), enter_and_leave(row().set));
-        mdm_body_t received{};
-        row().read(&received, bytes);
-        EXPECT_EQ(log.take(), enter_and_leave(row().get));
-        row().free(&received);
+        const HandlerLines lines = logged_lines(row(), body(data_size, borrowed("abc")));
+        EXPECT_EQ(lines.size, enter_and_leave(row().size));
+        EXPECT_EQ(lines.set, enter_and_leave(row().set));
+        EXPECT_EQ(lines.get, enter_and_leave(row().get));
     }
 }
 

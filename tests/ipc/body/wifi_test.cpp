@@ -62,9 +62,7 @@ mdm_body_t body(uint32_t type, int32_t data_size, void *data)
 
 mdm_body_t received_from(const Bytes &bytes)
 {
-    mdm_body_t received = body(0, 0, sentinel());
-    EXPECT_EQ(wifi.read(&received, bytes), bytes.size());
-    return received;
+    return receive(wifi, bytes).body;
 }
 
 const mdm_wifi_network_t &network_of(const mdm_body_t &received)
@@ -72,13 +70,13 @@ const mdm_wifi_network_t &network_of(const mdm_body_t &received)
     return *static_cast<mdm_wifi_network_t *>(received.wifi.data);
 }
 
-// A payload, and what becomes of it.
+// A payload: its bytes, and the blocks that it takes and releases.
 struct Sample {
     std::shared_ptr<void> data = nullptr;
     Bytes payload = {};                 // on the wire
     bool adds_data_size = false;        // `data_size` is counted on top of the payload
-    std::vector<size_t> blocks = {};    // the sizes of what a receiver allocates, in order
-    std::vector<size_t> released = {};  // which of them are released, in order
+    std::vector<size_t> blocks = {};    // the sizes of a receiver's blocks, in order
+    std::vector<size_t> released = {};  // the indices of the released blocks, in order
     bool resets_data = true;
     bool resets_data_size = true;
 };
@@ -153,13 +151,14 @@ Sample raw()
             .resets_data_size = false};
 }
 
-// The words of a detail that travel: n for a number, s for a string.
-struct Kind {
-    int32_t kind;
+// A form of a detail: its words that travel, n for a number, s for a string.
+struct DetailForm {
+    int32_t detail_kind;
     std::string_view words;
 };
-constexpr Kind kinds[] = {{1, "n"},       {2, "s"},      {3, "s"}, {4, "s"}, {5, "sssnss"},
-                          {6, "sssssss"}, {7, "sssnss"}, {8, "n"}, {9, "n"}};
+constexpr DetailForm detail_forms[] = {{1, "n"},      {2, "s"},      {3, "s"},
+                                       {4, "s"},      {5, "sssnss"}, {6, "sssssss"},
+                                       {7, "sssnss"}, {8, "n"},      {9, "n"}};
 
 constexpr std::array words{&mdm_wifi_detail_t::w0, &mdm_wifi_detail_t::w1, &mdm_wifi_detail_t::w2,
                            &mdm_wifi_detail_t::w3, &mdm_wifi_detail_t::w4, &mdm_wifi_detail_t::w5,
@@ -171,31 +170,31 @@ struct Profile {
 };
 
 // Every word of the detail is set, also where it does not travel.
-Sample network(const char *ssid, const Kind &kind, const Texts &texts)
+Sample network(const char *ssid, const DetailForm &form, const Texts &texts)
 {
     auto profile = std::make_shared<Profile>();
-    profile->network = {borrowed(ssid), kind.kind, &profile->detail};
+    profile->network = {borrowed(ssid), form.detail_kind, &profile->detail};
     Sample sample{.data = profile,
                   .blocks = {sizeof(mdm_wifi_network_t)},
                   .resets_data = false,
                   .resets_data_size = false};
     add_text(sample, ssid);
-    sample.payload = sample.payload + word(static_cast<uint32_t>(kind.kind));
+    sample.payload = sample.payload + word(static_cast<uint32_t>(form.detail_kind));
     const size_t detail = sample.blocks.size();
-    if (!kind.words.empty()) {
+    if (!form.words.empty()) {
         sample.blocks.push_back(sizeof(mdm_wifi_detail_t));
     }
     for (size_t i = 0; i < words.size(); ++i) {
         mdm_wifi_word_t &word_i = profile->detail.*words[i];
         word_i.text = borrowed(texts[i]);
-        if (i < kind.words.size() && kind.words[i] == 's') {
+        if (i < form.words.size() && form.words[i] == 's') {
             add_text(sample, texts[i]);
-        } else if (i < kind.words.size()) {
+        } else if (i < form.words.size()) {
             word_i.number = 0x87654300 + static_cast<uint32_t>(i);
             sample.payload = sample.payload + word(word_i.number);
         }
     }
-    if (kind.words.starts_with('s')) {
+    if (form.words.starts_with('s')) {
         sample.released.push_back(detail);
     }
     return sample;
@@ -203,7 +202,7 @@ Sample network(const char *ssid, const Kind &kind, const Texts &texts)
 
 const Texts seven{"a", "bc", "def", "ghij", "klmno", "pqrstu", "vwxyz01"};
 
-// One of each form and of each kind of network, with the type that it travels under.
+// One of each form and of each form of a detail, with the type that it travels under.
 struct Typed {
     uint32_t type;
     Sample sample;
@@ -216,21 +215,13 @@ std::vector<Typed> one_of_each()
                                {triple_type, triple(seven)},
                                {list_type, ssids({"abc", "hi"})},
                                {raw_type, raw()}};
-    for (const Kind &kind : kinds) {
-        samples.push_back({network_type, network("home", kind, seven)});
+    for (const DetailForm &form : detail_forms) {
+        samples.push_back({network_type, network("home", form, seven)});
     }
     return samples;
 }
 
-std::vector<Block> without(std::vector<Block> blocks, const std::vector<const void *> &addresses)
-{
-    std::erase_if(blocks, [&](const Block &block) {
-        return std::ranges::find(addresses, block.address) != addresses.end();
-    });
-    return blocks;
-}
-
-// Releases what was received; of its blocks, those that the sample names must go, in its order.
+// Releases a received body. The blocks that the sample names must go, in its order.
 void expect_release(const Sample &sample, mdm_body_t &received, const std::vector<Block> &blocks)
 {
     const mdm_wifi_info_t before = received.wifi;
@@ -251,21 +242,31 @@ void expect_travels(uint32_t type, const Sample &sample)
     SCOPED_TRACE(type);
     mdm_body_t sent = body(type, 4, sample.data.get());
     const size_t size = 12 + sample.payload.size() + (sample.adds_data_size ? 4 : 0);
-    EXPECT_EQ(wifi.size(&sent), size);
-    EXPECT_EQ(wifi.size(&sent), size);
-    EXPECT_EQ(sent.wifi.data_size, 4);
+    expect_size(wifi, sent, static_cast<uint32_t>(size), 4);
     const Bytes bytes = wifi.write(&sent);
     ASSERT_EQ(bytes, head_bytes(type, 4) + sample.payload);
 
-    mdm_body_t received = body(0, 0, sentinel());
-    received.wifi.aux = 0xBBBBBBBB;
-    AllocationTrace trace;
-    EXPECT_EQ(wifi.read(&received, bytes), bytes.size());
-    trace.stop();
-    EXPECT_EQ(received.wifi.aux, 0xBBBBBBBBU);
+    auto [received, blocks] = receive(wifi, bytes);
+    expect_headed<&mdm_body_t::wifi>(received, type, 4);
     EXPECT_EQ(wifi.write(&received), bytes);  // so every field is where it was
-    ASSERT_THAT(sizes_of(trace.kept()), ElementsAreArray(sample.blocks));
-    expect_release(sample, received, trace.kept());
+    ASSERT_THAT(sizes_of(blocks), ElementsAreArray(sample.blocks));
+    expect_release(sample, received, blocks);
+}
+
+// A handler's entry, information with the texts, and its exit.
+std::vector<LogLine> lines(const Origin &function, const std::vector<std::string> &texts)
+{
+    std::vector<LogLine> lines = infos(function, texts);
+    lines.insert(lines.begin(), enter(function));
+    lines.push_back(leave(function));
+    return lines;
+}
+
+LogLine freeing_line(const mdm_body_t &received)
+{
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "Freeing %p", received.wifi.data);
+    return critical(wifi.free, text.data());
 }
 
 TEST(Wifi, TypeSelectsTheForm)
@@ -320,10 +321,10 @@ TEST(Wifi, StringsOfEveryLengthTravel)
         expect_travels(dhcp_type, dhcp({"a", text, "bc", text, "def"}));
         expect_travels(triple_type, triple({text, text, text}));
         expect_travels(triple_type, triple({"a", text, "bc"}));
-        for (const Kind &kind : kinds) {
-            expect_travels(network_type, network(text, kind, seven));
-            expect_travels(network_type, network("home", kind, texts));
-            expect_travels(network_type, network(text, kind, texts));
+        for (const DetailForm &form : detail_forms) {
+            expect_travels(network_type, network(text, form, seven));
+            expect_travels(network_type, network("home", form, texts));
+            expect_travels(network_type, network(text, form, texts));
         }
     }
 }
@@ -370,18 +371,10 @@ TEST(Wifi, DataSizeBelow1SendsTheHeadAloneAndMakesTheReceiversDataNull)
 {
     for (const auto &[type, sample] : one_of_each()) {
         for (const int32_t data_size : {0, -1, INT32_MIN}) {
-            mdm_body_t sent = body(type, data_size, sample.data.get());
-            LogRecorder log;
-            EXPECT_EQ(wifi.size(&sent), 12U);
-            EXPECT_EQ(log.take(), enter_and_leave(wifi.size));
-            const Bytes bytes = wifi.write(&sent);
-            EXPECT_EQ(bytes, head_bytes(type, data_size));
-            EXPECT_EQ(log.take(), enter_and_leave(wifi.set));
-            const mdm_body_t received = received_from(bytes);
-            EXPECT_EQ(received.wifi.data, nullptr);
-            EXPECT_EQ(received.wifi.data_size, data_size);
-            EXPECT_EQ(received.wifi.aux, 0xAAAAAAAAU);
-            EXPECT_EQ(log.take(), enter_and_leave(wifi.get));
+            const mdm_body_t sent = body(type, data_size, sample.data.get());
+            expect_head_alone(wifi, sent);
+            expect_head_received(wifi, type, data_size, nullptr);
+            expect_entry_and_exit(wifi, sent);
         }
     }
 }
@@ -434,15 +427,13 @@ TEST(Wifi, ListIsItsCountAndStrings)
 
 TEST(Wifi, CountBelow1IsReceivedAsANullList)
 {
-    for (const uint32_t count : {0U, 0xFFFFFFFFU, 0x80000000U}) {
-        LogRecorder log;
-        const mdm_body_t received = received_from(head_bytes(list_type, 1) + word(count));
-        EXPECT_EQ(received.wifi.data, nullptr);
-        EXPECT_EQ(received.wifi.data_size, 1);
-        const std::string text = "length : " + std::to_string(static_cast<int32_t>(count));
-        EXPECT_THAT(log.take(),
-                    ElementsAre(enter(wifi.get), info(wifi.get, text), leave(wifi.get)));
+    LogRecorder log;
+    expect_counts_below_1_as_null(wifi, list_type);
+    std::vector<LogLine> expected;
+    for (const char *text : {"length : 0", "length : -1", "length : -2147483648"}) {
+        expected.insert(expected.end(), {enter(wifi.get), info(wifi.get, text), leave(wifi.get)});
     }
+    EXPECT_EQ(log.take(), expected);
 }
 
 TEST(Wifi, EmptySsidsAreReceivedAsNullElements)
@@ -506,9 +497,7 @@ TEST(Wifi, NetworkIsItsSsidItsKindAndItsDetail)
                          "02 00 00 00 73 30 00 00 00 00 02 00 00 00 73 32 03 43 65 87 "
                          "02 00 00 00 73 34 02 00 00 00 73 35"));
 
-    AllocationTrace trace;
-    mdm_body_t received = received_from(bytes);
-    trace.stop();
+    const auto [received, blocks] = receive(wifi, bytes);
     const mdm_wifi_network_t &back = network_of(received);
     EXPECT_STREQ(back.ssid, "ab");
     EXPECT_EQ(back.detail_kind, 7);
@@ -519,68 +508,64 @@ TEST(Wifi, NetworkIsItsSsidItsKindAndItsDetail)
     EXPECT_STREQ(back.detail->w4.text, "s4");
     EXPECT_STREQ(back.detail->w5.text, "s5");
     EXPECT_EQ(back.detail->w6.text, nullptr);
-    release_blocks(trace.kept());
+    release_blocks(blocks);
 }
 
 TEST(Wifi, WordsOfADetailThatDoNotTravelAreReceivedAsNull)
 {
-    for (const Kind &kind : kinds) {
-        SCOPED_TRACE(kind.kind);
-        const Sample sample = network("home", kind, seven);
-        AllocationTrace trace;
-        const mdm_body_t received = received_from(head_bytes(network_type, 1) + sample.payload);
-        trace.stop();
+    for (const DetailForm &form : detail_forms) {
+        SCOPED_TRACE(form.detail_kind);
+        const Sample sample = network("home", form, seven);
+        const auto [received, blocks] = receive(wifi, head_bytes(network_type, 1) + sample.payload);
         const mdm_wifi_detail_t &detail = *network_of(received).detail;
-        for (size_t i = kind.words.size(); i < words.size(); ++i) {
+        for (size_t i = form.words.size(); i < words.size(); ++i) {
             EXPECT_EQ((detail.*words[i]).text, nullptr) << i;
         }
-        release_blocks(trace.kept());
+        release_blocks(blocks);
     }
 }
 
 TEST(Wifi, NetworkOfAnyOtherKindHasNoDetail)
 {
     std::vector<int32_t> others{INT32_MIN, INT32_MAX, 0x10001, INT32_MIN + 6};
-    for (int32_t kind = -300; kind <= 300; ++kind) {
-        if (kind < 1 || kind > 9) {
-            others.push_back(kind);
+    for (int32_t detail_kind = -300; detail_kind <= 300; ++detail_kind) {
+        if (detail_kind < 1 || detail_kind > 9) {
+            others.push_back(detail_kind);
         }
     }
-    for (const int32_t kind : others) {
-        SCOPED_TRACE(kind);
-        const Sample sample = network("home", {kind, ""}, seven);
+    for (const int32_t detail_kind : others) {
+        SCOPED_TRACE(detail_kind);
+        const Sample sample = network("home", {detail_kind, ""}, seven);
         expect_travels(network_type, sample);
-        AllocationTrace trace;
-        const mdm_body_t received = received_from(head_bytes(network_type, 1) + sample.payload);
-        trace.stop();
-        EXPECT_EQ(network_of(received).detail_kind, kind);
+        const auto [received, blocks] = receive(wifi, head_bytes(network_type, 1) + sample.payload);
+        EXPECT_EQ(network_of(received).detail_kind, detail_kind);
         EXPECT_EQ(network_of(received).detail, nullptr);
-        release_blocks(trace.kept());
+        release_blocks(blocks);
     }
 }
 
 // Q-WIFI-2
 TEST(Wifi, MissingDetailIsNotWritten)
 {
-    for (int32_t kind = 0; kind <= 10; ++kind) {
-        mdm_wifi_network_t record{borrowed("ab"), kind, nullptr};
+    for (int32_t detail_kind = 0; detail_kind <= 10; ++detail_kind) {
+        mdm_wifi_network_t record{borrowed("ab"), detail_kind, nullptr};
         mdm_body_t sent = body(network_type, 1, &record);
         EXPECT_EQ(wifi.write(&sent), head_bytes(network_type, 1) + hex("02 00 00 00 61 62") +
-                                         word(static_cast<uint32_t>(kind)));
+                                         word(static_cast<uint32_t>(detail_kind)));
     }
 }
 
 // Q-WIFI-2
 TEST(Wifi, MissingNumberIsCountedAndArrivesAsZero)
 {
-    for (const int32_t kind : {1, 8, 9}) {
-        mdm_wifi_network_t record{borrowed("ab"), kind, nullptr};
+    for (const int32_t detail_kind : {1, 8, 9}) {
+        mdm_wifi_network_t record{borrowed("ab"), detail_kind, nullptr};
         mdm_msg_t msg = message(wifi.type);
         msg.body = body(network_type, 1, &record);
         EXPECT_EQ(wifi.size(&msg.body), 12U + 6 + 4 + 4);
         const Bytes bytes = serialize(msg);
         EXPECT_EQ(Bytes(bytes.begin() + 58, bytes.end()),
-                  word(static_cast<uint32_t>(kind)) + word(0));
+                  word(static_cast<uint32_t>(detail_kind)) + word(0));
 
         mdm_msg_t received{};
         AllocationTrace trace;
@@ -594,8 +579,8 @@ TEST(Wifi, MissingNumberIsCountedAndArrivesAsZero)
 
 TEST(Wifi, MissingDetailOfNoKindIsNotCounted)
 {
-    for (const int32_t kind : {0, 10, -1}) {
-        mdm_wifi_network_t record{nullptr, kind, nullptr};
+    for (const int32_t detail_kind : {0, 10, -1}) {
+        mdm_wifi_network_t record{nullptr, detail_kind, nullptr};
         mdm_body_t sent = body(network_type, 1, &record);
         EXPECT_EQ(wifi.size(&sent), 12U + 4 + 4);
     }
@@ -603,30 +588,7 @@ TEST(Wifi, MissingDetailOfNoKindIsNotCounted)
 
 TEST(Wifi, RawPayloadEndsAtItsFirstZeroByte)
 {
-    char payload[] = "a\0b";
-    mdm_body_t sent = body(raw_type, 3, payload);
-    EXPECT_EQ(wifi.size(&sent), 15U);
-    const Bytes bytes = wifi.write(&sent);
-    EXPECT_EQ(bytes, head_bytes(raw_type, 3) + hex("61 00 62"));
-    AllocationTrace trace;
-    mdm_body_t received = received_from(bytes);
-    trace.stop();
-    EXPECT_THAT(trace.kept(), ElementsAre(Block{received.wifi.data, 4}));
-    EXPECT_EQ(std::string(static_cast<char *>(received.wifi.data), 4), std::string("a\0\0\0", 4));
-    EXPECT_EQ(received.wifi.data_size, 3);
-    wifi.free(&received);
-}
-
-TEST(Wifi, RawPayloadsOfEveryLengthTravel)
-{
-    for (const size_t length : {size_t{1}, size_t{3000}}) {
-        std::string payload(length, '\xFE');
-        mdm_body_t sent = body(raw_type, static_cast<int32_t>(length), payload.data());
-        EXPECT_EQ(wifi.size(&sent), 12 + length);
-        mdm_body_t received = received_from(wifi.write(&sent));
-        EXPECT_EQ(static_cast<char *>(received.wifi.data), payload);
-        wifi.free(&received);
-    }
+    expect_raw_bytes_to_travel(wifi, raw_type);
 }
 
 TEST(Wifi, FreeNullsTheStringsOfARecordBeforeItReleasesIt)
@@ -653,20 +615,18 @@ TEST(Wifi, FreeNullsTheStringsOfARecordBeforeItReleasesIt)
 // Q-WIFI-4
 TEST(Wifi, FreeLeavesTheNetworkRecordAsItWas)
 {
-    for (const Kind &kind : kinds) {
-        SCOPED_TRACE(kind.kind);
-        AllocationTrace reading;
-        mdm_body_t received =
-            received_from(head_bytes(network_type, 1) + network("home", kind, seven).payload);
-        reading.stop();
+    for (const DetailForm &form : detail_forms) {
+        SCOPED_TRACE(form.detail_kind);
+        auto [received, blocks] =
+            receive(wifi, head_bytes(network_type, 1) + network("home", form, seven).payload);
         const mdm_wifi_network_t before = network_of(received);
         const auto released = wifi.release(&received);
         EXPECT_EQ(network_of(received).ssid, before.ssid);
-        EXPECT_EQ(network_of(received).detail_kind, kind.kind);
+        EXPECT_EQ(network_of(received).detail_kind, form.detail_kind);
         EXPECT_EQ(network_of(received).detail, before.detail);
         EXPECT_EQ(received.wifi.data_size, 1);
-        const std::vector<Block> kept = without(reading.kept(), released);
-        EXPECT_EQ(kept.size(), kind.words == "n" ? 2U : 1U);
+        const std::vector<Block> kept = without(blocks, released);
+        EXPECT_EQ(kept.size(), form.words == "n" ? 2U : 1U);
         release_blocks(kept);
     }
 }
@@ -676,11 +636,9 @@ TEST(Wifi, FreeLooksAtDataAndNotAtDataSize)
 {
     for (const auto &[type, sample] : one_of_each()) {
         for (const int32_t data_size : {0, -1}) {
-            AllocationTrace trace;
-            mdm_body_t received = received_from(head_bytes(type, 4) + sample.payload);
-            trace.stop();
+            auto [received, blocks] = receive(wifi, head_bytes(type, 4) + sample.payload);
             received.wifi.data_size = data_size;
-            expect_release(sample, received, trace.kept());
+            expect_release(sample, received, blocks);
         }
     }
 }
@@ -689,12 +647,7 @@ TEST(Wifi, FreeLooksAtDataAndNotAtDataSize)
 TEST(Wifi, FreeOfNullDataDoesNothing)
 {
     for (const auto &[type, sample] : one_of_each()) {
-        mdm_body_t received = body(type, 3, nullptr);
-        LogRecorder log;
-        EXPECT_THAT(wifi.release(&received), IsEmpty());
-        EXPECT_EQ(received.wifi.data, nullptr);
-        EXPECT_EQ(received.wifi.data_size, 3);
-        EXPECT_EQ(log.take(), enter_and_leave(wifi.free));
+        expect_no_release(wifi, body(type, 3, nullptr), enter_and_leave(wifi.free));
     }
 }
 
@@ -710,31 +663,17 @@ TEST(Wifi, FreeMayRunTwiceExceptOnANetwork)
     }
 }
 
-// The lines that a handler logs between those of its entry and its exit.
-void expect_lines(LogRecorder &log, const Origin &function, const std::vector<LogLine> &between)
-{
-    std::vector<LogLine> lines{enter(function)};
-    lines.insert(lines.end(), between.begin(), between.end());
-    lines.push_back(leave(function));
-    EXPECT_THAT(log.take(), ElementsAreArray(lines));
-}
-
 TEST(Wifi, PairIsLoggedByEveryHandler)
 {
     for (const char *value : {static_cast<const char *>(nullptr), "hi"}) {
         const std::string text =
             std::string("ssid : abc, value : ") + (value == nullptr ? "(null)" : value);
         const Sample sample = pair("abc", value);
-        mdm_body_t sent = body(pair_type, 1, sample.data.get());
-        LogRecorder log;
-        wifi.size(&sent);
-        expect_lines(log, wifi.size, {info(wifi.size, text)});
-        const Bytes bytes = wifi.write(&sent);
-        expect_lines(log, wifi.set, {info(wifi.set, text)});
-        mdm_body_t received = received_from(bytes);
-        expect_lines(log, wifi.get, {info(wifi.get, text)});
-        wifi.free(&received);
-        expect_lines(log, wifi.free, {info(wifi.free, text)});
+        const HandlerLines logged = logged_lines(wifi, body(pair_type, 1, sample.data.get()));
+        EXPECT_EQ(logged.size, lines(wifi.size, {text}));
+        EXPECT_EQ(logged.set, lines(wifi.set, {text}));
+        EXPECT_EQ(logged.get, lines(wifi.get, {text}));
+        EXPECT_EQ(logged.free, lines(wifi.free, {text}));
     }
 }
 
@@ -742,20 +681,12 @@ TEST(Wifi, PairIsLoggedByEveryHandler)
 TEST(Wifi, ListIsLoggedByEveryHandlerButFree)
 {
     const Sample sample = ssids({"abc", "", "hi"});
-    mdm_body_t sent = body(list_type, 1, sample.data.get());
-    LogRecorder log;
-    wifi.size(&sent);
-    expect_lines(log, wifi.size,
-                 {info(wifi.size, "len : 3"), info(wifi.size, "ssid : abc"),
-                  info(wifi.size, "ssid : "), info(wifi.size, "ssid : hi")});
-    const Bytes bytes = wifi.write(&sent);
-    expect_lines(log, wifi.set, {info(wifi.set, "length : 3")});
-    mdm_body_t received = received_from(bytes);
-    expect_lines(log, wifi.get,
-                 {info(wifi.get, "length : 3"), info(wifi.get, "ssid : abc"),
-                  info(wifi.get, "ssid : (null)"), info(wifi.get, "ssid : hi")});
-    wifi.free(&received);
-    expect_lines(log, wifi.free, {});
+    const HandlerLines logged = logged_lines(wifi, body(list_type, 1, sample.data.get()));
+    EXPECT_EQ(logged.size, lines(wifi.size, {"len : 3", "ssid : abc", "ssid : ", "ssid : hi"}));
+    EXPECT_EQ(logged.set, lines(wifi.set, {"length : 3"}));
+    EXPECT_EQ(logged.get,
+              lines(wifi.get, {"length : 3", "ssid : abc", "ssid : (null)", "ssid : hi"}));
+    EXPECT_EQ(logged.free, lines(wifi.free, {}));
 }
 
 TEST(Wifi, EmptyListLogsItsLength)
@@ -763,9 +694,9 @@ TEST(Wifi, EmptyListLogsItsLength)
     mdm_body_t sent = body(list_type, 1, nullptr);
     LogRecorder log;
     EXPECT_EQ(wifi.size(&sent), 16U);
-    expect_lines(log, wifi.size, {info(wifi.size, "len : 0")});
+    EXPECT_EQ(log.take(), lines(wifi.size, {"len : 0"}));
     EXPECT_EQ(wifi.write(&sent), head_bytes(list_type, 1) + word(0));
-    expect_lines(log, wifi.set, {info(wifi.set, "length : 0")});
+    EXPECT_EQ(log.take(), lines(wifi.set, {"length : 0"}));
 }
 
 TEST(Wifi, OtherFormsLogEnterAndExitAndARawPayloadItsRelease)
@@ -776,21 +707,19 @@ TEST(Wifi, OtherFormsLogEnterAndExitAndARawPayloadItsRelease)
         }
         SCOPED_TRACE(type);
         mdm_body_t sent = body(type, 4, sample.data.get());
+        const HandlerLines logged = logged_lines(wifi, sent);
+        EXPECT_EQ(logged.size, lines(wifi.size, {}));
+        EXPECT_EQ(logged.set, lines(wifi.set, {}));
+        EXPECT_EQ(logged.get, lines(wifi.get, {}));
+
+        auto [received, blocks] = receive(wifi, wifi.write(&sent));
+        std::vector<LogLine> freeing = lines(wifi.free, {});
+        if (type == raw_type) {
+            freeing.insert(freeing.begin() + 1, freeing_line(received));
+        }
         LogRecorder log;
-        wifi.size(&sent);
-        expect_lines(log, wifi.size, {});
-        const Bytes bytes = wifi.write(&sent);
-        expect_lines(log, wifi.set, {});
-        AllocationTrace trace;
-        mdm_body_t received = received_from(bytes);
-        trace.stop();
-        expect_lines(log, wifi.get, {});
-        std::array<char, 64> text{};
-        std::snprintf(text.data(), text.size(), "Freeing %p", received.wifi.data);
-        expect_release(sample, received, trace.kept());
-        expect_lines(log, wifi.free,
-                     type == raw_type ? std::vector{critical(wifi.free, text.data())}
-                                      : std::vector<LogLine>{});
+        expect_release(sample, received, blocks);
+        EXPECT_EQ(log.take(), freeing);
     }
 }
 
@@ -798,38 +727,29 @@ TEST(Wifi, OtherFormsLogEnterAndExitAndARawPayloadItsRelease)
 TEST(Wifi, ReleaseOfRawBytesIsLoggedAsAFailureAndKeepsDataSize)
 {
     mdm_body_t received = body(raw_type, 3, heap_text("abc"));
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "Freeing %p", received.wifi.data);
+    const LogLine line = freeing_line(received);
     LogRecorder log(MDM_LOG_CRITICAL);
     wifi.free(&received);
-    EXPECT_THAT(log.take(), ElementsAre(critical(wifi.free, text.data())));
+    EXPECT_THAT(log.take(), ElementsAre(line));
     EXPECT_EQ(received.wifi.data, nullptr);
     EXPECT_EQ(received.wifi.data_size, 3);
 }
 
 TEST(Wifi, BothTypesOfTheMessageTravelAndLeaveANetworkBehind)
 {
-    for (const uint8_t msg_type : {uint8_t{7}, uint8_t{8}}) {
+    for (const uint8_t message_type : {uint8_t{7}, uint8_t{8}}) {
         for (const auto &[type, sample] : one_of_each()) {
-            mdm_msg_t msg = message(msg_type);
-            msg.body = body(type, 4, sample.data.get());
-            const Bytes bytes = serialize(msg);
+            const Journey journey = travel(message_type, body(type, 4, sample.data.get()));
             const Bytes padding(sample.adds_data_size ? 4 : 0);
-            EXPECT_EQ(Bytes(bytes.begin() + 40, bytes.end()),
-                      head_bytes(type, 4) + sample.payload + padding);
-            mdm_msg_t received{};
-            AllocationTrace trace;
-            EXPECT_EQ(deserialize(received, bytes), 0);
-            EXPECT_EQ(ipc_free(&received), 0);
-            trace.stop();
+            EXPECT_EQ(journey.bytes, head_bytes(type, 4) + sample.payload + padding);
             std::vector<size_t> kept;
             for (size_t i = 0; i < sample.blocks.size(); ++i) {
                 if (std::ranges::count(sample.released, i) == 0) {
                     kept.push_back(sample.blocks[i]);
                 }
             }
-            EXPECT_THAT(sizes_of(trace.kept()), ElementsAreArray(kept));
-            release_blocks(trace.kept());
+            EXPECT_THAT(sizes_of(journey.kept), ElementsAreArray(kept));
+            release_blocks(journey.kept);
         }
     }
 }
