@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "ipc/category.hpp"
+#include "support/bodies.hpp"
 #include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/no_memory.hpp"

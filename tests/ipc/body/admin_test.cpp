@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocation_trace.hpp"
+#include "support/bodies.hpp"
 #include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"

@@ -12,6 +12,7 @@
 
 #include "ipc/envelope.hpp"
 #include "support/allocation_trace.hpp"
+#include "support/bodies.hpp"
 #include "support/handlers.hpp"
 #include "support/log_recorder.hpp"
 #include "support/no_memory.hpp"
