@@ -3,6 +3,12 @@
 
 namespace mdm::test {
 
+std::string text_of(const ipc_fault_t &fault)
+{
+    return std::string(fault.path) + ": offset " + std::to_string(fault.offset) + ", needed " +
+           std::to_string(fault.needed) + ", left " + std::to_string(fault.left);
+}
+
 std::string sentence(const ipc_fault_t &fault)
 {
     gchar *text = ipc_fault_describe(&fault);
@@ -14,6 +20,15 @@ std::string sentence(const ipc_fault_t &fault)
 std::string refusal_line(const ipc_fault_t &fault)
 {
     return "Refused: " + sentence(fault);
+}
+
+std::vector<LogLine> lines_of(const Origin &from, const ipc_fault_t &fault)
+{
+    std::vector<LogLine> lines = enter_and_leave(from);
+    if (!is_untouched(fault)) {
+        lines.insert(lines.begin() + 1, critical(from, refusal_line(fault)));
+    }
+    return lines;
 }
 
 }  // namespace mdm::test

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Which fault ipc_open() reports, to the byte. Each message knows the steps of reading it. A cut,
+// The fault that ipc_open() reports, to the byte. Each message knows the steps of reading it. A cut,
 // and a false count or length, must hit the right step, and the fault must say so.
 #include <algorithm>
 #include <initializer_list>
@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -41,7 +42,7 @@ struct Fault {
     }
 };
 
-// Nothing if the bytes were opened.
+// No fault if the bytes were opened.
 std::optional<Fault> fault_of(const uint8_t *buffer, size_t length)
 {
     const LogRecorder log(MDM_LOG_NONE);
@@ -62,19 +63,8 @@ std::optional<Fault> fault_of(const Bytes &bytes)
 
 Bytes with_word(Bytes bytes, size_t offset, uint32_t value)
 {
-    std::ranges::copy(word(value), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+    put_word(bytes, offset, value);
     return bytes;
-}
-
-Bytes first(const Bytes &bytes, size_t count)
-{
-    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)};
-}
-
-// A cut message whose length field tells so.
-Bytes cut(const Bytes &bytes, size_t length)
-{
-    return with_word(first(bytes, length), 0, static_cast<uint32_t>(length - 8));
 }
 
 // The envelope.
@@ -94,7 +84,7 @@ TEST(Fault, OfAFalseLengthIsWhatItClaims)
     EXPECT_EQ(fault_of(with_word(bytes, 0, 33)), (Fault{0, 41, 40, "header.length"}));
     EXPECT_EQ(fault_of(with_word(bytes, 0, 31)), (Fault{0, 39, 40, "header.length"}));
     EXPECT_EQ(fault_of(with_word(bytes, 0, 0)), (Fault{0, 8, 40, "header.length"}));
-    EXPECT_EQ(fault_of(first(bytes, 39)), (Fault{0, 40, 39, "header.length"}));
+    EXPECT_EQ(fault_of(first_bytes(bytes, 39)), (Fault{0, 40, 39, "header.length"}));
     EXPECT_EQ(fault_of(bytes + hex("00")), (Fault{0, 40, 41, "header.length"}));
     EXPECT_EQ(fault_of(with_word(bytes, 0, 0x7FFFFFFF)),
               (Fault{0, 0x80000007, 40, "header.length"}));
@@ -103,7 +93,7 @@ TEST(Fault, OfAFalseLengthIsWhatItClaims)
     EXPECT_EQ(fault_of(with_word(bytes, 0, most)), (Fault{0, most, 40, "header.length"}));
 }
 
-// In 32 bits the length field would wrap to what is expected of so few bytes.
+// In 32 bits the length field and 8 would wrap to the number of these bytes.
 TEST(Fault, OfALengthThatWrapsIsTheLengthField)
 {
     EXPECT_EQ(fault_of(hex("FC FF FF FF")), (Fault{0, most, 4, "header.length"}));
@@ -180,40 +170,40 @@ TEST(FaultSentence, SaysThatASizeIsNegative)
     EXPECT_EQ(sentence({52, most, 4, "apn.data"}), "apn.data at offset 52 has a negative size");
     EXPECT_EQ(sentence({52, most - 1, 4, "apn.data"}),
               "apn.data at offset 52 needs 4294967294 bytes, 4 are left");
-    // So much could also be needed by an array that is as long.
+    // An array of that length could also need as many bytes.
     EXPECT_EQ(sentence({52, most, 4, "misc.array"}),
               "misc.array at offset 52 needs 4294967295 bytes or more, 4 are left");
 }
 
-TEST(FaultSentence, SaysBothLengthsThatDoNotFit)
+// The sentence of a fault in the length field, behind the field's name.
+std::string length_sentence(uint32_t needed, uint32_t left)
 {
-    EXPECT_EQ(sentence({0, 60, 57, "header.length"}),
-              "header.length announces a message of 60 bytes, 57 are there");
-    EXPECT_EQ(sentence({0, 8, 40, "header.length"}),
-              "header.length announces a message of 8 bytes, 40 are there");
-    EXPECT_EQ(sentence({0, 40, 41, "header.length"}),
-              "header.length announces a message of 40 bytes, 41 are there");
-    EXPECT_EQ(sentence({0, most, 41, "header.length"}),
-              "header.length announces a message of 4294967295 bytes or more, 41 are there");
+    const std::string whole = sentence({0, needed, left, "header.length"});
+    EXPECT_THAT(whole, ::testing::StartsWith("header.length"));
+    return whole.substr(std::min(whole.size(), sizeof "header.length" - 1));
 }
 
-// Which length field these bytes have cannot be told from the fault.
+TEST(FaultSentence, SaysBothLengthsThatDoNotFit)
+{
+    EXPECT_EQ(length_sentence(60, 57), " announces a message of 60 bytes, 57 are there");
+    EXPECT_EQ(length_sentence(8, 40), " announces a message of 8 bytes, 40 are there");
+    EXPECT_EQ(length_sentence(40, 41), " announces a message of 40 bytes, 41 are there");
+    EXPECT_EQ(length_sentence(most, 41),
+              " announces a message of 4294967295 bytes or more, 41 are there");
+}
+
+// The fault does not tell which value the length field has.
 TEST(FaultSentence, SaysHowLongAMessageIsAtLeast)
 {
-    EXPECT_EQ(sentence({0, 40, 39, "header.length"}),
-              "header.length: a message has 40 bytes or more, 39 are there");
-    EXPECT_EQ(sentence({0, 40, 1, "header.length"}),
-              "header.length: a message has 40 bytes or more, 1 is there");
-    EXPECT_EQ(sentence({0, 41, 39, "header.length"}),
-              "header.length announces a message of 41 bytes, 39 are there");
+    EXPECT_EQ(length_sentence(40, 39), ": a message has 40 bytes or more, 39 are there");
+    EXPECT_EQ(length_sentence(40, 1), ": a message has 40 bytes or more, 1 is there");
+    EXPECT_EQ(length_sentence(41, 39), " announces a message of 41 bytes, 39 are there");
 }
 
 TEST(FaultSentence, SaysThatNotEvenALengthIsThere)
 {
-    EXPECT_EQ(sentence({0, 4, 3, "header.length"}),
-              "header.length at offset 0 needs 4 bytes, 3 are left");
-    EXPECT_EQ(sentence({0, 4, 0, "header.length"}),
-              "header.length at offset 0 needs 4 bytes, 0 are left");
+    EXPECT_EQ(length_sentence(4, 3), " at offset 0 needs 4 bytes, 3 are left");
+    EXPECT_EQ(length_sentence(4, 0), " at offset 0 needs 4 bytes, 0 are left");
 }
 
 TEST(FaultSentence, SaysThatATypeIsNone)
@@ -247,7 +237,7 @@ TEST(FaultSentence, SaysHowMuchMemoryCouldNotBeHad)
     EXPECT_EQ(sentence({0, most, 0, "memory"}), "there is no memory for 4294967295 bytes or more");
 }
 
-// Nothing was refused yet.
+// A fault that no refusal has written.
 TEST(FaultSentence, SaysSoOfAFaultThatNobodyHasWritten)
 {
     EXPECT_EQ(sentence({}), "there is no fault");
@@ -385,111 +375,124 @@ TEST(Fault, NamesTheFieldThatACutHits)
     }
 }
 
-// Calls `check` with each claim about something, the message and how many bytes are left behind the
-// number.
+// A good message with other values in one of its count fields.
+class Recounted {
+public:
+    Recounted(const GoodMessage &message, const CountField &count)
+        : left(static_cast<uint32_t>(message.bytes.size() - count.behind)), message_(message),
+          count_(count)
+    {
+    }
+
+    // Fewer bytes follow than the value counts.
+    void expect_refused(uint32_t value, uint32_t needed) const
+    {
+        const auto offset = static_cast<uint32_t>(count_.behind);
+        EXPECT_EQ(fault_with(value), (Fault{offset, needed, left, count_.path})) << value;
+    }
+
+    void expect_opened(std::initializer_list<uint32_t> values) const
+    {
+        for (const uint32_t value : values) {
+            EXPECT_EQ(fault_with(value), std::nullopt) << value;
+        }
+    }
+
+    // One element more than there can be, and sizes that 32 bits cannot hold.
+    void expect_many_refused() const
+    {
+        const uint32_t one_too_many = left / count_.smallest + 1;
+        expect_refused(one_too_many, one_too_many * count_.smallest);
+        const uint32_t last_exact = most / count_.smallest;
+        expect_refused(last_exact, last_exact * count_.smallest);
+        expect_refused(last_exact + 1, most);
+        expect_refused(0x7FFFFFFF, most);
+    }
+
+    const uint32_t left;  // the number of bytes behind the field
+
+private:
+    std::optional<Fault> fault_with(uint32_t value) const
+    {
+        return fault_of(with_word(message_.bytes, count_.at, value));
+    }
+
+    const GoodMessage &message_;
+    const CountField &count_;
+};
+
 template <class Check>
-void for_each_claim(Claim::Of of, Check check)
+void for_each_count(CountField::Of of, Check check)
 {
-    size_t count = 0;
+    size_t fields = 0;
     for (const GoodMessage &message : bodies()) {
-        for (const Claim &claim : message.claims) {
-            if (claim.of == of) {
-                ++count;
-                SCOPED_TRACE(message.name + ": " + claim.path + " at " + std::to_string(claim.at));
-                check(claim, message.bytes,
-                      static_cast<uint32_t>(message.bytes.size() - claim.behind));
+        for (const CountField &count : message.counts) {
+            if (count.of == of) {
+                ++fields;
+                SCOPED_TRACE(message.name + ": " + count.path + " at " + std::to_string(count.at));
+                check(Recounted(message, count));
             }
         }
     }
-    EXPECT_GT(count, 0U);
-}
-
-// The bytes that a false number claims are missing behind it.
-void expect_claim_refused(const Claim &claim, const Bytes &bytes, uint32_t value, uint32_t needed)
-{
-    const auto left = static_cast<uint32_t>(bytes.size() - claim.behind);
-    EXPECT_EQ(fault_of(with_word(bytes, claim.at, value)),
-              (Fault{static_cast<uint32_t>(claim.behind), needed, left, claim.path}))
-        << value;
-}
-
-// The claim of one more element than there can be, and such that 32 bits cannot hold.
-void expect_large_counts_refused(const Claim &claim, const Bytes &bytes, uint32_t left)
-{
-    const uint32_t one_too_many = left / claim.smallest + 1;
-    expect_claim_refused(claim, bytes, one_too_many, one_too_many * claim.smallest);
-    const uint32_t last_exact = most / claim.smallest;
-    expect_claim_refused(claim, bytes, last_exact, last_exact * claim.smallest);
-    expect_claim_refused(claim, bytes, last_exact + 1, most);
-    expect_claim_refused(claim, bytes, 0x7FFFFFFF, most);
+    EXPECT_GT(fields, 0U);
 }
 
 TEST(Fault, OfATextIsTheLengthThatItClaims)
 {
-    for_each_claim(Claim::Of::text, [](const Claim &claim, const Bytes &bytes, uint32_t left) {
-        for (const uint32_t value : {left + 1, left + 2, 0x7FFFFFFFU, 0x80000000U, most}) {
-            expect_claim_refused(claim, bytes, value, value);
+    for_each_count(CountField::Of::text, [](const Recounted &text) {
+        for (const uint32_t value :
+             {text.left + 1, text.left + 2, 0x7FFFFFFFU, 0x80000000U, most}) {
+            text.expect_refused(value, value);
         }
     });
 }
 
 TEST(Fault, OfAListIsTheSizeOfTheElementsThatItClaims)
 {
-    for_each_claim(Claim::Of::list, [](const Claim &claim, const Bytes &bytes, uint32_t left) {
-        expect_large_counts_refused(claim, bytes, left);
-        for (const uint32_t value : {0U, 0x80000000U, most}) {
-            EXPECT_EQ(fault_of(with_word(bytes, claim.at, value)), std::nullopt) << value;
-        }
+    for_each_count(CountField::Of::list, [](const Recounted &list) {
+        list.expect_many_refused();
+        list.expect_opened({0, 0x80000000, most});
     });
 }
 
-// As many strings as the number says without a sign: the parameter's list knows no empty one but 0.
+// The count of the list in the parameter has no sign: only 0 stands for an empty list.
 // Q-MISC-7
 TEST(Fault, OfAMiscListIsTheSizeOfTheElementsThatItClaims)
 {
-    for_each_claim(Claim::Of::unsigned_list,
-                   [](const Claim &claim, const Bytes &bytes, uint32_t left) {
-                       expect_large_counts_refused(claim, bytes, left);
-                       expect_claim_refused(claim, bytes, 0x80000000, most);
-                       expect_claim_refused(claim, bytes, most, most);
-                       EXPECT_EQ(fault_of(with_word(bytes, claim.at, 0)), std::nullopt);
-                   });
+    for_each_count(CountField::Of::unsigned_list, [](const Recounted &list) {
+        list.expect_many_refused();
+        list.expect_refused(0x80000000, most);
+        list.expect_refused(most, most);
+        list.expect_opened({0});
+    });
 }
 
 TEST(Fault, OfRawBytesIsTheSizeThatTheHeadClaims)
 {
-    const auto expect_too_large_refused = [](const Claim &claim, const Bytes &bytes,
-                                             uint32_t left) {
-        for (const uint32_t value : {left + 1, left + 2, 0x7FFFFFFFU}) {
-            expect_claim_refused(claim, bytes, value, value);
+    const auto expect_too_large_refused = [](const Recounted &raw) {
+        for (const uint32_t value : {raw.left + 1, raw.left + 2, 0x7FFFFFFFU}) {
+            raw.expect_refused(value, value);
         }
-        EXPECT_EQ(fault_of(with_word(bytes, claim.at, left)), std::nullopt);
-        EXPECT_EQ(fault_of(with_word(bytes, claim.at, left - 1)), std::nullopt);
-        EXPECT_EQ(fault_of(with_word(bytes, claim.at, 0)), std::nullopt);
+        raw.expect_opened({raw.left, raw.left - 1, 0});
     };
-    for_each_claim(Claim::Of::size, [&](const Claim &claim, const Bytes &bytes, uint32_t left) {
-        expect_too_large_refused(claim, bytes, left);
-        for (const uint32_t value : {0x80000000U, most}) {  // no payload follows
-            EXPECT_EQ(fault_of(with_word(bytes, claim.at, value)), std::nullopt) << value;
-        }
+    for_each_count(CountField::Of::size, [&](const Recounted &raw) {
+        expect_too_large_refused(raw);
+        raw.expect_opened({0x80000000, most});  // no payload follows
     });
-    for_each_claim(Claim::Of::signed_size,
-                   [&](const Claim &claim, const Bytes &bytes, uint32_t left) {
-                       expect_too_large_refused(claim, bytes, left);
-                       for (const uint32_t value : {0x80000000U, most}) {
-                           expect_claim_refused(claim, bytes, value, most);
-                       }
-                   });
+    for_each_count(CountField::Of::signed_size, [&](const Recounted &raw) {
+        expect_too_large_refused(raw);
+        raw.expect_refused(0x80000000, most);
+        raw.expect_refused(most, most);
+    });
 }
 
 TEST(Fault, OfAnArrayIsTheSizeOfTheStringsThatTheHeadClaims)
 {
-    for_each_claim(Claim::Of::array, [](const Claim &claim, const Bytes &bytes, uint32_t left) {
-        expect_large_counts_refused(claim, bytes, left);
-        for (const uint32_t value : {0x80000000U, most}) {
-            expect_claim_refused(claim, bytes, value, most);
-        }
-        EXPECT_EQ(fault_of(with_word(bytes, claim.at, 0)), std::nullopt);
+    for_each_count(CountField::Of::array, [](const Recounted &array) {
+        array.expect_many_refused();
+        array.expect_refused(0x80000000, most);
+        array.expect_refused(most, most);
+        array.expect_opened({0});
     });
 }
 

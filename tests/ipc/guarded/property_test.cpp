@@ -21,16 +21,14 @@
 #include "mdm/guarded.h"
 #include "support/allocation_trace.hpp"
 #include "support/dump.hpp"
+#include "support/fault.hpp"
 #include "support/log_recorder.hpp"
+#include "support/messages.hpp"
 #include "support/senders.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
 namespace {
-
-constexpr size_t trailer_size = 5;
-constexpr uint32_t untouched_length = 0xA1A2A3A4;
-constexpr const char *untouched_path = "untouched";
 
 bool are_same(const mdm_msg_t &left, const mdm_msg_t &right)
 {
@@ -60,43 +58,25 @@ std::optional<Bytes> sealed_with_trailer(mdm_msg_t &msg)
     std::array<uint8_t, sizeof msg> before{};
     std::memcpy(before.data(), &msg, sizeof msg);
     uint32_t length = untouched_length;
-    ipc_fault_t fault = {0, 0, 0, untouched_path};
+    ipc_fault_t fault = untouched_fault;
     AllocationTrace trace;
     uint8_t *buffer = ipc_seal(&msg, &length, &fault);
     trace.stop();
     if (buffer == nullptr) {
         RC_ASSERT(std::memcmp(&msg, before.data(), sizeof msg) == 0);
         RC_ASSERT(length == untouched_length);
-        RC_ASSERT(fault.path != untouched_path);
+        RC_ASSERT(!is_untouched(fault));
         RC_ASSERT(trace.kept().empty());
         return std::nullopt;
     }
-    RC_ASSERT(fault.path == untouched_path);
+    RC_ASSERT(is_untouched(fault));
     RC_ASSERT(trace.kept() == (std::vector<Block>{{buffer, length + trailer_size}}));
     return with_trailer(buffer, length);
 }
 
 Bytes without_trailer(const Bytes &bytes)
 {
-    return {bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(trailer_size)};
-}
-
-struct CloseMessage {
-    void operator()(mdm_msg_t *msg) const { ipc_close(msg); }
-};
-using Opened = std::unique_ptr<mdm_msg_t, CloseMessage>;
-
-// An exact heap copy is opened, so that no read beyond it goes unseen under a sanitizer, and is
-// gone when the message is looked at.
-Opened opened(const Bytes &bytes, ipc_fault_t *fault = nullptr)
-{
-    const auto copy = std::make_unique<Bytes>(bytes);
-    return Opened(ipc_open(copy->data(), static_cast<uint32_t>(copy->size()), fault));
-}
-
-bool can_be_opened(const Bytes &bytes)
-{
-    return opened(bytes) != nullptr;
+    return first_bytes(bytes, bytes.size() - trailer_size);
 }
 
 std::string description_of_deserialized(const Bytes &bytes)
@@ -273,7 +253,7 @@ void expect_no_harm(mdm_msg_t msg)
     mdm_msg_t other = msg;
     const auto bytes = sealed_with_trailer(msg);
     if (bytes) {
-        RC_ASSERT(can_be_opened(without_trailer(*bytes)));
+        RC_ASSERT(static_cast<bool>(opened(without_trailer(*bytes))));
         RC_ASSERT(*bytes == serialized_with_trailer(other));
         RC_ASSERT(are_same(msg, other));
     }
@@ -297,8 +277,6 @@ void expect_mistakes_to_do_no_harm(const CategoryFormat &category)
 
 // What may happen to bytes.
 
-constexpr size_t type_offset = 4;
-
 void replace_word(Bytes &bytes, Random &random)
 {
     if (bytes.size() < type_offset + 4) {
@@ -308,8 +286,7 @@ void replace_word(Bytes &bytes, Random &random)
     const auto left = static_cast<uint32_t>(bytes.size() - offset - 4);
     const std::array<uint32_t, 8> values = {0xFFFFFFFF, 0x80000000, 0x7FFFFFFF, left,
                                             left + 1,   left - 1,   0,          1};
-    std::ranges::copy(word(one_of(values, random)),
-                      bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+    put_word(bytes, offset, one_of(values, random));
 }
 
 void change_byte(Bytes &bytes, Random &random)
@@ -331,13 +308,6 @@ void splice(Bytes &bytes, const Bytes &other, Random &random)
                  other.end());
 }
 
-void make_length_true(Bytes &bytes)
-{
-    if (bytes.size() >= 4) {
-        std::ranges::copy(word(static_cast<uint32_t>(bytes.size()) - 8), bytes.begin());
-    }
-}
-
 Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
 {
     do {
@@ -357,7 +327,7 @@ Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
         }
     } while (one_in(3, random));
     if (!one_in(8, random)) {
-        make_length_true(bytes);
+        correct_length(bytes);
     }
     return bytes;
 }
@@ -365,7 +335,7 @@ Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
 // A length field may also say less than there is, and the type is there, but wrong.
 bool is_true(const ipc_fault_t &fault, size_t length)
 {
-    if (fault.path == untouched_path || uint64_t{fault.offset} + fault.left != length) {
+    if (is_untouched(fault) || uint64_t{fault.offset} + fault.left != length) {
         return false;
     }
     const std::string path = fault.path;
@@ -400,13 +370,13 @@ void expect_sending_on_to_do_no_harm(const Bytes &bytes)
 
 void expect_same_fields_or_true_fault(const Bytes &bytes)
 {
-    ipc_fault_t fault = {0, 0, 0, untouched_path};
+    ipc_fault_t fault = untouched_fault;
     const auto description = description_of_opened(bytes, fault);
     if (!description) {
         RC_ASSERT(is_true(fault, bytes.size()));
         return;
     }
-    RC_ASSERT(fault.path == untouched_path);
+    RC_ASSERT(is_untouched(fault));
     RC_ASSERT(*description == description_of_deserialized(bytes));
     expect_sending_on_to_do_no_harm(bytes);
 }
