@@ -14,13 +14,9 @@
 #include "mdm/crypto.h"
 #include "support.hpp"
 
+namespace mdm::fuzz {
 namespace {
 
-using mdm::fuzz::Block;
-using mdm::fuzz::Owned;
-using mdm::fuzz::promise;
-
-using Bytes = std::vector<uint8_t>;
 using BlockOfCipher = std::array<uint8_t, 16>;
 
 constexpr size_t block_size = 16;
@@ -135,9 +131,11 @@ void encrypt_nothing(const Input &input, const Block &key_iv)
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    using namespace mdm::fuzz;
     Bytes bytes(data, data + size);
     bytes.resize(std::max(size, head_size));
     const Input input = input_of(bytes);

@@ -12,11 +12,8 @@
 #include "mdm/util_policy.h"
 #include "support.hpp"
 
+namespace mdm::fuzz {
 namespace {
-
-using mdm::fuzz::Block;
-using mdm::fuzz::Owned;
-using mdm::fuzz::promise;
 
 using Numbers = std::array<int32_t, 1 + MDM_PHONE_RES_LIMIT_VALUES>;
 
@@ -168,15 +165,17 @@ void read_as_parameters(const Block &text)
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    using namespace mdm::fuzz;
     std::vector<uint8_t> bytes(data, std::find(data, data + size, 0));
     bytes.push_back(0);
     const Block text(bytes);
     read_as_limit(text);
     read_as_parameters(text);
     promise(text.holds(bytes), "the text is not changed");
-    mdm::fuzz::take_critical_lines();
+    take_critical_lines();
     return 0;
 }

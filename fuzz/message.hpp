@@ -5,12 +5,12 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <span>
-#include <vector>
 
 #include "mdm/guarded.h"
 #include "support.hpp"
+#include "support/fault.hpp"
+#include "support/messages.hpp"
 
 namespace mdm::fuzz {
 
@@ -25,22 +25,7 @@ inline constexpr size_t largest_message = 4096;
 
 uint8_t byte_at(std::span<const uint8_t> bytes, size_t offset);
 
-// Puts the length field right, if there is room for one.
-void correct_length(std::vector<uint8_t> &message);
-
-// Puts letters in front of the header's text, if there is room for its count.
-void lengthen_text(std::vector<uint8_t> &message, uint8_t letters);
-
-struct Close {
-    void operator()(mdm_msg_t *msg) const { ipc_close(msg); }
-};
-using Opened = std::unique_ptr<mdm_msg_t, Close>;
-
-// A fault that no call has written to.
-ipc_fault_t untouched_fault();
-bool is_untouched(const ipc_fault_t &fault);
-
-// What one critical line says of a fault.
+// The last critical line says what the fault says.
 void promise_logged(const ipc_fault_t &fault);
 
 }  // namespace mdm::fuzz

@@ -15,9 +15,8 @@
 #include "status/mdm_noti.hpp"
 #include "support.hpp"
 
+namespace mdm::fuzz {
 namespace {
-
-using mdm::fuzz::promise;
 
 constexpr int32_t untouched = 0x5A5A5A5A;
 constexpr size_t longest_word = 63;
@@ -109,9 +108,11 @@ void write_again(const NamelessFile &file, int32_t status)
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    using namespace mdm::fuzz;
     static const NamelessFile file;
     const std::string text(data, data + size);
     file.put(text);
@@ -123,7 +124,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     promise(result == (expected ? MDM_RESULT_SUCCESS : MDM_RESULT_FAILED),
             "a word that is a number is a status");
     promise(status == expected.value_or(untouched), "the status is the word's number");
-    promise(mdm::fuzz::take_critical_lines().size() == (expected ? 0 : 2),
+    promise(take_critical_lines().size() == (expected ? 0 : 2),
             "a failure is logged with its reason");
     if (expected) {
         write_again(file, *expected);

@@ -15,6 +15,8 @@
 
 namespace mdm::fuzz {
 
+using Bytes = std::vector<uint8_t>;
+
 // Prints what was promised and ends the process, if the promise is broken.
 void promise(bool kept, const char *what);
 
