@@ -20,39 +20,17 @@ using Numbers = std::array<int32_t, 1 + MDM_PHONE_RES_LIMIT_VALUES>;
 constexpr int32_t untouched = 0x5A5A5A5A;
 constexpr size_t parameters = 4;
 
-bool is_space(char character)
+// Takes a number off the text, behind white space, and brings it into the range of 32 bits. Without
+// a number the text stays as it is.
+std::optional<int32_t> take_value(std::string_view &text)
 {
-    return std::string_view(" \t\n\v\f\r").find(character) != std::string_view::npos;
-}
-
-bool is_digit(char character)
-{
-    return character >= '0' && character <= '9';
-}
-
-// Takes the number that the text begins with off it, behind white space. Nothing, and the text as
-// it was, if there is none.
-std::optional<int32_t> take_number(std::string_view &text)
-{
-    constexpr int64_t far_outside = int64_t{1} << 40;
-    std::string_view rest = text;
-    while (!rest.empty() && is_space(rest.front())) {
-        rest.remove_prefix(1);
-    }
-    const bool is_negative = rest.starts_with('-');
-    if (is_negative || rest.starts_with('+')) {
-        rest.remove_prefix(1);
-    }
-    if (rest.empty() || !is_digit(rest.front())) {
+    std::string_view rest = text.substr(std::min(text.find_first_not_of(spaces), text.size()));
+    const std::optional<int64_t> number = take_number(rest);
+    if (!number) {
         return std::nullopt;
     }
-    int64_t number = 0;
-    for (; !rest.empty() && is_digit(rest.front()); rest.remove_prefix(1)) {
-        number = std::min(number * 10 + (rest.front() - '0'), far_outside);
-    }
     text = rest;
-    return static_cast<int32_t>(std::clamp<int64_t>(is_negative ? -number : number,
-                                                    std::numeric_limits<int32_t>::min(),
+    return static_cast<int32_t>(std::clamp<int64_t>(*number, std::numeric_limits<int32_t>::min(),
                                                     std::numeric_limits<int32_t>::max()));
 }
 
@@ -72,7 +50,7 @@ size_t read_limit(std::string_view text, Numbers &numbers)
         if (i > 0 && !take_comma(text)) {
             return i;
         }
-        const std::optional<int32_t> number = take_number(text);
+        const std::optional<int32_t> number = take_value(text);
         if (!number) {
             return i;
         }
@@ -140,7 +118,7 @@ std::optional<Parameters> read_parameters(std::string_view text)
             return std::nullopt;
         }
         std::string_view field = text.substr(0, is_last ? text.size() : comma);
-        numbers[i] = std::max(0, take_number(field).value_or(0));
+        numbers[i] = std::max(0, take_value(field).value_or(0));
         text.remove_prefix(is_last ? 0 : comma + 1);
     }
     return numbers;

@@ -58,8 +58,6 @@ private:
     std::string key_;
 };
 
-constexpr std::string_view spaces = " \t\n\v\f\r";
-
 // The first word, cut to what is read of it; nothing if there is none.
 std::optional<std::string_view> word_of(std::string_view text)
 {
@@ -74,26 +72,15 @@ std::optional<std::string_view> word_of(std::string_view text)
 // The status that a word says; nothing if it begins with no number, or one outside 32 bits.
 std::optional<int32_t> status_of(std::string_view word)
 {
-    constexpr int64_t far_outside = int64_t{1} << 40;
     if (word.starts_with('\0')) {
         return 0;
     }
-    const bool is_negative = word.starts_with('-');
-    word.remove_prefix(is_negative || word.starts_with('+') ? 1 : 0);
-    const size_t digits = std::min(word.find_first_not_of("0123456789"), word.size());
-    if (digits == 0) {
+    const std::optional<int64_t> number = take_number(word);
+    if (!number || *number < std::numeric_limits<int32_t>::min() ||
+        *number > std::numeric_limits<int32_t>::max()) {
         return std::nullopt;
     }
-    int64_t number = 0;
-    for (const char digit : word.substr(0, digits)) {
-        number = std::min(number * 10 + (digit - '0'), far_outside);
-    }
-    number = is_negative ? -number : number;
-    if (number < std::numeric_limits<int32_t>::min() ||
-        number > std::numeric_limits<int32_t>::max()) {
-        return std::nullopt;
-    }
-    return static_cast<int32_t>(number);
+    return static_cast<int32_t>(*number);
 }
 
 void write_again(const NamelessFile &file, int32_t status)

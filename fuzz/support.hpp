@@ -7,8 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <glib.h>
@@ -37,6 +39,13 @@ private:
     std::unique_ptr<uint8_t[]> bytes_;
     size_t size_;
 };
+
+// The characters of white space.
+inline constexpr std::string_view spaces = " \t\n\v\f\r";
+
+// Takes the number at the beginning of the text off it. Numbers far outside 32 bits are made smaller.
+// Without a number the text stays as it is.
+std::optional<int64_t> take_number(std::string_view &text);
 
 struct Release {
     void operator()(void *block) const { g_free(block); }

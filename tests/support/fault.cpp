@@ -1,7 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/fault.hpp"
 
+#include <string_view>
+
 namespace mdm::test {
+
+bool is_true(const ipc_fault_t &fault, size_t length)
+{
+    if (is_untouched(fault) || uint64_t{fault.offset} + fault.left != length) {
+        return false;
+    }
+    const std::string_view path = fault.path;
+    if (path == "header.length") {  // it may also say less than there is
+        return fault.offset == 0 && fault.needed != fault.left;
+    }
+    if (path == "header.type") {  // the type is there, but wrong
+        return fault.offset == 4 && fault.needed == 1;
+    }
+    return fault.needed > fault.left;
+}
 
 std::string text_of(const ipc_fault_t &fault)
 {

@@ -3,6 +3,7 @@
 // Faults of the guarded path, and their texts.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -22,6 +23,10 @@ inline bool is_untouched(const ipc_fault_t &fault)
     return fault.offset == untouched_fault.offset && fault.needed == untouched_fault.needed &&
            fault.left == untouched_fault.left && fault.path == untouched_path;
 }
+
+// Whether bytes of this length can be refused with the fault: it comes from a check of the envelope,
+// or from a read that would have left the bytes.
+bool is_true(const ipc_fault_t &fault, size_t length);
 
 // All fields of a fault.
 std::string text_of(const ipc_fault_t &fault);

@@ -332,19 +332,6 @@ Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
     return bytes;
 }
 
-// A length field may also say less than there is, and the type is there, but wrong.
-bool is_true(const ipc_fault_t &fault, size_t length)
-{
-    if (is_untouched(fault) || uint64_t{fault.offset} + fault.left != length) {
-        return false;
-    }
-    const std::string path = fault.path;
-    if (path == "header.length") {
-        return fault.needed != fault.left;
-    }
-    return path == "header.type" ? fault.needed == 1 : fault.needed > fault.left;
-}
-
 // Nothing for bytes that are refused. Whatever was allocated is given back.
 std::optional<std::string> description_of_opened(const Bytes &bytes, ipc_fault_t &fault)
 {
