@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The AES helper: any length of any bytes under any key is what the cipher library's other
-// interface makes of them, and comes back. The input is a byte that chooses, the length of the
+// The AES helper: for any bytes under any key the result is that of the cipher library's other
+// interface, and decryption returns the bytes. The input is a byte that chooses, the length of the
 // key's text, the byte that stands behind the counted ones, the key's text, and the bytes.
 #include <algorithm>
 #include <array>

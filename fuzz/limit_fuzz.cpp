@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The limit texts: any text is read as another reader of the same rules reads it, and what was read
-// comes back from its own text. The input is the text.
+// The limit texts: any text is read as another reader of the same rules reads it, and a limit comes
+// back from its own text. The input is the text.
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -43,7 +43,7 @@ bool take_comma(std::string_view &text)
     return true;
 }
 
-// The numbers that a limit's text begins with; the others keep what they held. Returns how many.
+// Stores the numbers that a limit's text begins with, and returns how many. The others stay.
 size_t read_limit(std::string_view text, Numbers &numbers)
 {
     for (size_t i = 0; i < numbers.size(); ++i) {
@@ -57,11 +57,6 @@ size_t read_limit(std::string_view text, Numbers &numbers)
         numbers[i] = *number;
     }
     return numbers.size();
-}
-
-bool is_limit_type(int32_t type)
-{
-    return type == 0 || type == 1;
 }
 
 Numbers all_untouched()
@@ -90,8 +85,8 @@ void write_again(const Numbers &numbers)
 void read_as_limit(const Block &text)
 {
     Numbers expected = all_untouched();
-    const bool is_limit =
-        read_limit(text.text(), expected) == expected.size() && is_limit_type(expected[0]);
+    const bool has_all = read_limit(text.text(), expected) == expected.size();
+    const bool is_limit = has_all && (expected[0] == 0 || expected[0] == 1);
     Numbers numbers = all_untouched();
     const int32_t result =
         mdm_phone_res_limit_deserialize(text.text(), numbers.data(), numbers.data() + 1);
@@ -107,7 +102,7 @@ using Parameters = std::array<int64_t, parameters>;
 
 constexpr Parameters untouched_parameters = {untouched, untouched, untouched, untouched};
 
-// The fields of the parameters; nothing if there are fewer than four.
+// The fields of the parameters; no value if there are fewer than four.
 std::optional<Parameters> read_parameters(std::string_view text)
 {
     Parameters numbers{};

@@ -4,15 +4,6 @@
 #include <string>
 
 namespace mdm::fuzz {
-namespace {
-
-bool mentions(const std::string &line, const std::string &text)
-{
-    return line.find(text) != std::string::npos;
-}
-
-}  // namespace
-
 uint8_t byte_at(std::span<const uint8_t> bytes, size_t offset)
 {
     return offset < bytes.size() ? bytes[offset] : 0;
@@ -23,7 +14,8 @@ void promise_logged(const ipc_fault_t &fault)
     const std::vector<std::string> lines = take_critical_lines();
     promise(!lines.empty(), "a refusal is logged");
     const Owned<gchar> sentence(ipc_fault_describe(&fault));
-    promise(mentions(lines.back(), sentence.get()), "the log says what the fault says");
+    const bool says_so = lines.back().find(sentence.get()) != std::string::npos;
+    promise(says_so, "the log says what the fault says");
 }
 
 }  // namespace mdm::fuzz

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The input of the targets that take a message: the message itself. The two bytes of its header
-// that no reader looks at say what is done with it.
+// that no reader looks at tell the target how to vary it.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ inline constexpr size_t second_reserved_offset = 7;
 // In the second reserved byte: every variation that is worth it, one after the other.
 inline constexpr uint8_t every_one = 255;
 
-// Above this, blocks may be more than an allocation trace can hold, and nothing new is to be found.
+// Larger messages may have more blocks than an allocation trace can hold, and show nothing new.
 inline constexpr size_t largest_message = 4096;
 
 uint8_t byte_at(std::span<const uint8_t> bytes, size_t offset);

@@ -27,7 +27,7 @@ constexpr size_t memory_for_all = 4096;
 
 constexpr uint8_t letters_to_sweep = 64;
 
-// What the contract's reader makes of the bytes, and takes back what it leaks.
+// The fields that the trusting path finds in the bytes. Releases the blocks that it leaks.
 std::string deserialized(const Block &bytes)
 {
     const Silence silence;

@@ -150,7 +150,7 @@ private:
         }
     }
 
-    // The list is then known by a cell that is not its first, or by none.
+    // The owner of the list then knows another cell than the first, or no cell.
     void enter_list(const Step &step)
     {
         MutableList *list = some_list(step);

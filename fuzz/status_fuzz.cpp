@@ -58,7 +58,7 @@ private:
     std::string key_;
 };
 
-// The first word, cut to what is read of it; nothing if there is none.
+// The first word, cut to the bytes that are read; no value if there is no word.
 std::optional<std::string_view> word_of(std::string_view text)
 {
     const size_t begin = text.find_first_not_of(spaces);
@@ -69,7 +69,7 @@ std::optional<std::string_view> word_of(std::string_view text)
     return text.substr(0, std::min(text.find_first_of(spaces), longest_word));
 }
 
-// The status that a word says; nothing if it begins with no number, or one outside 32 bits.
+// The status of a word; no value if it begins without a number, or with one outside 32 bits.
 std::optional<int32_t> status_of(std::string_view word)
 {
     if (word.starts_with('\0')) {

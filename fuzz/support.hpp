@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the fuzz targets share. A broken promise ends the process, which is how a fuzzer learns of
-// it.
+// The helpers of all fuzz targets. A broken promise ends the process: the fuzzer then reports it.
 #pragma once
 
 #include <cstddef>
@@ -19,10 +18,10 @@ namespace mdm::fuzz {
 
 using Bytes = std::vector<uint8_t>;
 
-// Prints what was promised and ends the process, if the promise is broken.
+// Prints a broken promise and ends the process.
 void promise(bool kept, const char *what);
 
-// The same for two texts that are to be equal, which are printed if they are not.
+// The same for two equal texts. Prints them if they differ.
 void promise_same(const std::string &left, const std::string &right, const char *what);
 
 // Bytes in a heap block of exactly their number, so that a sanitizer sees any step beyond it.
@@ -43,8 +42,8 @@ private:
 // The characters of white space.
 inline constexpr std::string_view spaces = " \t\n\v\f\r";
 
-// Takes the number at the beginning of the text off it. Numbers far outside 32 bits are made smaller.
-// Without a number the text stays as it is.
+// Takes the number at the beginning of a text off it. Brings a number far outside 32 bits nearer to
+// them. Without a number the text stays as it is.
 std::optional<int64_t> take_number(std::string_view &text);
 
 struct Release {
@@ -56,7 +55,7 @@ using Owned = std::unique_ptr<Value, Release>;
 // The critical lines that the library has logged since the last call.
 std::vector<std::string> take_critical_lines();
 
-// While it lives, the library logs nothing.
+// The library does not log as long as this lives.
 class Silence {
 public:
     Silence();
@@ -67,6 +66,6 @@ public:
 
 }  // namespace mdm::fuzz
 
-// What a fuzzer calls, and the replay as well.
+// The functions that a fuzzer and the replay call.
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);

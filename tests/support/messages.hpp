@@ -95,8 +95,8 @@ struct CloseMessage {
 };
 using Opened = std::unique_ptr<mdm_msg_t, CloseMessage>;
 
-// Opens an exact heap copy of the bytes, so that a sanitizer sees a read beyond it. The copy is gone
-// when the caller gets the message.
+// Opens an exact heap copy of the bytes, so that a sanitizer sees a read beyond it. The copy is
+// released before the message is returned.
 Opened opened(const std::vector<uint8_t> &bytes, ipc_fault_t *fault = nullptr);
 
 // The results of calling `find` in four threads at the same time.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The fault that ipc_open() reports, to the byte. Each message knows the steps of reading it. A cut,
-// and a false count or length, must hit the right step, and the fault must say so.
+// The fault that ipc_open() reports, to the byte. Each message knows the steps of reading it. A cut
+// or a false count must hit the right step, and the fault must say so.
 #include <algorithm>
 #include <initializer_list>
 #include <limits>

@@ -225,17 +225,16 @@ TEST(Memory, OfATextThatCannotBeIsNone)
     }
 }
 
-// Lists of texts that differ in size, so that what is left of a block is too small again and again.
+// Lists of texts of different sizes: the rest of a block is too small again and again.
 
-Bytes named(const std::vector<size_t> &text_sizes)
+Bytes named(const std::vector<size_t> &text_sizes, uint8_t message_type = 9, uint32_t type = 223)
 {
-    Bytes body = head_bytes(223, 1) + word(static_cast<uint32_t>(text_sizes.size()));
+    Bytes body = head_bytes(type, 1) + word(static_cast<uint32_t>(text_sizes.size()));
     for (const size_t size : text_sizes) {
-        const Bytes count = word(static_cast<uint32_t>(size));
-        body.insert(body.end(), count.begin(), count.end());
-        body.insert(body.end(), size, uint8_t{'n'});
+        const Bytes text = str(std::string(size, 'n'));
+        body.insert(body.end(), text.begin(), text.end());
     }
-    return framed(9, body);
+    return framed(message_type, body);
 }
 
 TEST(Memory, OfTextsThatAreEachTooLargeForTheRestOfABlockIsWithinTheBound)
@@ -270,6 +269,15 @@ TEST(Memory, OfTextsThatGrowAndShrinkIsWithinTheBound)
     expect_little_opened(named(growing));
     std::ranges::reverse(growing);
     expect_little_opened(named(growing));
+}
+
+// No more than the same strings in a category that has one copy on either path. They are as long as
+// to need new memory if there were two.
+// Q-GUARDED-1
+TEST(Open, ASecurityStringIsThereOnce)
+{
+    const std::vector<size_t> text_sizes(1000, 32);
+    EXPECT_EQ(memory_of(named(text_sizes, 5, 68), true), memory_of(named(text_sizes), true));
 }
 
 TEST(Memory, OfARefusedHeaderIsNone)

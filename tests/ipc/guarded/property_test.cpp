@@ -35,7 +35,7 @@ bool are_same(const mdm_msg_t &left, const mdm_msg_t &right)
     return std::memcmp(&left, &right, sizeof left) == 0;
 }
 
-// Takes the buffer over: a message, and what stands behind it.
+// Takes over the buffer, which holds a message and its trailer.
 Bytes with_trailer(uint8_t *buffer, uint32_t length)
 {
     Bytes bytes(buffer, buffer + length + trailer_size);
@@ -51,19 +51,18 @@ Bytes serialized_with_trailer(mdm_msg_t &msg)
     return with_trailer(buffer, length);
 }
 
-// The sealed bytes and what stands behind them. A refusal leaves no trace but its fault, and a
-// success leaves none in the fault.
+// The sealed bytes and their trailer. A refusal leaves no trace but its fault, and a success leaves
+// none in the fault.
 std::optional<Bytes> sealed_with_trailer(mdm_msg_t &msg)
 {
-    std::array<uint8_t, sizeof msg> before{};
-    std::memcpy(before.data(), &msg, sizeof msg);
+    const mdm_msg_t before = msg;
     uint32_t length = untouched_length;
     ipc_fault_t fault = untouched_fault;
     AllocationTrace trace;
     uint8_t *buffer = ipc_seal(&msg, &length, &fault);
     trace.stop();
     if (buffer == nullptr) {
-        RC_ASSERT(std::memcmp(&msg, before.data(), sizeof msg) == 0);
+        RC_ASSERT(are_same(msg, before));
         RC_ASSERT(length == untouched_length);
         RC_ASSERT(!is_untouched(fault));
         RC_ASSERT(trace.kept().empty());
@@ -91,7 +90,7 @@ std::string description_of_deserialized(const Bytes &bytes)
     return description;
 }
 
-// What a sender may pass.
+// Messages that a sender may pass.
 
 void expect_to_be_sent_on(mdm_msg_t &received, const SentMessage &sent)
 {
@@ -130,7 +129,7 @@ void expect_to_travel(const CategoryFormat &category)
     expect_to_be_sent_on(*received, sent);
 }
 
-// What a sender may get wrong.
+// A sender's mistakes.
 
 using Random = std::minstd_rand;
 
@@ -155,7 +154,7 @@ void lose_data(mdm_msg_t &msg, const CategoryFormat &category)
     member_at<void *>(&msg.body, category.data) = nullptr;
 }
 
-// No positive size is larger than what there is.
+// A positive size is never larger than the payload's.
 void corrupt_data_size(mdm_msg_t &msg, const CategoryFormat &category, Random &random)
 {
     constexpr int32_t lowest = std::numeric_limits<int32_t>::min();
@@ -167,13 +166,6 @@ void corrupt_data_size(mdm_msg_t &msg, const CategoryFormat &category, Random &r
     data_size = std::min(one_of(sizes, random), has_data ? std::max(data_size, 1) : highest);
 }
 
-GList *list_at(const void *place)
-{
-    GList *list = nullptr;
-    std::memcpy(&list, place, sizeof list);
-    return list;
-}
-
 void put_list(void *place, GList *list)
 {
     std::memcpy(place, &list, sizeof list);
@@ -182,7 +174,7 @@ void put_list(void *place, GList *list)
 // A list that begins with its second cell, as far as its owner knows.
 void lose_first_cell(const SentMessage &sent, void *place)
 {
-    GList *list = list_at(place);
+    GList *list = value_at<GList *>(place, 0);
     if (list != nullptr && std::ranges::find(sent.lists, list) != sent.lists.end() &&
         list->next != nullptr) {
         put_list(place, list->next);
@@ -202,7 +194,7 @@ void lose_first_cell_of_data(const SentMessage &sent, mdm_msg_t &msg,
 void make_mistakes(const SentMessage &sent, mdm_msg_t &msg, const CategoryFormat &category,
                    Random &random)
 {
-    if (category.data == no_offset) {  // nothing could be missing
+    if (category.data == no_offset) {  // no payload could be missing
         return;
     }
     if (one_in(4, random)) {
@@ -216,13 +208,13 @@ void make_mistakes(const SentMessage &sent, mdm_msg_t &msg, const CategoryFormat
     }
 }
 
-// Mistakes in what a message points at, while this lives.
+// Mistakes in the records and lists of a message, as long as this lives.
 class Mistakes {
 public:
     explicit Mistakes(const SentMessage &sent) : sent_(sent)
     {
         for (const void *place : sent.pointers) {
-            right_.push_back(list_at(place));
+            right_.push_back(value_at<GList *>(place, 0));
         }
     }
     ~Mistakes()
@@ -275,7 +267,7 @@ void expect_mistakes_to_do_no_harm(const CategoryFormat &category)
     }
 }
 
-// What may happen to bytes.
+// Corrupted bytes.
 
 void replace_word(Bytes &bytes, Random &random)
 {
@@ -332,7 +324,7 @@ Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
     return bytes;
 }
 
-// Nothing for bytes that are refused. Whatever was allocated is given back.
+// No description if the bytes are refused. All memory is released.
 std::optional<std::string> description_of_opened(const Bytes &bytes, ipc_fault_t &fault)
 {
     std::optional<std::string> description;

@@ -193,7 +193,7 @@ private:
 
 // Opened and sealed.
 
-// The path of the fault with which an opened message is not sealed; empty if it is.
+// The path of the fault when an opened message is sealed; empty if there is no fault.
 std::string path_of_sealing(mdm_msg_t &msg)
 {
     uint32_t length = 0;

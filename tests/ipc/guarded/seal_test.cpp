@@ -3,10 +3,12 @@
 // ipc_seal() returns the bytes of ipc_serialize(), or refuses the message, says why and leaves
 // nothing behind. For each category, messages that are refused stand beside similar ones that are
 // sealed.
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,8 +48,6 @@ bool operator==(const mdm_msg_t &left, const mdm_msg_t &right)
     return std::memcmp(&left, &right, sizeof left) == 0;
 }
 
-constexpr size_t param_offset = offsetof(mdm_misc_info_t, param_list);
-
 // Every word of the body differs from the others, and there is no text.
 mdm_msg_t message_of(const CategoryFormat &category, uint8_t message_type, uint32_t type,
                      int32_t data_size, void *data)
@@ -55,11 +55,13 @@ mdm_msg_t message_of(const CategoryFormat &category, uint8_t message_type, uint3
     mdm_msg_t msg = message(message_type);
     msg.hdr_aux = 0xBBBBBBBB;
     for (const Field &field : category.members) {
-        const bool is_list = form_of(category, type).is_in_param && field.offset == param_offset;
-        if (field.type == Type::word && !is_list) {
+        if (field.type == Type::word) {
             member_at<uint32_t>(&msg.body, field.offset) =
                 0xC0010000 + static_cast<uint32_t>(field.offset);
         }
+    }
+    if (form_of(category, type).is_in_param) {
+        msg.body.misc.param_list = nullptr;
     }
     member_at<uint32_t>(&msg.body, 0) = type;
     member_at<int32_t>(&msg.body, category.data_size) = data_size;
@@ -178,16 +180,14 @@ public:
         for_each(sizes, data, expect_sealed);
     }
 
-    // A payload travels with any size that announces it. It must not be there with another size, and
-    // must be there with such a size unless it is a list.
+    // A payload is sealed with any size that announces it, and refused with another size. A message
+    // without the payload is sealed if no size announces one, or if the payload is a list.
     void is_sealed_if_announced(void *payload) const
     {
-        const bool is_padded = form_->data_size == DataSize::padded;
-        const int32_t largest = is_padded ? 65536 : INT32_MAX;
         if (category_.announced == Announced::nonzero) {
             is_refused({1, -1, INT32_MIN}, nullptr, missing_data);
             is_refused({0}, payload, unfit_size);
-            is_sealed({1, -1, INT32_MIN, largest}, payload);
+            is_sealed({1, -1, INT32_MIN, INT32_MAX}, payload);
             return is_sealed({0}, nullptr);
         }
         const bool is_list =
@@ -195,11 +195,12 @@ public:
         is_list ? is_sealed({1, INT32_MAX}, nullptr)
                 : is_refused({1, INT32_MAX}, nullptr, missing_data);
         is_refused({0, -1, -12, INT32_MIN}, payload, unfit_size);
-        is_sealed({1, largest}, payload);
+        is_sealed({1, form_->data_size == DataSize::padded ? 65536 : INT32_MAX}, payload);
         is_sealed({0, -1, INT32_MIN}, nullptr);
     }
 
-    // The same for a payload of `data_size` bytes or texts. Some categories count a negative size.
+    // The same for a payload of `data_size` bytes or texts. Categories that count a negative size
+    // refuse it.
     void is_sealed_if_counted(void *payload, int32_t count) const
     {
         const bool counts_negative =
@@ -260,10 +261,7 @@ struct Lists {
     Cells null_alone;
 };
 
-Lists names()
-{
-    return Lists({a, borrowed(""), bc});
-}
+const Lists names({a, borrowed(""), bc});
 
 const std::vector<int32_t> any_size = {0, 1, -1, INT32_MAX, INT32_MIN};
 
@@ -370,7 +368,7 @@ TEST(Seal, ManyThreadsMaySealAtOnce)
     EXPECT_THAT(in_four_threads(seal_all), Each(seal_all()));
 }
 
-// Categories whose bodies lack nothing.
+// Categories without a payload that could be missing.
 
 TEST(SealAdmin, IsNeverRefused)
 {
@@ -453,14 +451,13 @@ TEST(SealPwd, RefusesWhatIsMissing)
 TEST(SealSecurity, RefusesMissingStringsAndNullElements)
 {
     const Sender strings("security", {"strings"});
-    const Lists texts = names();
     strings.is_refused({1, INT32_MAX}, nullptr, missing_data);
-    strings.is_refused({0}, texts.null_first.get(), {52, 0, 4, ".strings"});
-    strings.is_refused({0}, texts.null_between.get(), {52, 0, 9, ".strings"});
-    strings.is_refused({-1}, texts.null_last.get(), {52, 0, 9, ".strings"});
-    strings.is_refused({1}, texts.null_alone.get(), {52, 0, 4, ".strings"});
+    strings.is_refused({0}, names.null_first.get(), {52, 0, 4, ".strings"});
+    strings.is_refused({0}, names.null_between.get(), {52, 0, 9, ".strings"});
+    strings.is_refused({-1}, names.null_last.get(), {52, 0, 9, ".strings"});
+    strings.is_refused({1}, names.null_alone.get(), {52, 0, 4, ".strings"});
     strings.is_sealed({0, -1}, nullptr);
-    strings.is_sealed({0, -1}, texts.whole.get());
+    strings.is_sealed({0, -1}, names.whole.get());
 }
 
 TEST(SealSecurity, RefusesMissingAccountsAndNullElements)
@@ -495,11 +492,10 @@ TEST(SealWifi, RefusesMissingRecordsAndBytes)
 TEST(SealWifi, RefusesNullElements)
 {
     const Sender lists("wifi", {"ssids"});
-    const Lists ssids = names();
-    lists.is_sealed_if_announced(ssids.whole.get());
-    lists.is_refused({1}, ssids.null_first.get(), in_body(".ssids"));
-    lists.is_refused({50}, ssids.null_last.get(), in_body(".ssids"));
-    lists.is_refused({0}, ssids.null_last.get(), unfit_size);
+    lists.is_sealed_if_announced(names.whole.get());
+    lists.is_refused({1}, names.null_first.get(), in_body(".ssids"));
+    lists.is_refused({50}, names.null_last.get(), in_body(".ssids"));
+    lists.is_refused({0}, names.null_last.get(), unfit_size);
 }
 
 // Q-GUARDED-3
@@ -536,11 +532,10 @@ TEST(SealWifi, RefusesANetworkWithoutTheTextsOfItsDetail)
 TEST(SealBluetooth, RefusesNullElements)
 {
     const Sender lists("bluetooth", {"names"});
-    const Lists texts = names();
-    lists.is_sealed_if_announced(texts.whole.get());
-    lists.is_refused({1}, texts.null_first.get(), in_body(".names"));
-    lists.is_refused({50}, texts.null_last.get(), in_body(".names"));
-    lists.is_refused({-1}, texts.null_last.get(), unfit_size);
+    lists.is_sealed_if_announced(names.whole.get());
+    lists.is_refused({1}, names.null_first.get(), in_body(".names"));
+    lists.is_refused({50}, names.null_last.get(), in_body(".names"));
+    lists.is_refused({-1}, names.null_last.get(), unfit_size);
 }
 
 TEST(SealBluetooth, RefusesMissingBytes)
@@ -625,11 +620,10 @@ TEST(SealApn, RefusesRawBytesOfANegativeSize)
 TEST(SealApp, RefusesNullElements)
 {
     const Sender lists("app", {"packages"});
-    const Lists packages = names();
-    lists.is_sealed_if_announced(packages.whole.get());
-    lists.is_refused({1}, packages.null_between.get(), {56, 0, 9, ".packages"});
-    lists.is_refused({INT32_MAX}, packages.null_alone.get(), {56, 0, 4, ".packages"});
-    lists.is_refused({0}, packages.null_alone.get(), unfit_size);
+    lists.is_sealed_if_announced(names.whole.get());
+    lists.is_refused({1}, names.null_between.get(), {56, 0, 9, ".packages"});
+    lists.is_refused({INT32_MAX}, names.null_alone.get(), {56, 0, 4, ".packages"});
+    lists.is_refused({0}, names.null_alone.get(), unfit_size);
 }
 
 // The receiver has two numbers to send on, for any received size.
@@ -653,10 +647,9 @@ TEST(SealApp, RefusesAMissingPairAndMissingBytes)
 TEST(SealAppRes, RefusesNullElementsAndMissingBytes)
 {
     const Sender lists("app_res", {"packages"});
-    const Lists packages = names();
-    lists.is_sealed_if_announced(packages.whole.get());
-    lists.is_refused({1}, packages.null_between.get(), {56, 0, 9, ".packages"});
-    lists.is_refused({-1}, packages.null_between.get(), unfit_size);
+    lists.is_sealed_if_announced(names.whole.get());
+    lists.is_refused({1}, names.null_between.get(), {56, 0, 9, ".packages"});
+    lists.is_refused({-1}, names.null_between.get(), unfit_size);
     expect_raw_bytes(Sender("app_res", {"raw"}));
 }
 
@@ -731,14 +724,13 @@ TEST(SealMisc, RefusesMissingRecordsAndBytes)
 
 TEST(SealMisc, RefusesNullElementsOfTheListInParam)
 {
-    const Lists texts = names();
     for (const uint32_t type : {127U, 128U}) {
         for (const int32_t data_size : {0, 1, -1, INT32_MIN}) {
             mdm_msg_t msg = message_of(17, type, data_size, nullptr);
             expect_sealed(msg);
-            msg.body.misc.param_list = texts.null_between.get();
+            msg.body.misc.param_list = names.null_between.get();
             expect_refusal(msg, {52, 0, 19, "misc.param_list"});
-            msg.body.misc.param_list = texts.whole.get();
+            msg.body.misc.param_list = names.whole.get();
             expect_sealed(msg);
         }
     }
@@ -805,14 +797,14 @@ TEST(SealContainer, RefusesWhatIsMissingAndNegativeSizes)
     Sender("container", {"nothing"}).is_refused({0, 9}, some_bytes, unfit_size);
 }
 
-// The writer by itself: a category never writes too much, because it counts its bytes first.
+// The writer by itself. A category never writes too much, because it counts its bytes first.
 
 using Write = void (*)(Writer &out);
 
 // The file, the category's name, and the paths of its fields.
 constexpr Log it_log("file\0it\0type\0param\0data_size\0it", Log::Function::silent);
 
-// Writes into zeros, from `begin` on, more than fits. Returns what is written nevertheless.
+// Writes more than fits into zeros, from `begin` on. Returns the buffer after the refusal.
 Bytes written_before_refusal(uint32_t begin, uint32_t size, Write write,
                              const ipc_fault_t &expected)
 {
@@ -953,17 +945,20 @@ TEST(Seal, ARefusedSizeIsTakenBack)
 {
     const Cells null_alone = cells({nullptr});
     EXPECT_EQ(stored_size(45, 618, 77, null_alone.get()), 77);
-    mdm_msg_t msg = message_of(45, 618, 77, null_alone.get());
-    EXPECT_FALSE(is_untouched(fault_of_sealing(msg)));
+    EXPECT_FALSE(is_untouched(fault_of_sealing(message_of(45, 618, 77, null_alone.get()))));
 }
 
-// Lists that their owner enters at the second cell. Writing begins with the first cell, and counting
-// with the second.
+// Lists that their owner enters at the second cell: all cells are written, and the first one is not
+// counted.
 
 mdm_msg_t message_of(const CategoryFormat &category, const Form &form, GList *list)
 {
     mdm_msg_t msg = message_of(category, category.first_type(), *form.types.begin(), 1, nullptr);
-    member_at<GList *>(&msg.body, form.is_in_param ? param_offset : category.data) = list;
+    if (form.is_in_param) {
+        msg.body.misc.param_list = list;
+    } else {
+        member_at<GList *>(&msg.body, category.data) = list;
+    }
     return msg;
 }
 
@@ -1013,11 +1008,11 @@ TEST(SealHalvedList, IsRefusedWhereTheFirstElementIsNull)
 
 TEST(SealHalvedList, IsRefusedWhereItIsAClients)
 {
-    const Cells names = cells({a, bc});
-    const Cells broken_names = cells({nullptr, bc});
+    const Cells packages = cells({a, bc});
+    const Cells broken = cells({nullptr, bc});
     mdm_app_control_info_t control{7, nullptr};
     const Cells controls = cells({&control, &control});
-    for (GList *list : {names->next, broken_names->next}) {
+    for (GList *list : {packages->next, broken->next}) {
         control.pkg_list = list;
         const mdm_msg_t msg = message_of(14, 172, 1, controls.get());
         EXPECT_STREQ(fault_of_sealing(msg).path, "app_res.control.pkg_list");
