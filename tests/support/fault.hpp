@@ -24,8 +24,8 @@ inline bool is_untouched(const ipc_fault_t &fault)
            fault.left == untouched_fault.left && fault.path == untouched_path;
 }
 
-// Whether the fault is true for bytes of this length: it comes from a check of the envelope, or from
-// a read that would have left the bytes.
+// Whether the fault is true for bytes of this length: a check of the envelope has found it, or a
+// read that would have left the bytes.
 bool is_true(const ipc_fault_t &fault, size_t length);
 
 // All fields of a fault.
