@@ -174,7 +174,7 @@ void put_list(void *place, GList *list)
 // A list that begins with its second cell, as far as its owner knows.
 void lose_first_cell(const SentMessage &sent, void *place)
 {
-    GList *list = value_at<GList *>(place, 0);
+    auto *list = value_at<GList *>(place, 0);
     if (list != nullptr && std::ranges::find(sent.lists, list) != sent.lists.end() &&
         list->next != nullptr) {
         put_list(place, list->next);

@@ -247,7 +247,7 @@ void expect_raw_bytes(const Sender &raw)
 
 // A list, and lists of its first and its last element with null elements.
 struct Lists {
-    explicit Lists(std::initializer_list<void *> elements)
+    Lists(std::initializer_list<void *> elements)
         : whole(cells(elements)), null_first(cells({nullptr, *elements.begin()})),
           null_between(cells({*elements.begin(), nullptr, *(elements.end() - 1)})),
           null_last(cells({*elements.begin(), nullptr})), null_alone(cells({nullptr}))
