@@ -27,7 +27,6 @@
 #include "support/log_recorder.hpp"
 #include "support/messages.hpp"
 #include "support/wire.hpp"
-#include "wire/words.hpp"
 
 namespace mdm::test {
 namespace {
