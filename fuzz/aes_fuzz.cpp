@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The AES helper: any length of any bytes under any key is what the cipher library's other
-// interface makes of them, and comes back. The input is a byte that chooses, the length of the
+// The AES helper: for any bytes under any key the result is that of the cipher library's other
+// interface, and decryption returns the bytes. The input is a byte that chooses, the length of the
 // key's text, the byte that stands behind the counted ones, the key's text, and the bytes.
 #include <algorithm>
 #include <array>
@@ -14,13 +14,9 @@
 #include "mdm/crypto.h"
 #include "support.hpp"
 
+namespace mdm::fuzz {
 namespace {
 
-using mdm::fuzz::Block;
-using mdm::fuzz::Owned;
-using mdm::fuzz::promise;
-
-using Bytes = std::vector<uint8_t>;
 using BlockOfCipher = std::array<uint8_t, 16>;
 
 constexpr size_t block_size = 16;
@@ -135,9 +131,11 @@ void encrypt_nothing(const Input &input, const Block &key_iv)
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    using namespace mdm::fuzz;
     Bytes bytes(data, data + size);
     bytes.resize(std::max(size, head_size));
     const Input input = input_of(bytes);

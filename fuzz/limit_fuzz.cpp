@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The limit texts: any text is read as another reader of the same rules reads it, and what was read
-// comes back from its own text. The input is the text.
+// The limit texts: any text is read as another reader of the same rules reads it, and a limit comes
+// back from its own text. The input is the text.
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -12,50 +12,25 @@
 #include "mdm/util_policy.h"
 #include "support.hpp"
 
+namespace mdm::fuzz {
 namespace {
-
-using mdm::fuzz::Block;
-using mdm::fuzz::Owned;
-using mdm::fuzz::promise;
 
 using Numbers = std::array<int32_t, 1 + MDM_PHONE_RES_LIMIT_VALUES>;
 
 constexpr int32_t untouched = 0x5A5A5A5A;
 constexpr size_t parameters = 4;
 
-bool is_space(char character)
+// Takes a number off the text, behind white space, and brings it into the range of 32 bits. Without
+// a number the text stays as it is.
+std::optional<int32_t> take_value(std::string_view &text)
 {
-    return std::string_view(" \t\n\v\f\r").find(character) != std::string_view::npos;
-}
-
-bool is_digit(char character)
-{
-    return character >= '0' && character <= '9';
-}
-
-// Takes the number that the text begins with off it, behind white space. Nothing, and the text as
-// it was, if there is none.
-std::optional<int32_t> take_number(std::string_view &text)
-{
-    constexpr int64_t far_outside = int64_t{1} << 40;
-    std::string_view rest = text;
-    while (!rest.empty() && is_space(rest.front())) {
-        rest.remove_prefix(1);
-    }
-    const bool is_negative = rest.starts_with('-');
-    if (is_negative || rest.starts_with('+')) {
-        rest.remove_prefix(1);
-    }
-    if (rest.empty() || !is_digit(rest.front())) {
+    std::string_view rest = text.substr(std::min(text.find_first_not_of(spaces), text.size()));
+    const std::optional<int64_t> number = take_number(rest);
+    if (!number) {
         return std::nullopt;
     }
-    int64_t number = 0;
-    for (; !rest.empty() && is_digit(rest.front()); rest.remove_prefix(1)) {
-        number = std::min(number * 10 + (rest.front() - '0'), far_outside);
-    }
     text = rest;
-    return static_cast<int32_t>(std::clamp<int64_t>(is_negative ? -number : number,
-                                                    std::numeric_limits<int32_t>::min(),
+    return static_cast<int32_t>(std::clamp<int64_t>(*number, std::numeric_limits<int32_t>::min(),
                                                     std::numeric_limits<int32_t>::max()));
 }
 
@@ -68,25 +43,20 @@ bool take_comma(std::string_view &text)
     return true;
 }
 
-// The numbers that a limit's text begins with; the others keep what they held. Returns how many.
+// Stores the numbers that a limit's text begins with, and returns how many. The others stay.
 size_t read_limit(std::string_view text, Numbers &numbers)
 {
     for (size_t i = 0; i < numbers.size(); ++i) {
         if (i > 0 && !take_comma(text)) {
             return i;
         }
-        const std::optional<int32_t> number = take_number(text);
+        const std::optional<int32_t> number = take_value(text);
         if (!number) {
             return i;
         }
         numbers[i] = *number;
     }
     return numbers.size();
-}
-
-bool is_limit_type(int32_t type)
-{
-    return type == 0 || type == 1;
 }
 
 Numbers all_untouched()
@@ -115,8 +85,8 @@ void write_again(const Numbers &numbers)
 void read_as_limit(const Block &text)
 {
     Numbers expected = all_untouched();
-    const bool is_limit =
-        read_limit(text.text(), expected) == expected.size() && is_limit_type(expected[0]);
+    const bool has_all = read_limit(text.text(), expected) == expected.size();
+    const bool is_limit = has_all && (expected[0] == 0 || expected[0] == 1);
     Numbers numbers = all_untouched();
     const int32_t result =
         mdm_phone_res_limit_deserialize(text.text(), numbers.data(), numbers.data() + 1);
@@ -132,7 +102,7 @@ using Parameters = std::array<int64_t, parameters>;
 
 constexpr Parameters untouched_parameters = {untouched, untouched, untouched, untouched};
 
-// The fields of the parameters; nothing if there are fewer than four.
+// The fields of the parameters; no value if there are fewer than four.
 std::optional<Parameters> read_parameters(std::string_view text)
 {
     Parameters numbers{};
@@ -143,7 +113,7 @@ std::optional<Parameters> read_parameters(std::string_view text)
             return std::nullopt;
         }
         std::string_view field = text.substr(0, is_last ? text.size() : comma);
-        numbers[i] = std::max(0, take_number(field).value_or(0));
+        numbers[i] = std::max(0, take_value(field).value_or(0));
         text.remove_prefix(is_last ? 0 : comma + 1);
     }
     return numbers;
@@ -168,15 +138,17 @@ void read_as_parameters(const Block &text)
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    using namespace mdm::fuzz;
     std::vector<uint8_t> bytes(data, std::find(data, data + size, 0));
     bytes.push_back(0);
     const Block text(bytes);
     read_as_limit(text);
     read_as_parameters(text);
     promise(text.holds(bytes), "the text is not changed");
-    mdm::fuzz::take_critical_lines();
+    take_critical_lines();
     return 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Where a sender could hold an opened message otherwise.
+// The places where a sender could change an opened message.
 #pragma once
 
 #include <cstdint>
@@ -42,7 +42,7 @@ struct MutationPoints {
     bool is_raw_record = false;
 };
 
-// By the message's type and discriminator, which must be kept.
+// They follow from the message's type and discriminator, which must not change.
 MutationPoints mutation_points_of(mdm_msg_t &msg);
 
 }  // namespace mdm::fuzz

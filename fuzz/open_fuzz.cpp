@@ -19,46 +19,38 @@
 #include "support/allocation_trace.hpp"
 #include "support/dump.hpp"
 
+namespace mdm::fuzz {
 namespace {
-
-using mdm::fuzz::Block;
-using mdm::fuzz::Opened;
-using mdm::fuzz::promise;
-using mdm::fuzz::promise_same;
-using mdm::test::AllocationTrace;
-using mdm::test::dump;
-
-using Bytes = std::vector<uint8_t>;
 
 constexpr size_t memory_for_each_byte = sizeof(void *) == 8 ? 10 : 6;
 constexpr size_t memory_for_all = 4096;
 
 constexpr uint8_t letters_to_sweep = 64;
 
-// What the contract's reader makes of the bytes, and takes back what it leaks.
+// The fields that the trusting path finds in the bytes. Releases the blocks that it leaks.
 std::string deserialized(const Block &bytes)
 {
-    const mdm::fuzz::Silence silence;
+    const Silence silence;
     mdm_msg_t msg{};
-    AllocationTrace trace;
+    test::AllocationTrace trace;
     const int32_t result = ipc_deserialize(&msg, bytes.data(), bytes.size());
     trace.stop();
     promise(result == MDM_RESULT_SUCCESS, "what is opened can be deserialised");
-    std::string description = dump(msg);
-    mdm::test::release_blocks(trace.kept());
+    std::string description = test::dump(msg);
+    test::release_blocks(trace.kept());
     return description;
 }
 
 struct Attempt {
-    Opened msg;
+    test::Opened msg;
     ipc_fault_t fault;
 };
 
 Attempt open(const Block &bytes)
 {
-    ipc_fault_t fault = mdm::fuzz::untouched_fault();
-    AllocationTrace trace;
-    Opened msg(ipc_open(bytes.data(), bytes.size(), &fault));
+    ipc_fault_t fault = test::untouched_fault;
+    test::AllocationTrace trace;
+    test::Opened msg(ipc_open(bytes.data(), bytes.size(), &fault));
     trace.stop();
     const std::vector<size_t> sizes = trace.allocated_sizes();
     promise(std::accumulate(sizes.begin(), sizes.end(), size_t{0}) <=
@@ -83,9 +75,9 @@ bool has_same_place(const ipc_fault_t &left, const ipc_fault_t &right)
 ipc_fault_t fault_with(Bytes message, size_t more)
 {
     message.resize(message.size() + more);
-    mdm::fuzz::correct_length(message);
+    test::correct_length(message);
     const Attempt attempt = open(Block(message));
-    mdm::fuzz::take_critical_lines();
+    take_critical_lines();
     return attempt.fault;
 }
 
@@ -94,7 +86,7 @@ ipc_fault_t fault_with(Bytes message, size_t more)
 void promise_truly_needed(const Bytes &message, const ipc_fault_t &fault)
 {
     const uint32_t missing = fault.needed - fault.left;
-    if (uint64_t{missing} + message.size() > mdm::fuzz::largest_message) {
+    if (uint64_t{missing} + message.size() > largest_message) {
         return;
     }
     const ipc_fault_t one_less = fault_with(message, missing - 1);
@@ -108,7 +100,7 @@ void promise_true(const Bytes &message, const ipc_fault_t &fault)
 {
     promise(fault.path != nullptr, "a fault has a path");
     promise(fault.offset + fault.left == message.size(), "a fault's place is in the bytes");
-    mdm::fuzz::promise_logged(fault);
+    promise_logged(fault);
     if (!is_of_envelope(fault)) {
         promise(fault.needed > fault.left, "more was needed than was left");
         promise_truly_needed(message, fault);
@@ -117,32 +109,35 @@ void promise_true(const Bytes &message, const ipc_fault_t &fault)
 
 void open_with(uint8_t letters, Bytes message)
 {
-    mdm::fuzz::lengthen_text(message, letters);
-    if (mdm::fuzz::byte_at(message, mdm::fuzz::first_reserved_offset) == 0) {
-        mdm::fuzz::correct_length(message);
+    test::lengthen_text(message, letters);
+    if (byte_at(message, first_reserved_offset) == 0) {
+        test::correct_length(message);
     }
     const Block bytes(message);
     const Attempt attempt = open(bytes);
     if (attempt.msg == nullptr) {
         promise_true(message, attempt.fault);
     } else {
-        promise(mdm::fuzz::is_untouched(attempt.fault), "nothing is at fault in what is opened");
-        mdm::fuzz::take_critical_lines();
-        promise_same(dump(*attempt.msg), deserialized(bytes), "both readers find the same fields");
+        promise(test::is_untouched(attempt.fault), "nothing is at fault in what is opened");
+        take_critical_lines();
+        promise_same(test::dump(*attempt.msg), deserialized(bytes),
+                     "both readers find the same fields");
     }
     promise(bytes.holds(message), "the bytes are not changed");
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    if (size > mdm::fuzz::largest_message) {
+    using namespace mdm::fuzz;
+    if (size > largest_message) {
         return 0;
     }
     const Bytes message(data, data + size);
-    const uint8_t letters = mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset);
-    if (letters != mdm::fuzz::every_one) {
+    const uint8_t letters = byte_at(message, second_reserved_offset);
+    if (letters != every_one) {
         open_with(letters, message);
         return 0;
     }

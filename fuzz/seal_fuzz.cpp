@@ -19,19 +19,8 @@
 #include "mutation_points.hpp"
 #include "support/dump.hpp"
 
+namespace mdm::fuzz {
 namespace {
-
-using mdm::fuzz::Block;
-using mdm::fuzz::MutableList;
-using mdm::fuzz::mutation_points_of;
-using mdm::fuzz::MutationPoints;
-using mdm::fuzz::Opened;
-using mdm::fuzz::Owned;
-using mdm::fuzz::promise;
-using mdm::fuzz::promise_same;
-using mdm::test::dump;
-
-using Bytes = std::vector<uint8_t>;
 
 constexpr size_t step_size = 3;
 constexpr size_t most_steps = 8;
@@ -161,7 +150,7 @@ private:
         }
     }
 
-    // The list is then known by a cell that is not its first, or by none.
+    // The owner of the list then knows another cell than the first, or no cell.
     void enter_list(const Step &step)
     {
         MutableList *list = some_list(step);
@@ -246,7 +235,7 @@ void promise_same_fields(mdm_msg_t &sent, mdm_msg_t &received)
     if (points.data_size != nullptr) {  // of some records the receiver states its own
         *mutation_points_of(sent).data_size = *points.data_size;
     }
-    promise_same(dump(sent), dump(received), "what is sealed arrives");
+    promise_same(test::dump(sent), test::dump(received), "what is sealed arrives");
 }
 
 // All of a record, as a copy of its bytes has it.
@@ -268,9 +257,9 @@ void promise_serialized(const mdm_msg_t &before, const mdm_msg_t &after, const B
 
 void promise_openable(mdm_msg_t &msg, const Block &sealed, bool keeps_its_fields)
 {
-    const Opened received(ipc_open(sealed.data(), sealed.size(), nullptr));
+    const test::Opened received(ipc_open(sealed.data(), sealed.size(), nullptr));
     promise(received != nullptr, "what is sealed can be opened");
-    const std::string fields = dump(*received);
+    const std::string fields = test::dump(*received);
     if (keeps_its_fields) {
         promise_same_fields(msg, *received);
     }
@@ -280,24 +269,23 @@ void promise_openable(mdm_msg_t &msg, const Block &sealed, bool keeps_its_fields
 void promise_refused(const mdm_msg_t &before, const mdm_msg_t &msg, const ipc_fault_t &fault)
 {
     promise(bytes_of(before) == bytes_of(msg), "what is refused is as it was");
-    promise(!mdm::fuzz::is_untouched(fault) && fault.path != nullptr, "a refusal has a fault");
-    mdm::fuzz::promise_logged(fault);
+    promise(!test::is_untouched(fault) && fault.path != nullptr, "a refusal has a fault");
+    promise_logged(fault);
 }
 
 void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
 {
-    constexpr uint32_t untouched = 0x5A5A5A5A;
     mdm_msg_t before;
     std::memcpy(&before, &msg, sizeof msg);
-    uint32_t length = untouched;
-    ipc_fault_t fault = mdm::fuzz::untouched_fault();
+    uint32_t length = test::untouched_length;
+    ipc_fault_t fault = test::untouched_fault;
     const Owned<uint8_t> bytes(ipc_seal(&msg, &length, &fault));
     if (bytes == nullptr) {
         promise(!must_succeed, "what was opened and is whole can be sealed");
-        promise(length == untouched, "a refusal has no length");
+        promise(length == test::untouched_length, "a refusal has no length");
         return promise_refused(before, msg, fault);
     }
-    promise(mdm::fuzz::is_untouched(fault), "nothing is at fault in what is sealed");
+    promise(test::is_untouched(fault), "nothing is at fault in what is sealed");
     promise(!mutation_points_of(msg).lacks_payload, "a missing payload is not announced");
     const Block sealed({bytes.get(), length});
     promise_serialized(before, msg, sealed);
@@ -306,17 +294,17 @@ void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
 
 void seal_after(const std::vector<Step> &steps, Bytes message)
 {
-    mdm::fuzz::correct_length(message);
+    test::correct_length(message);
     const Block bytes(message);
-    const Opened msg(ipc_open(bytes.data(), bytes.size(), nullptr));
-    mdm::fuzz::take_critical_lines();
+    const test::Opened msg(ipc_open(bytes.data(), bytes.size(), nullptr));
+    take_critical_lines();
     if (msg == nullptr) {
         return;
     }
     Mutated mutated(*msg);
     std::for_each(steps.begin(), steps.end(), [&](const Step &step) { mutated.mutate(step); });
     seal(*msg, steps.empty() && is_whole(*msg), mutated.keeps_its_fields());
-    mdm::fuzz::take_critical_lines();
+    take_critical_lines();
 }
 
 void seal_after_every_step(const Bytes &message)
@@ -334,15 +322,17 @@ void seal_after_every_step(const Bytes &message)
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    if (size > mdm::fuzz::largest_message) {
+    using namespace mdm::fuzz;
+    if (size > largest_message) {
         return 0;
     }
     Bytes message(data, data + size);
-    const uint8_t count = mdm::fuzz::byte_at(message, mdm::fuzz::second_reserved_offset);
-    if (count == mdm::fuzz::every_one) {
+    const uint8_t count = byte_at(message, second_reserved_offset);
+    if (count == every_one) {
         seal_after_every_step(message);
     } else {
         const std::vector<Step> steps = take_steps(message, count);

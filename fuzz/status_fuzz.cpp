@@ -15,9 +15,8 @@
 #include "status/mdm_noti.hpp"
 #include "support.hpp"
 
+namespace mdm::fuzz {
 namespace {
-
-using mdm::fuzz::promise;
 
 constexpr int32_t untouched = 0x5A5A5A5A;
 constexpr size_t longest_word = 63;
@@ -59,9 +58,7 @@ private:
     std::string key_;
 };
 
-constexpr std::string_view spaces = " \t\n\v\f\r";
-
-// The first word, cut to what is read of it; nothing if there is none.
+// The first word, cut to the bytes that are read; no value if there is no word.
 std::optional<std::string_view> word_of(std::string_view text)
 {
     const size_t begin = text.find_first_not_of(spaces);
@@ -72,29 +69,18 @@ std::optional<std::string_view> word_of(std::string_view text)
     return text.substr(0, std::min(text.find_first_of(spaces), longest_word));
 }
 
-// The status that a word says; nothing if it begins with no number, or one outside 32 bits.
+// The status of a word; no value if it begins without a number, or with one outside 32 bits.
 std::optional<int32_t> status_of(std::string_view word)
 {
-    constexpr int64_t far_outside = int64_t{1} << 40;
     if (word.starts_with('\0')) {
         return 0;
     }
-    const bool is_negative = word.starts_with('-');
-    word.remove_prefix(is_negative || word.starts_with('+') ? 1 : 0);
-    const size_t digits = std::min(word.find_first_not_of("0123456789"), word.size());
-    if (digits == 0) {
+    const std::optional<int64_t> number = take_number(word);
+    if (!number || *number < std::numeric_limits<int32_t>::min() ||
+        *number > std::numeric_limits<int32_t>::max()) {
         return std::nullopt;
     }
-    int64_t number = 0;
-    for (const char digit : word.substr(0, digits)) {
-        number = std::min(number * 10 + (digit - '0'), far_outside);
-    }
-    number = is_negative ? -number : number;
-    if (number < std::numeric_limits<int32_t>::min() ||
-        number > std::numeric_limits<int32_t>::max()) {
-        return std::nullopt;
-    }
-    return static_cast<int32_t>(number);
+    return static_cast<int32_t>(*number);
 }
 
 void write_again(const NamelessFile &file, int32_t status)
@@ -109,9 +95,11 @@ void write_again(const NamelessFile &file, int32_t status)
 }
 
 }  // namespace
+}  // namespace mdm::fuzz
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
+    using namespace mdm::fuzz;
     static const NamelessFile file;
     const std::string text(data, data + size);
     file.put(text);
@@ -123,7 +111,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     promise(result == (expected ? MDM_RESULT_SUCCESS : MDM_RESULT_FAILED),
             "a word that is a number is a status");
     promise(status == expected.value_or(untouched), "the status is the word's number");
-    promise(mdm::fuzz::take_critical_lines().size() == (expected ? 0 : 2),
+    promise(take_critical_lines().size() == (expected ? 0 : 2),
             "a failure is logged with its reason");
     if (expected) {
         write_again(file, *expected);

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <string_view>
 #include <utility>
 
 #include "mdm/log.h"
@@ -44,6 +43,23 @@ Block::Block(std::span<const uint8_t> bytes)
 bool Block::holds(std::span<const uint8_t> bytes) const
 {
     return std::equal(bytes.begin(), bytes.end(), data(), data() + size_);
+}
+
+std::optional<int64_t> take_number(std::string_view &text)
+{
+    constexpr int64_t far_outside = int64_t{1} << 40;
+    const bool is_negative = text.starts_with('-');
+    const size_t begin = is_negative || text.starts_with('+') ? 1 : 0;
+    const size_t end = std::min(text.find_first_not_of("0123456789", begin), text.size());
+    if (begin == end) {
+        return std::nullopt;
+    }
+    int64_t number = 0;
+    for (const char digit : text.substr(begin, end - begin)) {
+        number = std::min(number * 10 + (digit - '0'), far_outside);
+    }
+    text.remove_prefix(end);
+    return is_negative ? -number : number;
 }
 
 std::vector<std::string> take_critical_lines()

@@ -1,24 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the fuzz targets share. A broken promise ends the process, which is how a fuzzer learns of
-// it.
+// The helpers of all fuzz targets. A broken promise ends the process: the fuzzer then reports it.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <glib.h>
 
 namespace mdm::fuzz {
 
-// Prints what was promised and ends the process, if the promise is broken.
+using Bytes = std::vector<uint8_t>;
+
+// Prints a broken promise and ends the process.
 void promise(bool kept, const char *what);
 
-// The same for two texts that are to be equal, which are printed if they are not.
+// The same for two equal texts. Prints them if they differ.
 void promise_same(const std::string &left, const std::string &right, const char *what);
 
 // Bytes in a heap block of exactly their number, so that a sanitizer sees any step beyond it.
@@ -36,6 +39,13 @@ private:
     size_t size_;
 };
 
+// The characters of white space.
+inline constexpr std::string_view spaces = " \t\n\v\f\r";
+
+// Takes the number at the beginning of a text off it. Brings a number far outside 32 bits nearer to
+// them. Without a number the text stays as it is.
+std::optional<int64_t> take_number(std::string_view &text);
+
 struct Release {
     void operator()(void *block) const { g_free(block); }
 };
@@ -45,7 +55,7 @@ using Owned = std::unique_ptr<Value, Release>;
 // The critical lines that the library has logged since the last call.
 std::vector<std::string> take_critical_lines();
 
-// While it lives, the library logs nothing.
+// The library does not log as long as this lives.
 class Silence {
 public:
     Silence();
@@ -56,6 +66,6 @@ public:
 
 }  // namespace mdm::fuzz
 
-// What a fuzzer calls, and the replay as well.
+// The functions that a fuzzer and the replay call.
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);

@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr size_t header_size = 40;
+constexpr size_t text_offset = 16;
 
 void append_word(Bytes &bytes, uint32_t value)
 {
@@ -85,7 +85,8 @@ public:
             return records(content);
         case Payload::strings:
             return strings(form_.path, content,
-                           form_.is_in_param ? Claim::Of::unsigned_list : Claim::Of::list);
+                           form_.is_in_param ? CountField::Of::unsigned_list
+                                             : CountField::Of::list);
         case Payload::text:
             receive_null(content != Content::empty);
             return text(form_.path, content == Content::empty ? "" : "text");
@@ -102,7 +103,7 @@ public:
     GoodMessage message(std::string name, uint8_t type, Content content) &&
     {
         return {std::move(name), framed(type, bytes_), content,           &category_,        &form_,
-                has_payload_,    may_be_sent_on_,      std::move(steps_), std::move(claims_)};
+                has_payload_,    may_be_sent_on_,      std::move(steps_), std::move(counts_)};
     }
 
 private:
@@ -130,14 +131,14 @@ private:
     }
     void text(const char *path, std::string_view text)
     {
-        claims_.push_back({Claim::Of::text, path, end(), end() + 4, 1});
+        counts_.push_back({CountField::Of::text, path, end(), end() + 4, 1});
         word(path, static_cast<uint32_t>(text.size()));
         step(path, text.size());
         bytes_.insert(bytes_.end(), text.begin(), text.end());
     }
-    void list(const char *path, uint32_t count, uint32_t smallest, Claim::Of of)
+    void list(const char *path, uint32_t count, uint32_t smallest, CountField::Of of)
     {
-        claims_.push_back({of, path, end(), end() + 4, smallest});
+        counts_.push_back({of, path, end(), end() + 4, smallest});
         word(path, count);
         step(path, size_t{count} * smallest);
     }
@@ -157,7 +158,7 @@ private:
             return text(field.path, std::string(is_empty ? 0 : 3, letter));
         }
         case Type::strings:
-            return strings(field.path, content, Claim::Of::list);
+            return strings(field.path, content, CountField::Of::list);
         case Type::record:
             return nested(*field.nested, content);
         }
@@ -182,7 +183,7 @@ private:
         const uint32_t count = content == Content::none ? 0 : 2;
         const bool is_named = content == Content::whole || form_.elements != Elements::nameless;
         receive_null(count != 0 ? is_named : category_.sends_empty_lists);
-        list(form_.path, count, smallest_size(form_.fields), Claim::Of::list);
+        list(form_.path, count, smallest_size(form_.fields), CountField::Of::list);
         if (count != 0) {
             fields(form_.fields, first_of_records(content));
             fields(form_.fields, content);
@@ -195,7 +196,7 @@ private:
         return content == Content::whole || content == Content::ends_empty ? Content::none
                                                                            : Content::empty;
     }
-    void strings(const char *path, Content content, Claim::Of of)
+    void strings(const char *path, Content content, CountField::Of of)
     {
         const bool loses_empty = form_.elements == Elements::lose_empty;
         const std::vector<std::string_view> texts = listed_texts(content);
@@ -209,7 +210,7 @@ private:
     }
     void array()
     {
-        claims_.push_back({Claim::Of::array, form_.path, size_at_, end(), 4});
+        counts_.push_back({CountField::Of::array, form_.path, size_at_, end(), 4});
         step(form_.path, size_t{3} * 4);
         for (const char *one : {"a", "", "bc"}) {
             text(form_.path, one);
@@ -223,9 +224,10 @@ private:
         const std::string_view full = form_.is_raw_record ? "AAAAAAAABBBBBBBBCCCCCCCC"sv : "1234"sv;
         const std::string_view bytes = content == Content::empty ? "ab\0cd"sv : full;
         if (category_.is_payload_read) {
-            const auto of = category_.announced == Announced::positive ? Claim::Of::size
-                                                                       : Claim::Of::signed_size;
-            claims_.push_back({of, form_.path, size_at_, end(), 1});
+            const auto of = category_.announced == Announced::positive
+                                ? CountField::Of::size
+                                : CountField::Of::signed_size;
+            counts_.push_back({of, form_.path, size_at_, end(), 1});
             step(form_.path, bytes.size());
         }
         bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
@@ -241,7 +243,7 @@ private:
     uint32_t number_ = 0;
     int letter_ = 0;
     std::vector<Step> steps_;
-    std::vector<Claim> claims_;
+    std::vector<CountField> counts_;
 };
 
 class Messages {
@@ -398,6 +400,56 @@ std::vector<uint8_t> framed(uint8_t type, const std::vector<uint8_t> &body,
     }
     bytes.insert(bytes.end(), body.begin(), body.end());
     return bytes;
+}
+
+uint32_t word_at(const std::vector<uint8_t> &bytes, size_t offset)
+{
+    uint32_t value = 0;
+    for (size_t i = 4; i > 0; --i) {
+        value = value << 8 | bytes[offset + i - 1];
+    }
+    return value;
+}
+
+void put_word(std::vector<uint8_t> &bytes, size_t offset, uint32_t value)
+{
+    for (size_t i = 0; i < 4; ++i, value >>= 8) {
+        bytes[offset + i] = static_cast<uint8_t>(value);
+    }
+}
+
+void correct_length(std::vector<uint8_t> &bytes)
+{
+    if (bytes.size() >= 4) {
+        put_word(bytes, 0, static_cast<uint32_t>(bytes.size()) - 8);
+    }
+}
+
+void lengthen_text(std::vector<uint8_t> &bytes, uint32_t letters)
+{
+    if (bytes.size() >= text_offset + 4) {
+        put_word(bytes, text_offset, word_at(bytes, text_offset) + letters);
+        bytes.insert(bytes.begin() + text_offset + 4, letters, 'x');
+    }
+}
+
+std::vector<uint8_t> first_bytes(const std::vector<uint8_t> &bytes, size_t count)
+{
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
+std::vector<uint8_t> cut(const std::vector<uint8_t> &bytes, size_t size)
+{
+    Bytes begin = first_bytes(bytes, size);
+    correct_length(begin);
+    return begin;
+}
+
+Opened opened(const std::vector<uint8_t> &bytes, ipc_fault_t *fault)
+{
+    const auto copy = std::make_unique<uint8_t[]>(bytes.size());
+    std::ranges::copy(bytes, copy.get());
+    return Opened(ipc_open(copy.get(), static_cast<uint32_t>(bytes.size()), fault));
 }
 
 std::vector<GoodMessage> good_messages()

@@ -35,7 +35,7 @@ struct SentMessage {
     std::vector<void *> pointers;
     std::vector<GList *> lists;
 
-    // Whatever the message points at lives as long as this does.
+    // The memory that the message points at lives as long as this does.
     std::vector<std::shared_ptr<void>> kept;
     char *keep(const std::string &text);
 };

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The cleanup macros over real messages, in C++; cleanup.c has the same in C.
-#include <functional>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -31,14 +30,22 @@ int32_t deserialize_some_message(mdm_msg_t &msg)
     return ipc_deserialize(&msg, some_message.data(), static_cast<uint32_t>(some_message.size()));
 }
 
-// Whatever it allocates, it releases, and it does allocate.
-void expect_nothing_kept(const std::function<void()> &action)
+// The action allocates memory, and releases all of it.
+void expect_nothing_kept(void (*action)())
 {
     AllocationTrace trace;
     action();
     trace.stop();
     EXPECT_THAT(trace.allocated(), Not(IsEmpty()));
     EXPECT_THAT(trace.kept(), IsEmpty());
+}
+
+void expect_no_events(void (*action)())
+{
+    AllocationTrace trace;
+    action();
+    trace.stop();
+    EXPECT_THAT(trace.events(), IsEmpty());
 }
 
 bool open_and_return_early(bool early)
@@ -94,13 +101,10 @@ TEST(AutoClose, ClosesWhatTheVariableHoldsInTheEnd)
 
 TEST(AutoClose, LeavesANullPointerAlone)
 {
-    AllocationTrace trace;
-    {
+    expect_no_events([] {
         MDM_AUTO_CLOSE mdm_msg_t *msg = nullptr;
         EXPECT_EQ(msg, nullptr);
-    }
-    trace.stop();
-    EXPECT_THAT(trace.events(), IsEmpty());
+    });
 }
 
 TEST(AutoFree, FreesARecordAtTheEndOfTheScope)
@@ -120,13 +124,10 @@ TEST(AutoFree, FreesARecordOnEveryWayOut)
 
 TEST(AutoFree, LeavesAZeroedRecordAlone)
 {
-    AllocationTrace trace;
-    {
+    expect_no_events([] {
         g_auto(mdm_msg_t) msg = {};
         EXPECT_EQ(msg.type, 0);
-    }
-    trace.stop();
-    EXPECT_THAT(trace.events(), IsEmpty());
+    });
 }
 
 // Both kinds in one scope go each its own way.

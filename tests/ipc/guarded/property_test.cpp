@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <optional>
 #include <random>
 #include <string>
@@ -21,23 +20,21 @@
 #include "mdm/guarded.h"
 #include "support/allocation_trace.hpp"
 #include "support/dump.hpp"
+#include "support/fault.hpp"
 #include "support/log_recorder.hpp"
+#include "support/messages.hpp"
 #include "support/senders.hpp"
 #include "support/wire.hpp"
 
 namespace mdm::test {
 namespace {
 
-constexpr size_t trailer_size = 5;
-constexpr uint32_t untouched_length = 0xA1A2A3A4;
-constexpr const char *untouched_path = "untouched";
-
 bool are_same(const mdm_msg_t &left, const mdm_msg_t &right)
 {
     return std::memcmp(&left, &right, sizeof left) == 0;
 }
 
-// Takes the buffer over: a message, and what stands behind it.
+// Takes over the buffer, which holds a message and its trailer.
 Bytes with_trailer(uint8_t *buffer, uint32_t length)
 {
     Bytes bytes(buffer, buffer + length + trailer_size);
@@ -53,50 +50,31 @@ Bytes serialized_with_trailer(mdm_msg_t &msg)
     return with_trailer(buffer, length);
 }
 
-// The sealed bytes and what stands behind them. A refusal leaves no trace but its fault, and a
-// success leaves none in the fault.
+// The sealed bytes and their trailer. A refusal leaves no trace but its fault, and a success leaves
+// none in the fault.
 std::optional<Bytes> sealed_with_trailer(mdm_msg_t &msg)
 {
-    std::array<uint8_t, sizeof msg> before{};
-    std::memcpy(before.data(), &msg, sizeof msg);
+    const mdm_msg_t before = msg;
     uint32_t length = untouched_length;
-    ipc_fault_t fault = {0, 0, 0, untouched_path};
+    ipc_fault_t fault = untouched_fault;
     AllocationTrace trace;
     uint8_t *buffer = ipc_seal(&msg, &length, &fault);
     trace.stop();
     if (buffer == nullptr) {
-        RC_ASSERT(std::memcmp(&msg, before.data(), sizeof msg) == 0);
+        RC_ASSERT(are_same(msg, before));
         RC_ASSERT(length == untouched_length);
-        RC_ASSERT(fault.path != untouched_path);
+        RC_ASSERT(!is_untouched(fault));
         RC_ASSERT(trace.kept().empty());
         return std::nullopt;
     }
-    RC_ASSERT(fault.path == untouched_path);
+    RC_ASSERT(is_untouched(fault));
     RC_ASSERT(trace.kept() == (std::vector<Block>{{buffer, length + trailer_size}}));
     return with_trailer(buffer, length);
 }
 
 Bytes without_trailer(const Bytes &bytes)
 {
-    return {bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(trailer_size)};
-}
-
-struct CloseMessage {
-    void operator()(mdm_msg_t *msg) const { ipc_close(msg); }
-};
-using Opened = std::unique_ptr<mdm_msg_t, CloseMessage>;
-
-// An exact heap copy is opened, so that no read beyond it goes unseen under a sanitizer, and is
-// gone when the message is looked at.
-Opened opened(const Bytes &bytes, ipc_fault_t *fault = nullptr)
-{
-    const auto copy = std::make_unique<Bytes>(bytes);
-    return Opened(ipc_open(copy->data(), static_cast<uint32_t>(copy->size()), fault));
-}
-
-bool can_be_opened(const Bytes &bytes)
-{
-    return opened(bytes) != nullptr;
+    return first_bytes(bytes, bytes.size() - trailer_size);
 }
 
 std::string description_of_deserialized(const Bytes &bytes)
@@ -111,7 +89,7 @@ std::string description_of_deserialized(const Bytes &bytes)
     return description;
 }
 
-// What a sender may pass.
+// Messages that a sender may pass.
 
 void expect_to_be_sent_on(mdm_msg_t &received, const SentMessage &sent)
 {
@@ -150,7 +128,7 @@ void expect_to_travel(const CategoryFormat &category)
     expect_to_be_sent_on(*received, sent);
 }
 
-// What a sender may get wrong.
+// A sender's mistakes.
 
 using Random = std::minstd_rand;
 
@@ -175,7 +153,7 @@ void lose_data(mdm_msg_t &msg, const CategoryFormat &category)
     member_at<void *>(&msg.body, category.data) = nullptr;
 }
 
-// No positive size is larger than what there is.
+// A positive size is never larger than the payload's.
 void corrupt_data_size(mdm_msg_t &msg, const CategoryFormat &category, Random &random)
 {
     constexpr int32_t lowest = std::numeric_limits<int32_t>::min();
@@ -187,13 +165,6 @@ void corrupt_data_size(mdm_msg_t &msg, const CategoryFormat &category, Random &r
     data_size = std::min(one_of(sizes, random), has_data ? std::max(data_size, 1) : highest);
 }
 
-GList *list_at(const void *place)
-{
-    GList *list = nullptr;
-    std::memcpy(&list, place, sizeof list);
-    return list;
-}
-
 void put_list(void *place, GList *list)
 {
     std::memcpy(place, &list, sizeof list);
@@ -202,7 +173,7 @@ void put_list(void *place, GList *list)
 // A list that begins with its second cell, as far as its owner knows.
 void lose_first_cell(const SentMessage &sent, void *place)
 {
-    GList *list = list_at(place);
+    auto *list = value_at<GList *>(place, 0);
     if (list != nullptr && std::ranges::find(sent.lists, list) != sent.lists.end() &&
         list->next != nullptr) {
         put_list(place, list->next);
@@ -222,7 +193,7 @@ void lose_first_cell_of_data(const SentMessage &sent, mdm_msg_t &msg,
 void make_mistakes(const SentMessage &sent, mdm_msg_t &msg, const CategoryFormat &category,
                    Random &random)
 {
-    if (category.data == no_offset) {  // nothing could be missing
+    if (category.data == no_offset) {  // no payload could be missing
         return;
     }
     if (one_in(4, random)) {
@@ -236,13 +207,13 @@ void make_mistakes(const SentMessage &sent, mdm_msg_t &msg, const CategoryFormat
     }
 }
 
-// Mistakes in what a message points at, while this lives.
+// Mistakes in the records and lists of a message, as long as this lives.
 class Mistakes {
 public:
     explicit Mistakes(const SentMessage &sent) : sent_(sent)
     {
         for (const void *place : sent.pointers) {
-            right_.push_back(list_at(place));
+            right_.push_back(value_at<GList *>(place, 0));
         }
     }
     ~Mistakes()
@@ -273,7 +244,7 @@ void expect_no_harm(mdm_msg_t msg)
     mdm_msg_t other = msg;
     const auto bytes = sealed_with_trailer(msg);
     if (bytes) {
-        RC_ASSERT(can_be_opened(without_trailer(*bytes)));
+        RC_ASSERT(static_cast<bool>(opened(without_trailer(*bytes))));
         RC_ASSERT(*bytes == serialized_with_trailer(other));
         RC_ASSERT(are_same(msg, other));
     }
@@ -295,9 +266,7 @@ void expect_mistakes_to_do_no_harm(const CategoryFormat &category)
     }
 }
 
-// What may happen to bytes.
-
-constexpr size_t type_offset = 4;
+// Corrupted bytes.
 
 void replace_word(Bytes &bytes, Random &random)
 {
@@ -308,8 +277,7 @@ void replace_word(Bytes &bytes, Random &random)
     const auto left = static_cast<uint32_t>(bytes.size() - offset - 4);
     const std::array<uint32_t, 8> values = {0xFFFFFFFF, 0x80000000, 0x7FFFFFFF, left,
                                             left + 1,   left - 1,   0,          1};
-    std::ranges::copy(word(one_of(values, random)),
-                      bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+    put_word(bytes, offset, one_of(values, random));
 }
 
 void change_byte(Bytes &bytes, Random &random)
@@ -331,13 +299,6 @@ void splice(Bytes &bytes, const Bytes &other, Random &random)
                  other.end());
 }
 
-void make_length_true(Bytes &bytes)
-{
-    if (bytes.size() >= 4) {
-        std::ranges::copy(word(static_cast<uint32_t>(bytes.size()) - 8), bytes.begin());
-    }
-}
-
 Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
 {
     do {
@@ -357,25 +318,12 @@ Bytes corrupted(Bytes bytes, const Bytes &other, Random &random)
         }
     } while (one_in(3, random));
     if (!one_in(8, random)) {
-        make_length_true(bytes);
+        correct_length(bytes);
     }
     return bytes;
 }
 
-// A length field may also say less than there is, and the type is there, but wrong.
-bool is_true(const ipc_fault_t &fault, size_t length)
-{
-    if (fault.path == untouched_path || uint64_t{fault.offset} + fault.left != length) {
-        return false;
-    }
-    const std::string path = fault.path;
-    if (path == "header.length") {
-        return fault.needed != fault.left;
-    }
-    return path == "header.type" ? fault.needed == 1 : fault.needed > fault.left;
-}
-
-// Nothing for bytes that are refused. Whatever was allocated is given back.
+// No description if the bytes are refused. All memory is released.
 std::optional<std::string> description_of_opened(const Bytes &bytes, ipc_fault_t &fault)
 {
     std::optional<std::string> description;
@@ -400,13 +348,13 @@ void expect_sending_on_to_do_no_harm(const Bytes &bytes)
 
 void expect_same_fields_or_true_fault(const Bytes &bytes)
 {
-    ipc_fault_t fault = {0, 0, 0, untouched_path};
+    ipc_fault_t fault = untouched_fault;
     const auto description = description_of_opened(bytes, fault);
     if (!description) {
         RC_ASSERT(is_true(fault, bytes.size()));
         return;
     }
-    RC_ASSERT(fault.path == untouched_path);
+    RC_ASSERT(is_untouched(fault));
     RC_ASSERT(*description == description_of_deserialized(bytes));
     expect_sending_on_to_do_no_harm(bytes);
 }

@@ -21,7 +21,6 @@
 #include "support/log_recorder.hpp"
 #include "support/messages.hpp"
 #include "support/wire.hpp"
-#include "wire/words.hpp"
 
 namespace mdm::test {
 namespace {
@@ -194,12 +193,7 @@ private:
 
 // Opened and sealed.
 
-mdm_msg_t *open(const Bytes &bytes)
-{
-    return ipc_open(bytes.data(), static_cast<uint32_t>(bytes.size()), nullptr);
-}
-
-// The path of the fault with which an opened message is not sealed; empty if it is.
+// The path of the fault when an opened message is sealed; empty if there is no fault.
 std::string path_of_sealing(mdm_msg_t &msg)
 {
     uint32_t length = 0;
@@ -208,24 +202,15 @@ std::string path_of_sealing(mdm_msg_t &msg)
     if (bytes == nullptr) {
         return fault.path;
     }
-    MDM_AUTO_CLOSE mdm_msg_t *again = ipc_open(bytes, length, nullptr);
-    EXPECT_NE(again, nullptr);
+    EXPECT_NE(opened({bytes, bytes + length}), nullptr);
     g_free(bytes);
     return "";
 }
-
-constexpr size_t type_offset = 4;
-constexpr size_t body_offset = 40;
 
 constexpr std::array<int32_t, 14> sizes = {
     std::numeric_limits<int32_t>::min(), -65537, -15, -12, -1, 0, 1, 7, 8, 9, 12, 65536, 65537,
     std::numeric_limits<int32_t>::max()};
 constexpr int32_t longest_payload = 65537;
-
-void put_word(Bytes &bytes, size_t offset, uint32_t value)
-{
-    std::ranges::copy(word(value), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
-}
 
 // A good message with every message type of its category, every discriminator of its form and
 // every `data_size`.
@@ -246,7 +231,7 @@ public:
         if (category_.data == no_offset) {
             return expect_documented(good_.bytes, 0);
         }
-        const auto size = static_cast<int32_t>(load_u32(&good_.bytes[size_offset_]));
+        const auto size = static_cast<int32_t>(word_at(good_.bytes, size_offset_));
         if (!is_announced(category_, form_, size)) {  // a head alone
             return;
         }
@@ -284,7 +269,7 @@ private:
             const auto count = static_cast<size_t>(may_be_there(data_size) ? data_size : 0);
             bytes.resize(size_offset_ + 4);
             bytes.resize(bytes.size() + count * (is_raw ? 1 : 4), is_raw ? 'r' : 0);
-            put_word(bytes, 0, static_cast<uint32_t>(bytes.size()) - 8);
+            correct_length(bytes);
         }
         return bytes;
     }
@@ -297,10 +282,10 @@ private:
         for (const uint32_t message_type : category_.types) {
             bytes[type_offset] = static_cast<uint8_t>(message_type);
             for (const uint32_t discriminator : discriminators_of(category_, form_)) {
-                put_word(bytes, body_offset, discriminator);
+                put_word(bytes, header_size, discriminator);
                 const Case it = {category_.name, &form_, discriminator, data_size,
                                  is_there ? good_.content : Content::whole};
-                MDM_AUTO_CLOSE mdm_msg_t *msg = open(bytes);
+                const Opened msg = opened(bytes);
                 ASSERT_EQ(msg != nullptr, is_whole) << it;
                 if (msg != nullptr) {
                     EXPECT_EQ(path_of_sealing(*msg), document_.path_of(it)) << it;
@@ -319,7 +304,7 @@ private:
 void expect_documented_without_category(Document &document)
 {
     for (const uint8_t type : types_without_category()) {
-        MDM_AUTO_CLOSE mdm_msg_t *msg = open(framed(type, {}));
+        const Opened msg = opened(framed(type, {}));
         ASSERT_NE(msg, nullptr);
         const Case it = {"none", nullptr, 0, 0, Content::none};
         EXPECT_EQ(path_of_sealing(*msg), document.path_of(it)) << int{type};
