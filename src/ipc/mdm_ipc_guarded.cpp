@@ -26,9 +26,9 @@ bool has_envelope(const uint8_t *buffer, uint32_t length)
     if (buffer == nullptr || length < word_size) {
         return {ipc_head::length, word_size, buffer == nullptr ? 0 : length, fault_path::length};
     }
-    const uint64_t claimed = uint64_t{load_u32(buffer + ipc_head::length)} + uncounted_size;
-    if (claimed != length) {
-        return {ipc_head::length, saturated(claimed), length, fault_path::length};
+    const uint64_t announced = uint64_t{load_u32(buffer + ipc_head::length)} + uncounted_size;
+    if (announced != length) {
+        return {ipc_head::length, saturated(announced), length, fault_path::length};
     }
     if (length < smallest_message) {
         return {ipc_head::length, smallest_message, length, fault_path::length};

@@ -64,7 +64,7 @@ protected:
     }
 
     // Whether a record or a head fits, whose texts have `text_bytes` bytes. A trusting cursor does
-    // not compare: on a machine with 32-bit addresses, a text may claim to fill all of them.
+    // not compare: on a machine with 32-bit addresses, a text may announce all of them.
     bool fits(size_t smallest, size_t text_bytes) const
     {
         return !is_guarded() || (smallest <= remaining_ && text_bytes <= remaining_ - smallest);
