@@ -120,7 +120,7 @@ Bytes sent_again(const Bytes &bytes)
         ADD_FAILURE() << refusal_line(fault);
         return {};
     }
-    const Bytes again = serialize(*msg);
+    Bytes again = serialize(*msg);
     ipc_close(msg);
     return again;
 }
