@@ -35,7 +35,7 @@ void store(Bytes &bytes, size_t offset, uint32_t value)
     std::memcpy(bytes.data() + offset, &value, word);
 }
 
-// Nothing for bytes that end before it. Each body of the benchmark begins with it.
+// Each body of the benchmark begins with its discriminator. No value if the bytes end before it.
 std::optional<uint32_t> discriminator(const Bytes &bytes)
 {
     const size_t offset = header_size + load(bytes, text_offset);

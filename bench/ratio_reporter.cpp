@@ -62,7 +62,7 @@ void RatioReporter::ReportRuns(const std::vector<Run> &runs)
             messages_.push_back(message);
         }
         elements_[message] = counted(run, "elements", 1);
-        // Of the processor: what else the machine does is not measured.
+        // Processor time: the machine's other work does not count.
         const double time = run.cpu_accumulated_time * 1e9 / static_cast<double>(run.iterations);
         costs_[name].push_back(counted(run, unit_, time));
     }

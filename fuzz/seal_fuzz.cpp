@@ -4,8 +4,8 @@
 // equal those of ipc_serialize(), and open with the same fields. A refused message is unchanged.
 //
 // The target corrects the length field. The second reserved byte is the number of mutations; each
-// takes the last three bytes of the input off the message. 255 stands for every step, one at a
-// time.
+// takes the last three bytes of the input off the message. 255 stands for every mutation,
+// one at a time.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -22,28 +22,28 @@
 namespace mdm::fuzz {
 namespace {
 
-constexpr size_t step_size = 3;
-constexpr size_t most_steps = 8;
+constexpr size_t mutation_size = 3;
+constexpr size_t most_mutations = 8;
 constexpr uint8_t change_of_element = 3;
 constexpr uint8_t entry_of_list = 4;
-constexpr uint8_t kinds_of_steps = 6;
-constexpr uint8_t ways_of_steps = 10;
+constexpr uint8_t mutation_kinds = 6;
+constexpr uint8_t mutation_ways = 10;
 
-struct Step {
+struct Mutation {
     uint8_t kind;
     uint8_t which;
     uint8_t how;
 };
 
-std::vector<Step> take_steps(Bytes &message, size_t count)
+std::vector<Mutation> take_mutations(Bytes &message, size_t count)
 {
-    std::vector<Step> steps;
-    for (count %= most_steps + 1; count > 0 && message.size() >= step_size; --count) {
-        const auto step = message.end() - step_size;
-        steps.push_back({step[0], step[1], step[2]});
-        message.erase(step, message.end());
+    std::vector<Mutation> mutations;
+    for (count %= most_mutations + 1; count > 0 && message.size() >= mutation_size; --count) {
+        const auto mutation = message.end() - mutation_size;
+        mutations.push_back({mutation[0], mutation[1], mutation[2]});
+        message.erase(mutation, message.end());
     }
-    return steps;
+    return mutations;
 }
 
 // An opened message that a sender has changed before it sends it on.
@@ -54,9 +54,9 @@ public:
     Mutated(const Mutated &) = delete;
     Mutated &operator=(const Mutated &) = delete;
 
-    void mutate(const Step &step)
+    void mutate(const Mutation &mutation)
     {
-        change(step);
+        change(mutation);
         // In some categories a negative size, or none, takes the payload away.
         const bool has_payload = points_.data_size == nullptr || *points_.data_size > 0;
         keeps_its_fields_ = keeps_its_fields_ && has_payload;
@@ -66,21 +66,21 @@ public:
     bool keeps_its_fields() const { return keeps_its_fields_; }
 
 private:
-    void change(const Step &step)
+    void change(const Mutation &mutation)
     {
-        switch (step.kind % kinds_of_steps) {
+        switch (mutation.kind % mutation_kinds) {
         case 0:
-            return change_text(step);
+            return change_text(mutation);
         case 1:
-            return change_data_size(step);
+            return change_data_size(mutation);
         case 2:
-            return remove(step);
+            return remove(mutation);
         case change_of_element:
-            return change_element(step);
+            return change_element(mutation);
         case entry_of_list:
-            return enter_list(step);
+            return enter_list(mutation);
         default:
-            return lengthen_list(step);
+            return lengthen_list(mutation);
         }
     }
 
@@ -94,14 +94,14 @@ private:
         return texts[how % texts.size()];
     }
 
-    void change_text(const Step &step)
+    void change_text(const Mutation &mutation)
     {
         if (!points_.texts.empty()) {
-            *points_.texts[step.which % points_.texts.size()] = some_text(step.how);
+            *points_.texts[mutation.which % points_.texts.size()] = some_text(mutation.how);
         }
     }
 
-    void change_data_size(const Step &step)
+    void change_data_size(const Mutation &mutation)
     {
         if (points_.data_size == nullptr) {
             return;
@@ -109,24 +109,26 @@ private:
         constexpr auto least = std::numeric_limits<int32_t>::min();
         const int32_t size = *points_.data_size;
         const std::array sizes = {0, 1, -1, least, size / 2, 7, 8, 12, 400, MDM_MAX_PADDING};
-        const int32_t changed = std::min(sizes[step.how % sizes.size()], points_.largest_data_size);
+        const int32_t changed =
+            std::min(sizes[mutation.how % sizes.size()], points_.largest_data_size);
         // A shortened payload has no terminator.
         const bool is_cut = points_.takes_data_size_for_length && changed != size;
         keeps_its_fields_ = keeps_its_fields_ && !is_cut;
         *points_.data_size = changed;
     }
 
-    void remove(const Step &step)
+    void remove(const Mutation &mutation)
     {
         if (!points_.removals.empty()) {
-            points_.removals[step.which % points_.removals.size()]();
+            points_.removals[mutation.which % points_.removals.size()]();
             keeps_its_fields_ = false;
         }
     }
 
-    MutableList *some_list(const Step &step)
+    MutableList *some_list(const Mutation &mutation)
     {
-        return points_.lists.empty() ? nullptr : &points_.lists[step.which % points_.lists.size()];
+        return points_.lists.empty() ? nullptr
+                                     : &points_.lists[mutation.which % points_.lists.size()];
     }
 
     // Null for an empty list.
@@ -141,31 +143,31 @@ private:
         return list.holds_texts ? some_text(how) : nullptr;
     }
 
-    void change_element(const Step &step)
+    void change_element(const Mutation &mutation)
     {
-        MutableList *list = some_list(step);
-        GList *cell = list == nullptr ? nullptr : some_cell(*list, step.how / 4);
+        MutableList *list = some_list(mutation);
+        GList *cell = list == nullptr ? nullptr : some_cell(*list, mutation.how / 4);
         if (cell != nullptr) {
-            cell->data = some_element(*list, step.how);
+            cell->data = some_element(*list, mutation.how);
         }
     }
 
     // The owner of the list then knows another cell than the first, or no cell.
-    void enter_list(const Step &step)
+    void enter_list(const Mutation &mutation)
     {
-        MutableList *list = some_list(step);
+        MutableList *list = some_list(mutation);
         if (list != nullptr) {
-            list->head = step.how == 0 ? nullptr : some_cell(*list, step.how);
+            list->head = mutation.how == 0 ? nullptr : some_cell(*list, mutation.how);
             list->replace(list->head);
             keeps_its_fields_ = false;
         }
     }
 
-    void lengthen_list(const Step &step)
+    void lengthen_list(const Mutation &mutation)
     {
-        MutableList *list = some_list(step);
+        MutableList *list = some_list(mutation);
         if (list != nullptr) {
-            GList *cell = g_list_append(nullptr, some_element(*list, step.how));
+            GList *cell = g_list_append(nullptr, some_element(*list, mutation.how));
             cells_.push_back(cell);
             list->head = g_list_concat(list->head, cell);
             list->replace(list->head);
@@ -292,7 +294,7 @@ void seal(mdm_msg_t &msg, bool must_succeed, bool keeps_its_fields)
     promise_openable(msg, sealed, keeps_its_fields);
 }
 
-void seal_after(const std::vector<Step> &steps, Bytes message)
+void seal_after(const std::vector<Mutation> &mutations, Bytes message)
 {
     test::correct_length(message);
     const Block bytes(message);
@@ -302,17 +304,18 @@ void seal_after(const std::vector<Step> &steps, Bytes message)
         return;
     }
     Mutated mutated(*msg);
-    std::for_each(steps.begin(), steps.end(), [&](const Step &step) { mutated.mutate(step); });
-    seal(*msg, steps.empty() && is_whole(*msg), mutated.keeps_its_fields());
+    std::for_each(mutations.begin(), mutations.end(),
+                  [&](const Mutation &mutation) { mutated.mutate(mutation); });
+    seal(*msg, mutations.empty() && is_whole(*msg), mutated.keeps_its_fields());
     take_critical_lines();
 }
 
-void seal_after_every_step(const Bytes &message)
+void seal_after_every_mutation(const Bytes &message)
 {
     seal_after({}, message);
-    for (uint8_t kind = 0; kind < kinds_of_steps; ++kind) {
+    for (uint8_t kind = 0; kind < mutation_kinds; ++kind) {
         for (uint8_t which = 0; which < 2; ++which) {
-            for (uint8_t how = 0; how < ways_of_steps; ++how) {
+            for (uint8_t how = 0; how < mutation_ways; ++how) {
                 seal_after({{kind, which, how}}, message);
             }
         }
@@ -333,10 +336,10 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     Bytes message(data, data + size);
     const uint8_t count = byte_at(message, second_reserved_offset);
     if (count == every_one) {
-        seal_after_every_step(message);
+        seal_after_every_mutation(message);
     } else {
-        const std::vector<Step> steps = take_steps(message, count);
-        seal_after(steps, message);
+        const std::vector<Mutation> mutations = take_mutations(message, count);
+        seal_after(mutations, message);
     }
     return 0;
 }

@@ -36,9 +36,10 @@
 #define MDM_RETURNS_NONNULL
 #endif
 
-/** Names the function that releases the result. The compiler warns about a result that another
+/**
+ * Names the function that releases the result. The compiler warns about a result that another
  * function releases, or that is released twice or never. Only GCC 11 and later has this attribute.
- * */
+ */
 #if defined(__GNUC__) && !defined(__clang__) && __GNUC__ >= 11
 #define MDM_RELEASED_BY(function) __attribute__((__malloc__(function, 1)))
 #else

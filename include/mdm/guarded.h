@@ -31,8 +31,8 @@
  * | ipc_deserialize() | `mdm_msg_t msg`  | ipc_free()   | `g_auto(mdm_msg_t) msg = {0};`  |
  * | the program       | `mdm_msg_t msg`  | the program  |                                 |
  *
- * Do not use `g_auto` for a record that was filled for sending, nor for a message that ipc_free()
- * must not get. There is deliberately no `g_autoptr(mdm_msg_t)`: it could not tell an opened
+ * Do not use `g_auto` for a record that was filled for sending, nor for a message that must not be
+ * passed to ipc_free(). There is deliberately no `g_autoptr(mdm_msg_t)`: it could not tell an opened
  * message from a deserialised one. Compilers warn about many wrong releases, but not about
  * ipc_free() for an opened message.
  *
@@ -93,17 +93,17 @@ MDM_BEGIN_DECLS
 /**
  * The reason of a refusal. ipc_fault_describe() makes a sentence of it.
  *
- * A number above 4294967295 is stored as 4294967295. So is `needed` for a negative length
- * (Q-GUARDED-2).
+ * A number above 4294967295 is stored as 4294967295. For a negative length `needed` is 4294967295,
+ * too (Q-GUARDED-2).
  */
 typedef struct ipc_fault {
-    uint32_t offset;  /**< Where the field is, counted from the first byte of the message. For a
-                          text, for raw bytes and for the elements of a list: where they begin,
-                          behind their count. If ipc_seal() refuses a body: where the body begins,
-                          or where writing stopped. */
+    uint32_t offset;  /**< The offset of the field from the first byte of the message. For a text,
+                          raw bytes or the elements of a list: the offset of their first byte,
+                          behind the count. If ipc_seal() refuses a body: the offset of the body, or
+                          of the byte where writing stopped. */
     uint32_t needed;  /**< How many bytes the field needs from `offset` on. For "header.length": the
-                          size of the whole message, as its length field says or as the smallest
-                          message has it (40); 4 if there is no whole length field. For
+                          size of the message that the length field announces, or 40, the size of
+                          the smallest message; 4 if there is no whole length field. For
                           "header.type": 1, for the byte that is no message type. For "memory": how
                           many bytes of memory could not be allocated. 0 if a part of a sender's
                           message is missing or cannot be sent. */
@@ -146,7 +146,8 @@ MDM_API void ipc_close(mdm_msg_t *msg);
  *
  * It refuses
  *
- * - bytes that ipc_deserialize() would reject, and bytes that are shorter than a message (40);
+ * - bytes that ipc_deserialize() would reject, and fewer than 40 bytes, the size of the smallest
+ *   message;
  * - bytes that end before a field ends;
  * - a count or a length that the remaining bytes cannot hold;
  * - a negative size that the category uses as a length.

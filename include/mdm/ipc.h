@@ -55,9 +55,9 @@ MDM_BEGIN_DECLS
  * `data_size` in the body; nothing else in @p msg changes.
  *
  * A body that cannot be written is only reported in the log: the call returns the buffer with the
- * bytes that were written before the failure (Q-ENVELOPE-7). The buffer has too little room for a
- * body that cannot be sized, and for a body that its category counts shorter than it writes it
- * (Q-BODY-1). Never pass such a body; the header of each body says which bodies they are. Five
+ * bytes that were written before the failure (Q-ENVELOPE-7). The call writes beyond the buffer if
+ * the body cannot be sized, or if its category writes more bytes than it counts (Q-BODY-1). Never
+ * pass such a body; the header of each body says which bodies they are. Five
  * bytes of the library's own follow the message in the buffer: a zero byte and a guard of four
  * bytes. The guard only detects a short overrun, which the log then reports; it does not prevent
  * one (Q-ENVELOPE-8, Q-ENVELOPE-9).

@@ -30,7 +30,7 @@
  * another program: another thread may have held the lock, which nobody releases in the child.
  *
  * There is no lock between processes. A read while another process writes may find the file empty,
- * and fail. Or it may take the end of a longer new text for the continuation of the old one. Two
+ * and fail. Or it may join the old text with the end of a longer new one. Two
  * processes that write at once may leave a mixture of both texts, which is then read as a number.
  * So let one process write, and read only while it does not write; or agree on a lock.
  *

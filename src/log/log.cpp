@@ -28,7 +28,7 @@ namespace {
 constinit std::atomic<const char *> log_path{nullptr};  // Q-LOG-4
 pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
 
-// As for any text file, the process's umask takes bits away.
+// The process's umask removes bits, as for any new file.
 constexpr mode_t file_permissions = 0666;
 
 constexpr std::array<int, MDM_LOG_NONE + 1> platform_priorities = {
@@ -81,7 +81,7 @@ Text text_of(const Line &line, va_list args, size_t &size)
     return is_whole ? std::move(text) : nullptr;
 }
 
-// Which regular file, and its size.
+// The identity and the size of a regular file.
 struct FileState {
     dev_t device;
     ino_t inode;

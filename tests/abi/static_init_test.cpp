@@ -16,7 +16,7 @@ using namespace DevicePolicyManager::ServerInfo;
 
 extern "C" {
 
-// Of the linked library; the loaded one has its own.
+// Functions of the linked library; the loaded one has its own.
 const DeviceInventoryCallHistoryEvent *event_built_at_load();
 const std::string *smtp_protocol_of_the_library();
 

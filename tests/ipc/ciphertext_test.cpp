@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // How an encrypted secret travels from the AES helper of one side to that of the other: as base64
-// text, because of the raw bytes of a body nothing arrives behind the first zero byte.
+// text, because received raw bytes end at their first zero byte.
 #include <algorithm>
 #include <ostream>
 #include <string>

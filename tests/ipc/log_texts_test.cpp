@@ -25,7 +25,7 @@ namespace {
 
 using ::testing::ContainerEq;
 
-// Each as its level, its function and its format.
+// A line is its level, its function and its format.
 using Lines = std::set<std::string>;
 
 std::string line_of(const std::string &level, const std::string &function,

@@ -485,11 +485,13 @@ constexpr std::array platform_forms = {
 CALLBACK_BODY(app_cb, num6, str8, str7);
 CALLBACK_BODY(misc_cb, flag6, num7, str8);
 
-// Seven categories are one.
+// Seven categories have the same format.
+// clang-format off: it would break the path
 #define SINGLE_LIST(category)                                                                    \
     HEADED_BODY(category);                                                                       \
     constexpr std::array category##_forms = {signed_raw({0, 1, 100, minus_one}, #category ".dat" \
                                                                                           "a")}
+// clang-format on
 SINGLE_LIST(browser);
 SINGLE_LIST(date_time);
 SINGLE_LIST(remote);

@@ -133,9 +133,10 @@ struct Form {
     Elements elements = Elements::ordinary;
     uint32_t gap = 0;  // the bytes that a null element leaves
     Leak leak = Leak::never;
-    bool is_always_there = false;     // whatever `data_size` says
-    bool is_in_param = false;         // the list stands in the place of `param`
-    bool may_be_absent = false;       // without a record the head alone travels, with a size of 0
+    bool is_always_there = false;  // whatever `data_size` says
+    bool is_in_param = false;      // the list stands in the place of `param`
+    bool may_be_absent =
+        false;  // a sender may leave the record out: the head travels, with a size of 0
     bool is_raw_record = false;       // a sender's record, which a receiver takes for raw bytes
     bool trusts_sign = false;         // a negative `data_size` is counted, and cannot be sent
     uint32_t empty_list_padding = 0;  // zeros behind the head that a null list is sent as

@@ -43,19 +43,18 @@ private:
 };
 
 // A line of the library: its level, the function that logged it, the text behind the prefix, and
-// its place. An expected line has no source line, and a file only if it was made with an origin.
+// its place. An expected line has no source line.
 struct LogLine {
     uint32_t level;
     std::string function;
     std::string text;
-    std::string file = {};
+    std::string file;
     int source_line = 0;
 
     friend bool operator==(const LogLine &left, const LogLine &right)
     {
         return left.level == right.level && left.function == right.function &&
-               left.text == right.text &&
-               (left.file.empty() || right.file.empty() || left.file == right.file);
+               left.text == right.text && left.file == right.file;
     }
 };
 

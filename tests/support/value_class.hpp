@@ -151,7 +151,7 @@ std::vector<const void *> text_blocks(const Value &object)
 // Texts that fit into the object, and texts that do not.
 inline constexpr std::array<size_t, 4> text_lengths = {2, 15, 16, 1000};
 
-// Objects that are empty or full, and those that are so but for one leaf. None is made by copying.
+// An empty and a full object, and objects that differ from one of them in one leaf. None is a copy.
 template <class Value>
 std::list<Value> sources()
 {

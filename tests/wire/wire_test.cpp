@@ -411,7 +411,7 @@ TEST_F(WireLists, AreReadFromTheirFirstElement)
     EXPECT_THAT(texts, ElementsAre(::testing::StrEq("a"), nullptr, ::testing::StrEq("b")));
 }
 
-// Unlike a loop over the list.
+// A count begins at the given cell, and a loop over the elements at the first one.
 // Q-WIRE-4
 TEST_F(WireLists, AreCountedFromWhereTheyAreGiven)
 {

@@ -17,9 +17,9 @@ enum {
 /**
  * Body of the admin category.
  *
- * For #IS_CLIENT_REGISTERED the fields `type`, `pkg` and `status` travel, for every other
- * discriminator `type`, `value`, `pkg` and `text`. The receiver's other fields keep the values of
- * its record (Q-ADMIN-1). ipc_free() releases both strings and sets them to null.
+ * For #IS_CLIENT_REGISTERED `type`, `pkg` and `status` travel. For every other discriminator
+ * `type`, `value`, `pkg` and `text` travel. The receiver's other fields keep the values of its
+ * record (Q-ADMIN-1). ipc_free() releases both strings and sets them to null.
  *
  * The log: ipc_serialize() and ipc_deserialize() log `pkg` of #IS_CLIENT_REGISTERED at level 0.
  */
@@ -29,9 +29,8 @@ typedef struct mdm_admin_info {
     uint32_t value; /**< Sent for every discriminator except 0. */
     char *pkg;      /**< Package name of the client; may be null. */
     char *text;     /**< Second string, sent for every discriminator except 0; may be null. */
-    int32_t
-        status; /**< Registration status, sent only for discriminator 0. Server and clients agree on
-                         its values. */
+    int32_t status; /**< Registration status, sent only for discriminator 0. Its values are the
+                         agreement of server and clients. */
 } mdm_admin_info_t;
 
 #endif

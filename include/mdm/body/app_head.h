@@ -18,8 +18,7 @@
  * - `type`: the discriminator of the policy. It selects the form of the payload.
  * - `aux`: a word of the caller, never sent.
  * - `param`: a parameter of the policy, sent unchanged.
- * - `pkg`: a string, sent with every body; may be null. An empty string
- *   arrives as null.
+ * - `pkg`: a string, sent with every body; may be null. An empty string arrives as null.
  * - `data_size`: the sender sets it. The payload travels only if it is 1 or more.
  * - `data`: the payload, by `type`.
  */

@@ -69,8 +69,8 @@ typedef struct mdm_email_value {
  * the payload, or for a list the size of the whole body, with the head and the count (Q-BODY-8).
  *
  * ipc_free() releases the payload. `data` and `data_size` keep their old values (Q-BODY-7). There
- * are two exceptions: for `type` 362 it releases the three strings and leaves the record allocated,
- * which the owner of the message releases with g_free() (Q-EMAIL-4). For `type` 359 it does not
+ * are two exceptions. For `type` 362 it releases the three strings and leaves the record allocated.
+ * The owner of the message releases the record with g_free() (Q-EMAIL-4). For `type` 359 it does not
  * release `str9` to `str12`, which are null in a received record (Q-EMAIL-5).
  */
 typedef struct mdm_email_info {

@@ -17,7 +17,8 @@
  *   with a terminator. A zero byte inside ends that text early (Q-WIRE-2).
  * - A string is zero-terminated, in any encoding. Any string of a record may be null. Null and
  *   empty are the same on the wire, and arrive as null (Q-WIRE-1).
- * - A list is a GList, handed over by its first cell. An empty list is null.
+ * - A list is a GList, handed over by its first cell. The trusting path does not check this
+ *   (Q-WIRE-4). An empty list is null.
  *
  * Rules for every body, which the other headers do not repeat:
  *
@@ -27,13 +28,13 @@
  *   message until ipc_free(). A sender's body belongs to the sender, who releases it as it was
  *   allocated. The codec only reads it, except where a category stores a computed `data_size`.
  * - A receiver learns from `data_size` alone whether there is a payload. A sender without a payload
- *   sets `data_size` to 0, too. With a null `data` and another `data_size`, the trusting path may
+ *   sets `data_size` to 0, too. If `data` is null and `data_size` is not 0, the trusting path may
  *   send a head that announces a missing payload, read through the null pointer, or fail to size
  *   the body (Q-BODY-1, Q-BODY-3).
  * - An empty string in a list arrives as a null element, unless the category says otherwise
  *   (Q-WIRE-6).
- * - Sentences on ipc_free() and on fields that keep their value are about the trusting path, and
- *   about the body alone: ipc_free() always releases the header's text. Where `data` keeps its old
+ * - These headers describe ipc_free() and the fields that keep their value for the trusting path,
+ *   and for the body alone: ipc_free() always releases the header's text. Where `data` keeps its old
  *   value after ipc_free(), it points to released memory, unless the category says that this memory
  *   stays allocated: do not use it, and do not free the message again (Q-BODY-7). ipc_close() of
  *   mdm/guarded.h releases everything.

@@ -29,7 +29,8 @@ typedef struct mdm_kiosk_key_pair {
  * and the lists sending stores the size of the payload; for a list without the 4 bytes of the count
  * (Q-KIOSK-2). For raw bytes `data_size` must not be negative (Q-BODY-4). Do not send null elements
  * of a list: the count and the size include them, but they are not written. They arrive as zeros at
- * the end of the list (Q-KIOSK-1).
+ * the end of the list (Q-KIOSK-1). Give a list by its first cell: the elements in front of another
+ * one are written, but not counted (Q-KIOSK-5).
  *
  * ipc_free() releases the payload. For the string and the lists `data` keeps its old value
  * (Q-BODY-7).

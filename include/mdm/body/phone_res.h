@@ -30,7 +30,7 @@ typedef struct mdm_phone_res_ext {
     char *str0;                     /**< Sent first. */
     uint32_t word1;                 /**< Never sent. Zero in a received record; ipc_free() sets it
                                          to zero (Q-PHONE_RES-5). */
-    mdm_phone_res_detail_t *detail; /**< Sent after `str0`. A sender's must not be null. */
+    mdm_phone_res_detail_t *detail; /**< Sent after `str0`. A sender must not pass null. */
 } mdm_phone_res_ext_t;
 
 /**

@@ -10,8 +10,8 @@
 #include <stdint.h>
 
 /**
- * Body of the platform category: `type` and `text`. For `type` 439 `number` and `flag` follow, for
- * `type` 440 `number`. Fields that do not travel keep the values of the receiver's record
+ * Body of the platform category: `type` and `text`. For `type` 439, `number` and `flag` follow. For
+ * `type` 440, `number` follows. Fields that do not travel keep the values of the receiver's record
  * (Q-PLATFORM-2). ipc_free() releases `text`; the pointer keeps its old value (Q-BODY-7).
  */
 typedef struct mdm_platform_info {

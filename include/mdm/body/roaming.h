@@ -16,7 +16,7 @@ typedef struct mdm_roaming_data {
 /**
  * Body of the roaming category.
  *
- * - `data`: one ::mdm_roaming_data_t. A sender's must not be null (Q-ROAMING-2). A received message
+ * - `data`: one ::mdm_roaming_data_t. A sender must not pass null (Q-ROAMING-2). A received message
  *   always has a new record.
  * - `data_size`: the caller's number, sent unchanged. The codec derives nothing from it
  *   (Q-ROAMING-1).

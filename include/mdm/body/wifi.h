@@ -70,7 +70,7 @@ typedef struct mdm_wifi_network {
     char *ssid;          /**< Network name. */
     int32_t detail_kind; /**< Selects the fields of `detail`, from 1 to 9. For any other number
                                     no detail travels. */
-    mdm_wifi_detail_t *detail; /**< A sender's must not be null for the kinds 2 to 7. For 1, 8 and 9
+    mdm_wifi_detail_t *detail; /**< A sender must not pass null for the kinds 2 to 7. For 1, 8 and 9
                                     a null detail arrives as the number 0 (Q-WIFI-2). In a received
                                     message it is null if `detail_kind` is outside 1 to 9. */
 } mdm_wifi_network_t;

@@ -20,11 +20,12 @@ using GetHandler = bool(Reader &in, const Log &log, mdm_body_t *body);
 // Returns the body's byte count on the wire. Runs before the set handler, and may store the
 // `data_size` that the set handler sends, and the lengths of a list's strings.
 using SizeHandler = uint32_t(Lengths &lengths, const Log &log, mdm_body_t *body);
-// Releases the heap parts of a received body.
+// Releases the heap blocks of a received body.
 using FreeHandler = void(const Log &log, mdm_body_t *body);
 // Returns the path of the first field that is wrong: a null pointer that the size handler would
-// follow, or a payload that does not match `data_size`. Returns null for a valid body. Runs on the
-// guarded path alone, before the size handler. A category has none if all its bodies are valid.
+// follow, a list that cannot be sized, or a payload that does not match `data_size`. Returns null for
+// a valid body. Runs on the guarded path alone, before the size handler. A category has none if all
+// its bodies are valid.
 using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 
 // The categories: their message types from the first to the last, their name, and the file of their

@@ -70,6 +70,7 @@ uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         break;
     case Form::keys:
         // Q-KIOSK-1: a null element is sized and counted, but not written.
+        // Q-KIOSK-5: the elements in front of the given cell are written, but not sized.
         base = empty_list_size;
         payload_size = length_of(info.data) * word_size;
         break;

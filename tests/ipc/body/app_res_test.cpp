@@ -364,6 +364,7 @@ TEST(AppRes, ReceivedControlsMayHoldEmptyPackagesOrNone)
     release(received.body);
 }
 
+// Q-WIRE-4
 TEST(AppRes, ListsBeginAtTheirFirstElement)
 {
     mdm_app_res_item_t item = {borrowed("a"), 1};

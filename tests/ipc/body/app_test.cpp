@@ -218,6 +218,7 @@ TEST(App, NullPackageEndsTheListButNotTheCount)
               head("04 00 00 00", "01 00 00 00") + hex("02 00 00 00"));
 }
 
+// Q-WIRE-4
 TEST(App, PackagesBeginAtTheListsFirstElement)
 {
     const Cells list = packages({"a", "b"});

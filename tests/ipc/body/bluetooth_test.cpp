@@ -232,6 +232,7 @@ TEST(Bluetooth, NamesAreLoggedAndEmptyOnesAreReceivedAsNullElements)
                                       "device_name : \xC3\xA4\xFF", "device_name : (null)"}));
     bluetooth.free(&received);
     EXPECT_EQ(received.bluetooth.data, nullptr);
+    EXPECT_THAT(log.take(), lines(bluetooth.free));
 }
 
 TEST(Bluetooth, RawPayloadLogsItsSizeOnly)

@@ -207,6 +207,26 @@ TEST(Kiosk, NullElementsAreCountedAndSizedButNotSent)
     EXPECT_EQ(kiosk.write(&sent), wire(621, 4, hex("01 00 00 00")));
 }
 
+// Q-KIOSK-5
+TEST(Kiosk, ListGivenByALaterCellIsSizedFromThereAndWrittenWhole)
+{
+    uint32_t keys[] = {7, 9, 11};
+    const Cells key_list = cells({&keys[0], &keys[1], &keys[2]});
+    for (const uint32_t type : key_types) {
+        mdm_body_t sent = body(type, 1, key_list->next);
+        expect_size_stored(sent, 24, 8);
+        EXPECT_EQ(kiosk.write(&sent),
+                  wire(type, 8, hex("02 00 00 00 07 00 00 00 09 00 00 00 0B 00 00 00")));
+    }
+    mdm_kiosk_key_pair_t pairs[] = {{7, 8}, {9, 10}};
+    const Cells pair_list = cells({&pairs[0], &pairs[1]});
+    mdm_body_t sent = body(pair_type, 1, pair_list->next);
+    expect_size_stored(sent, 24, 8);
+    EXPECT_EQ(kiosk.write(&sent), wire(pair_type, 8,
+                                       hex("01 00 00 00 07 00 00 00 08 00 00 00 "
+                                           "09 00 00 00 0A 00 00 00")));
+}
+
 // Q-KIOSK-1
 TEST(Kiosk, NullElementsArriveAsZerosAtTheEnd)
 {

@@ -184,7 +184,7 @@ void expect_failing_write(mdm_body_t &sent, const LogLine &last)
                                         info(misc.set, "serializing..."), last));
 }
 
-// Sound in every form, and in nearly every form of another size.
+// Valid in every form. Its size differs in nearly every form.
 std::array<char *, 2> two_texts{borrowed("abc"), borrowed("de")};
 GList one_cell{borrowed("xyz"), nullptr, nullptr};
 
@@ -612,6 +612,7 @@ TEST(Misc, EmptyStringsOfAListArriveAsNullElements)
     g_list_free(list);
 }
 
+// Q-WIRE-4
 TEST(Misc, SizeCountsAListFromItsFirstElement)
 {
     GList *list = list_of({borrowed("abc"), borrowed("de")});

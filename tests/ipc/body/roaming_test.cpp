@@ -19,7 +19,7 @@ using ::testing::IsEmpty;
 constexpr Handlers roaming(15);
 constexpr Handlers roaming_res(16);
 
-// Neither body makes anything of these.
+// Neither body reads anything from these.
 constexpr int32_t data_sizes[] = {0, 1, 7, -1, INT32_MIN, INT32_MAX};
 
 mdm_body_t body(int32_t data_size, void *data)

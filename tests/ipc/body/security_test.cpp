@@ -697,8 +697,8 @@ TEST(SecurityLists, WithoutAPositiveCountComeBackNull)
     }
 }
 
-// A body may point into the middle of its list. (The count is then that of g_list_length(), which
-// starts where it is told to.)
+// A body may point into the middle of its list. The written count begins at that cell.
+// Q-WIRE-4
 TEST(SecurityLists, AreSizedAndWrittenFromTheirFirstElement)
 {
     const Cells strings = cells({borrowed("a"), borrowed("b"), borrowed("c")});
@@ -718,6 +718,7 @@ TEST(SecurityLists, AreSizedAndWrittenFromTheirFirstElement)
               account_bytes + blank_account_bytes);
 }
 
+// Q-WIRE-4
 TEST(SecurityLists, AreReleasedFromTheirFirstElement)
 {
     for (const uint32_t type : list_types) {

@@ -679,7 +679,7 @@ TEST(Wifi, PairIsLoggedByEveryHandler)
 }
 
 // Q-BODY-14
-TEST(Wifi, ListIsLoggedByEveryHandlerButFree)
+TEST(Wifi, NamesAreLoggedWhenSizedAndRead)
 {
     const Sample sample = ssids({"abc", "", "hi"});
     const HandlerLines logged = logged_lines(wifi, body(list_type, 1, sample.data.get()));

@@ -70,7 +70,7 @@ struct List {
     const CategoryFormat *category;
     const Form *form;
 
-    // Of an element.
+    // The bytes that an element takes at least.
     size_t smallest() const
     {
         return form->payload == Payload::strings ? 4 : smallest_size(form->fields);
