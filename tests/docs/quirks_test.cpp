@@ -199,11 +199,13 @@ bool has_word(const std::string &text, const std::string &word)
 TEST(Quirks, ActWhereTheListSays)
 {
     std::map<std::string, Source> sources = named_sources();
+    std::map<std::string, Names> listed;  // the ids by the sources that the list names for them
     for (const Entry &entry : listed_entries()) {
         std::string file;
         for (const std::string &place : entry.places()) {
             if (place.ends_with(".cpp") || place.ends_with(".hpp")) {
                 file = place;
+                listed[file].push_back(entry.id);
                 EXPECT_TRUE(contains(sources[file].ids, entry.id))
                     << entry.id << " has no comment in " << file;
             } else {
@@ -212,6 +214,12 @@ TEST(Quirks, ActWhereTheListSays)
             }
         }
         EXPECT_FALSE(file.empty()) << entry.id << " names no source";
+    }
+    for (const auto &[name, source] : sources) {
+        for (const std::string &id : source.ids) {
+            EXPECT_TRUE(contains(listed[name], id))
+                << id << " is in " << name << ", which the list does not name for it";
+        }
     }
 }
 
