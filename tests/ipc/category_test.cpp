@@ -2,6 +2,9 @@
 //
 // Rules that hold for the handlers of many categories: how they answer a null argument, and the file
 // and the function in their lines.
+#include <filesystem>
+#include <iterator>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,18 +37,32 @@ enum class Manner {
 };
 
 struct Category {
-    Handlers handlers;
+    const char *name;
     Manner manner;
+};
+
+constexpr Category categories[] = {
+    {"pwd", Manner::no_free},          {"security", Manner::entering},
+    {"wifi", Manner::entering},        {"bluetooth", Manner::entering},
+    {"eas", Manner::no_free},          {"app", Manner::app},
+    {"app_res", Manner::app},          {"roaming", Manner::no_free},
+    {"roaming_res", Manner::no_free},  {"misc", Manner::entering},
+    {"apn", Manner::entering},         {"browser", Manner::free_exit},
+    {"date_time", Manner::free_exit},  {"remote", Manner::free_exit},
+    {"vpn", Manner::free_exit},        {"firewall", Manner::free_exit},
+    {"res", Manner::free_exit},        {"phone_res", Manner::quiet},
+    {"enterprise", Manner::free_exit}, {"email", Manner::entering},
+    {"kiosk", Manner::quiet},          {"container", Manner::entering},
 };
 
 std::ostream &operator<<(std::ostream &out, const Category &category)
 {
-    return out << format_of(category.handlers.type)->name;
+    return out << category.name;
 }
 
 class NullArguments : public ::testing::TestWithParam<Category> {
 protected:
-    static Handlers row() { return GetParam().handlers; }
+    static Handlers row() { return handlers_of(GetParam().name); }
     static Manner manner() { return GetParam().manner; }
 
     static Lines failed_check(const Origin &handler)
@@ -116,30 +133,36 @@ TEST_P(NullArguments, FailAlikeWithTheLoggerOff)
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, NullArguments,
-                         ::testing::Values(Category{handlers_of("pwd"), Manner::no_free},
-                                           Category{handlers_of("browser"), Manner::free_exit},
-                                           Category{handlers_of("date_time"), Manner::free_exit},
-                                           Category{handlers_of("remote"), Manner::free_exit},
-                                           Category{handlers_of("vpn"), Manner::free_exit},
-                                           Category{handlers_of("firewall"), Manner::free_exit},
-                                           Category{handlers_of("res"), Manner::free_exit},
-                                           Category{handlers_of("enterprise"), Manner::free_exit},
-                                           Category{handlers_of("security"), Manner::entering},
-                                           Category{handlers_of("wifi"), Manner::entering},
-                                           Category{handlers_of("bluetooth"), Manner::entering},
-                                           Category{handlers_of("eas"), Manner::no_free},
-                                           Category{handlers_of("app"), Manner::app},
-                                           Category{handlers_of("app_res"), Manner::app},
-                                           Category{handlers_of("roaming"), Manner::no_free},
-                                           Category{handlers_of("roaming_res"), Manner::no_free},
-                                           Category{handlers_of("misc"), Manner::entering},
-                                           Category{handlers_of("apn"), Manner::entering},
-                                           Category{handlers_of("phone_res"), Manner::quiet},
-                                           Category{handlers_of("email"), Manner::entering},
-                                           Category{handlers_of("kiosk"), Manner::quiet},
-                                           Category{handlers_of("container"), Manner::entering}),
+INSTANTIATE_TEST_SUITE_P(Of, NullArguments, ::testing::ValuesIn(categories),
                          ::testing::PrintToStringParamName());
+
+// Some handlers of these take their arguments for granted, or answer in another way.
+constexpr const char *other_categories[] = {"admin",    "location", "log_manager",
+                                            "platform", "app_cb",   "misc_cb"};
+
+TEST(Categories, AnswerNullArguments)
+{
+    std::set<std::string> tested(std::begin(other_categories), std::end(other_categories));
+    for (const Category &category : categories) {
+        tested.insert(category.name);
+    }
+    for (const CategoryFormat &format : category_formats()) {
+        EXPECT_TRUE(tested.contains(format.name)) << format.name << " is in neither list";
+    }
+}
+
+// The files in tests/ipc/body/ have the names of those in src/ipc/body/.
+TEST(Categories, HaveATestEach)
+{
+    const auto project = std::filesystem::path(MDM_DOCS_DIR).parent_path();
+    for (const CategoryFormat &format : category_formats()) {
+        const std::string prefix = "mdm_ipc_";
+        const std::string name =
+            std::filesystem::path(format.file).stem().string().substr(prefix.size());
+        const auto test = project / "tests/ipc/body" / (name + "_test.cpp");
+        EXPECT_TRUE(std::filesystem::exists(test)) << test;
+    }
+}
 
 // The origin of each category's lines.
 TEST(HandlerLines, SayTheirFileAndTheirFunction)

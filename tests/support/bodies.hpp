@@ -26,7 +26,8 @@ struct Arrival {
     std::vector<Block> blocks;
 };
 
-// Reads all the bytes, and none behind them, into a record whose `data` is sentinel().
+// Reads all the bytes, and none behind them, into a record whose `data` is sentinel(). The caller
+// releases the blocks.
 Arrival receive(const Handlers &handlers, const Bytes &bytes, const Bytes &behind = {});
 
 // A message that was sent, received and released.
@@ -68,8 +69,9 @@ void expect_infos(const Handlers &handlers, const mdm_body_t &sent, const Bytes 
                   const std::vector<std::string> &set_texts,
                   const std::vector<std::string> &get_texts);
 
-// Expectations of bodies with the body head, which stands at the same place in all of them. misc,
-// app, app_res and the callbacks have heads of their own.
+// Expectations of bodies with the body head, which stands at the same place in all of them. The
+// other categories have heads of their own: admin, misc, app, app_res, log_manager, platform and the
+// callbacks.
 
 // The size handler returns the size and stores the data_size, however often it is called.
 void expect_size(const Handlers &handlers, mdm_body_t &sent, uint32_t size, int32_t data_size);

@@ -133,10 +133,9 @@ struct Form {
     Elements elements = Elements::ordinary;
     uint32_t gap = 0;  // the bytes that a null element leaves
     Leak leak = Leak::never;
-    bool is_always_there = false;  // whatever `data_size` says
-    bool is_in_param = false;      // the list stands in the place of `param`
-    bool may_be_absent =
-        false;  // a sender may leave the record out: the head travels, with a size of 0
+    bool is_always_there = false;     // whatever `data_size` says
+    bool is_in_param = false;         // the list stands in the place of `param`
+    bool may_be_absent = false;       // without a record the head travels alone, its `data_size` 0
     bool is_raw_record = false;       // a sender's record, which a receiver takes for raw bytes
     bool trusts_sign = false;         // a negative `data_size` is counted, and cannot be sent
     uint32_t empty_list_padding = 0;  // zeros behind the head that a null list is sent as
@@ -155,9 +154,9 @@ struct CategoryFormat {
     size_t data_size = no_offset;
     size_t data = no_offset;
     Announced announced = Announced::positive;
-    bool sends_empty_lists = true;  // or the head alone
+    bool sends_empty_lists = true;  // a null list travels as a count of 0, or as the head alone
     bool counts_body = false;       // `data_size` travels as the size of the body
-    bool is_payload_read = true;
+    bool is_payload_read = true;    // by a receiver
 
     constexpr uint8_t first_type() const { return static_cast<uint8_t>(*types.begin()); }
     constexpr uint8_t last_type() const { return static_cast<uint8_t>(*(types.end() - 1)); }

@@ -10,6 +10,20 @@
 
 namespace mdm::test {
 
+namespace {
+
+Category row_of(uint8_t type)
+{
+    const Category category = category_of(type);
+    if (category.row.size == nullptr) {
+        throw std::invalid_argument("MDM_CATEGORIES has no row for message type " +
+                                    std::to_string(type));
+    }
+    return category;
+}
+
+}  // namespace
+
 Handler::operator Origin() const
 {
     const CategoryFormat *format = format_of(type_);
@@ -22,28 +36,28 @@ Handler::operator Origin() const
 
 uint32_t SizeOf::operator()(mdm_body_t *body) const
 {
-    const Category category = category_of(type_);
+    const Category category = row_of(type_);
     Lengths lengths;
     return category.row.size(lengths, category.log(Log::Function::size), body);
 }
 
 uint8_t *Set::operator()(uint8_t *position, mdm_body_t *body) const
 {
-    const Category category = category_of(type_);
+    const Category category = row_of(type_);
     Writer out(position, 0, 0, category.log(Log::Function::set));
     return category.set(out, body) ? out.position() : nullptr;
 }
 
 const uint8_t *Get::operator()(mdm_body_t *body, const uint8_t *position) const
 {
-    const Category category = category_of(type_);
+    const Category category = row_of(type_);
     Reader in(position, 0, category.log(Log::Function::get));
     return category.get(in, body) ? in.position() : nullptr;
 }
 
 void Free::operator()(mdm_body_t *body) const
 {
-    const Category category = category_of(type_);
+    const Category category = row_of(type_);
     category.row.free(category.log(Log::Function::free), body);
 }
 

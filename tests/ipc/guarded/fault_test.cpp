@@ -99,22 +99,23 @@ TEST(Fault, OfATypeThatIsNoneIsTheType)
     }
 }
 
-TEST(Fault, OfALengthComesBeforeThatOfAType)
+TEST(Fault, IsFoundInTheLengthBeforeTheType)
 {
     EXPECT_EQ(fault_of(cut(framed(0, {}), 39)), text_of({0, 40, 39, "header.length"}));
 }
 
 TEST(Fault, OfALengthThatNoMessageHasIsFoundWithoutReadingOn)
 {
-    constexpr size_t length = most;
-    if constexpr (sizeof(void *) > 4) {
-        void *zeros =
-            mmap(nullptr, length, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        ASSERT_NE(zeros, MAP_FAILED);
-        EXPECT_EQ(fault_of(static_cast<uint8_t *>(zeros), length),
-                  text_of({0, 8, most, "header.length"}));
-        munmap(zeros, length);
+    if (sizeof(void *) == 4) {
+        GTEST_SKIP() << "no address space for 4 GiB, or too much shadow memory";
     }
+    constexpr size_t length = most;
+    void *zeros =
+        mmap(nullptr, length, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(zeros, MAP_FAILED);
+    EXPECT_EQ(fault_of(static_cast<uint8_t *>(zeros), length),
+              text_of({0, 8, most, "header.length"}));
+    munmap(zeros, length);
 }
 
 TEST(Fault, OfAHeaderThatItsTextPushesOutIsTheFieldThatIsHit)
@@ -141,8 +142,8 @@ TEST(FaultSentence, SaysWhatIsNeededAndWhatIsLeft)
 {
     EXPECT_EQ(sentence({56, 12, 3, "wifi.network.ssid"}),
               "wifi.network.ssid at offset 56 needs 12 bytes, 3 are left");
-    EXPECT_EQ(sentence({56, 1, 0, "misc_cb.num6"}),
-              "misc_cb.num6 at offset 56 needs 1 byte, 0 are left");
+    EXPECT_EQ(sentence({56, 1, 0, "misc_cb.flag6"}),
+              "misc_cb.flag6 at offset 56 needs 1 byte, 0 are left");
     EXPECT_EQ(sentence({40, 4, 1, "res.type"}), "res.type at offset 40 needs 4 bytes, 1 is left");
     EXPECT_EQ(sentence({52, most, 4, "app.packages"}),
               "app.packages at offset 52 needs 4294967295 bytes or more, 4 are left");
@@ -292,7 +293,7 @@ TEST(Fault, OfANegativeSizeNeedsAllThereIs)
               text_of({52, most, 4, "container.data"}));
 }
 
-TEST(Fault, OfANegativeSizeIsNoneWhereTheSizeIsASwitch)
+TEST(Fault, OfANegativeSizeIsNoneWhereTheSizeIsNoLength)
 {
     for (const Bytes &bytes :
          {framed(11, head_bytes(104, -1) + Bytes(12)), framed(39, head_bytes(5, -1) + Bytes(8)),

@@ -425,7 +425,7 @@ TEST(SealHeadAlone, RefusesWhatCannotTravel)
 
 // Raw bytes.
 
-TEST(SealSingleList, RefusesASizeThatIsNotThatOfTheBytes)
+TEST(SealSingleList, RefusesANegativeSizeAndMissingBytes)
 {
     for (const char *category :
          {"browser", "date_time", "remote", "vpn", "firewall", "res", "enterprise"}) {
@@ -948,8 +948,8 @@ TEST(Seal, ARefusedSizeIsTakenBack)
     EXPECT_FALSE(is_untouched(fault_of_sealing(message_of(45, 618, 77, null_alone.get()))));
 }
 
-// Lists that their owner enters at the second cell: all cells are written, and the first one is not
-// counted.
+// Lists whose elements are not counted as they are written: a null element, and a list that its owner
+// enters at the second cell.
 
 mdm_msg_t message_of(const CategoryFormat &category, const Form &form, GList *list)
 {
@@ -979,6 +979,16 @@ void for_each_list(Check check)
             }
         }
     }
+}
+
+TEST(SealNullElement, IsRefusedInEveryList)
+{
+    for_each_list([](const CategoryFormat &category, const Form &form, void *element) {
+        for (const Cells &list : {cells({nullptr, element}), cells({element, nullptr})}) {
+            const ipc_fault_t fault = fault_of_sealing(message_of(category, form, list.get()));
+            EXPECT_STREQ(fault.path, form.path);
+        }
+    });
 }
 
 // Q-GUARDED-7
