@@ -375,8 +375,8 @@ private:
 
 }  // namespace
 
-std::vector<uint8_t> head_bytes(const CategoryFormat &category, uint32_t discriminator,
-                                int32_t data_size)
+std::vector<uint8_t> zeroed_head(const CategoryFormat &category, uint32_t discriminator,
+                                 int32_t data_size)
 {
     Bytes bytes;
     for (const Field &field : category.head) {

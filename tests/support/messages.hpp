@@ -66,8 +66,8 @@ struct GoodMessage {
 std::vector<GoodMessage> good_messages();
 
 // The head of a body. But for the two words it is zero.
-std::vector<uint8_t> head_bytes(const CategoryFormat &category, uint32_t discriminator,
-                                int32_t data_size);
+std::vector<uint8_t> zeroed_head(const CategoryFormat &category, uint32_t discriminator,
+                                 int32_t data_size);
 
 // The whole message around a body: a header in which every word and byte is told from the others.
 std::vector<uint8_t> framed(uint8_t type, const std::vector<uint8_t> &body,

@@ -91,7 +91,7 @@ struct List {
     {
         const uint32_t type = discriminators_of(*category, *form).front();
         return framed(category->first_type(),
-                      head_bytes(*category, type, 1) + word(count) + Bytes(size));
+                      zeroed_head(*category, type, 1) + word(count) + Bytes(size));
     }
 
     // As many elements as a message of this size holds.

@@ -528,7 +528,7 @@ TEST(Open, AnyDiscriminatorIsReadAsDeserialisingReadsIt)
         std::vector<Bytes> all;
         for (uint32_t discriminator = 0; discriminator < 1001; ++discriminator) {
             all.push_back(framed(category.first_type(),
-                                 head_bytes(category, discriminator, 4) + word(1) + Bytes(120)));
+                                 zeroed_head(category, discriminator, 4) + word(1) + Bytes(120)));
         }
         ASSERT_NO_FATAL_FAILURE(expect_sound(category.name, all));
     }
