@@ -32,8 +32,8 @@
  * | the program       | `mdm_msg_t msg`  | the program  |                                 |
  *
  * Do not use `g_auto` for a record that was filled for sending, nor for a message that must not be
- * passed to ipc_free(). There is deliberately no `g_autoptr(mdm_msg_t)`: it could not tell an opened
- * message from a deserialised one. Compilers warn about many wrong releases, but not about
+ * passed to ipc_free(). There is deliberately no `g_autoptr(mdm_msg_t)`: it could not tell an
+ * opened message from a deserialised one. Compilers warn about many wrong releases, but not about
  * ipc_free() for an opened message.
  *
  * An opened message is one arena of memory. Never pass it to ipc_free(). Never free, reallocate or

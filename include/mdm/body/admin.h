@@ -29,8 +29,8 @@ typedef struct mdm_admin_info {
     uint32_t value; /**< Sent for every discriminator except 0. */
     char *pkg;      /**< Package name of the client; may be null. */
     char *text;     /**< Second string, sent for every discriminator except 0; may be null. */
-    int32_t status; /**< Registration status, sent only for discriminator 0. Its values are the
-                         agreement of server and clients. */
+    int32_t status; /**< Registration status, sent only for discriminator 0; the values are the
+                         server's and the clients' own. */
 } mdm_admin_info_t;
 
 #endif

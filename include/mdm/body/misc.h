@@ -55,8 +55,8 @@ typedef struct mdm_misc_str_pair {
  *   no strings (Q-MISC-8).
  * - 123: if `data_size` is not 0, the receiver's `data` keeps the value of its record (Q-MISC-9).
  * - 127 and 128: the low 32 bits of the list's address travel in the place of `param`. The receiver
- *   discards them. Its `data` keeps the value of its record (Q-MISC-1). Do not send null elements
- *   of the list (Q-MISC-3).
+ *   discards them. Its `data` keeps the value of its record (Q-MISC-1). A null element of the list
+ *   arrives at its end; ipc_seal() refuses it (Q-MISC-3).
  * - Raw bytes: `data_size` must not be negative (Q-BODY-4).
  *
  * If `data` is null, ipc_free() releases nothing. So a 127 or 128 that was received into a zeroed
