@@ -16,8 +16,8 @@ public:
     // Callgrind names its dumps after the file that it was given as --callgrind-out-file.
     explicit InstructionCounter(std::string out_file) : out_file_(std::move(out_file)) {}
 
-    // The instructions of one call of `step`. With --instr-atstart=no callgrind counts from the first
-    // call of this function on, and the program is faster until then.
+    // The instructions of one call of `step`. With --instr-atstart=no callgrind counts from the
+    // first call of this function on, and the program is faster until then.
     template <class Step>
     double count(Step step)
     {

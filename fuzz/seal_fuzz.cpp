@@ -4,8 +4,8 @@
 // equal those of ipc_serialize(), and open with the same fields. A refused message is unchanged.
 //
 // The target corrects the length field. The second reserved byte is the number of mutations; each
-// takes the last three bytes of the input off the message. 255 stands for every mutation,
-// one at a time.
+// takes the last three bytes of the input off the message. 255 stands for every mutation, one at
+// a time.
 #include <algorithm>
 #include <array>
 #include <cstring>

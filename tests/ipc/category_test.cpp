@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Rules that hold for the handlers of many categories: how they answer a null argument, and the file
-// and the function in their lines.
+// Rules that hold for the handlers of many categories: how they answer a null argument, and the
+// file and the function in their lines.
 #include <filesystem>
 #include <iterator>
 #include <set>

@@ -66,6 +66,14 @@ Journey travel(uint8_t type, const mdm_body_t &sent, const std::function<void(md
     return journey;
 }
 
+std::pair<Journey, Bytes> travel_and_write_again(uint8_t type, const mdm_body_t &sent)
+{
+    Bytes again;
+    Journey journey =
+        travel(type, sent, [&](mdm_body_t &received) { again = Handlers(type).write(&received); });
+    return {std::move(journey), std::move(again)};
+}
+
 HandlerLines logged_lines(const Handlers &handlers, mdm_body_t sent, const Bytes &behind)
 {
     HandlerLines lines;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -45,6 +46,9 @@ Journey travel(uint8_t type, const mdm_body_t &sent,
                const std::function<void(mdm_body_t &)> &look = nullptr,
                const mdm_body_t &before = {});
 
+// The journey, and the bytes that the writer makes of the received body.
+std::pair<Journey, Bytes> travel_and_write_again(uint8_t type, const mdm_body_t &sent);
+
 // The blocks that have none of the addresses.
 std::vector<Block> without(std::vector<Block> blocks, const std::vector<const void *> &addresses);
 
@@ -69,9 +73,8 @@ void expect_infos(const Handlers &handlers, const mdm_body_t &sent, const Bytes 
                   const std::vector<std::string> &set_texts,
                   const std::vector<std::string> &get_texts);
 
-// Expectations of bodies with the body head, which stands at the same place in all of them. The
-// other categories have heads of their own: admin, misc, app, app_res, log_manager, platform and the
-// callbacks.
+// Expectations of bodies with the body head, which stands at the same place in all of them. Admin,
+// misc, app, app_res, log_manager, platform and the callbacks have heads of their own.
 
 // The size handler returns the size and stores the data_size, however often it is called.
 void expect_size(const Handlers &handlers, mdm_body_t &sent, uint32_t size, int32_t data_size);

@@ -18,8 +18,8 @@ public:
     GuardedBytes(const GuardedBytes &) = delete;
     GuardedBytes &operator=(const GuardedBytes &) = delete;
 
-    // Replaces the bytes by others, which must fit into the pages of the first ones. Pointers to the
-    // old bytes are then invalid.
+    // Replaces the bytes by others, which must fit into the pages of the first ones. Pointers to
+    // the old bytes are then invalid.
     void assign(const std::vector<uint8_t> &bytes);
 
     const uint8_t *data() const { return view_ + capacity_ - size_; }

@@ -37,8 +37,8 @@ struct SizeOf : Handler {
     uint32_t operator()(mdm_body_t *body) const;
 };
 
-// Writes the body with a trusting writer, which leaves gaps unwritten; returns the position after it,
-// or null on failure.
+// Writes the body with a trusting writer, which leaves gaps unwritten. Returns the position after
+// the body, or null on failure.
 struct Set : Handler {
     using Handler::Handler;
     uint8_t *operator()(uint8_t *position, mdm_body_t *body) const;

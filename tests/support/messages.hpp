@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Messages of every category and every form, as bytes that were made without the library, and ways to
-// change and to open them.
+// Messages of every category and every form, as bytes that were made without the library, and ways
+// to change and to open them.
 #pragma once
 
 #include <array>

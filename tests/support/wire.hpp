@@ -52,8 +52,8 @@ struct ReleaseCells {
 using Cells = std::unique_ptr<GList, ReleaseCells>;
 Cells cells(std::initializer_list<void *> elements);
 
-// The contents of a body's `data` that is a list: the texts of its strings (none for a null element),
-// the addresses of its elements, and those of its cells.
+// The contents of a list in a body's `data`: the texts of its strings (none for a null element), the
+// addresses of its elements, and the addresses of its cells.
 std::vector<std::optional<std::string>> texts_of(const void *list);
 std::vector<const void *> elements_of(const void *list);
 std::vector<const void *> cells_of(const void *list);

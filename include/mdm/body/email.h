@@ -70,8 +70,8 @@ typedef struct mdm_email_value {
  *
  * ipc_free() releases the payload. `data` and `data_size` keep their old values (Q-BODY-7). There
  * are two exceptions. For `type` 362 it releases the three strings and leaves the record allocated.
- * The owner of the message releases the record with g_free() (Q-EMAIL-4). For `type` 359 it does not
- * release `str9` to `str12`, which are null in a received record (Q-EMAIL-5).
+ * The owner of the message releases the record with g_free() (Q-EMAIL-4). For `type` 359 it does
+ * not release `str9` to `str12`, which are null in a received record (Q-EMAIL-5).
  */
 typedef struct mdm_email_info {
     /** @{ A field of the body head: see #MDM_BODY_HEAD. */

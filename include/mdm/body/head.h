@@ -33,10 +33,10 @@
  *   the body (Q-BODY-1, Q-BODY-3).
  * - An empty string in a list arrives as a null element, unless the category says otherwise
  *   (Q-WIRE-6).
- * - These headers describe ipc_free() and the fields that keep their value for the trusting path,
- *   and for the body alone: ipc_free() always releases the header's text. Where `data` keeps its old
- *   value after ipc_free(), it points to released memory, unless the category says that this memory
- *   stays allocated: do not use it, and do not free the message again (Q-BODY-7). ipc_close() of
+ * - On the trusting path ipc_free() always releases the header's text. The other headers say what it
+ *   does with the body, and which fields keep their values. Where `data` keeps its old value after
+ *   ipc_free(), it points to released memory, unless the category says that this memory stays
+ *   allocated: do not use it, and do not free the message again (Q-BODY-7). ipc_close() of
  *   mdm/guarded.h releases everything.
  * - Some categories log texts of a message on the trusting path. Their headers say which. mdm/ipc.h
  *   says how to silence these lines, and docs/security.md lists them.

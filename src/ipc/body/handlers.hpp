@@ -22,10 +22,10 @@ using GetHandler = bool(Reader &in, const Log &log, mdm_body_t *body);
 using SizeHandler = uint32_t(Lengths &lengths, const Log &log, mdm_body_t *body);
 // Releases the heap blocks of a received body.
 using FreeHandler = void(const Log &log, mdm_body_t *body);
-// Returns the path of the first field that is wrong, or null for a valid body. A field is wrong if
-// it is a null pointer that the size handler would follow, a list that cannot be sized, or a payload
-// that does not match `data_size`. Runs on the guarded path alone, before the size handler. A
-// category has none if all its bodies are valid.
+// Returns the path of the first field that is wrong, or null for a valid body. Wrong fields are null
+// pointers that the size handler would follow, lists that cannot be sized, and payloads that do not
+// match `data_size`. Runs on the guarded path alone, before the size handler. A category has no such
+// handler if all its bodies are valid.
 using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 
 // The categories: their message types from the first to the last, their name, and the file of their

@@ -383,10 +383,7 @@ TEST(Apn, BothMessageTypesCarryEveryFormAndLeakNothing)
     for (const uint8_t message_type : {apn.type, uint8_t{22}}) {
         for (const uint32_t type : some_types) {
             mdm_body_t body = arrival(type, 4).body;
-            Bytes again;
-            const Journey journey = travel(message_type, body, [&](mdm_body_t &received) {
-                again = Handlers(message_type).write(&received);
-            });
+            const auto [journey, again] = travel_and_write_again(message_type, body);
             EXPECT_EQ(again, head_bytes(type, journey.sent.apn.data_size) + payload_bytes(type));
             EXPECT_THAT(journey.kept, IsEmpty());
             apn.free(&body);

@@ -469,10 +469,7 @@ TEST(Eas, BothMessageTypesCarryEveryFormAndLeakNothing)
     for (const uint8_t message_type : {eas.type, uint8_t{12}}) {
         for (const uint32_t type : every_type) {
             mdm_body_t body = arrival(type).body;
-            Bytes again;
-            const Journey journey = travel(message_type, body, [&](mdm_body_t &received) {
-                again = Handlers(message_type).write(&received);
-            });
+            const auto [journey, again] = travel_and_write_again(message_type, body);
             EXPECT_EQ(again, head_bytes(type, journey.sent.eas.data_size) + payload_bytes(type));
             EXPECT_THAT(journey.kept, IsEmpty());
             eas.free(&body);

@@ -463,10 +463,7 @@ TEST(Email, BothMessageTypesCarryEveryFormAndLeakTheRecordOfSettingsOnly)
     for (const uint8_t message_type : {email.type, uint8_t{40}}) {
         for (const Payload &payload : payloads) {
             mdm_body_t body = arrival(payload.type, 1, payload.bytes).body;
-            Bytes again;
-            const Journey journey = travel(message_type, body, [&](mdm_body_t &received) {
-                again = Handlers(message_type).write(&received);
-            });
+            const auto [journey, again] = travel_and_write_again(message_type, body);
             EXPECT_EQ(journey.bytes, head_bytes(payload.type, payload.data_size) + payload.bytes);
             EXPECT_EQ(again, journey.bytes);
             free_whole(body);

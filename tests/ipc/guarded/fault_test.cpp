@@ -107,7 +107,7 @@ TEST(Fault, IsFoundInTheLengthBeforeTheType)
 TEST(Fault, OfALengthThatNoMessageHasIsFoundWithoutReadingOn)
 {
     if (sizeof(void *) == 4) {
-        GTEST_SKIP() << "no address space for 4 GiB, or too much shadow memory";
+        GTEST_SKIP() << "no address space for 4 GiB";
     }
     constexpr size_t length = most;
     void *zeros =

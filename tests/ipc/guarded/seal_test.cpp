@@ -556,18 +556,24 @@ TEST(SealEas, RefusesMissingRecordsAndNullElements)
     lists.is_refused({-1}, accounts.null_last.get(), in_body(".accounts"));
 }
 
+// The size of a record is added to the given one. Only small sizes are sealed.
+void expect_added_size(const Sender &sender, const std::vector<int32_t> &unfit, void *record)
+{
+    sender.is_refused(unfit, record, unfit_size);
+    sender.is_refused(unfit, nullptr, unfit_size);
+    sender.is_refused({1}, nullptr, missing_data);
+    sender.is_refused({0}, record, unfit_size);
+    sender.is_sealed({0}, nullptr);
+    sender.is_sealed({1, 4000, 65536}, record);
+}
+
 // Three empty texts take 12 bytes, which are added to the given size. A sum of 0 would drop them.
 TEST(SealEas, RefusesSettingsWhoseSizeDoesNotHoldThem)
 {
     const Sender settings("eas", {"settings"});
     mdm_eas_account_t account{};
-    const std::vector<int32_t> unfit = {-1, -8, -11, -12, -13, -24, INT32_MIN, 65537, INT32_MAX};
-    settings.is_refused(unfit, &account, unfit_size);
-    settings.is_refused(unfit, nullptr, unfit_size);
-    settings.is_refused({1}, nullptr, missing_data);
-    settings.is_refused({0}, &account, unfit_size);
-    settings.is_sealed({0}, nullptr);
-    settings.is_sealed({1, 4000, 65536}, &account);
+    expect_added_size(settings, {-1, -8, -11, -12, -13, -24, INT32_MIN, 65537, INT32_MAX},
+                      &account);
     account.str8 = account.str10 = account.str13 = a;
     settings.is_refused({-15}, &account, unfit_size);
 }
@@ -600,15 +606,9 @@ TEST(SealApn, RefusesMissingRecordsAndNullElements)
 // An empty profile takes 60 bytes, which are added to the given size. A sum of 0 would drop it.
 TEST(SealApn, RefusesAProfileWhoseSizeDoesNotHoldIt)
 {
-    const Sender profiles("apn", {"profile"});
     mdm_apn_account_t profile{};
-    const std::vector<int32_t> unfit = {-1, -59, -60, -61, -72, INT32_MIN, 65537, INT32_MAX};
-    profiles.is_refused(unfit, &profile, unfit_size);
-    profiles.is_refused(unfit, nullptr, unfit_size);
-    profiles.is_refused({1}, nullptr, missing_data);
-    profiles.is_refused({0}, &profile, unfit_size);
-    profiles.is_sealed({0}, nullptr);
-    profiles.is_sealed({1, 4000, 65536}, &profile);
+    expect_added_size(Sender("apn", {"profile"}),
+                      {-1, -59, -60, -61, -72, INT32_MIN, 65537, INT32_MAX}, &profile);
 }
 
 TEST(SealApn, RefusesRawBytesOfANegativeSize)
@@ -849,7 +849,7 @@ TEST(Seal, ARefusedSizeIsTakenBack)
     EXPECT_FALSE(is_untouched(fault_of_sealing(message_of(45, 618, 77, null_alone.get()))));
 }
 
-// Lists whose elements are not counted as they are written: a null element, and a list that its owner
+// Lists with other elements written than counted: one with a null element, and one that its owner
 // enters at the second cell.
 
 mdm_msg_t message_of(const CategoryFormat &category, const Form &form, GList *list)
