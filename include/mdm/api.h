@@ -16,6 +16,16 @@
 #define MDM_END_DECLS
 #endif
 
+#ifdef __cplusplus
+/** Begins the definition of a function in a header. */
+#define MDM_INLINE inline
+/** Converts a value, or a pointer to void. */
+#define MDM_CAST(type, value) static_cast<type>(value)
+#else
+#define MDM_INLINE static inline
+#define MDM_CAST(type, value) ((type)(value))
+#endif
+
 /** Marks a symbol that the shared library exports. */
 #define MDM_API __attribute__((__visibility__("default")))
 

@@ -16,6 +16,7 @@
 #define MDM_MESSAGE_H
 
 #include <stdint.h>
+#include <string.h>
 
 #include "mdm/body/admin.h"
 #include "mdm/body/apn.h"
@@ -38,6 +39,7 @@
 #include "mdm/body/security.h"
 #include "mdm/body/single_list.h"
 #include "mdm/body/wifi.h"
+#include "mdm/types.h"
 
 /** The bodies of the categories. The message type selects the member. */
 typedef union mdm_body {
@@ -94,5 +96,159 @@ typedef struct mdm_msg {
     uint32_t hdr_word7; /**< Server and clients agree on its meaning. */
     mdm_body_t body;    /**< The category's body. */
 } mdm_msg_t;
+
+/**
+ * @param msg  the message. Must not be null.
+ * @return The form that its message type and the discriminator of its body select, whether a
+ *         payload is there or not; #MDM_FORM_NONE for a message type without a category.
+ */
+MDM_INLINE mdm_form_t mdm_form_of(const mdm_msg_t *msg)
+{
+    const mdm_body_t *body = &msg->body;
+    switch (mdm_category_of(msg->type)) {
+    case MDM_CATEGORY_ADMIN:
+        return mdm_admin_form(body->admin.type);
+    case MDM_CATEGORY_PWD:
+        return mdm_pwd_form(body->pwd.type);
+    case MDM_CATEGORY_SECURITY:
+        return mdm_security_form(body->security.type);
+    case MDM_CATEGORY_WIFI:
+        return mdm_wifi_form(body->wifi.type);
+    case MDM_CATEGORY_BLUETOOTH:
+        return mdm_bluetooth_form(body->bluetooth.type);
+    case MDM_CATEGORY_EAS:
+        return mdm_eas_form(body->eas.type);
+    case MDM_CATEGORY_APP:
+        return mdm_app_form(body->app.type);
+    case MDM_CATEGORY_APP_RES:
+        return mdm_app_res_form(body->app_res.type);
+    case MDM_CATEGORY_ROAMING:
+        return MDM_FORM_ROAMING_RECORD;
+    case MDM_CATEGORY_ROAMING_RES:
+        return MDM_FORM_ROAMING_RES_HEAD;
+    case MDM_CATEGORY_MISC:
+        return mdm_misc_form(body->misc.type);
+    case MDM_CATEGORY_APN:
+        return mdm_apn_form(body->apn.type);
+    case MDM_CATEGORY_BROWSER:
+        return MDM_FORM_BROWSER_DATA;
+    case MDM_CATEGORY_DATE_TIME:
+        return MDM_FORM_DATE_TIME_DATA;
+    case MDM_CATEGORY_REMOTE:
+        return MDM_FORM_REMOTE_DATA;
+    case MDM_CATEGORY_VPN:
+        return MDM_FORM_VPN_DATA;
+    case MDM_CATEGORY_FIREWALL:
+        return MDM_FORM_FIREWALL_DATA;
+    case MDM_CATEGORY_RES:
+        return MDM_FORM_RES_DATA;
+    case MDM_CATEGORY_PHONE_RES:
+        return mdm_phone_res_form(body->phone_res.type);
+    case MDM_CATEGORY_ENTERPRISE:
+        return MDM_FORM_ENTERPRISE_DATA;
+    case MDM_CATEGORY_EMAIL:
+        return mdm_email_form(body->email.type);
+    case MDM_CATEGORY_KIOSK:
+        return mdm_kiosk_form(body->kiosk.type);
+    case MDM_CATEGORY_CONTAINER:
+        return mdm_container_form(body->container.type);
+    case MDM_CATEGORY_LOCATION:
+        return MDM_FORM_LOCATION_HEAD;
+    case MDM_CATEGORY_LOG_MANAGER:
+        return mdm_log_manager_form(body->log_manager.type);
+    case MDM_CATEGORY_PLATFORM:
+        return mdm_platform_form(body->platform.type);
+    case MDM_CATEGORY_APP_CB:
+        return mdm_app_cb_form(body->app_cb.type);
+    case MDM_CATEGORY_MISC_CB:
+        return mdm_misc_cb_form(body->misc_cb.type);
+    case MDM_CATEGORY_NONE:
+        break;
+    }
+    return MDM_FORM_NONE;
+}
+
+/** @cond The common parts of the functions of the body headers. */
+
+MDM_INLINE void *mdm_begin_body(mdm_msg_t *msg, uint8_t first_type)
+{
+    const mdm_category_t before = mdm_category_of(msg->type);
+    if (before != mdm_category_of(first_type)) {
+        if (before != MDM_CATEGORY_NONE) {
+            memset(&msg->body, 0, sizeof msg->body);
+        }
+        msg->type = first_type;
+    }
+    return &msg->body;
+}
+
+/* The heads of all bodies with a body head are alike, so one body stands for all. */
+MDM_INLINE bool mdm_fill_head(mdm_msg_t *msg, uint8_t first_type, uint32_t type, const void *data,
+                              int32_t data_size)
+{
+    mdm_begin_body(msg, first_type);
+    msg->body.res.type = type;
+    msg->body.res.data_size = data_size;
+    msg->body.res.data = data_size != 0 ? mdm_unconst(data) : NULL;
+    return true;
+}
+
+MDM_INLINE bool mdm_fill_bytes(mdm_msg_t *msg, uint8_t first_type, uint32_t type, const void *bytes,
+                               size_t size)
+{
+    return mdm_is_sendable(bytes, size) &&
+           mdm_fill_head(msg, first_type, type, bytes, MDM_CAST(int32_t, size));
+}
+
+MDM_INLINE bool mdm_fill_app_head(mdm_msg_t *msg, uint8_t first_type, int32_t type,
+                                  const void *data, int32_t data_size)
+{
+    mdm_begin_body(msg, first_type);
+    msg->body.app.type = type;
+    msg->body.app.data_size = data_size;
+    msg->body.app.data = data_size != 0 ? mdm_unconst(data) : NULL;
+    return true;
+}
+
+MDM_INLINE bool mdm_fill_app_bytes(mdm_msg_t *msg, uint8_t first_type, int32_t type,
+                                   const void *bytes, size_t size)
+{
+    return mdm_is_sendable(bytes, size) &&
+           mdm_fill_app_head(msg, first_type, type, bytes, MDM_CAST(int32_t, size));
+}
+
+MDM_INLINE const void *mdm_body_of(const mdm_msg_t *msg, mdm_form_t form)
+{
+    return mdm_form_of(msg) == form ? &msg->body : NULL;
+}
+
+MDM_INLINE const void *mdm_payload(const mdm_msg_t *msg, mdm_form_t form)
+{
+    return mdm_form_of(msg) == form && msg->body.res.data_size >= 1 ? msg->body.res.data : NULL;
+}
+
+MDM_INLINE const void *mdm_payload_unless_0(const mdm_msg_t *msg, mdm_form_t form)
+{
+    return mdm_form_of(msg) == form && msg->body.res.data_size != 0 ? msg->body.res.data : NULL;
+}
+
+MDM_INLINE const void *mdm_app_payload(const mdm_msg_t *msg, mdm_form_t form)
+{
+    return mdm_form_of(msg) == form && msg->body.app.data_size >= 1 ? msg->body.app.data : NULL;
+}
+
+MDM_INLINE const char *mdm_bytes(const mdm_msg_t *msg, mdm_form_t form, size_t *size)
+{
+    const void *data = mdm_payload(msg, form);
+    return MDM_CAST(const char *, mdm_counted(data, msg->body.res.data_size, size));
+}
+
+MDM_INLINE const char *mdm_app_bytes(const mdm_msg_t *msg, mdm_form_t form, size_t *size)
+{
+    const void *data = mdm_app_payload(msg, form);
+    return MDM_CAST(const char *, mdm_counted(data, msg->body.app.data_size, size));
+}
+
+/** @endcond */
 
 #endif

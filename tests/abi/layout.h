@@ -312,6 +312,10 @@ NEXT(mdm_container_item_t, num0, str1, text_t);
 NEXT(mdm_container_item_t, str1, str2, text_t);
 LAST(mdm_container_item_t, str2, text_t);
 
+FIRST(mdm_container_short_item_t, num0, uint32_t);
+NEXT(mdm_container_short_item_t, num0, str1, text_t);
+LAST(mdm_container_short_item_t, str1, text_t);
+
 FIRST(mdm_roaming_data_t, name, text_t);
 LAST(mdm_roaming_data_t, name, text_t);
 

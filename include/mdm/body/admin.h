@@ -9,11 +9,6 @@
 
 #include <stdint.h>
 
-enum {
-    /** Discriminator of the query whether a client is registered. */
-    IS_CLIENT_REGISTERED = 0,
-};
-
 /**
  * Body of the admin category.
  *
@@ -32,5 +27,65 @@ typedef struct mdm_admin_info {
     int32_t status; /**< Registration status, sent only for discriminator 0; the values are the
                          server's and the clients' own. */
 } mdm_admin_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with the query whether a client is registered.
+ * @param msg     the message.
+ * @param pkg     the package name of the client; may be null.
+ * @param status  the registration status.
+ * @return Always true.
+ */
+MDM_INLINE bool mdm_admin_set_query(mdm_msg_t *msg, const char *pkg, int32_t status)
+{
+    mdm_admin_info_t *info = MDM_CAST(mdm_admin_info_t *, mdm_begin_body(msg, MDM_TYPE_ADMIN));
+    info->type = IS_CLIENT_REGISTERED;
+    info->value = 0;
+    info->pkg = mdm_text(pkg);
+    info->text = NULL;
+    info->status = status;
+    return true;
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds the query whether a client is registered.
+ */
+MDM_INLINE const mdm_admin_info_t *mdm_admin_query(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_admin_info_t *, mdm_body_of(msg, MDM_FORM_ADMIN_QUERY));
+}
+
+/**
+ * Fills a message with a number and two strings.
+ * @param msg    the message.
+ * @param type   every discriminator but 0.
+ * @param value  the number.
+ * @param pkg    the package name of the client; may be null.
+ * @param text   the second string; may be null.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_admin_set_general(mdm_msg_t *msg, uint32_t type, uint32_t value,
+                                                      const char *pkg, const char *text)
+{
+    if (mdm_admin_form(type) != MDM_FORM_ADMIN_GENERAL) {
+        return false;
+    }
+    mdm_admin_info_t *info = MDM_CAST(mdm_admin_info_t *, mdm_begin_body(msg, MDM_TYPE_ADMIN));
+    info->type = type;
+    info->value = value;
+    info->pkg = mdm_text(pkg);
+    info->text = mdm_text(text);
+    info->status = 0;
+    return true;
+}
+
+/** @param msg  the message. @return Its body, or null unless it holds a number and two strings. */
+MDM_INLINE const mdm_admin_info_t *mdm_admin_general(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_admin_info_t *, mdm_body_of(msg, MDM_FORM_ADMIN_GENERAL));
+}
 
 #endif

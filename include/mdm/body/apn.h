@@ -9,7 +9,7 @@
 #include "mdm/body/head.h"
 
 /** An access-point profile: two numbers and thirteen strings, sent in the order of the fields. */
-typedef struct mdm_apn_account {
+typedef struct mdm_apn_account_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
@@ -58,5 +58,85 @@ typedef struct mdm_apn_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_apn_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with an access-point profile.
+ * @param msg      the message.
+ * @param type     #MDM_APN_PROFILE_387 or another discriminator of this form.
+ * @param profile  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_apn_set_profile(mdm_msg_t *msg, uint32_t type,
+                                                    const mdm_apn_account_t *profile)
+{
+    return mdm_apn_form(type) == MDM_FORM_APN_PROFILE && profile != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_APN, type, profile, 1);
+}
+
+/** @param msg  the message. @return Its access-point profile, or null. */
+MDM_INLINE const mdm_apn_account_t *mdm_apn_profile(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_apn_account_t *, mdm_payload_unless_0(msg, MDM_FORM_APN_PROFILE));
+}
+
+/**
+ * Fills a message with a list of access-point profiles.
+ * @param msg       the message.
+ * @param type      #MDM_APN_PROFILES_389 or another discriminator of this form.
+ * @param profiles  the first cell of a list of ::mdm_apn_account_t, none null; null is the empty
+ *                  list, for which the head alone travels.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_apn_set_profiles(mdm_msg_t *msg, uint32_t type,
+                                                     const GList *profiles)
+{
+    return mdm_apn_form(type) == MDM_FORM_APN_PROFILES &&
+           mdm_fill_head(msg, MDM_TYPE_APN, type, profiles, profiles != NULL ? 1 : 0);
+}
+
+/** @param msg  the message. @return Its list of access-point profiles, or null. */
+MDM_INLINE const GList *mdm_apn_profiles(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload_unless_0(msg, MDM_FORM_APN_PROFILES));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_apn_set_data(mdm_msg_t *msg, uint32_t type, const void *bytes,
+                                                 size_t size)
+{
+    return mdm_apn_form(type) == MDM_FORM_APN_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_APN, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_apn_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_APN_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_apn_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_APN, type, NULL, 0);
+}
 
 #endif

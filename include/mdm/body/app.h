@@ -9,7 +9,7 @@
 #include "mdm/body/app_head.h"
 
 /** Two strings, sent in the order of the fields. */
-typedef struct mdm_app_pair {
+typedef struct mdm_app_pair_t {
     /** @{ Server and clients agree on its meaning. */
     char *first;
     char *second;
@@ -17,7 +17,7 @@ typedef struct mdm_app_pair {
 } mdm_app_pair_t;
 
 /** Two numbers, sent in the order of the fields. */
-typedef struct mdm_app_num_pair {
+typedef struct mdm_app_num_pair_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num1;
     uint32_t num2;
@@ -55,5 +55,104 @@ typedef struct mdm_app_info {
     MDM_APP_HEAD;
     /** @} */
 } mdm_app_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a list of package names.
+ * @param msg       the message.
+ * @param type      #MDM_APP_PACKAGES_4 or another discriminator of this form.
+ * @param packages  the first cell of a list of strings, none null; null is the empty list.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_set_packages(mdm_msg_t *msg, int32_t type,
+                                                     const GList *packages)
+{
+    return mdm_app_form(type) == MDM_FORM_APP_PACKAGES &&
+           mdm_fill_app_head(msg, MDM_TYPE_APP, type, packages, 1);
+}
+
+/** @param msg  the message. @return Its list of package names, or null. */
+MDM_INLINE const GList *mdm_app_packages(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_app_payload(msg, MDM_FORM_APP_PACKAGES));
+}
+
+/**
+ * Fills a message with two numbers.
+ * @param msg   the message.
+ * @param type  #MDM_APP_NUM_PAIR_140 or another discriminator of this form.
+ * @param pair  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_set_num_pair(mdm_msg_t *msg, int32_t type,
+                                                     const mdm_app_num_pair_t *pair)
+{
+    return mdm_app_form(type) == MDM_FORM_APP_NUM_PAIR && pair != NULL &&
+           mdm_fill_app_head(msg, MDM_TYPE_APP, type, pair, sizeof *pair);
+}
+
+/** @param msg  the message. @return Its two numbers, or null. */
+MDM_INLINE const mdm_app_num_pair_t *mdm_app_num_pair(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_app_num_pair_t *, mdm_app_payload(msg, MDM_FORM_APP_NUM_PAIR));
+}
+
+/**
+ * Fills a message with two strings.
+ * @param msg   the message.
+ * @param type  #MDM_APP_PAIR_184 or another discriminator of this form.
+ * @param pair  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_set_pair(mdm_msg_t *msg, int32_t type,
+                                                 const mdm_app_pair_t *pair)
+{
+    return mdm_app_form(type) == MDM_FORM_APP_PAIR && pair != NULL &&
+           mdm_fill_app_head(msg, MDM_TYPE_APP, type, pair, 1);
+}
+
+/** @param msg  the message. @return Its two strings, or null. */
+MDM_INLINE const mdm_app_pair_t *mdm_app_pair(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_app_pair_t *, mdm_app_payload(msg, MDM_FORM_APP_PAIR));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_set_data(mdm_msg_t *msg, int32_t type, const void *bytes,
+                                                 size_t size)
+{
+    return mdm_app_form(type) == MDM_FORM_APP_DATA &&
+           mdm_fill_app_bytes(msg, MDM_TYPE_APP, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_app_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_app_bytes(msg, MDM_FORM_APP_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_set_head(mdm_msg_t *msg, int32_t type)
+{
+    return mdm_fill_app_head(msg, MDM_TYPE_APP, type, NULL, 0);
+}
 
 #endif

@@ -25,4 +25,68 @@ typedef struct mdm_app_cb_info {
     /** @} */
 } mdm_app_cb_info_t;
 
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a number and two strings.
+ * @param msg   the message.
+ * @param type  0 or 1.
+ * @param num6  the number.
+ * @param str7  a string; may be null.
+ * @param str8  a string; may be null.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_cb_set_detail(mdm_msg_t *msg, uint32_t type, uint32_t num6,
+                                                      const char *str7, const char *str8)
+{
+    if (mdm_app_cb_form(type) != MDM_FORM_APP_CB_DETAIL) {
+        return false;
+    }
+    mdm_app_cb_info_t *info = MDM_CAST(mdm_app_cb_info_t *, mdm_begin_body(msg, MDM_TYPE_APP_CB));
+    info->type = type;
+    info->data_size = 1;
+    info->num6 = num6;
+    info->str7 = mdm_text(str7);
+    info->str8 = mdm_text(str8);
+    return true;
+}
+
+/** @param msg  the message. @return Its body, or null unless it holds a number and two strings. */
+MDM_INLINE const mdm_app_cb_info_t *mdm_app_cb_detail(const mdm_msg_t *msg)
+{
+    const mdm_app_cb_info_t *info =
+        MDM_CAST(const mdm_app_cb_info_t *, mdm_body_of(msg, MDM_FORM_APP_CB_DETAIL));
+    return info != NULL && info->data_size != 0 ? info : NULL;
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  every callback type but 0 and 1.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_cb_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    if (mdm_app_cb_form(type) != MDM_FORM_APP_CB_HEAD) {
+        return false;
+    }
+    mdm_app_cb_info_t *info = MDM_CAST(mdm_app_cb_info_t *, mdm_begin_body(msg, MDM_TYPE_APP_CB));
+    info->type = type;
+    info->data_size = 1;
+    info->num6 = 0;
+    info->str7 = NULL;
+    info->str8 = NULL;
+    return true;
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds a body that is the head alone.
+ */
+MDM_INLINE const mdm_app_cb_info_t *mdm_app_cb_head(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_app_cb_info_t *, mdm_body_of(msg, MDM_FORM_APP_CB_HEAD));
+}
+
 #endif

@@ -9,7 +9,7 @@
 #include "mdm/body/app_head.h"
 
 /** A number with a name. `name` is sent first. */
-typedef struct mdm_app_res_item {
+typedef struct mdm_app_res_item_t {
     char *name; /**< Must not be null. The count and the size include an item without a name, but it
                      is not written: it arrives at the end of the list, with no name and the
                      value 0 (Q-APP_RES-1). */
@@ -17,7 +17,7 @@ typedef struct mdm_app_res_item {
 } mdm_app_res_item_t;
 
 /** One client's package list. */
-typedef struct mdm_app_control_info {
+typedef struct mdm_app_control_info_t {
     int32_t client_id; /**< The client that the list belongs to. */
     GList *pkg_list;   /**< GList of strings (package names); null if empty. */
 } mdm_app_control_info_t;
@@ -57,5 +57,106 @@ typedef struct mdm_app_res_info {
     MDM_APP_HEAD;
     /** @} */
 } mdm_app_res_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a list of package names.
+ * @param msg       the message.
+ * @param type      #MDM_APP_RES_PACKAGES_3 or another discriminator of this form.
+ * @param packages  the first cell of a list of strings, none null; null is the empty list.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_packages(mdm_msg_t *msg, int32_t type,
+                                                         const GList *packages)
+{
+    return mdm_app_res_form(type) == MDM_FORM_APP_RES_PACKAGES &&
+           mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, packages, 1);
+}
+
+/** @param msg  the message. @return Its list of package names, or null. */
+MDM_INLINE const GList *mdm_app_res_packages(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_app_payload(msg, MDM_FORM_APP_RES_PACKAGES));
+}
+
+/**
+ * Fills a message with a list of named numbers.
+ * @param msg    the message.
+ * @param type   #MDM_APP_RES_ITEMS_140 or another discriminator of this form.
+ * @param items  the first cell of a list of ::mdm_app_res_item_t, none null; null is the empty
+ *               list.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_items(mdm_msg_t *msg, int32_t type,
+                                                      const GList *items)
+{
+    return mdm_app_res_form(type) == MDM_FORM_APP_RES_ITEMS &&
+           mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, items, 1);
+}
+
+/** @param msg  the message. @return Its list of named numbers, or null. */
+MDM_INLINE const GList *mdm_app_res_items(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_app_payload(msg, MDM_FORM_APP_RES_ITEMS));
+}
+
+/**
+ * Fills a message with the package lists of clients.
+ * @param msg       the message.
+ * @param type      #MDM_APP_RES_CONTROLS_172 or another discriminator of this form.
+ * @param controls  the first cell of a list of ::mdm_app_control_info_t, none null; null is the
+ *                  empty list.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_controls(mdm_msg_t *msg, int32_t type,
+                                                         const GList *controls)
+{
+    return mdm_app_res_form(type) == MDM_FORM_APP_RES_CONTROLS &&
+           mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, controls, 1);
+}
+
+/** @param msg  the message. @return Its package lists of clients, or null. */
+MDM_INLINE const GList *mdm_app_res_controls(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_app_payload(msg, MDM_FORM_APP_RES_CONTROLS));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_data(mdm_msg_t *msg, int32_t type,
+                                                     const void *bytes, size_t size)
+{
+    return mdm_app_res_form(type) == MDM_FORM_APP_RES_DATA &&
+           mdm_fill_app_bytes(msg, MDM_TYPE_APP_RES, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_app_res_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_app_bytes(msg, MDM_FORM_APP_RES_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_head(mdm_msg_t *msg, int32_t type)
+{
+    return mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, NULL, 0);
+}
 
 #endif

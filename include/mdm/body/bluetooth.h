@@ -33,4 +33,63 @@ typedef struct mdm_bluetooth_info {
     /** @} */
 } mdm_bluetooth_info_t;
 
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a list of names of devices.
+ * @param msg    the message.
+ * @param type   #MDM_BLUETOOTH_NAMES_91 or another discriminator of this form.
+ * @param names  the first cell of a list of strings, none null; null is the empty list.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_bluetooth_set_names(mdm_msg_t *msg, uint32_t type,
+                                                        const GList *names)
+{
+    return mdm_bluetooth_form(type) == MDM_FORM_BLUETOOTH_NAMES &&
+           mdm_fill_head(msg, MDM_TYPE_BLUETOOTH, type, names, 1);
+}
+
+/** @param msg  the message. @return Its list of names of devices, or null. */
+MDM_INLINE const GList *mdm_bluetooth_names(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload(msg, MDM_FORM_BLUETOOTH_NAMES));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_bluetooth_set_data(mdm_msg_t *msg, uint32_t type,
+                                                       const void *bytes, size_t size)
+{
+    return mdm_bluetooth_form(type) == MDM_FORM_BLUETOOTH_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_BLUETOOTH, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_bluetooth_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_BLUETOOTH_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_bluetooth_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_BLUETOOTH, type, NULL, 0);
+}
+
 #endif

@@ -8,17 +8,25 @@
 
 #include "mdm/body/head.h"
 
-/**
- * A number and up to two strings, sent in the order of the fields. For discriminator 629 the
- * receiver's record ends before `str2`: do not touch that field (Q-CONTAINER-1).
- */
-typedef struct mdm_container_item {
+/** A number and two strings, sent in the order of the fields. */
+typedef struct mdm_container_item_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     char *str1;
-    char *str2; /**< Discriminator 628 only. */
+    char *str2;
     /** @} */
 } mdm_container_item_t;
+
+/**
+ * A number and a string, sent in the order of the fields. The record is the beginning of an
+ * ::mdm_container_item_t (Q-CONTAINER-1).
+ */
+typedef struct mdm_container_short_item_t {
+    /** @{ Server and clients agree on its meaning. */
+    uint32_t num0;
+    char *str1;
+    /** @} */
+} mdm_container_short_item_t;
 
 /**
  * Body of the container category.
@@ -26,7 +34,7 @@ typedef struct mdm_container_item {
  * | `type`        | `data` points to                                                           |
  * |---------------|----------------------------------------------------------------------------|
  * | 628           | one ::mdm_container_item_t                                                 |
- * | 629           | one ::mdm_container_item_t that ends before `str2`                         |
+ * | 629           | one ::mdm_container_short_item_t                                           |
  * | 630, 631, 632 | `data_size` raw bytes                                                      |
  * | any other     | nothing: the head travels alone                                            |
  *
@@ -43,5 +51,92 @@ typedef struct mdm_container_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_container_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a number and two strings.
+ * @param msg   the message.
+ * @param item  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_container_set_item(mdm_msg_t *msg,
+                                                       const mdm_container_item_t *item)
+{
+    return item != NULL && mdm_fill_head(msg, MDM_TYPE_CONTAINER, MDM_CONTAINER_ITEM, item, 1);
+}
+
+/** @param msg  the message. @return Its number and two strings, or null. */
+MDM_INLINE const mdm_container_item_t *mdm_container_item(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_container_item_t *,
+                    mdm_payload_unless_0(msg, MDM_FORM_CONTAINER_ITEM));
+}
+
+/**
+ * Fills a message with a number and a string.
+ * @param msg   the message.
+ * @param item  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_container_set_short_item(mdm_msg_t *msg,
+                                                             const mdm_container_short_item_t *item)
+{
+    return item != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_CONTAINER, MDM_CONTAINER_SHORT_ITEM, item, 1);
+}
+
+/** @param msg  the message. @return Its number and a string, or null. */
+MDM_INLINE const mdm_container_short_item_t *mdm_container_short_item(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_container_short_item_t *,
+                    mdm_payload_unless_0(msg, MDM_FORM_CONTAINER_SHORT_ITEM));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   #MDM_CONTAINER_DATA_630 or another discriminator of this form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_container_set_data(mdm_msg_t *msg, uint32_t type,
+                                                       const void *bytes, size_t size)
+{
+    return mdm_container_form(type) == MDM_FORM_CONTAINER_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_CONTAINER, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_container_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_CONTAINER_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_container_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_CONTAINER, type, NULL, 0);
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds a body that is the head alone.
+ */
+MDM_INLINE const mdm_container_info_t *mdm_container_head(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_container_info_t *, mdm_body_of(msg, MDM_FORM_CONTAINER_HEAD));
+}
 
 #endif

@@ -9,7 +9,7 @@
 #include "mdm/body/head.h"
 
 /** An ActiveSync account: six numbers and nine strings, sent in the order of the fields. */
-typedef struct mdm_eas_account {
+typedef struct mdm_eas_account_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
@@ -30,7 +30,7 @@ typedef struct mdm_eas_account {
 } mdm_eas_account_t;
 
 /** A number and a text, sent in this order. */
-typedef struct mdm_eas_value {
+typedef struct mdm_eas_value_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     char *str1;
@@ -64,5 +64,93 @@ typedef struct mdm_eas_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_eas_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with an ActiveSync account.
+ * @param msg      the message.
+ * @param account  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_account(mdm_msg_t *msg,
+                                                    const mdm_eas_account_t *account)
+{
+    return account != NULL && mdm_fill_head(msg, MDM_TYPE_EAS, MDM_EAS_ACCOUNT, account, 1);
+}
+
+/** @param msg  the message. @return Its ActiveSync account, or null. */
+MDM_INLINE const mdm_eas_account_t *mdm_eas_account(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_eas_account_t *, mdm_payload_unless_0(msg, MDM_FORM_EAS_ACCOUNT));
+}
+
+/**
+ * Fills a message with three settings of an account.
+ * @param msg       the message.
+ * @param settings  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_settings(mdm_msg_t *msg,
+                                                     const mdm_eas_account_t *settings)
+{
+    return settings != NULL && mdm_fill_head(msg, MDM_TYPE_EAS, MDM_EAS_SETTINGS, settings, 1);
+}
+
+/** @param msg  the message. @return Its three settings of an account, or null. */
+MDM_INLINE const mdm_eas_account_t *mdm_eas_settings(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_eas_account_t *, mdm_payload_unless_0(msg, MDM_FORM_EAS_SETTINGS));
+}
+
+/**
+ * Fills a message with a list of accounts.
+ * @param msg       the message.
+ * @param accounts  the first cell of a list of ::mdm_eas_account_t, none null; null is the empty
+ *                  list, for which the head alone travels.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_accounts(mdm_msg_t *msg, const GList *accounts)
+{
+    return mdm_fill_head(msg, MDM_TYPE_EAS, MDM_EAS_ACCOUNTS, accounts, accounts != NULL ? 1 : 0);
+}
+
+/** @param msg  the message. @return Its list of accounts, or null. */
+MDM_INLINE const GList *mdm_eas_accounts(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload_unless_0(msg, MDM_FORM_EAS_ACCOUNTS));
+}
+
+/**
+ * Fills a message with a number and a text.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param value  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_value(mdm_msg_t *msg, uint32_t type,
+                                                  const mdm_eas_value_t *value)
+{
+    return mdm_eas_form(type) == MDM_FORM_EAS_VALUE && value != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_EAS, type, value, 1);
+}
+
+/** @param msg  the message. @return Its number and a text, or null. */
+MDM_INLINE const mdm_eas_value_t *mdm_eas_value(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_eas_value_t *, mdm_payload_unless_0(msg, MDM_FORM_EAS_VALUE));
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_EAS, type, NULL, 0);
+}
 
 #endif

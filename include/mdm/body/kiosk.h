@@ -9,7 +9,7 @@
 #include "mdm/body/head.h"
 
 /** The setting of one hardware key, sent in the order of the fields. */
-typedef struct mdm_kiosk_key_pair {
+typedef struct mdm_kiosk_key_pair_t {
     uint32_t key;   /**< The hardware key: a number on which server and clients agree. */
     uint32_t value; /**< Its setting. */
 } mdm_kiosk_key_pair_t;
@@ -40,5 +40,101 @@ typedef struct mdm_kiosk_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_kiosk_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a string.
+ * @param msg   the message.
+ * @param type  #MDM_KIOSK_TEXT_612 or another discriminator of this form.
+ * @param text  the string; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_text(mdm_msg_t *msg, uint32_t type, const char *text)
+{
+    return mdm_kiosk_form(type) == MDM_FORM_KIOSK_TEXT && text != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_KIOSK, type, text, 1);
+}
+
+/** @param msg  the message. @return Its string, or null. */
+MDM_INLINE const char *mdm_kiosk_text(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const char *, mdm_payload_unless_0(msg, MDM_FORM_KIOSK_TEXT));
+}
+
+/**
+ * Fills a message with a list of hardware keys.
+ * @param msg   the message.
+ * @param type  #MDM_KIOSK_KEYS_618 or another discriminator of this form.
+ * @param keys  the first cell of a list of `uint32_t`, none null; null is the empty list, for which
+ *              the head alone travels.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_keys(mdm_msg_t *msg, uint32_t type, const GList *keys)
+{
+    return mdm_kiosk_form(type) == MDM_FORM_KIOSK_KEYS &&
+           mdm_fill_head(msg, MDM_TYPE_KIOSK, type, keys, keys != NULL ? 1 : 0);
+}
+
+/** @param msg  the message. @return Its list of hardware keys, or null. */
+MDM_INLINE const GList *mdm_kiosk_keys(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload_unless_0(msg, MDM_FORM_KIOSK_KEYS));
+}
+
+/**
+ * Fills a message with a list of settings of hardware keys.
+ * @param msg    the message.
+ * @param pairs  the first cell of a list of ::mdm_kiosk_key_pair_t, none null; null is the empty
+ *               list, for which the head alone travels.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_key_pairs(mdm_msg_t *msg, const GList *pairs)
+{
+    return mdm_fill_head(msg, MDM_TYPE_KIOSK, MDM_KIOSK_KEY_PAIRS, pairs, pairs != NULL ? 1 : 0);
+}
+
+/** @param msg  the message. @return Its list of settings of hardware keys, or null. */
+MDM_INLINE const GList *mdm_kiosk_key_pairs(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload_unless_0(msg, MDM_FORM_KIOSK_KEY_PAIRS));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_data(mdm_msg_t *msg, uint32_t type, const void *bytes,
+                                                   size_t size)
+{
+    return mdm_kiosk_form(type) == MDM_FORM_KIOSK_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_KIOSK, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_kiosk_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_KIOSK_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_KIOSK, type, NULL, 0);
+}
 
 #endif

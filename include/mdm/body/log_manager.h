@@ -26,4 +26,59 @@ typedef struct mdm_log_manager_info {
     } value;            /**< The payload. */
 } mdm_log_manager_info_t;
 
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a string.
+ * @param msg   the message.
+ * @param text  the string; may be null.
+ * @return Always true.
+ */
+MDM_INLINE bool mdm_log_manager_set_text(mdm_msg_t *msg, const char *text)
+{
+    mdm_log_manager_info_t *info =
+        MDM_CAST(mdm_log_manager_info_t *, mdm_begin_body(msg, MDM_TYPE_LOG_MANAGER));
+    info->type = MDM_LOG_MANAGER_TEXT;
+    info->value.word = 0;
+    info->value.text = mdm_text(text);
+    return true;
+}
+
+/** @param msg  the message. @return Its string, or null. */
+MDM_INLINE const char *mdm_log_manager_text(const mdm_msg_t *msg)
+{
+    const mdm_log_manager_info_t *info =
+        MDM_CAST(const mdm_log_manager_info_t *, mdm_body_of(msg, MDM_FORM_LOG_MANAGER_TEXT));
+    return info != NULL ? info->value.text : NULL;
+}
+
+/**
+ * Fills a message with a byte.
+ * @param msg   the message.
+ * @param type  every discriminator but 638.
+ * @param byte  the byte.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_log_manager_set_byte(mdm_msg_t *msg, uint32_t type,
+                                                         uint8_t byte)
+{
+    if (mdm_log_manager_form(type) != MDM_FORM_LOG_MANAGER_BYTE) {
+        return false;
+    }
+    mdm_log_manager_info_t *info =
+        MDM_CAST(mdm_log_manager_info_t *, mdm_begin_body(msg, MDM_TYPE_LOG_MANAGER));
+    info->type = type;
+    info->value.word = byte;
+    return true;
+}
+
+/** @param msg  the message. @return Its byte, or null if it has another form. */
+MDM_INLINE const uint8_t *mdm_log_manager_byte(const mdm_msg_t *msg)
+{
+    const mdm_log_manager_info_t *info =
+        MDM_CAST(const mdm_log_manager_info_t *, mdm_body_of(msg, MDM_FORM_LOG_MANAGER_BYTE));
+    return info != NULL ? &info->value.byte : NULL;
+}
+
 #endif

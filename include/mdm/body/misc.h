@@ -10,12 +10,12 @@
 #include <stdint.h>
 
 /** The record of discriminators 124 to 126: one string. */
-typedef struct mdm_misc_str {
+typedef struct mdm_misc_str_t {
     char *value; /**< Server and clients agree on its meaning. */
 } mdm_misc_str_t;
 
 /** The record of discriminators 281 and 283: a bookmark, sent in the order of the fields. */
-typedef struct mdm_book_info {
+typedef struct mdm_book_info_t {
     /** @{ Server and clients agree on its meaning. */
     char *url;
     char *title;
@@ -23,7 +23,7 @@ typedef struct mdm_book_info {
 } mdm_book_info_t;
 
 /** The record of discriminators 288 and 289, sent in the order of the fields. */
-typedef struct mdm_misc_str_pair {
+typedef struct mdm_misc_str_pair_t {
     /** @{ Server and clients agree on its meaning. */
     char *first;
     char *second;
@@ -77,5 +77,199 @@ typedef struct mdm_misc_info {
     int32_t data_size; /**< Size of the payload in bytes; for 122 the number of strings. */
     void *data;        /**< The payload of every discriminator except 127 and 128. */
 } mdm_misc_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/** @cond The common parts of the functions below. */
+
+MDM_INLINE bool mdm_fill_misc_head(mdm_msg_t *msg, int32_t type, const void *data,
+                                   int32_t data_size)
+{
+    mdm_misc_info_t *info = MDM_CAST(mdm_misc_info_t *, mdm_begin_body(msg, MDM_TYPE_MISC));
+    if (mdm_misc_form(info->type) == MDM_FORM_MISC_STRINGS) {
+        info->param_list = NULL;
+    }
+    info->type = type;
+    info->data_size = data_size;
+    info->data = data_size != 0 ? mdm_unconst(data) : NULL;
+    return true;
+}
+
+MDM_INLINE bool mdm_fill_misc_bytes(mdm_msg_t *msg, int32_t type, const void *data, size_t count)
+{
+    return mdm_is_sendable(data, count) &&
+           mdm_fill_misc_head(msg, type, data, MDM_CAST(int32_t, count));
+}
+
+MDM_INLINE const void *mdm_misc_counted(const mdm_msg_t *msg, mdm_form_t form, size_t *count)
+{
+    const mdm_misc_info_t *info = MDM_CAST(const mdm_misc_info_t *, mdm_body_of(msg, form));
+    return mdm_counted(info != NULL ? info->data : NULL, info != NULL ? info->data_size : 0, count);
+}
+
+MDM_INLINE const void *mdm_misc_payload(const mdm_msg_t *msg, mdm_form_t form)
+{
+    const mdm_misc_info_t *info = MDM_CAST(const mdm_misc_info_t *, mdm_body_of(msg, form));
+    return info != NULL && info->data_size != 0 ? info->data : NULL;
+}
+
+/** @endcond */
+
+/**
+ * Fills a message with an array of strings.
+ * @param msg      the message.
+ * @param strings  the array; null only if it is empty. Its strings may be null.
+ * @param count    the number of strings. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_array(mdm_msg_t *msg, const char *const *strings,
+                                                   size_t count)
+{
+    return mdm_fill_misc_bytes(msg, MDM_MISC_ARRAY, strings, count);
+}
+
+/**
+ * @param msg    the message.
+ * @param count  receives the number of strings; may be null.
+ * @return Its array, or null. The strings may be null.
+ */
+MDM_INLINE const char *const *mdm_misc_array(const mdm_msg_t *msg, size_t *count)
+{
+    return MDM_CAST(const char *const *, mdm_misc_counted(msg, MDM_FORM_MISC_ARRAY, count));
+}
+
+/**
+ * Fills a message with a string.
+ * @param msg   the message.
+ * @param type  #MDM_MISC_TEXT_124 or another discriminator of this form.
+ * @param text  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_text(mdm_msg_t *msg, int32_t type,
+                                                  const mdm_misc_str_t *text)
+{
+    return mdm_misc_form(type) == MDM_FORM_MISC_TEXT && text != NULL &&
+           mdm_fill_misc_head(msg, type, text, 1);
+}
+
+/** @param msg  the message. @return Its string, or null. */
+MDM_INLINE const mdm_misc_str_t *mdm_misc_text(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_misc_str_t *, mdm_misc_payload(msg, MDM_FORM_MISC_TEXT));
+}
+
+/**
+ * Fills a message with a list of strings. `data` is null and `data_size` is 0.
+ * @param msg      the message.
+ * @param type     #MDM_MISC_STRINGS_127 or another discriminator of this form.
+ * @param strings  the first cell of a list of strings, none null; null is the empty list.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_strings(mdm_msg_t *msg, int32_t type,
+                                                     const GList *strings)
+{
+    if (mdm_misc_form(type) != MDM_FORM_MISC_STRINGS) {
+        return false;
+    }
+    mdm_misc_info_t *info = MDM_CAST(mdm_misc_info_t *, mdm_begin_body(msg, MDM_TYPE_MISC));
+    info->type = type;
+    info->param_list = MDM_CAST(GList *, mdm_unconst(strings));
+    info->data_size = 0;
+    info->data = NULL;
+    return true;
+}
+
+/** @param msg  the message. @return Its list of strings, or null. */
+MDM_INLINE const GList *mdm_misc_strings(const mdm_msg_t *msg)
+{
+    const mdm_misc_info_t *info =
+        MDM_CAST(const mdm_misc_info_t *, mdm_body_of(msg, MDM_FORM_MISC_STRINGS));
+    return info != NULL ? info->param_list : NULL;
+}
+
+/**
+ * Fills a message with a bookmark.
+ * @param msg   the message.
+ * @param type  #MDM_MISC_BOOK_281 or another discriminator of this form.
+ * @param book  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_book(mdm_msg_t *msg, int32_t type,
+                                                  const mdm_book_info_t *book)
+{
+    return mdm_misc_form(type) == MDM_FORM_MISC_BOOK && book != NULL &&
+           mdm_fill_misc_head(msg, type, book, 1);
+}
+
+/** @param msg  the message. @return Its bookmark, or null. */
+MDM_INLINE const mdm_book_info_t *mdm_misc_book(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_book_info_t *, mdm_misc_payload(msg, MDM_FORM_MISC_BOOK));
+}
+
+/**
+ * Fills a message with two strings.
+ * @param msg   the message.
+ * @param type  #MDM_MISC_PAIR_288 or another discriminator of this form.
+ * @param pair  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_pair(mdm_msg_t *msg, int32_t type,
+                                                  const mdm_misc_str_pair_t *pair)
+{
+    return mdm_misc_form(type) == MDM_FORM_MISC_PAIR && pair != NULL &&
+           mdm_fill_misc_head(msg, type, pair, 1);
+}
+
+/** @param msg  the message. @return Its two strings, or null. */
+MDM_INLINE const mdm_misc_str_pair_t *mdm_misc_pair(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_misc_str_pair_t *, mdm_misc_payload(msg, MDM_FORM_MISC_PAIR));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_data(mdm_msg_t *msg, int32_t type, const void *bytes,
+                                                  size_t size)
+{
+    return mdm_misc_form(type) == MDM_FORM_MISC_DATA && mdm_fill_misc_bytes(msg, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_misc_data(const mdm_msg_t *msg, size_t *size)
+{
+    return MDM_CAST(const char *, mdm_misc_counted(msg, MDM_FORM_MISC_DATA, size));
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form but a list of strings, which always travels.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_head(mdm_msg_t *msg, int32_t type)
+{
+    return mdm_misc_form(type) != MDM_FORM_MISC_STRINGS && mdm_fill_misc_head(msg, type, NULL, 0);
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds a body that is the head alone (123).
+ */
+MDM_INLINE const mdm_misc_info_t *mdm_misc_head(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_misc_info_t *, mdm_body_of(msg, MDM_FORM_MISC_HEAD));
+}
 
 #endif

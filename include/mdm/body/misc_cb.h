@@ -27,4 +27,73 @@ typedef struct mdm_misc_cb_info {
     /** @} */
 } mdm_misc_cb_info_t;
 
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a byte, a number and a string.
+ * @param msg    the message.
+ * @param type   0 or 1.
+ * @param flag6  the byte.
+ * @param num7   the number.
+ * @param str8   the string; may be null.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_cb_set_detail(mdm_msg_t *msg, uint32_t type, uint8_t flag6,
+                                                       uint32_t num7, const char *str8)
+{
+    if (mdm_misc_cb_form(type) != MDM_FORM_MISC_CB_DETAIL) {
+        return false;
+    }
+    mdm_misc_cb_info_t *info =
+        MDM_CAST(mdm_misc_cb_info_t *, mdm_begin_body(msg, MDM_TYPE_MISC_CB));
+    info->type = type;
+    info->data_size = 1;
+    info->flag6 = flag6;
+    info->num7 = num7;
+    info->str8 = mdm_text(str8);
+    return true;
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds a byte, a number and a string.
+ */
+MDM_INLINE const mdm_misc_cb_info_t *mdm_misc_cb_detail(const mdm_msg_t *msg)
+{
+    const mdm_misc_cb_info_t *info =
+        MDM_CAST(const mdm_misc_cb_info_t *, mdm_body_of(msg, MDM_FORM_MISC_CB_DETAIL));
+    return info != NULL && info->data_size != 0 ? info : NULL;
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  every callback type but 0 and 1.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_cb_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    if (mdm_misc_cb_form(type) != MDM_FORM_MISC_CB_HEAD) {
+        return false;
+    }
+    mdm_misc_cb_info_t *info =
+        MDM_CAST(mdm_misc_cb_info_t *, mdm_begin_body(msg, MDM_TYPE_MISC_CB));
+    info->type = type;
+    info->data_size = 1;
+    info->flag6 = 0;
+    info->num7 = 0;
+    info->str8 = NULL;
+    return true;
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds a body that is the head alone.
+ */
+MDM_INLINE const mdm_misc_cb_info_t *mdm_misc_cb_head(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_misc_cb_info_t *, mdm_body_of(msg, MDM_FORM_MISC_CB_HEAD));
+}
+
 #endif

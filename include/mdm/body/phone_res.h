@@ -9,7 +9,7 @@
 #include <stdint.h>
 
 /** Two strings. `str0` is sent first. */
-typedef struct mdm_phone_res_item {
+typedef struct mdm_phone_res_item_t {
     char *str0;     /**< Server and clients agree on its meaning. */
     uint32_t word1; /**< Never sent. Zero in a received record; ipc_free() sets it to zero
                          (Q-PHONE_RES-5). */
@@ -17,7 +17,7 @@ typedef struct mdm_phone_res_item {
 } mdm_phone_res_item_t;
 
 /** The detail of discriminator 422, sent in the order of the fields. */
-typedef struct mdm_phone_res_detail {
+typedef struct mdm_phone_res_detail_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
@@ -26,7 +26,7 @@ typedef struct mdm_phone_res_detail {
 } mdm_phone_res_detail_t;
 
 /** The record of discriminator 422. */
-typedef struct mdm_phone_res_ext {
+typedef struct mdm_phone_res_ext_t {
     char *str0;                     /**< Sent first. */
     uint32_t word1;                 /**< Never sent. Zero in a received record; ipc_free() sets it
                                          to zero (Q-PHONE_RES-5). */
@@ -69,5 +69,94 @@ typedef struct mdm_phone_res_info {
     int32_t data_size; /**< Size of raw bytes; for a record it only says that there is one. */
     void *data;        /**< The payload. */
 } mdm_phone_res_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with two strings.
+ * @param msg   the message.
+ * @param type  #MDM_PHONE_RES_ITEM_394 or another discriminator of this form.
+ * @param item  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_phone_res_set_item(mdm_msg_t *msg, int32_t type,
+                                                       const mdm_phone_res_item_t *item)
+{
+    return mdm_phone_res_form(type) == MDM_FORM_PHONE_RES_ITEM && item != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_PHONE_RES, MDM_CAST(uint32_t, type), item, 1);
+}
+
+/** @param msg  the message. @return Its two strings, or null. */
+MDM_INLINE const mdm_phone_res_item_t *mdm_phone_res_item(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_phone_res_item_t *, mdm_payload(msg, MDM_FORM_PHONE_RES_ITEM));
+}
+
+/**
+ * Fills a message with a string and a detail.
+ * @param msg  the message.
+ * @param ext  the record; null is refused, and so is a null detail.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_phone_res_set_ext(mdm_msg_t *msg,
+                                                      const mdm_phone_res_ext_t *ext)
+{
+    return ext != NULL && ext->detail != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_PHONE_RES, MDM_PHONE_RES_EXT, ext, 1);
+}
+
+/** @param msg  the message. @return Its string and a detail, or null. */
+MDM_INLINE const mdm_phone_res_ext_t *mdm_phone_res_ext(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_phone_res_ext_t *, mdm_payload(msg, MDM_FORM_PHONE_RES_EXT));
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null. Nothing fills this form, because ipc_seal() refuses it
+ *         (Q-PHONE_RES-2).
+ */
+MDM_INLINE const char *mdm_phone_res_raw_item(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_PHONE_RES_RAW_ITEM, size);
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_phone_res_set_data(mdm_msg_t *msg, int32_t type,
+                                                       const void *bytes, size_t size)
+{
+    return mdm_phone_res_form(type) == MDM_FORM_PHONE_RES_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_PHONE_RES, MDM_CAST(uint32_t, type), bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_phone_res_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_PHONE_RES_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_phone_res_set_head(mdm_msg_t *msg, int32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_PHONE_RES, MDM_CAST(uint32_t, type), NULL, 0);
+}
 
 #endif

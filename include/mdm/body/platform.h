@@ -23,4 +23,88 @@ typedef struct mdm_platform_info {
     uint8_t flag;    /**< Sent for 439 only. */
 } mdm_platform_info_t;
 
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a text, a number and a flag.
+ * @param msg     the message.
+ * @param text    the text; may be null.
+ * @param number  the number.
+ * @param flag    the flag.
+ * @return Always true.
+ */
+MDM_INLINE bool mdm_platform_set_flag(mdm_msg_t *msg, const char *text, uint32_t number,
+                                      uint8_t flag)
+{
+    mdm_platform_info_t *info =
+        MDM_CAST(mdm_platform_info_t *, mdm_begin_body(msg, MDM_TYPE_PLATFORM));
+    info->type = MDM_PLATFORM_FLAG;
+    info->text = mdm_text(text);
+    info->number = number;
+    info->flag = flag;
+    return true;
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds a text, a number and a flag.
+ */
+MDM_INLINE const mdm_platform_info_t *mdm_platform_flag(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_platform_info_t *, mdm_body_of(msg, MDM_FORM_PLATFORM_FLAG));
+}
+
+/**
+ * Fills a message with a text and a number.
+ * @param msg     the message.
+ * @param text    the text; may be null.
+ * @param number  the number.
+ * @return Always true.
+ */
+MDM_INLINE bool mdm_platform_set_number(mdm_msg_t *msg, const char *text, uint32_t number)
+{
+    mdm_platform_info_t *info =
+        MDM_CAST(mdm_platform_info_t *, mdm_begin_body(msg, MDM_TYPE_PLATFORM));
+    info->type = MDM_PLATFORM_NUMBER;
+    info->text = mdm_text(text);
+    info->number = number;
+    info->flag = 0;
+    return true;
+}
+
+/** @param msg  the message. @return Its body, or null unless it holds a text and a number. */
+MDM_INLINE const mdm_platform_info_t *mdm_platform_number(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_platform_info_t *, mdm_body_of(msg, MDM_FORM_PLATFORM_NUMBER));
+}
+
+/**
+ * Fills a message with a text.
+ * @param msg   the message.
+ * @param type  every discriminator but 439 and 440.
+ * @param text  the text; may be null.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_platform_set_text(mdm_msg_t *msg, uint32_t type,
+                                                      const char *text)
+{
+    if (mdm_platform_form(type) != MDM_FORM_PLATFORM_TEXT) {
+        return false;
+    }
+    mdm_platform_info_t *info =
+        MDM_CAST(mdm_platform_info_t *, mdm_begin_body(msg, MDM_TYPE_PLATFORM));
+    info->type = type;
+    info->text = mdm_text(text);
+    info->number = 0;
+    info->flag = 0;
+    return true;
+}
+
+/** @param msg  the message. @return Its body, or null unless it holds a text. */
+MDM_INLINE const mdm_platform_info_t *mdm_platform_text(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_platform_info_t *, mdm_body_of(msg, MDM_FORM_PLATFORM_TEXT));
+}
+
 #endif

@@ -9,7 +9,7 @@
 #include "mdm/body/head.h"
 
 /** The password policy of discriminator 40. The codec sends the fields in order. */
-typedef struct mdm_pwd_policy {
+typedef struct mdm_pwd_policy_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
@@ -45,5 +45,61 @@ typedef struct mdm_pwd_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_pwd_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a password policy.
+ * @param msg     the message.
+ * @param policy  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_pwd_set_policy(mdm_msg_t *msg, const mdm_pwd_policy_t *policy)
+{
+    return policy != NULL && mdm_fill_head(msg, MDM_TYPE_PWD, MDM_PWD_POLICY, policy, 1);
+}
+
+/** @param msg  the message. @return Its password policy, or null. */
+MDM_INLINE const mdm_pwd_policy_t *mdm_pwd_policy(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_pwd_policy_t *, mdm_payload(msg, MDM_FORM_PWD_POLICY));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_pwd_set_data(mdm_msg_t *msg, uint32_t type, const void *bytes,
+                                                 size_t size)
+{
+    return mdm_pwd_form(type) == MDM_FORM_PWD_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_PWD, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_pwd_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_PWD_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_pwd_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_PWD, type, NULL, 0);
+}
 
 #endif

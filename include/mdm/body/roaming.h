@@ -9,7 +9,7 @@
 #include "mdm/body/head.h"
 
 /** The record of a roaming policy: one string. */
-typedef struct mdm_roaming_data {
+typedef struct mdm_roaming_data_t {
     char *name; /**< Server and clients agree on its meaning. */
 } mdm_roaming_data_t;
 
@@ -42,5 +42,57 @@ typedef struct mdm_roaming_res_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_roaming_res_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a roaming policy. `data_size` is 0.
+ * @param msg     the message.
+ * @param type    any discriminator.
+ * @param record  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_roaming_set_record(mdm_msg_t *msg, uint32_t type,
+                                                       const mdm_roaming_data_t *record)
+{
+    if (record == NULL) {
+        return false;
+    }
+    mdm_roaming_info_t *info =
+        MDM_CAST(mdm_roaming_info_t *, mdm_begin_body(msg, MDM_TYPE_ROAMING));
+    info->type = type;
+    info->data_size = 0;
+    info->data = mdm_unconst(record);
+    return true;
+}
+
+/** @param msg  the message. @return Its record, or null. */
+MDM_INLINE const mdm_roaming_data_t *mdm_roaming_record(const mdm_msg_t *msg)
+{
+    const mdm_roaming_info_t *info =
+        MDM_CAST(const mdm_roaming_info_t *, mdm_body_of(msg, MDM_FORM_ROAMING_RECORD));
+    return info != NULL ? MDM_CAST(const mdm_roaming_data_t *, info->data) : NULL;
+}
+
+/**
+ * Fills a message with the head alone. `data_size` is 0.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_roaming_res_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_ROAMING_RES, type, NULL, 0);
+}
+
+/**
+ * @param msg  the message.
+ * @return Its body, or null unless it holds a body that is the head alone.
+ */
+MDM_INLINE const mdm_roaming_res_info_t *mdm_roaming_res_head(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_roaming_res_info_t *, mdm_body_of(msg, MDM_FORM_ROAMING_RES_HEAD));
+}
 
 #endif

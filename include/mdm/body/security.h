@@ -9,7 +9,7 @@
 #include "mdm/body/head.h"
 
 /** The record of discriminators 56 and 76. */
-typedef struct mdm_security_item {
+typedef struct mdm_security_item_t {
     uint32_t num0;  /**< Sent first. */
     char *str1;     /**< Sent second. */
     uint32_t word2; /**< Never sent. Zero in a received record. */
@@ -21,7 +21,7 @@ typedef struct mdm_security_item {
  * One account of discriminators 70 and 71: four numbers and twenty-two strings, sent in the order
  * of the fields.
  */
-typedef struct mdm_security_account {
+typedef struct mdm_security_account_t {
     /** @{ Server and clients agree on its meaning. */
     uint32_t num0;
     uint32_t num1;
@@ -84,5 +84,106 @@ typedef struct mdm_security_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_security_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with an item.
+ * @param msg   the message.
+ * @param type  #MDM_SECURITY_ITEM_56 or another discriminator of this form.
+ * @param item  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_item(mdm_msg_t *msg, uint32_t type,
+                                                      const mdm_security_item_t *item)
+{
+    return mdm_security_form(type) == MDM_FORM_SECURITY_ITEM && item != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_SECURITY, type, item, 1);
+}
+
+/** @param msg  the message. @return Its item, or null. */
+MDM_INLINE const mdm_security_item_t *mdm_security_item(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_security_item_t *, mdm_payload(msg, MDM_FORM_SECURITY_ITEM));
+}
+
+/**
+ * Fills a message with a list of strings.
+ * @param msg      the message.
+ * @param type     #MDM_SECURITY_STRINGS_68 or another discriminator of this form.
+ * @param strings  the first cell of a list of strings, none null; null is the empty list, for which
+ *                 the head alone travels.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_strings(mdm_msg_t *msg, uint32_t type,
+                                                         const GList *strings)
+{
+    return mdm_security_form(type) == MDM_FORM_SECURITY_STRINGS &&
+           mdm_fill_head(msg, MDM_TYPE_SECURITY, type, strings, strings != NULL ? 1 : 0);
+}
+
+/** @param msg  the message. @return Its list of strings, or null. */
+MDM_INLINE const GList *mdm_security_strings(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload(msg, MDM_FORM_SECURITY_STRINGS));
+}
+
+/**
+ * Fills a message with a list of accounts.
+ * @param msg       the message.
+ * @param type      #MDM_SECURITY_ACCOUNTS_70 or another discriminator of this form.
+ * @param accounts  the first cell of a list of ::mdm_security_account_t, none null; null is the
+ *                  empty list, for which the head alone travels.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_accounts(mdm_msg_t *msg, uint32_t type,
+                                                          const GList *accounts)
+{
+    return mdm_security_form(type) == MDM_FORM_SECURITY_ACCOUNTS &&
+           mdm_fill_head(msg, MDM_TYPE_SECURITY, type, accounts, accounts != NULL ? 1 : 0);
+}
+
+/** @param msg  the message. @return Its list of accounts, or null. */
+MDM_INLINE const GList *mdm_security_accounts(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload(msg, MDM_FORM_SECURITY_ACCOUNTS));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_data(mdm_msg_t *msg, uint32_t type,
+                                                      const void *bytes, size_t size)
+{
+    return mdm_security_form(type) == MDM_FORM_SECURITY_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_SECURITY, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_security_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_SECURITY_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_SECURITY, type, NULL, 0);
+}
 
 #endif

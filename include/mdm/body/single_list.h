@@ -73,4 +73,252 @@ typedef struct mdm_enterprise_info {
     /** @} */
 } mdm_enterprise_info_t;
 
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a browser message with raw bytes.
+ * @param msg    the message.
+ * @param type   any discriminator.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_browser_set_data(mdm_msg_t *msg, uint32_t type,
+                                                     const void *bytes, size_t size)
+{
+    return mdm_fill_bytes(msg, MDM_TYPE_BROWSER, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null. A received message never has any.
+ */
+MDM_INLINE const char *mdm_browser_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_BROWSER_DATA, size);
+}
+
+/**
+ * Fills a browser message with the head alone.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_browser_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_BROWSER, type, NULL, 0);
+}
+
+/**
+ * Fills a date_time message with raw bytes.
+ * @param msg    the message.
+ * @param type   any discriminator.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_date_time_set_data(mdm_msg_t *msg, uint32_t type,
+                                                       const void *bytes, size_t size)
+{
+    return mdm_fill_bytes(msg, MDM_TYPE_DATE_TIME, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_date_time_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_DATE_TIME_DATA, size);
+}
+
+/**
+ * Fills a date_time message with the head alone.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_date_time_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_DATE_TIME, type, NULL, 0);
+}
+
+/**
+ * Fills a remote message with raw bytes.
+ * @param msg    the message.
+ * @param type   any discriminator.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_remote_set_data(mdm_msg_t *msg, uint32_t type,
+                                                    const void *bytes, size_t size)
+{
+    return mdm_fill_bytes(msg, MDM_TYPE_REMOTE, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_remote_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_REMOTE_DATA, size);
+}
+
+/**
+ * Fills a remote message with the head alone.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_remote_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_REMOTE, type, NULL, 0);
+}
+
+/**
+ * Fills a vpn message with raw bytes.
+ * @param msg    the message.
+ * @param type   any discriminator.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_vpn_set_data(mdm_msg_t *msg, uint32_t type, const void *bytes,
+                                                 size_t size)
+{
+    return mdm_fill_bytes(msg, MDM_TYPE_VPN, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_vpn_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_VPN_DATA, size);
+}
+
+/**
+ * Fills a vpn message with the head alone.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_vpn_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_VPN, type, NULL, 0);
+}
+
+/**
+ * Fills a firewall message with raw bytes.
+ * @param msg    the message.
+ * @param type   any discriminator.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_firewall_set_data(mdm_msg_t *msg, uint32_t type,
+                                                      const void *bytes, size_t size)
+{
+    return mdm_fill_bytes(msg, MDM_TYPE_FIREWALL, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_firewall_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_FIREWALL_DATA, size);
+}
+
+/**
+ * Fills a firewall message with the head alone.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_firewall_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_FIREWALL, type, NULL, 0);
+}
+
+/**
+ * Fills a res message with raw bytes.
+ * @param msg    the message.
+ * @param type   any discriminator.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_res_set_data(mdm_msg_t *msg, uint32_t type, const void *bytes,
+                                                 size_t size)
+{
+    return mdm_fill_bytes(msg, MDM_TYPE_RES, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_res_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_RES_DATA, size);
+}
+
+/**
+ * Fills a res message with the head alone.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_res_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_RES, type, NULL, 0);
+}
+
+/**
+ * Fills an enterprise message with raw bytes.
+ * @param msg    the message.
+ * @param type   any discriminator.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_enterprise_set_data(mdm_msg_t *msg, uint32_t type,
+                                                        const void *bytes, size_t size)
+{
+    return mdm_fill_bytes(msg, MDM_TYPE_ENTERPRISE, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null. A received message never has any.
+ */
+MDM_INLINE const char *mdm_enterprise_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_ENTERPRISE_DATA, size);
+}
+
+/**
+ * Fills an enterprise message with the head alone.
+ * @param msg   the message.
+ * @param type  any discriminator.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_enterprise_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_ENTERPRISE, type, NULL, 0);
+}
+
 #endif

@@ -9,13 +9,13 @@
 #include "mdm/body/head.h"
 
 /** A setting of one network. */
-typedef struct mdm_wifi_pair {
+typedef struct mdm_wifi_pair_t {
     char *ssid;  /**< Network name, sent first. */
     char *value; /**< The setting, sent second. */
 } mdm_wifi_pair_t;
 
 /** DHCP settings: five strings, sent in the order of the fields. */
-typedef struct mdm_wifi_dhcp {
+typedef struct mdm_wifi_dhcp_t {
     /** @{ Server and clients agree on its meaning. */
     char *str0;
     char *str1;
@@ -26,7 +26,7 @@ typedef struct mdm_wifi_dhcp {
 } mdm_wifi_dhcp_t;
 
 /** Three strings, sent in the order of the fields. */
-typedef struct mdm_wifi_triple {
+typedef struct mdm_wifi_triple_t {
     /** @{ Server and clients agree on its meaning. */
     char *str0;
     char *str1;
@@ -36,7 +36,7 @@ typedef struct mdm_wifi_triple {
 
 /** One word of a network's detail. The network's `detail_kind` says whether it is a string or a
  * number. */
-typedef union mdm_wifi_word {
+typedef union mdm_wifi_word_t {
     /** @{ Server and clients agree on its meaning. */
     char *text;
     uint32_t number;
@@ -53,7 +53,7 @@ typedef union mdm_wifi_word {
  * | 5, 7    | `w0`, `w1`, `w2` strings; `w3` number; `w4`, `w5` strings     |
  * | 6       | `w0` to `w6` strings                                          |
  */
-typedef struct mdm_wifi_detail {
+typedef struct mdm_wifi_detail_t {
     /** @{ Server and clients agree on its meaning. */
     mdm_wifi_word_t w0;
     mdm_wifi_word_t w1;
@@ -66,7 +66,7 @@ typedef struct mdm_wifi_detail {
 } mdm_wifi_detail_t;
 
 /** A network profile. */
-typedef struct mdm_wifi_network {
+typedef struct mdm_wifi_network_t {
     char *ssid;          /**< Network name. */
     int32_t detail_kind; /**< Selects the fields of `detail`, from 1 to 9. For any other number
                                     no detail travels. */
@@ -110,5 +110,136 @@ typedef struct mdm_wifi_info {
     MDM_BODY_HEAD;
     /** @} */
 } mdm_wifi_info_t;
+
+/* The functions need the message, and the message needs the records above. */
+#include "mdm/body/typed.h"
+
+/**
+ * Fills a message with a setting of a network.
+ * @param msg   the message.
+ * @param type  #MDM_WIFI_PAIR_305 or another discriminator of this form.
+ * @param pair  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_pair(mdm_msg_t *msg, uint32_t type,
+                                                  const mdm_wifi_pair_t *pair)
+{
+    return mdm_wifi_form(type) == MDM_FORM_WIFI_PAIR && pair != NULL &&
+           mdm_fill_head(msg, MDM_TYPE_WIFI, type, pair, 1);
+}
+
+/** @param msg  the message. @return Its setting of a network, or null. */
+MDM_INLINE const mdm_wifi_pair_t *mdm_wifi_pair(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_wifi_pair_t *, mdm_payload(msg, MDM_FORM_WIFI_PAIR));
+}
+
+/**
+ * Fills a message with a list of names of networks.
+ * @param msg    the message.
+ * @param type   #MDM_WIFI_SSIDS_290 or another discriminator of this form.
+ * @param ssids  the first cell of a list of strings, none null; null is the empty list.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_ssids(mdm_msg_t *msg, uint32_t type,
+                                                   const GList *ssids)
+{
+    return mdm_wifi_form(type) == MDM_FORM_WIFI_SSIDS &&
+           mdm_fill_head(msg, MDM_TYPE_WIFI, type, ssids, 1);
+}
+
+/** @param msg  the message. @return Its list of names of networks, or null. */
+MDM_INLINE const GList *mdm_wifi_ssids(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const GList *, mdm_payload(msg, MDM_FORM_WIFI_SSIDS));
+}
+
+/**
+ * Fills a message with DHCP settings.
+ * @param msg   the message.
+ * @param dhcp  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_dhcp(mdm_msg_t *msg, const mdm_wifi_dhcp_t *dhcp)
+{
+    return dhcp != NULL && mdm_fill_head(msg, MDM_TYPE_WIFI, MDM_WIFI_DHCP, dhcp, 1);
+}
+
+/** @param msg  the message. @return Its DHCP settings, or null. */
+MDM_INLINE const mdm_wifi_dhcp_t *mdm_wifi_dhcp(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_wifi_dhcp_t *, mdm_payload(msg, MDM_FORM_WIFI_DHCP));
+}
+
+/**
+ * Fills a message with three strings.
+ * @param msg     the message.
+ * @param triple  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_triple(mdm_msg_t *msg, const mdm_wifi_triple_t *triple)
+{
+    return triple != NULL && mdm_fill_head(msg, MDM_TYPE_WIFI, MDM_WIFI_TRIPLE, triple, 1);
+}
+
+/** @param msg  the message. @return Its three strings, or null. */
+MDM_INLINE const mdm_wifi_triple_t *mdm_wifi_triple(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_wifi_triple_t *, mdm_payload(msg, MDM_FORM_WIFI_TRIPLE));
+}
+
+/**
+ * Fills a message with a network profile.
+ * @param msg      the message.
+ * @param network  the record; null is refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_network(mdm_msg_t *msg,
+                                                     const mdm_wifi_network_t *network)
+{
+    return network != NULL && mdm_fill_head(msg, MDM_TYPE_WIFI, MDM_WIFI_NETWORK, network, 1);
+}
+
+/** @param msg  the message. @return Its network profile, or null. */
+MDM_INLINE const mdm_wifi_network_t *mdm_wifi_network(const mdm_msg_t *msg)
+{
+    return MDM_CAST(const mdm_wifi_network_t *, mdm_payload(msg, MDM_FORM_WIFI_NETWORK));
+}
+
+/**
+ * Fills a message with raw bytes.
+ * @param msg    the message.
+ * @param type   a discriminator that selects no other form.
+ * @param bytes  the bytes; null only if there are none.
+ * @param size   their number. 0 sends the head alone; more than 2147483647 are refused.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_data(mdm_msg_t *msg, uint32_t type, const void *bytes,
+                                                  size_t size)
+{
+    return mdm_wifi_form(type) == MDM_FORM_WIFI_DATA &&
+           mdm_fill_bytes(msg, MDM_TYPE_WIFI, type, bytes, size);
+}
+
+/**
+ * @param msg   the message.
+ * @param size  receives the number of bytes; may be null.
+ * @return Its raw bytes, or null.
+ */
+MDM_INLINE const char *mdm_wifi_data(const mdm_msg_t *msg, size_t *size)
+{
+    return mdm_bytes(msg, MDM_FORM_WIFI_DATA, size);
+}
+
+/**
+ * Fills a message with the head alone.
+ * @param msg   the message.
+ * @param type  a discriminator of any form.
+ * @return Whether the message was filled.
+ */
+MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_head(mdm_msg_t *msg, uint32_t type)
+{
+    return mdm_fill_head(msg, MDM_TYPE_WIFI, type, NULL, 0);
+}
 
 #endif

@@ -36,35 +36,35 @@ using ValidateHandler = const char *(const mdm_body_t &body, Names names);
 //
 // A SHARED category takes some or all handlers of others. It also names its row of handlers, which
 // stands in category.cpp.
-#define MDM_CATEGORIES(VALIDATED, PLAIN, SHARED)         \
-    PLAIN(1, 2, admin, admin)                            \
-    VALIDATED(3, 4, pwd, pwd)                            \
-    VALIDATED(5, 6, security, security)                  \
-    VALIDATED(7, 8, wifi, wifi)                          \
-    VALIDATED(9, 10, bluetooth, bluetooth)               \
-    VALIDATED(11, 12, eas, eas)                          \
-    VALIDATED(13, 13, app, app)                          \
-    VALIDATED(14, 14, app_res, app_res)                  \
-    VALIDATED(15, 15, roaming, roaming)                  \
-    SHARED(16, 16, roaming_res, roaming, roaming_res)    \
-    VALIDATED(17, 18, misc, misc)                        \
-    VALIDATED(21, 22, apn, apn)                          \
-    SHARED(23, 24, browser, single_list, unread_list)    \
-    SHARED(25, 26, date_time, single_list, single_list)  \
-    SHARED(27, 28, remote, single_list, single_list)     \
-    SHARED(29, 30, vpn, single_list, single_list)        \
-    SHARED(31, 32, firewall, single_list, single_list)   \
-    SHARED(33, 34, res, single_list, single_list)        \
-    VALIDATED(35, 36, phone_res, phone_res)              \
-    SHARED(37, 38, enterprise, single_list, unread_list) \
-    VALIDATED(39, 40, email, email)                      \
-    VALIDATED(45, 46, kiosk, kiosk)                      \
-    VALIDATED(47, 48, container, container)              \
-    VALIDATED(49, 50, location, location)                \
-    PLAIN(51, 52, log_manager, log_manager)              \
-    PLAIN(53, 54, platform, platform)                    \
-    PLAIN(61, 61, app_cb, callback)                      \
-    PLAIN(63, 63, misc_cb, callback)
+#define MDM_CATEGORIES(VALIDATED, PLAIN, SHARED)                                             \
+    PLAIN(MDM_TYPE_ADMIN, MDM_TYPE_ADMIN_2, admin, admin)                                    \
+    VALIDATED(MDM_TYPE_PWD, MDM_TYPE_PWD_2, pwd, pwd)                                        \
+    VALIDATED(MDM_TYPE_SECURITY, MDM_TYPE_SECURITY_2, security, security)                    \
+    VALIDATED(MDM_TYPE_WIFI, MDM_TYPE_WIFI_2, wifi, wifi)                                    \
+    VALIDATED(MDM_TYPE_BLUETOOTH, MDM_TYPE_BLUETOOTH_2, bluetooth, bluetooth)                \
+    VALIDATED(MDM_TYPE_EAS, MDM_TYPE_EAS_2, eas, eas)                                        \
+    VALIDATED(MDM_TYPE_APP, MDM_TYPE_APP, app, app)                                          \
+    VALIDATED(MDM_TYPE_APP_RES, MDM_TYPE_APP_RES, app_res, app_res)                          \
+    VALIDATED(MDM_TYPE_ROAMING, MDM_TYPE_ROAMING, roaming, roaming)                          \
+    SHARED(MDM_TYPE_ROAMING_RES, MDM_TYPE_ROAMING_RES, roaming_res, roaming, roaming_res)    \
+    VALIDATED(MDM_TYPE_MISC, MDM_TYPE_MISC_2, misc, misc)                                    \
+    VALIDATED(MDM_TYPE_APN, MDM_TYPE_APN_2, apn, apn)                                        \
+    SHARED(MDM_TYPE_BROWSER, MDM_TYPE_BROWSER_2, browser, single_list, unread_list)          \
+    SHARED(MDM_TYPE_DATE_TIME, MDM_TYPE_DATE_TIME_2, date_time, single_list, single_list)    \
+    SHARED(MDM_TYPE_REMOTE, MDM_TYPE_REMOTE_2, remote, single_list, single_list)             \
+    SHARED(MDM_TYPE_VPN, MDM_TYPE_VPN_2, vpn, single_list, single_list)                      \
+    SHARED(MDM_TYPE_FIREWALL, MDM_TYPE_FIREWALL_2, firewall, single_list, single_list)       \
+    SHARED(MDM_TYPE_RES, MDM_TYPE_RES_2, res, single_list, single_list)                      \
+    VALIDATED(MDM_TYPE_PHONE_RES, MDM_TYPE_PHONE_RES_2, phone_res, phone_res)                \
+    SHARED(MDM_TYPE_ENTERPRISE, MDM_TYPE_ENTERPRISE_2, enterprise, single_list, unread_list) \
+    VALIDATED(MDM_TYPE_EMAIL, MDM_TYPE_EMAIL_2, email, email)                                \
+    VALIDATED(MDM_TYPE_KIOSK, MDM_TYPE_KIOSK_2, kiosk, kiosk)                                \
+    VALIDATED(MDM_TYPE_CONTAINER, MDM_TYPE_CONTAINER_2, container, container)                \
+    VALIDATED(MDM_TYPE_LOCATION, MDM_TYPE_LOCATION_2, location, location)                    \
+    PLAIN(MDM_TYPE_LOG_MANAGER, MDM_TYPE_LOG_MANAGER_2, log_manager, log_manager)            \
+    PLAIN(MDM_TYPE_PLATFORM, MDM_TYPE_PLATFORM_2, platform, platform)                        \
+    PLAIN(MDM_TYPE_APP_CB, MDM_TYPE_APP_CB, app_cb, callback)                                \
+    PLAIN(MDM_TYPE_MISC_CB, MDM_TYPE_MISC_CB, misc_cb, callback)
 #define MDM_NO_CATEGORY(...)
 
 #define MDM_DECLARE(first, last, name, file) \

@@ -13,12 +13,12 @@ constexpr auto query_fields = MDM_FIELDS(mdm_admin_info_t, "admin", pkg, status)
 constexpr auto general_fields = MDM_FIELDS(mdm_admin_info_t, "admin", value, pkg, text);
 constexpr auto owned_fields = MDM_FIELDS(mdm_admin_info_t, "admin", pkg, text);
 
-constexpr bool is_query(const mdm_admin_info_t &info)
+bool is_query(const mdm_admin_info_t &info)
 {
-    return info.type == IS_CLIENT_REGISTERED;
+    return mdm_admin_form(info.type) == MDM_FORM_ADMIN_QUERY;
 }
 
-constexpr Fields fields_of(const mdm_admin_info_t &info)
+Fields fields_of(const mdm_admin_info_t &info)
 {
     return is_query(info) ? Fields(query_fields) : Fields(general_fields);
 }

@@ -11,23 +11,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { profile, profiles, raw };
-
-constexpr Form form_of(uint32_t type)
-{
-    switch (type) {
-    case 387:
-    case 393:
-        return Form::profile;
-    case 389:
-    case 390:
-    case 391:
-        return Form::profiles;
-    default:
-        return Form::raw;
-    }
-}
-
 constexpr auto profile_fields =
     MDM_FIELDS(mdm_apn_account_t, "apn.profile", num0, num1, profile_name, str3, str4, str5, str6,
                str7, str8, str9, str10, str11, str12, str13, str14);
@@ -37,18 +20,18 @@ constexpr auto profile_fields =
 const char *_validate_apn(const mdm_body_t &body, Names names)
 {
     const mdm_apn_info_t &info = body.apn;
-    switch (form_of(info.type)) {
-    case Form::profile:
+    switch (mdm_apn_form(info.type)) {
+    case MDM_FORM_APN_PROFILE:
         if (!is_padding(info.data_size)) {
             return names.data_size();
         }
         break;
-    case Form::profiles:
+    case MDM_FORM_APN_PROFILES:
         if (info.data_size != 0 && has_null_element(info.data)) {
             return "apn.profiles";
         }
         break;
-    case Form::raw:
+    case MDM_FORM_APN_DATA:
         return validate_bytes(info.data_size, info.data, names);
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -64,20 +47,20 @@ uint32_t _size_of_apn(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(size);
     }
-    switch (form_of(info.type)) {
-    case Form::profile:
+    switch (mdm_apn_form(info.type)) {
+    case MDM_FORM_APN_PROFILE:
         // Q-APN-1: the profile's size is added to what `data_size` held.
         info.data_size = static_cast<int32_t>(static_cast<uint32_t>(info.data_size) +
                                               size_of_fields(info.data, profile_fields));
         size += static_cast<uint32_t>(info.data_size);
         break;
-    case Form::profiles:
+    case MDM_FORM_APN_PROFILES:
         MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");  // Q-BODY-9
         // Q-BODY-8: the head and the count are part of the stored size.
         size = empty_list_size + size_of_records_before_null(info.data, profile_fields);
         info.data_size = static_cast<int32_t>(size);
         break;
-    case Form::raw:
+    case MDM_FORM_APN_DATA:
         size += static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     }
@@ -94,11 +77,11 @@ bool _set_apn(Writer &out, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::profile:
+    switch (mdm_apn_form(info.type)) {
+    case MDM_FORM_APN_PROFILE:
         out.fields(info.data, profile_fields);
         break;
-    case Form::profiles:
+    case MDM_FORM_APN_PROFILES:
         out.count(info.data, "apn.profiles");
         for (const auto *profile : elements<mdm_apn_account_t>(info.data)) {
             if (profile != nullptr) {  // Q-BODY-9: a null profile is counted, but not written.
@@ -107,7 +90,7 @@ bool _set_apn(Writer &out, const Log &log, mdm_body_t *body)
             }
         }
         break;
-    case Form::raw:
+    case MDM_FORM_APN_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -124,11 +107,11 @@ bool _get_apn(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::profile:
+    switch (mdm_apn_form(info.type)) {
+    case MDM_FORM_APN_PROFILE:
         info.data = in.record(profile_fields);
         break;
-    case Form::profiles: {
+    case MDM_FORM_APN_PROFILES: {
         const int32_t count = in.count("apn.profiles", smallest_size(profile_fields));
         Reader::List profiles(in);
         for (int32_t i = 0; in && i < count; ++i) {
@@ -139,7 +122,7 @@ bool _get_apn(Reader &in, const Log &log, mdm_body_t *body)
         info.data = profiles.head();
         break;
     }
-    case Form::raw:
+    case MDM_FORM_APN_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -154,14 +137,14 @@ void _free_apn(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     mdm_apn_info_t &info = body->apn;
-    switch (form_of(info.type)) {
-    case Form::profile:
+    switch (mdm_apn_form(info.type)) {
+    case MDM_FORM_APN_PROFILE:
         release_record(info.data, profile_fields);
         break;
-    case Form::profiles:
+    case MDM_FORM_APN_PROFILES:
         release_records(info.data, profile_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_APN_DATA:
         release_data(info.data);
         info.data_size = 0;
         break;

@@ -16,25 +16,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { packages, num_pair, pair, raw };
-
-constexpr Form form_of(int32_t type)
-{
-    switch (type) {
-    case 4:
-    case 15:
-        return Form::packages;
-    case 140:
-    case 141:
-        return Form::num_pair;
-    case 184:
-    case 185:
-        return Form::pair;
-    default:
-        return Form::raw;
-    }
-}
-
 constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app);
 constexpr auto num_pair_fields = MDM_FIELDS(mdm_app_num_pair_t, "app.num_pair", num1, num2);
 constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, second);
@@ -45,16 +26,16 @@ constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, secon
 const char *_validate_app(const mdm_body_t &body, Names names)
 {
     const mdm_app_info_t &info = body.app;
-    const Form form = form_of(info.type);
+    const mdm_app_form_t form = mdm_app_form(info.type);
     const bool is_announced = info.data_size >= 1;
-    if (form == Form::packages) {
+    if (form == MDM_FORM_APP_PACKAGES) {
         return validate_list(is_announced, info.data, names);
     }
     if (const char *path = validate_payload(is_announced, info.data, names)) {
         return path;
     }
     constexpr auto num_pair_size = static_cast<int32_t>(smallest_size(num_pair_fields));
-    const bool is_num_pair = is_announced && form == Form::num_pair;
+    const bool is_num_pair = is_announced && form == MDM_FORM_APP_NUM_PAIR;
     return is_num_pair && info.data_size != num_pair_size ? names.data_size() : nullptr;
 }
 
@@ -65,18 +46,18 @@ uint32_t _size_of_app(Lengths &lengths, const Log &log, mdm_body_t *body)
     const mdm_app_info_t &info = body->app;
     uint32_t size = size_of_fields(&info, head_fields);
     if (info.data_size >= 1) {
-        switch (form_of(info.type)) {
-        case Form::packages:
+        switch (mdm_app_form(info.type)) {
+        case MDM_FORM_APP_PACKAGES:
             MDM_INFO("len : %d", length_of(info.data));
             size += word_size + lengths.measure(info.data, log, MDM_EACH("pkg_name : %s"));
             break;
-        case Form::pair:
+        case MDM_FORM_APP_PAIR:
             if (info.data != nullptr) {  // Q-APP-2
                 size += size_of_fields(info.data, pair_fields);
             }
             break;
-        case Form::num_pair:
-        case Form::raw:
+        case MDM_FORM_APP_NUM_PAIR:
+        case MDM_FORM_APP_DATA:
             size += static_cast<uint32_t>(info.data_size);
             break;
         }
@@ -94,23 +75,23 @@ bool _set_app(Writer &out, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return true;
     }
-    switch (form_of(info.type)) {
-    case Form::packages: {
+    switch (mdm_app_form(info.type)) {
+    case MDM_FORM_APP_PACKAGES: {
         const uint32_t count = out.count(info.data, "app.packages");
         MDM_INFO("len : %d", count);
         // Q-BODY-12
         out.strings_before_null(info.data, "app.packages", MDM_EACH("pkg_name : %s"));
         break;
     }
-    case Form::pair:
+    case MDM_FORM_APP_PAIR:
         if (info.data != nullptr) {  // Q-APP-2: without its pair, the head travels alone.
             const auto &pair = payload<mdm_app_pair_t>(info);
             MDM_INFO("[%s,%s]", pair.first, pair.second);
             out.fields(&pair, pair_fields);
         }
         break;
-    case Form::num_pair:  // Q-APP-1: a receiver reads 8 bytes, whatever `data_size` is.
-    case Form::raw:
+    case MDM_FORM_APP_NUM_PAIR:  // Q-APP-1: a receiver reads 8 bytes, whatever `data_size` is.
+    case MDM_FORM_APP_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -127,17 +108,17 @@ bool _get_app(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return true;
     }
-    switch (form_of(info.type)) {
-    case Form::packages: {
+    switch (mdm_app_form(info.type)) {
+    case MDM_FORM_APP_PACKAGES: {
         const int32_t count = in.count("app.packages", word_size);
         MDM_INFO("len : %d", count);
         info.data = in.strings(count, "app.packages", MDM_EACH("pkg_name : %s"));
         break;
     }
-    case Form::num_pair:
+    case MDM_FORM_APP_NUM_PAIR:
         info.data = in.record(num_pair_fields);
         break;
-    case Form::pair: {
+    case MDM_FORM_APP_PAIR: {
         auto *pair = in.try_record(pair_fields);
         if (pair == nullptr) {
             MDM_CRITICAL("malloc failed!");
@@ -147,7 +128,7 @@ bool _get_app(Reader &in, const Log &log, mdm_body_t *body)
         info.data = pair;
         break;
     }
-    case Form::raw:
+    case MDM_FORM_APP_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -164,14 +145,14 @@ void _free_app(const Log &log, mdm_body_t *body)
     if (info.data == nullptr) {  // Q-BODY-5: `data_size` is not looked at.
         return MDM_EXIT();
     }
-    switch (form_of(info.type)) {
-    case Form::packages:
+    switch (mdm_app_form(info.type)) {
+    case MDM_FORM_APP_PACKAGES:
         break;  // Q-APP-4: the list and its strings stay allocated.
-    case Form::pair:
+    case MDM_FORM_APP_PAIR:
         release_record(info.data, pair_fields);  // Q-BODY-7: `data` keeps its value.
         break;
-    case Form::num_pair:
-    case Form::raw:
+    case MDM_FORM_APP_NUM_PAIR:
+    case MDM_FORM_APP_DATA:
         release_data(info.data);
         break;
     }

@@ -19,22 +19,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { packages, items, controls, raw };
-
-constexpr Form form_of(int32_t type)
-{
-    if (is_any(type, 3, 155, 159, 162, 168, 169, 170, 171, 176, 177)) {
-        return Form::packages;
-    }
-    if (is_any(type, 140, 141, 142)) {
-        return Form::items;
-    }
-    if (is_any(type, 172, 173, 174, 175)) {
-        return Form::controls;
-    }
-    return Form::raw;
-}
-
 constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app_res);
 constexpr auto item_fields = MDM_FIELDS(mdm_app_res_item_t, "app_res.item", name, value);
 
@@ -47,7 +31,7 @@ void log_item(const Log &log, int line, const char *text, const mdm_app_res_item
 // Q-APP_RES-2: a receiver of 140 and 141 logs the value as a signed number.
 constexpr const char *received_item(int32_t type)
 {
-    return type == 142 ? "%s(%u)" : "%s(%d)";
+    return type == MDM_APP_RES_ITEMS_142 ? "%s(%u)" : "%s(%d)";
 }
 
 }  // namespace
@@ -56,8 +40,9 @@ const char *_validate_app_res(const mdm_body_t &body, Names names)
 {
     const mdm_app_res_info_t &info = body.app_res;
     const bool is_announced = info.data_size >= 1;
-    return form_of(info.type) == Form::raw ? validate_payload(is_announced, info.data, names)
-                                           : validate_list(is_announced, info.data, names);
+    return mdm_app_res_form(info.type) == MDM_FORM_APP_RES_DATA
+               ? validate_payload(is_announced, info.data, names)
+               : validate_list(is_announced, info.data, names);
 }
 
 // Q-APP_RES-1: an item without a name is sized, but not written.
@@ -67,13 +52,13 @@ uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
     const mdm_app_res_info_t &info = body->app_res;
     uint32_t size = size_of_fields(&info, head_fields);
     if (info.data_size >= 1) {
-        switch (form_of(info.type)) {
-        case Form::packages:
+        switch (mdm_app_res_form(info.type)) {
+        case MDM_FORM_APP_RES_PACKAGES:
             MDM_INFO("len : %d", length_of(info.data));
             // Q-APP_RES-3: no other handler logs these names.
             size += word_size + lengths.measure(info.data, log, MDM_EACH("pkg : %s"));
             break;
-        case Form::items:
+        case MDM_FORM_APP_RES_ITEMS:
             MDM_INFO("len : %d", length_of(info.data));
             size += word_size;
             for (const auto *item : elements_before_null<mdm_app_res_item_t>(info.data)) {
@@ -81,7 +66,7 @@ uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
                 size += size_of_fields(item, item_fields);
             }
             break;
-        case Form::controls:
+        case MDM_FORM_APP_RES_CONTROLS:
             MDM_INFO("len : %d", length_of(info.data));
             size += word_size;
             for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
@@ -92,7 +77,7 @@ uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
                 size += word_size + word_size + lengths.measure(control->pkg_list, log);
             }
             break;
-        case Form::raw:
+        case MDM_FORM_APP_RES_DATA:
             size += static_cast<uint32_t>(info.data_size);
             break;
         }
@@ -110,14 +95,14 @@ bool _set_app_res(Writer &out, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return true;
     }
-    switch (form_of(info.type)) {
-    case Form::packages: {
+    switch (mdm_app_res_form(info.type)) {
+    case MDM_FORM_APP_RES_PACKAGES: {
         const uint32_t count = out.count(info.data, "app_res.packages");
         MDM_INFO("len : %d", count);
         out.strings_before_null(info.data, "app_res.packages");
         break;
     }
-    case Form::items: {
+    case MDM_FORM_APP_RES_ITEMS: {
         const uint32_t count = out.count(info.data, "app_res.items");
         MDM_INFO("len : %d", count);
         for (const auto *item : elements_before_null<mdm_app_res_item_t>(info.data)) {
@@ -130,7 +115,7 @@ bool _set_app_res(Writer &out, const Log &log, mdm_body_t *body)
         }
         break;
     }
-    case Form::controls: {
+    case MDM_FORM_APP_RES_CONTROLS: {
         const uint32_t count = out.count(info.data, "app_res.controls");
         MDM_INFO("len : %d", count);
         for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
@@ -142,7 +127,7 @@ bool _set_app_res(Writer &out, const Log &log, mdm_body_t *body)
         }
         break;
     }
-    case Form::raw:
+    case MDM_FORM_APP_RES_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -159,14 +144,14 @@ bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return true;
     }
-    switch (form_of(info.type)) {
-    case Form::packages: {
+    switch (mdm_app_res_form(info.type)) {
+    case MDM_FORM_APP_RES_PACKAGES: {
         const int32_t count = in.count("app_res.packages", word_size);
         MDM_INFO("len : %d", count);
         info.data = in.strings(count, "app_res.packages");
         break;
     }
-    case Form::items: {
+    case MDM_FORM_APP_RES_ITEMS: {
         const int32_t count = in.count("app_res.items", smallest_size(item_fields));
         MDM_INFO("len : %d", count);
         Reader::List items(in);
@@ -178,7 +163,7 @@ bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
         info.data = items.head();
         break;
     }
-    case Form::controls: {
+    case MDM_FORM_APP_RES_CONTROLS: {
         const int32_t count = in.count("app_res.controls", word_size + word_size);
         MDM_INFO("len : %d", count);
         Reader::List controls(in);
@@ -196,7 +181,7 @@ bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
         info.data = controls.head();
         break;
     }
-    case Form::raw:
+    case MDM_FORM_APP_RES_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -215,19 +200,19 @@ void _free_app_res(const Log &log, mdm_body_t *body)
     if (info.data == nullptr) {
         return MDM_EXIT();  // Q-APP_RES-4: `pkg` stays allocated.
     }
-    switch (form_of(info.type)) {
-    case Form::packages:
+    switch (mdm_app_res_form(info.type)) {
+    case MDM_FORM_APP_RES_PACKAGES:
         release_elements(info.data);
         info.data = nullptr;
         break;
-    case Form::items:
+    case MDM_FORM_APP_RES_ITEMS:
         for (auto *item : elements_before_null<mdm_app_res_item_t>(info.data)) {
             log_item(log, __LINE__, "%s(%u)", *item);
             release_record(item, item_fields);
         }
         release_cells(info.data);  // Q-BODY-7: `data` keeps its value.
         break;
-    case Form::controls:
+    case MDM_FORM_APP_RES_CONTROLS:
         // Q-APP_RES-5: the records stay allocated.
         for (const auto *control : elements_before_null<mdm_app_control_info_t>(info.data)) {
             release_elements(control->pkg_list);
@@ -235,7 +220,7 @@ void _free_app_res(const Log &log, mdm_body_t *body)
         release_cells(info.data);
         info.data = nullptr;
         break;
-    case Form::raw:
+    case MDM_FORM_APP_RES_DATA:
         release_data(info.data);
         break;
     }

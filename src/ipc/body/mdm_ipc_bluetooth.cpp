@@ -10,20 +10,11 @@
 namespace mdm {
 namespace {
 
-enum class Form { names, raw };
-
-constexpr Form form_of(uint32_t type)
-{
-    if (is_any(type, 91, 220, 221, 222, 223, 224, 225, 227, 230, 231, 233, 234, 235, 237)) {
-        return Form::names;
-    }
-    return Form::raw;
-}
-
 // Q-BLUETOOTH-1: only these lists are released.
 constexpr bool is_released(uint32_t type)
 {
-    return type == 91 || type == 223 || type == 227 || type == 233 || type == 237;
+    return is_any(type, MDM_BLUETOOTH_NAMES_91, MDM_BLUETOOTH_NAMES_223, MDM_BLUETOOTH_NAMES_227,
+                  MDM_BLUETOOTH_NAMES_233, MDM_BLUETOOTH_NAMES_237);
 }
 
 }  // namespace
@@ -32,7 +23,7 @@ const char *_validate_bluetooth(const mdm_body_t &body, Names names)
 {
     const mdm_bluetooth_info_t &info = body.bluetooth;
     const bool is_announced = info.data_size >= 1;
-    if (form_of(info.type) == Form::raw) {
+    if (mdm_bluetooth_form(info.type) == MDM_FORM_BLUETOOTH_DATA) {
         return validate_payload(is_announced, info.data, names);
     }
     if (const char *path = validate_list(is_announced, info.data, names)) {
@@ -51,7 +42,7 @@ uint32_t _size_of_bluetooth(Lengths &lengths, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(size);
     }
-    if (form_of(info.type) == Form::raw) {
+    if (mdm_bluetooth_form(info.type) == MDM_FORM_BLUETOOTH_DATA) {
         return MDM_EXIT(size + static_cast<uint32_t>(info.data_size));
     }
     MDM_INFO("len : %d", length_of(info.data));
@@ -72,7 +63,7 @@ bool _set_bluetooth(Writer &out, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(true);
     }
-    if (form_of(info.type) == Form::raw) {
+    if (mdm_bluetooth_form(info.type) == MDM_FORM_BLUETOOTH_DATA) {
         out.raw_bytes(info.data, info.data_size);
         return MDM_EXIT(true);
     }
@@ -91,7 +82,7 @@ bool _get_bluetooth(Reader &in, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(true);  // Q-BODY-6: `data` stays as it was.
     }
-    if (form_of(info.type) == Form::raw) {
+    if (mdm_bluetooth_form(info.type) == MDM_FORM_BLUETOOTH_DATA) {
         info.data = in.raw_bytes(info.data_size);
         return MDM_EXIT(true);
     }

@@ -27,7 +27,7 @@ constexpr auto misc_head_fields = MDM_CALLBACK_HEAD_FIELDS(misc_cb);
 // Q-CALLBACK-5: one byte comes first, so the number behind it is unaligned.
 constexpr auto misc_fields = MDM_FIELDS(mdm_misc_cb_info_t, "misc_cb", flag6, num7, str8);
 
-// Both heads have the same layout, so the handlers use the one of app_cb.
+// Both heads have the same layout and the same known types, so the handlers use those of app_cb.
 using Head = mdm_app_cb_info_t;
 static_assert(offsetof(Head, data_size) == offsetof(mdm_misc_cb_info_t, data_size));
 static_assert(offsetof(Head, type) == offsetof(mdm_misc_cb_info_t, type));
@@ -36,7 +36,7 @@ static_assert(offsetof(Head, type) == offsetof(mdm_misc_cb_info_t, type));
 // failure.
 bool is_known(const Log &log, uint32_t type, const Callback &callback)
 {
-    if (type < 2) {
+    if (mdm_app_cb_form(type) == MDM_FORM_APP_CB_DETAIL) {
         return true;
     }
     MDM_CRITICAL("Unknown %s callback type [%d]", callback.title, type);

@@ -12,29 +12,8 @@
 namespace mdm {
 namespace {
 
-enum class Form { item, short_item, raw, nothing };
-
-constexpr Form form_of(uint32_t type)
-{
-    switch (type) {
-    case 628:
-        return Form::item;
-    case 629:
-        return Form::short_item;
-    case 630:
-    case 631:
-    case 632:
-        return Form::raw;
-    default:
-        return Form::nothing;
-    }
-}
-
 // Q-CONTAINER-1: the record of type 629 is a mdm_container_item_t that ends before `str2`.
-struct ShortItem {
-    uint32_t num0;
-    char *str1;
-};
+using ShortItem = mdm_container_short_item_t;
 static_assert(sizeof(ShortItem) == offsetof(mdm_container_item_t, str2));
 static_assert(offsetof(ShortItem, str1) == offsetof(mdm_container_item_t, str1));
 
@@ -46,13 +25,13 @@ constexpr auto short_item_fields = MDM_FIELDS(ShortItem, "container.short_item",
 const char *_validate_container(const mdm_body_t &body, Names names)
 {
     const mdm_container_info_t &info = body.container;
-    switch (form_of(info.type)) {
-    case Form::nothing:
+    switch (mdm_container_form(info.type)) {
+    case MDM_FORM_CONTAINER_HEAD:
         return validate_nothing(info.data, names);
-    case Form::raw:
+    case MDM_FORM_CONTAINER_DATA:
         return validate_bytes(info.data_size, info.data, names);
-    case Form::item:
-    case Form::short_item:
+    case MDM_FORM_CONTAINER_ITEM:
+    case MDM_FORM_CONTAINER_SHORT_ITEM:
         break;
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -68,17 +47,17 @@ uint32_t _size_of_container(Lengths & /*lengths*/, const Log &log, mdm_body_t *b
         return MDM_EXIT(body_head_size);
     }
     uint32_t payload_size = 0;
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_container_form(info.type)) {
+    case MDM_FORM_CONTAINER_ITEM:
         payload_size = size_of_fields(info.data, item_fields);
         break;
-    case Form::short_item:
+    case MDM_FORM_CONTAINER_SHORT_ITEM:
         payload_size = size_of_fields(info.data, short_item_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_CONTAINER_DATA:
         payload_size = static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
-    case Form::nothing:
+    case MDM_FORM_CONTAINER_HEAD:
         return MDM_EXIT(body_head_size);
     }
     info.data_size = static_cast<int32_t>(payload_size);
@@ -94,17 +73,17 @@ bool _set_container(Writer &out, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_container_form(info.type)) {
+    case MDM_FORM_CONTAINER_ITEM:
         out.fields(info.data, item_fields);
         break;
-    case Form::short_item:
+    case MDM_FORM_CONTAINER_SHORT_ITEM:
         out.fields(info.data, short_item_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_CONTAINER_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
-    case Form::nothing:
+    case MDM_FORM_CONTAINER_HEAD:
         break;
     }
     return MDM_EXIT(true);
@@ -120,17 +99,17 @@ bool _get_container(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_container_form(info.type)) {
+    case MDM_FORM_CONTAINER_ITEM:
         info.data = in.record(item_fields);
         break;
-    case Form::short_item:
+    case MDM_FORM_CONTAINER_SHORT_ITEM:
         info.data = in.record(short_item_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_CONTAINER_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
-    case Form::nothing:
+    case MDM_FORM_CONTAINER_HEAD:
         break;  // Q-CONTAINER-2: `data` stays as it was.
     }
     return MDM_EXIT(true);
@@ -145,17 +124,17 @@ void _free_container(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     mdm_container_info_t &info = body->container;
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_container_form(info.type)) {
+    case MDM_FORM_CONTAINER_ITEM:
         release_record(info.data, item_fields);
         break;
-    case Form::short_item:
+    case MDM_FORM_CONTAINER_SHORT_ITEM:
         release_record(info.data, short_item_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_CONTAINER_DATA:
         release_data(info.data);
         break;
-    case Form::nothing:
+    case MDM_FORM_CONTAINER_HEAD:
         break;
     }
     return MDM_EXIT();

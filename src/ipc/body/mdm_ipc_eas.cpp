@@ -12,22 +12,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { account, settings, accounts, value };
-
-constexpr Form form_of(uint32_t type)
-{
-    switch (type) {
-    case 98:
-        return Form::account;
-    case 104:
-        return Form::settings;
-    case 106:
-        return Form::accounts;
-    default:
-        return Form::value;
-    }
-}
-
 constexpr auto account_fields =
     MDM_FIELDS(mdm_eas_account_t, "eas.account", num0, num1, num2, num3, num4, num5, str6, str7,
                str8, str9, str10, str11, str12, str13, str14);
@@ -35,16 +19,16 @@ constexpr auto settings_fields = MDM_FIELDS(mdm_eas_account_t, "eas.settings", s
 constexpr auto value_fields = MDM_FIELDS(mdm_eas_value_t, "eas.value", num0, str1);
 
 // The fields of a form's record. The record of a list is its element.
-constexpr Fields fields_of(Form form)
+constexpr Fields fields_of(mdm_eas_form_t form)
 {
     switch (form) {
-    case Form::account:
+    case MDM_FORM_EAS_ACCOUNT:
         return account_fields;
-    case Form::settings:
+    case MDM_FORM_EAS_SETTINGS:
         return settings_fields;
-    case Form::accounts:
+    case MDM_FORM_EAS_ACCOUNTS:
         return account_fields;
-    case Form::value:
+    case MDM_FORM_EAS_VALUE:
         break;
     }
     return value_fields;
@@ -55,19 +39,19 @@ constexpr Fields fields_of(Form form)
 const char *_validate_eas(const mdm_body_t &body, Names names)
 {
     const mdm_eas_info_t &info = body.eas;
-    switch (form_of(info.type)) {
-    case Form::settings:
+    switch (mdm_eas_form(info.type)) {
+    case MDM_FORM_EAS_SETTINGS:
         if (!is_padding(info.data_size)) {
             return names.data_size();
         }
         break;
-    case Form::accounts:
+    case MDM_FORM_EAS_ACCOUNTS:
         if (info.data_size != 0 && has_null_element(info.data)) {
             return "eas.accounts";
         }
         break;
-    case Form::account:
-    case Form::value:
+    case MDM_FORM_EAS_ACCOUNT:
+    case MDM_FORM_EAS_VALUE:
         break;
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -82,8 +66,8 @@ uint32_t _size_of_eas(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(body_head_size);
     }
-    const Form form = form_of(info.type);
-    if (form == Form::accounts) {
+    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    if (form == MDM_FORM_EAS_ACCOUNTS) {
         MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");  // Q-BODY-9
         // Q-BODY-8: the head and the count are part of the stored size.
         const uint32_t size =
@@ -92,7 +76,7 @@ uint32_t _size_of_eas(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         return MDM_EXIT(size);
     }
     uint32_t payload_size = size_of_fields(info.data, fields_of(form));
-    if (form == Form::settings) {
+    if (form == MDM_FORM_EAS_SETTINGS) {
         // Q-EAS-1: the strings' size is added to what `data_size` held.
         // Q-EAS-2: if the sum is 0, the head travels alone.
         payload_size += static_cast<uint32_t>(info.data_size);
@@ -110,8 +94,8 @@ bool _set_eas(Writer &out, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(true);
     }
-    const Form form = form_of(info.type);
-    if (form == Form::accounts) {
+    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    if (form == MDM_FORM_EAS_ACCOUNTS) {
         // Q-BODY-9: a null account is counted, but not written.
         out.records(info.data, "eas.accounts", fields_of(form));
     } else {
@@ -130,9 +114,9 @@ bool _get_eas(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    const Form form = form_of(info.type);
-    info.data = form == Form::accounts ? in.records("eas.accounts", fields_of(form))
-                                       : in.record(fields_of(form));
+    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    info.data = form == MDM_FORM_EAS_ACCOUNTS ? in.records("eas.accounts", fields_of(form))
+                                              : in.record(fields_of(form));
     return MDM_EXIT(true);
 }
 
@@ -144,8 +128,8 @@ void _free_eas(const Log & /*log*/, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-5
         return;
     }
-    const Form form = form_of(info.type);
-    if (form == Form::accounts) {
+    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    if (form == MDM_FORM_EAS_ACCOUNTS) {
         release_records(info.data, fields_of(form));
     } else {
         release_record(info.data, fields_of(form));  // Q-EAS-4

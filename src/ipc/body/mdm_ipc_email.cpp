@@ -12,22 +12,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { account, settings, accounts, value };
-
-constexpr Form form_of(uint32_t type)
-{
-    switch (type) {
-    case 359:
-        return Form::account;
-    case 362:
-        return Form::settings;
-    case 363:
-        return Form::accounts;
-    default:
-        return Form::value;
-    }
-}
-
 // Q-EMAIL-1: a single account has fewer fields than one in a list, and another order.
 constexpr auto account_fields =
     MDM_FIELDS(mdm_email_account_t, "email.account", num0, num1, num2, num4, num6, num3, num5,
@@ -41,16 +25,16 @@ constexpr auto settings_fields =
 constexpr auto value_fields = MDM_FIELDS(mdm_email_value_t, "email.value", num0, str1);
 
 // The fields of a form's record. The record of a list is its element.
-constexpr Fields fields_of(Form form)
+constexpr Fields fields_of(mdm_email_form_t form)
 {
     switch (form) {
-    case Form::account:
+    case MDM_FORM_EMAIL_ACCOUNT:
         return account_fields;
-    case Form::settings:
+    case MDM_FORM_EMAIL_SETTINGS:
         return settings_fields;
-    case Form::accounts:
+    case MDM_FORM_EMAIL_ACCOUNTS:
         return element_fields;
-    case Form::value:
+    case MDM_FORM_EMAIL_VALUE:
         break;
     }
     return value_fields;
@@ -73,8 +57,8 @@ uint32_t _size_of_email(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(body_head_size);
     }
-    const Form form = form_of(info.type);
-    if (form == Form::accounts) {
+    const mdm_email_form_t form = mdm_email_form(info.type);
+    if (form == MDM_FORM_EMAIL_ACCOUNTS) {
         // Q-BODY-8: the head and the count are part of the stored size.
         // Q-EMAIL-3: the size ends at the first null account, and the written list does not.
         const uint32_t size =
@@ -96,8 +80,8 @@ bool _set_email(Writer &out, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(true);
     }
-    const Form form = form_of(info.type);
-    if (form == Form::accounts) {
+    const mdm_email_form_t form = mdm_email_form(info.type);
+    if (form == MDM_FORM_EMAIL_ACCOUNTS) {
         out.records(info.data, "email.accounts", fields_of(form));
     } else {
         out.fields(info.data, fields_of(form));
@@ -115,9 +99,9 @@ bool _get_email(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    const Form form = form_of(info.type);
-    info.data = form == Form::accounts ? in.records("email.accounts", fields_of(form))
-                                       : in.record(fields_of(form));
+    const mdm_email_form_t form = mdm_email_form(info.type);
+    info.data = form == MDM_FORM_EMAIL_ACCOUNTS ? in.records("email.accounts", fields_of(form))
+                                                : in.record(fields_of(form));
     return MDM_EXIT(true);
 }
 
@@ -129,10 +113,10 @@ void _free_email(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     const mdm_email_info_t &info = body->email;
-    const Form form = form_of(info.type);
-    if (form == Form::accounts) {
+    const mdm_email_form_t form = mdm_email_form(info.type);
+    if (form == MDM_FORM_EMAIL_ACCOUNTS) {
         release_records(info.data, fields_of(form));
-    } else if (form == Form::settings) {
+    } else if (form == MDM_FORM_EMAIL_SETTINGS) {
         release_strings(info.data, fields_of(form));  // Q-EMAIL-4: the record stays allocated.
     } else {
         // Q-EMAIL-5: `str9` to `str12` of an account are not released.

@@ -14,24 +14,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { text, keys, key_pairs, raw };
-
-constexpr Form form_of(uint32_t type)
-{
-    switch (type) {
-    case 612:
-    case 614:
-        return Form::text;
-    case 618:
-    case 621:
-        return Form::keys;
-    case 619:
-        return Form::key_pairs;
-    default:
-        return Form::raw;
-    }
-}
-
 // An element of a list of keys points to one number.
 struct Key {
     uint32_t number;
@@ -47,7 +29,7 @@ constexpr uint32_t key_pair_size = word_size + word_size;
 const char *_validate_kiosk(const mdm_body_t &body, Names names)
 {
     const mdm_kiosk_info_t &info = body.kiosk;
-    return form_of(info.type) == Form::raw
+    return mdm_kiosk_form(info.type) == MDM_FORM_KIOSK_DATA
                ? validate_bytes(info.data_size, info.data, names)
                : validate_payload(info.data_size != 0, info.data, names);
 }
@@ -64,21 +46,21 @@ uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     }
     uint32_t base = body_head_size;
     uint32_t payload_size = 0;
-    switch (form_of(info.type)) {
-    case Form::text:
+    switch (mdm_kiosk_form(info.type)) {
+    case MDM_FORM_KIOSK_TEXT:
         payload_size = size_of_str(static_cast<const char *>(info.data));
         break;
-    case Form::keys:
+    case MDM_FORM_KIOSK_KEYS:
         // Q-KIOSK-1: a null element is sized and counted, but not written.
         // Q-KIOSK-5: the elements in front of the given cell are written, but not sized.
         base = empty_list_size;
         payload_size = length_of(info.data) * word_size;
         break;
-    case Form::key_pairs:
+    case MDM_FORM_KIOSK_KEY_PAIRS:
         base = empty_list_size;
         payload_size = length_of(info.data) * key_pair_size;
         break;
-    case Form::raw:
+    case MDM_FORM_KIOSK_DATA:
         return base + static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
     }
     info.data_size = static_cast<int32_t>(payload_size);
@@ -94,19 +76,19 @@ bool _set_kiosk(Writer &out, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {
         return true;
     }
-    switch (form_of(info.type)) {
-    case Form::text:
+    switch (mdm_kiosk_form(info.type)) {
+    case MDM_FORM_KIOSK_TEXT:
         out.str(static_cast<const char *>(info.data), "kiosk.text");
         break;
-    case Form::keys:
+    case MDM_FORM_KIOSK_KEYS:
         MDM_INFO("MDM_POLICY_GET_ALL_BLOCKED_HARDWARE_KEYS");  // Q-KIOSK-3
         out.records(info.data, "kiosk.keys", key_fields);
         break;
-    case Form::key_pairs:
+    case MDM_FORM_KIOSK_KEY_PAIRS:
         MDM_INFO("MDM_POLICY_SET_ALLOW_HARDWARE_KEYS");
         out.records(info.data, "kiosk.key_pairs", key_pair_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_KIOSK_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -123,17 +105,17 @@ bool _get_kiosk(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return true;
     }
-    switch (form_of(info.type)) {
-    case Form::text:
+    switch (mdm_kiosk_form(info.type)) {
+    case MDM_FORM_KIOSK_TEXT:
         info.data = in.str("kiosk.text");  // Q-KIOSK-4: null for an empty text
         break;
-    case Form::keys:
+    case MDM_FORM_KIOSK_KEYS:
         info.data = in.records("kiosk.keys", key_fields);
         break;
-    case Form::key_pairs:
+    case MDM_FORM_KIOSK_KEY_PAIRS:
         info.data = in.records("kiosk.key_pairs", key_pair_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_KIOSK_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -150,15 +132,15 @@ void _free_kiosk(const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-5
         return;
     }
-    switch (form_of(info.type)) {
-    case Form::text:
+    switch (mdm_kiosk_form(info.type)) {
+    case MDM_FORM_KIOSK_TEXT:
         g_free(info.data);
         break;
-    case Form::keys:
-    case Form::key_pairs:
+    case MDM_FORM_KIOSK_KEYS:
+    case MDM_FORM_KIOSK_KEY_PAIRS:
         release_elements(info.data);
         break;
-    case Form::raw:
+    case MDM_FORM_KIOSK_DATA:
         info.data_size = 0;
         release_data(info.data);
         break;

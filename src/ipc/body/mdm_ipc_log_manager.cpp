@@ -16,12 +16,12 @@ namespace {
 constexpr auto text_field = MDM_VALUE(char *);
 constexpr auto byte_field = MDM_VALUE(uint8_t);
 
-constexpr bool has_text(const mdm_log_manager_info_t &info)
+bool has_text(const mdm_log_manager_info_t &info)
 {
-    return info.type == 638;
+    return mdm_log_manager_form(info.type) == MDM_FORM_LOG_MANAGER_TEXT;
 }
 
-constexpr Fields field_of(const mdm_log_manager_info_t &info)
+Fields field_of(const mdm_log_manager_info_t &info)
 {
     return has_text(info) ? Fields(text_field) : Fields(byte_field);
 }

@@ -19,33 +19,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { array, nothing, text, param_list, book, pair, raw };
-
-constexpr Form form_of(int32_t type)
-{
-    switch (type) {
-    case 122:
-        return Form::array;
-    case 123:
-        return Form::nothing;
-    case 124:
-    case 125:
-    case 126:
-        return Form::text;
-    case 127:
-    case 128:
-        return Form::param_list;
-    case 281:
-    case 283:
-        return Form::book;
-    case 288:
-    case 289:
-        return Form::pair;
-    default:
-        return Form::raw;
-    }
-}
-
 constexpr auto text_fields = MDM_FIELDS(mdm_misc_str_t, "misc.text", value);
 constexpr auto book_fields = MDM_FIELDS(mdm_book_info_t, "misc.book", url, title);
 constexpr auto pair_fields = MDM_FIELDS(mdm_misc_str_pair_t, "misc.pair", first, second);
@@ -62,7 +35,7 @@ std::span<char *> texts_of(const mdm_misc_info_t &info)
 // Q-MISC-2: the list in `param_list` travels even if `data_size` is 0.
 bool announces_payload(const mdm_misc_info_t &info)
 {
-    return info.data_size != 0 || form_of(info.type) == Form::param_list;
+    return info.data_size != 0 || mdm_misc_form(info.type) == MDM_FORM_MISC_STRINGS;
 }
 
 // Stores the size of a record in `data_size`, and returns it.
@@ -79,16 +52,16 @@ uint32_t store_size(mdm_misc_info_t &info, Fields list)
 const char *_validate_misc(const mdm_body_t &body, Names names)
 {
     const mdm_misc_info_t &info = body.misc;
-    switch (form_of(info.type)) {
-    case Form::nothing:
-    case Form::param_list:  // Its payload is not in `data`.
+    switch (mdm_misc_form(info.type)) {
+    case MDM_FORM_MISC_HEAD:
+    case MDM_FORM_MISC_STRINGS:  // Its payload is not in `data`.
         return validate_nothing(info.data, names);
-    case Form::array:
-    case Form::raw:
+    case MDM_FORM_MISC_ARRAY:
+    case MDM_FORM_MISC_DATA:
         return validate_bytes(info.data_size, info.data, names);
-    case Form::text:
-    case Form::book:
-    case Form::pair:
+    case MDM_FORM_MISC_TEXT:
+    case MDM_FORM_MISC_BOOK:
+    case MDM_FORM_MISC_PAIR:
         break;
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -104,34 +77,34 @@ uint32_t _size_of_misc(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     if (!announces_payload(info)) {
         return MDM_EXIT(size);
     }
-    switch (form_of(info.type)) {
-    case Form::array:
+    switch (mdm_misc_form(info.type)) {
+    case MDM_FORM_MISC_ARRAY:
         for (const char *text : texts_of(info)) {
             size += size_of_str(text);
         }
         break;
-    case Form::nothing:
+    case MDM_FORM_MISC_HEAD:
         break;
-    case Form::text:
+    case MDM_FORM_MISC_TEXT:
         size += store_size(info, text_fields);
         break;
-    case Form::param_list:
+    case MDM_FORM_MISC_STRINGS:
         // Q-MISC-3: a null element is sized with 4 bytes, but not written.
         size += word_size;
         for (const char *text : elements<char>(info.param_list)) {
             size += size_of_str(text);
         }
         break;
-    case Form::book:
+    case MDM_FORM_MISC_BOOK:
         MDM_FAIL_IF(info.data == nullptr, no_book_size, "p_book_info is NULL");
         size += store_size(info, book_fields);
         break;
-    case Form::pair:
+    case MDM_FORM_MISC_PAIR:
         if (info.data != nullptr) {  // Q-MISC-5
             size += store_size(info, pair_fields);
         }
         break;
-    case Form::raw:
+    case MDM_FORM_MISC_DATA:
         size += static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     }
@@ -149,36 +122,36 @@ bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
         return MDM_EXIT(true);
     }
     MDM_INFO("serializing...");
-    switch (form_of(info.type)) {
-    case Form::array:
+    switch (mdm_misc_form(info.type)) {
+    case MDM_FORM_MISC_ARRAY:
         for (const char *text : texts_of(info)) {
             out.str(text, "misc.array");
         }
         break;
-    case Form::nothing:
+    case MDM_FORM_MISC_HEAD:
         break;
-    case Form::text:
+    case MDM_FORM_MISC_TEXT:
         if (info.data == nullptr) {
             return MDM_EXIT(false);  // Q-MISC-6: this failure has no line of its own.
         }
         out.fields(info.data, text_fields);
         break;
-    case Form::param_list:
+    case MDM_FORM_MISC_STRINGS:
         out.strings_with_gaps(info.param_list, 0, "misc.param_list");  // Q-MISC-3
         break;
-    case Form::book: {
+    case MDM_FORM_MISC_BOOK: {
         MDM_ASSERT(info.data != nullptr, false);
         const auto &book = payload<mdm_book_info_t>(info);
         MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);  // Q-MISC-12
         out.fields(&book, book_fields);
         break;
     }
-    case Form::pair:
+    case MDM_FORM_MISC_PAIR:
         if (info.data != nullptr) {  // Q-MISC-5: without its pair, the head travels alone.
             out.fields(info.data, pair_fields);
         }
         break;
-    case Form::raw:
+    case MDM_FORM_MISC_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -205,13 +178,13 @@ bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::array:
+    switch (mdm_misc_form(info.type)) {
+    case MDM_FORM_MISC_ARRAY:
         info.data = read_array(in, info.data_size);
         break;
-    case Form::nothing:
+    case MDM_FORM_MISC_HEAD:
         break;  // Q-MISC-9: `data` stays as it was.
-    case Form::text: {
+    case MDM_FORM_MISC_TEXT: {
         // Q-MISC-11: without memory, reading a text fails and reading a pair does not.
         auto *text = in.try_record(text_fields);
         if (text == nullptr) {
@@ -220,22 +193,22 @@ bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
         info.data = text;
         break;
     }
-    case Form::param_list:
+    case MDM_FORM_MISC_STRINGS:
         // Q-MISC-1: the number in `param` is discarded. `data` stays as it was.
         // Q-MISC-7: the count has no sign.
         info.param_list =
             in.strings(in.unsigned_count("misc.param_list", word_size), "misc.param_list");
         break;
-    case Form::book:
+    case MDM_FORM_MISC_BOOK:
         info.data = in.record(book_fields);
         break;
-    case Form::pair: {
+    case MDM_FORM_MISC_PAIR: {
         if (auto *pair = in.try_record(pair_fields)) {
             info.data = pair;
         }
         break;
     }
-    case Form::raw:
+    case MDM_FORM_MISC_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -250,30 +223,30 @@ void _free_misc(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     mdm_misc_info_t &info = body->misc;
-    switch (form_of(info.type)) {
-    case Form::array:
+    switch (mdm_misc_form(info.type)) {
+    case MDM_FORM_MISC_ARRAY:
         for (char *text : texts_of(info)) {
             g_free(text);
         }
         g_free(info.data);  // Q-BODY-7: `data` keeps its value.
         break;
-    case Form::nothing:
+    case MDM_FORM_MISC_HEAD:
         break;
-    case Form::text:
+    case MDM_FORM_MISC_TEXT:
         release_record(info.data, text_fields);
         info.data = nullptr;
         break;
-    case Form::param_list:
+    case MDM_FORM_MISC_STRINGS:
         release_elements(info.param_list);  // Q-BODY-7: `param_list` keeps its value.
         break;
-    case Form::book:
+    case MDM_FORM_MISC_BOOK:
         release_record(info.data, book_fields);
         info.data = nullptr;
         break;
-    case Form::pair:
+    case MDM_FORM_MISC_PAIR:
         release_record(info.data, pair_fields);  // Q-BODY-7: `data` keeps its value.
         break;
-    case Form::raw:
+    case MDM_FORM_MISC_DATA:
         release_data(info.data);
         break;
     }

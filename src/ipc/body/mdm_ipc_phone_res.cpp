@@ -15,23 +15,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { item, ext, raw };
-
-// The form that the size and free handlers see. Q-PHONE_RES-2
-constexpr Form form_of(int32_t type)
-{
-    if (type < 394 || type > 455 || type == 450 || type == 451) {
-        return Form::raw;
-    }
-    return type == 422 ? Form::ext : Form::item;
-}
-
-// The form that travels. Q-PHONE_RES-2
-constexpr Form wire_form_of(int32_t type)
-{
-    return type == 439 || type == 440 ? Form::raw : form_of(type);
-}
-
 constexpr auto item_fields = MDM_FIELDS(mdm_phone_res_item_t, "phone_res.item", str0, str2);
 constexpr auto ext_fields = MDM_FIELDS(mdm_phone_res_ext_t, "phone_res.ext", str0);
 constexpr auto detail_fields =
@@ -52,12 +35,13 @@ const char *_validate_phone_res(const mdm_body_t &body, Names names)
     if (path != nullptr || !is_announced) {
         return path;
     }
-    if (form_of(info.type) != wire_form_of(info.type)) {
+    const mdm_phone_res_form_t form = mdm_phone_res_form(info.type);
+    if (form == MDM_FORM_PHONE_RES_RAW_ITEM) {  // Q-PHONE_RES-2
         return "phone_res.type";
     }
-    const bool is_ext = form_of(info.type) == Form::ext;
-    return is_ext && payload<mdm_phone_res_ext_t>(info).detail == nullptr ? "phone_res.ext.detail"
-                                                                          : nullptr;
+    return form == MDM_FORM_PHONE_RES_EXT && payload<mdm_phone_res_ext_t>(info).detail == nullptr
+               ? "phone_res.ext.detail"
+               : nullptr;
 }
 
 // Q-PHONE_RES-3: a negative `data_size` announces a payload here, but not to the set and get
@@ -71,15 +55,16 @@ uint32_t _size_of_phone_res(Lengths & /*lengths*/, const Log &log, mdm_body_t *b
     if (!has_payload(info)) {
         return body_head_size;
     }
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_phone_res_form(info.type)) {
+    case MDM_FORM_PHONE_RES_ITEM:
+    case MDM_FORM_PHONE_RES_RAW_ITEM:  // Q-PHONE_RES-2
         return body_head_size + size_of_fields(info.data, item_fields);
-    case Form::ext: {
+    case MDM_FORM_PHONE_RES_EXT: {
         const auto &ext = payload<mdm_phone_res_ext_t>(info);
         return body_head_size + size_of_fields(&ext, ext_fields) +
                size_of_fields(ext.detail, detail_fields);
     }
-    case Form::raw:
+    case MDM_FORM_PHONE_RES_DATA:
         break;
     }
     return body_head_size + static_cast<uint32_t>(info.data_size);
@@ -94,12 +79,12 @@ bool _set_phone_res(Writer &out, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return true;
     }
-    switch (wire_form_of(info.type)) {
-    case Form::item:
+    switch (mdm_phone_res_form(info.type)) {
+    case MDM_FORM_PHONE_RES_ITEM:
         MDM_ASSERT(info.data != nullptr, false);
         out.fields(info.data, item_fields);
         break;
-    case Form::ext: {
+    case MDM_FORM_PHONE_RES_EXT: {
         MDM_ASSERT(info.data != nullptr, false);
         const auto &ext = payload<mdm_phone_res_ext_t>(info);
         MDM_ASSERT(ext.detail != nullptr, false);
@@ -107,7 +92,8 @@ bool _set_phone_res(Writer &out, const Log &log, mdm_body_t *body)
         out.fields(ext.detail, detail_fields);
         break;
     }
-    case Form::raw:
+    case MDM_FORM_PHONE_RES_RAW_ITEM:  // Q-PHONE_RES-2
+    case MDM_FORM_PHONE_RES_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -124,12 +110,12 @@ bool _get_phone_res(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return true;
     }
-    switch (wire_form_of(info.type)) {
-    case Form::item:
+    switch (mdm_phone_res_form(info.type)) {
+    case MDM_FORM_PHONE_RES_ITEM:
         info.data = in.record(item_fields);
         info.data_size = record_data_size;
         break;
-    case Form::ext: {
+    case MDM_FORM_PHONE_RES_EXT: {
         auto *ext = in.make<mdm_phone_res_ext_t>();
         ext->detail = in.make<mdm_phone_res_detail_t>();
         in.fields(ext, ext_fields);
@@ -138,7 +124,8 @@ bool _get_phone_res(Reader &in, const Log &log, mdm_body_t *body)
         info.data_size = record_data_size;
         break;
     }
-    case Form::raw:
+    case MDM_FORM_PHONE_RES_RAW_ITEM:  // Q-PHONE_RES-2
+    case MDM_FORM_PHONE_RES_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -155,15 +142,16 @@ void _free_phone_res(const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-5
         return;
     }
-    switch (form_of(info.type)) {
-    case Form::item: {
+    switch (mdm_phone_res_form(info.type)) {
+    case MDM_FORM_PHONE_RES_ITEM:
+    case MDM_FORM_PHONE_RES_RAW_ITEM: {
         auto &item = payload<mdm_phone_res_item_t>(info);
         release_strings(&item, item_fields);
         item.word1 = 0;  // Q-PHONE_RES-5: released memory holds no word.
         g_free(&item);
         break;
     }
-    case Form::ext: {
+    case MDM_FORM_PHONE_RES_EXT: {
         auto &ext = payload<mdm_phone_res_ext_t>(info);
         release_strings(&ext, ext_fields);
         release_record(ext.detail, detail_fields);
@@ -172,7 +160,7 @@ void _free_phone_res(const Log &log, mdm_body_t *body)
         g_free(&ext);
         break;
     }
-    case Form::raw:
+    case MDM_FORM_PHONE_RES_DATA:
         info.data_size = 0;
         release_data(info.data);
         break;

@@ -14,19 +14,19 @@ namespace {
 
 constexpr auto text_fields = MDM_FIELDS(mdm_platform_info_t, "platform", text);
 constexpr auto number_fields = MDM_FIELDS(mdm_platform_info_t, "platform", text, number);
-constexpr auto number_and_flag_fields =
-    MDM_FIELDS(mdm_platform_info_t, "platform", text, number, flag);
+constexpr auto flag_fields = MDM_FIELDS(mdm_platform_info_t, "platform", text, number, flag);
 
-constexpr Fields fields_of(uint32_t type)
+Fields fields_of(uint32_t type)
 {
-    switch (type) {
-    case 439:
-        return number_and_flag_fields;
-    case 440:
+    switch (mdm_platform_form(type)) {
+    case MDM_FORM_PLATFORM_FLAG:
+        return flag_fields;
+    case MDM_FORM_PLATFORM_NUMBER:
         return number_fields;
-    default:
-        return text_fields;
+    case MDM_FORM_PLATFORM_TEXT:
+        break;
     }
+    return text_fields;
 }
 
 }  // namespace

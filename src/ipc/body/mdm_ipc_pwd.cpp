@@ -10,13 +10,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { policy, raw };
-
-constexpr Form form_of(uint32_t type)
-{
-    return type == 40 ? Form::policy : Form::raw;
-}
-
 constexpr auto policy_fields = MDM_FIELDS(mdm_pwd_policy_t, "pwd.policy", num0, num1, num2, num3,
                                           num4, num5, num6, num7, num8, str9, str10);
 
@@ -42,8 +35,9 @@ uint32_t _size_of_pwd(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     const mdm_pwd_info_t &info = body->pwd;
     uint32_t size = body_head_size;
     if (sends_payload(info)) {
-        size += form_of(info.type) == Form::policy ? size_of_fields(info.data, policy_fields)
-                                                   : static_cast<uint32_t>(info.data_size);
+        size += mdm_pwd_form(info.type) == MDM_FORM_PWD_POLICY
+                    ? size_of_fields(info.data, policy_fields)
+                    : static_cast<uint32_t>(info.data_size);
     }
     return MDM_EXIT(size);
 }
@@ -57,7 +51,7 @@ bool _set_pwd(Writer &out, const Log &log, mdm_body_t *body)
     if (!sends_payload(info)) {
         return MDM_EXIT(true);
     }
-    if (form_of(info.type) == Form::policy) {
+    if (mdm_pwd_form(info.type) == MDM_FORM_PWD_POLICY) {
         out.fields(info.data, policy_fields);
     } else {
         out.raw_bytes(info.data, info.data_size);
@@ -74,7 +68,7 @@ bool _get_pwd(Reader &in, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(true);  // Q-BODY-6: `data` stays as it was.
     }
-    if (form_of(info.type) == Form::policy) {
+    if (mdm_pwd_form(info.type) == MDM_FORM_PWD_POLICY) {
         info.data = in.record(policy_fields);
     } else {
         info.data = in.raw_bytes(info.data_size);
@@ -89,7 +83,7 @@ void _free_pwd(const Log &log, mdm_body_t *body)
     if (info.data == nullptr) {  // Q-BODY-5: `data_size` is not looked at.
         return MDM_EXIT();
     }
-    if (form_of(info.type) == Form::policy) {
+    if (mdm_pwd_form(info.type) == MDM_FORM_PWD_POLICY) {
         release_record(info.data, policy_fields);  // Q-BODY-7: `data` keeps its value.
     } else {
         release_data(info.data);

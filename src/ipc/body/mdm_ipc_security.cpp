@@ -12,25 +12,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { item, strings, accounts, raw };
-
-constexpr Form form_of(uint32_t type)
-{
-    switch (type) {
-    case 56:
-    case 76:
-        return Form::item;
-    case 68:
-    case 69:
-        return Form::strings;
-    case 70:
-    case 71:
-        return Form::accounts;
-    default:
-        return Form::raw;
-    }
-}
-
 // Q-SECURITY-1: `str4` travels before `str3`.
 constexpr auto item_fields =
     MDM_FIELDS(mdm_security_item_t, "security.item", num0, str1, str4, str3);
@@ -45,17 +26,17 @@ constexpr auto account_fields =
 const char *_validate_security(const mdm_body_t &body, Names names)
 {
     const mdm_security_info_t &info = body.security;
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_security_form(info.type)) {
+    case MDM_FORM_SECURITY_ITEM:
         return nullptr;
-    case Form::strings:
+    case MDM_FORM_SECURITY_STRINGS:
         break;
-    case Form::accounts:
+    case MDM_FORM_SECURITY_ACCOUNTS:
         if (has_null_element(info.data)) {
             return "security.accounts";
         }
         break;
-    case Form::raw:
+    case MDM_FORM_SECURITY_DATA:
         return validate_bytes(info.data_size, info.data, names);
     }
     return info.data == nullptr && info.data_size >= 1 ? names.data() : nullptr;
@@ -70,15 +51,15 @@ uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
 
     mdm_security_info_t &info = body->security;
     uint32_t size = body_head_size;
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_security_form(info.type)) {
+    case MDM_FORM_SECURITY_ITEM:
         if (info.data != nullptr) {
             size += size_of_fields(info.data, item_fields);
         }
         // Q-SECURITY-5: the stored size of a missing item is 0.
         info.data_size = static_cast<int32_t>(size - body_head_size);
         break;
-    case Form::strings:
+    case MDM_FORM_SECURITY_STRINGS:
         // Q-SECURITY-3: an empty list is counted with 16 bytes, but the head travels alone.
         // Q-SECURITY-4: its `data_size` is not stored.
         size = empty_list_size;
@@ -87,7 +68,7 @@ uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
             info.data_size = static_cast<int32_t>(size);
         }
         break;
-    case Form::accounts:
+    case MDM_FORM_SECURITY_ACCOUNTS:
         size = empty_list_size;
         if (info.data != nullptr) {
             // Q-BODY-9: a list with a null account has no size.
@@ -96,7 +77,7 @@ uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
             info.data_size = static_cast<int32_t>(size);
         }
         break;
-    case Form::raw:
+    case MDM_FORM_SECURITY_DATA:
         size += static_cast<uint32_t>(info.data_size);  // Q-SECURITY-9: a negative one, too
         break;
     }
@@ -112,26 +93,26 @@ bool _set_security(Writer &out, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_security_form(info.type)) {
+    case MDM_FORM_SECURITY_ITEM:
         if (info.data != nullptr) {
             out.fields(info.data, item_fields);
         } else {
             out.gap(info.data_size, "security.item");  // Q-SECURITY-6
         }
         break;
-    case Form::strings:
+    case MDM_FORM_SECURITY_STRINGS:
         MDM_ASSERT(info.data != nullptr, false);  // Q-SECURITY-4
         // Q-BODY-12: the count counts what stands behind a null string, too.
         out.count(info.data, "security.strings");
         out.strings_before_null(info.data, "security.strings");
         break;
-    case Form::accounts:
+    case MDM_FORM_SECURITY_ACCOUNTS:
         MDM_ASSERT(info.data != nullptr, false);
         // Q-BODY-9: a null account is counted, but not written.
         out.records(info.data, "security.accounts", account_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_SECURITY_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -162,17 +143,17 @@ bool _get_security(Reader &in, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(true);  // Q-BODY-6: `data` stays as it was.
     }
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_security_form(info.type)) {
+    case MDM_FORM_SECURITY_ITEM:
         info.data = in.record(item_fields);
         break;
-    case Form::strings:
+    case MDM_FORM_SECURITY_STRINGS:
         info.data = read_strings(in);
         break;
-    case Form::accounts:
+    case MDM_FORM_SECURITY_ACCOUNTS:
         info.data = in.records("security.accounts", account_fields);
         break;
-    case Form::raw:
+    case MDM_FORM_SECURITY_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -187,17 +168,17 @@ void _free_security(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     mdm_security_info_t &info = body->security;
-    switch (form_of(info.type)) {
-    case Form::item:
+    switch (mdm_security_form(info.type)) {
+    case MDM_FORM_SECURITY_ITEM:
         if (info.data == nullptr) {
             return MDM_EXIT();  // Q-SECURITY-10: `data_size` keeps its value.
         }
         release_record(info.data, item_fields);
         break;
-    case Form::strings:
+    case MDM_FORM_SECURITY_STRINGS:
         release_elements(info.data);
         return MDM_EXIT();
-    case Form::accounts:
+    case MDM_FORM_SECURITY_ACCOUNTS:
         // Q-SECURITY-11: the strings of all accounts are released before the first record.
         for (auto *account : elements<mdm_security_account_t>(info.data)) {
             if (account != nullptr) {
@@ -206,7 +187,7 @@ void _free_security(const Log &log, mdm_body_t *body)
         }
         release_elements(info.data);
         return MDM_EXIT();
-    case Form::raw:
+    case MDM_FORM_SECURITY_DATA:
         g_free(info.data);
         break;
     }

@@ -16,28 +16,6 @@
 namespace mdm {
 namespace {
 
-enum class Form { pair, ssids, dhcp, triple, network, raw };
-
-constexpr Form form_of(uint32_t type)
-{
-    if (is_any(type, 305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339)) {
-        return Form::pair;
-    }
-    if (is_any(type, 290, 344, 346, 348, 349, 350, 352)) {
-        return Form::ssids;
-    }
-    if (type == 88) {
-        return Form::dhcp;
-    }
-    if (type == 319) {
-        return Form::triple;
-    }
-    if (type == 345) {
-        return Form::network;
-    }
-    return Form::raw;
-}
-
 enum class DetailForm { none, number, text, mixed, texts };
 
 constexpr DetailForm detail_form_of(int32_t detail_kind)
@@ -152,23 +130,24 @@ const char *validate_network(const mdm_wifi_network_t &network)
 const char *_validate_wifi(const mdm_body_t &body, Names names)
 {
     const mdm_wifi_info_t &info = body.wifi;
-    const Form form = form_of(info.type);
+    const mdm_wifi_form_t form = mdm_wifi_form(info.type);
     const bool is_announced = info.data_size >= 1;
-    const char *path = form == Form::ssids ? validate_list(is_announced, info.data, names)
-                                           : validate_payload(is_announced, info.data, names);
+    const char *path = form == MDM_FORM_WIFI_SSIDS
+                           ? validate_list(is_announced, info.data, names)
+                           : validate_payload(is_announced, info.data, names);
     if (path != nullptr || !is_announced) {
         return path;
     }
     switch (form) {
-    case Form::pair:
-    case Form::dhcp:
-    case Form::triple:
+    case MDM_FORM_WIFI_PAIR:
+    case MDM_FORM_WIFI_DHCP:
+    case MDM_FORM_WIFI_TRIPLE:
         return is_padding(info.data_size) ? nullptr : names.data_size();
-    case Form::ssids:
+    case MDM_FORM_WIFI_SSIDS:
         return has_null_element(info.data) ? "wifi.ssids" : nullptr;
-    case Form::network:
+    case MDM_FORM_WIFI_NETWORK:
         return validate_network(payload<mdm_wifi_network_t>(info));
-    case Form::raw:
+    case MDM_FORM_WIFI_DATA:
         break;
     }
     return nullptr;
@@ -185,8 +164,8 @@ uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
         return MDM_EXIT(size);
     }
     const auto data_size = static_cast<uint32_t>(info.data_size);
-    switch (form_of(info.type)) {
-    case Form::pair: {
+    switch (mdm_wifi_form(info.type)) {
+    case MDM_FORM_WIFI_PAIR: {
         // Q-WIFI-3: a missing pair and missing DHCP settings have no size.
         MDM_FAIL_IF(info.data == nullptr, no_size, "wifi_info is NULL");
         const auto &pair = payload<mdm_wifi_pair_t>(info);
@@ -194,17 +173,17 @@ uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
         size += data_size + size_of_fields(&pair, pair_fields);
         break;
     }
-    case Form::triple:
+    case MDM_FORM_WIFI_TRIPLE:
         size += data_size + size_of_fields(info.data, triple_fields);
         break;
-    case Form::dhcp:
+    case MDM_FORM_WIFI_DHCP:
         MDM_FAIL_IF(info.data == nullptr, no_size, "dhcp_info is NULL");
         size += data_size + size_of_fields(info.data, dhcp_fields);
         break;
-    case Form::network:
+    case MDM_FORM_WIFI_NETWORK:
         size += size_of_network(payload<mdm_wifi_network_t>(info));
         break;
-    case Form::ssids:
+    case MDM_FORM_WIFI_SSIDS:
         // Q-BODY-14: the names are logged here and by the get handler.
         MDM_INFO("len : %d", length_of(info.data));
         size += word_size + lengths.measure(info.data, log, MDM_EACH("ssid : %s"));
@@ -212,7 +191,7 @@ uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
         MDM_FAIL_IF(!lengths.has_all(info.data) && has_null_element(info.data), no_size,
                     "ssid is NULL");
         break;
-    case Form::raw:
+    case MDM_FORM_WIFI_DATA:
         size += data_size;
         break;
     }
@@ -228,32 +207,32 @@ bool _set_wifi(Writer &out, const Log &log, mdm_body_t *body)
     if (info.data_size < 1) {
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::pair: {
+    switch (mdm_wifi_form(info.type)) {
+    case MDM_FORM_WIFI_PAIR: {
         MDM_ASSERT(info.data != nullptr, false);
         const auto &pair = payload<mdm_wifi_pair_t>(info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
         out.fields(&pair, pair_fields);
         break;
     }
-    case Form::dhcp:
+    case MDM_FORM_WIFI_DHCP:
         MDM_ASSERT(info.data != nullptr, false);
         out.fields(info.data, dhcp_fields);
         break;
-    case Form::triple:
+    case MDM_FORM_WIFI_TRIPLE:
         MDM_ASSERT(info.data != nullptr, false);
         out.fields(info.data, triple_fields);
         break;
-    case Form::network:
+    case MDM_FORM_WIFI_NETWORK:
         MDM_ASSERT(info.data != nullptr, false);
         write_network(out, payload<mdm_wifi_network_t>(info));
         break;
-    case Form::ssids:
+    case MDM_FORM_WIFI_SSIDS:
         MDM_INFO("length : %d", length_of(info.data));
         // Q-BODY-11: a null SSID is a gap of `data_size` bytes.
         out.strings_with_gaps(info.data, info.data_size, "wifi.ssids");
         break;
-    case Form::raw:
+    case MDM_FORM_WIFI_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -270,29 +249,29 @@ bool _get_wifi(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    switch (form_of(info.type)) {
-    case Form::pair: {
+    switch (mdm_wifi_form(info.type)) {
+    case MDM_FORM_WIFI_PAIR: {
         auto *pair = in.record(pair_fields);
         MDM_INFO("ssid : %s, value : %s", pair->ssid, pair->value);
         info.data = pair;
         break;
     }
-    case Form::dhcp:
+    case MDM_FORM_WIFI_DHCP:
         info.data = in.record(dhcp_fields);
         break;
-    case Form::triple:
+    case MDM_FORM_WIFI_TRIPLE:
         info.data = in.record(triple_fields);
         break;
-    case Form::network:
+    case MDM_FORM_WIFI_NETWORK:
         info.data = read_network(in);
         break;
-    case Form::ssids: {
+    case MDM_FORM_WIFI_SSIDS: {
         const int32_t count = in.count("wifi.ssids", word_size);
         MDM_INFO("length : %d", count);
         info.data = in.strings(count, "wifi.ssids", MDM_EACH("ssid : %s"));
         break;
     }
-    case Form::raw:
+    case MDM_FORM_WIFI_DATA:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -306,26 +285,26 @@ void _free_wifi(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     mdm_wifi_info_t &info = body->wifi;
-    switch (form_of(info.type)) {
-    case Form::pair: {
+    switch (mdm_wifi_form(info.type)) {
+    case MDM_FORM_WIFI_PAIR: {
         auto &pair = payload<mdm_wifi_pair_t>(info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
         release_record(&pair, pair_fields);
         break;
     }
-    case Form::dhcp:
+    case MDM_FORM_WIFI_DHCP:
         release_record(info.data, dhcp_fields);
         break;
-    case Form::triple:
+    case MDM_FORM_WIFI_TRIPLE:
         release_record(info.data, triple_fields);
         break;
-    case Form::ssids:
+    case MDM_FORM_WIFI_SSIDS:
         release_elements(info.data);
         break;
-    case Form::network:
+    case MDM_FORM_WIFI_NETWORK:
         release_network(payload<mdm_wifi_network_t>(info));
         return MDM_EXIT();  // Q-WIFI-4: `data` and `data_size` keep their values.
-    case Form::raw:
+    case MDM_FORM_WIFI_DATA:
         MDM_CRITICAL("Freeing %p", info.data);  // Q-WIFI-5: this is no failure.
         release_data(info.data);
         return MDM_EXIT();  // Q-WIFI-6: `data_size` keeps its value.
