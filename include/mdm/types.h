@@ -31,6 +31,7 @@
 
 /** The message types that have a category. The codec treats both types of a category alike. */
 enum {
+    /** @{ A message type of the category in its name. */
     MDM_TYPE_ADMIN = 1,
     MDM_TYPE_ADMIN_2 = 2,
     MDM_TYPE_PWD = 3,
@@ -81,11 +82,13 @@ enum {
     MDM_TYPE_PLATFORM_2 = 54,
     MDM_TYPE_APP_CB = 61,
     MDM_TYPE_MISC_CB = 63,
+    /** @} */
 };
 
 /** The categories, in the order of their message types. */
 typedef enum mdm_category {
     MDM_CATEGORY_NONE = 0, /**< Of every message type that has no category. */
+    /** @{ The category in its name. */
     MDM_CATEGORY_ADMIN,
     MDM_CATEGORY_PWD,
     MDM_CATEGORY_SECURITY,
@@ -114,6 +117,7 @@ typedef enum mdm_category {
     MDM_CATEGORY_PLATFORM,
     MDM_CATEGORY_APP_CB,
     MDM_CATEGORY_MISC_CB,
+    /** @} */
 } mdm_category_t;
 
 /**
@@ -127,8 +131,9 @@ enum {
     MDM_FORM_NONE = 0,
 };
 
-/* The first form of a category. */
+/** @cond The number of a category's first form. */
 #define MDM_FIRST_FORM(category) (MDM_CATEGORY_##category * 8)
+/** @endcond */
 
 /** The discriminators of admin that select a form of their own. */
 enum {
@@ -154,7 +159,9 @@ MDM_INLINE mdm_admin_form_t mdm_admin_form(uint32_t type)
 
 /** The discriminators of pwd that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_PWD_POLICY = 40,
+    /** @} */
 };
 
 /** The forms of pwd. */
@@ -176,12 +183,14 @@ MDM_INLINE mdm_pwd_form_t mdm_pwd_form(uint32_t type)
 
 /** The discriminators of security that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_SECURITY_ITEM_56 = 56,
     MDM_SECURITY_ITEM_76 = 76,
     MDM_SECURITY_STRINGS_68 = 68,
     MDM_SECURITY_STRINGS_69 = 69,
     MDM_SECURITY_ACCOUNTS_70 = 70,
     MDM_SECURITY_ACCOUNTS_71 = 71,
+    /** @} */
 };
 
 /** The forms of security. */
@@ -212,6 +221,7 @@ MDM_INLINE mdm_security_form_t mdm_security_form(uint32_t type)
 
 /** The discriminators of wifi that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_WIFI_PAIR_305 = 305,
     MDM_WIFI_PAIR_307 = 307,
     MDM_WIFI_PAIR_309 = 309,
@@ -235,6 +245,7 @@ enum {
     MDM_WIFI_DHCP = 88,
     MDM_WIFI_TRIPLE = 319,
     MDM_WIFI_NETWORK = 345,
+    /** @} */
 };
 
 /** The forms of wifi. */
@@ -286,6 +297,7 @@ MDM_INLINE mdm_wifi_form_t mdm_wifi_form(uint32_t type)
 
 /** The discriminators of bluetooth that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_BLUETOOTH_NAMES_91 = 91,
     MDM_BLUETOOTH_NAMES_220 = 220,
     MDM_BLUETOOTH_NAMES_221 = 221,
@@ -300,6 +312,7 @@ enum {
     MDM_BLUETOOTH_NAMES_234 = 234,
     MDM_BLUETOOTH_NAMES_235 = 235,
     MDM_BLUETOOTH_NAMES_237 = 237,
+    /** @} */
 };
 
 /** The forms of bluetooth. */
@@ -335,9 +348,11 @@ MDM_INLINE mdm_bluetooth_form_t mdm_bluetooth_form(uint32_t type)
 
 /** The discriminators of eas that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_EAS_ACCOUNT = 98,
     MDM_EAS_SETTINGS = 104,
     MDM_EAS_ACCOUNTS = 106,
+    /** @} */
 };
 
 /** The forms of eas. */
@@ -365,12 +380,14 @@ MDM_INLINE mdm_eas_form_t mdm_eas_form(uint32_t type)
 
 /** The discriminators of app that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_APP_PACKAGES_4 = 4,
     MDM_APP_PACKAGES_15 = 15,
     MDM_APP_NUM_PAIR_140 = 140,
     MDM_APP_NUM_PAIR_141 = 141,
     MDM_APP_PAIR_184 = 184,
     MDM_APP_PAIR_185 = 185,
+    /** @} */
 };
 
 /** The forms of app. */
@@ -401,6 +418,7 @@ MDM_INLINE mdm_app_form_t mdm_app_form(int32_t type)
 
 /** The discriminators of app_res that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_APP_RES_PACKAGES_3 = 3,
     MDM_APP_RES_PACKAGES_155 = 155,
     MDM_APP_RES_PACKAGES_159 = 159,
@@ -418,6 +436,7 @@ enum {
     MDM_APP_RES_CONTROLS_173 = 173,
     MDM_APP_RES_CONTROLS_174 = 174,
     MDM_APP_RES_CONTROLS_175 = 175,
+    /** @} */
 };
 
 /** The forms of app_res. */
@@ -469,6 +488,7 @@ typedef enum mdm_roaming_res_form {
 
 /** The discriminators of misc that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_MISC_ARRAY = 122,
     MDM_MISC_HEAD = 123,
     MDM_MISC_TEXT_124 = 124,
@@ -480,6 +500,7 @@ enum {
     MDM_MISC_BOOK_283 = 283,
     MDM_MISC_PAIR_288 = 288,
     MDM_MISC_PAIR_289 = 289,
+    /** @} */
 };
 
 /** The forms of misc. */
@@ -521,11 +542,13 @@ MDM_INLINE mdm_misc_form_t mdm_misc_form(int32_t type)
 
 /** The discriminators of apn that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_APN_PROFILE_387 = 387,
     MDM_APN_PROFILE_393 = 393,
     MDM_APN_PROFILES_389 = 389,
     MDM_APN_PROFILES_390 = 390,
     MDM_APN_PROFILES_391 = 391,
+    /** @} */
 };
 
 /** The forms of apn. */
@@ -583,6 +606,7 @@ typedef enum mdm_res_form {
 
 /** The discriminators of phone_res that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_PHONE_RES_ITEM_394 = 394,
     MDM_PHONE_RES_ITEM_395 = 395,
     MDM_PHONE_RES_ITEM_396 = 396,
@@ -643,6 +667,7 @@ enum {
     MDM_PHONE_RES_EXT = 422,
     MDM_PHONE_RES_RAW_ITEM_439 = 439,
     MDM_PHONE_RES_RAW_ITEM_440 = 440,
+    /** @} */
 };
 
 /** The forms of phone_res. */
@@ -677,9 +702,11 @@ typedef enum mdm_enterprise_form {
 
 /** The discriminators of email that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_EMAIL_ACCOUNT = 359,
     MDM_EMAIL_SETTINGS = 362,
     MDM_EMAIL_ACCOUNTS = 363,
+    /** @} */
 };
 
 /** The forms of email. */
@@ -707,11 +734,13 @@ MDM_INLINE mdm_email_form_t mdm_email_form(uint32_t type)
 
 /** The discriminators of kiosk that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_KIOSK_TEXT_612 = 612,
     MDM_KIOSK_TEXT_614 = 614,
     MDM_KIOSK_KEYS_618 = 618,
     MDM_KIOSK_KEYS_621 = 621,
     MDM_KIOSK_KEY_PAIRS = 619,
+    /** @} */
 };
 
 /** The forms of kiosk. */
@@ -741,11 +770,13 @@ MDM_INLINE mdm_kiosk_form_t mdm_kiosk_form(uint32_t type)
 
 /** The discriminators of container that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_CONTAINER_ITEM = 628,
     MDM_CONTAINER_SHORT_ITEM = 629,
     MDM_CONTAINER_DATA_630 = 630,
     MDM_CONTAINER_DATA_631 = 631,
     MDM_CONTAINER_DATA_632 = 632,
+    /** @} */
 };
 
 /** The forms of container. */
@@ -780,7 +811,9 @@ typedef enum mdm_location_form {
 
 /** The discriminators of log_manager that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_LOG_MANAGER_TEXT = 638,
+    /** @} */
 };
 
 /** The forms of log_manager. */
@@ -802,8 +835,10 @@ MDM_INLINE mdm_log_manager_form_t mdm_log_manager_form(uint32_t type)
 
 /** The discriminators of platform that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_PLATFORM_FLAG = 439,
     MDM_PLATFORM_NUMBER = 440,
+    /** @} */
 };
 
 /** The forms of platform. */
@@ -828,8 +863,10 @@ MDM_INLINE mdm_platform_form_t mdm_platform_form(uint32_t type)
 
 /** The discriminators of app_cb that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_APP_CB_DETAIL_0 = 0,
     MDM_APP_CB_DETAIL_1 = 1,
+    /** @} */
 };
 
 /** The forms of app_cb. */
@@ -852,8 +889,10 @@ MDM_INLINE mdm_app_cb_form_t mdm_app_cb_form(uint32_t type)
 
 /** The discriminators of misc_cb that select a form of their own. */
 enum {
+    /** @{ Selects the form in its name. */
     MDM_MISC_CB_DETAIL_0 = 0,
     MDM_MISC_CB_DETAIL_1 = 1,
+    /** @} */
 };
 
 /** The forms of misc_cb. */
