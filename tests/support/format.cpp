@@ -94,7 +94,7 @@ constexpr Form text(const char *name, Numbers types, const char *path, DataSize 
 
 constexpr Form raw(Numbers types, const char *path)
 {
-    return {.name = "raw",
+    return {.name = "data",
             .types = types,
             .payload = Payload::raw,
             .path = path,
@@ -110,7 +110,7 @@ constexpr Form signed_raw(Numbers types, const char *path)
 
 constexpr Form nothing(Numbers types)
 {
-    return {.name = "nothing", .types = types, .data_size = DataSize::anything};
+    return {.name = "head", .types = types, .data_size = DataSize::anything};
 }
 
 constexpr Form body_fields(const char *name, Numbers types, Fields fields)
@@ -342,7 +342,7 @@ constexpr std::array app_res_forms = {
 HEADED_BODY(roaming);
 constexpr auto roaming_data = FIELDS(mdm_roaming_data_t, "roaming.data", name);
 constexpr std::array roaming_forms = {
-    leaking(always_there(record<mdm_roaming_data_t>("data", {0, 1, 7, 100, minus_one}, roaming_data,
+    leaking(always_there(record<mdm_roaming_data_t>("record", {0, 1, 7, 100, minus_one}, roaming_data,
                                                     DataSize::anything))),
 };
 
@@ -361,7 +361,7 @@ constexpr auto misc_pair = FIELDS(mdm_misc_str_pair_t, "misc.pair", first, secon
 constexpr Form misc_param_list()
 {
     Form form = with_elements(
-        always_there(leaking(strings("list", {127, 128}, "misc.param_list", DataSize::anything))),
+        always_there(leaking(strings("strings", {127, 128}, "misc.param_list", DataSize::anything))),
         Elements::null_gaps, 4);
     form.is_in_param = true;
     return form;
@@ -403,14 +403,14 @@ constexpr std::array phone_res_ext_members = {FIELD(mdm_phone_res_ext_t, "phone_
 constexpr Form phone_res_raw_record()
 {
     Form form = raw({439, 440}, "phone_res.data");
-    form.name = "raw-record";
+    form.name = "raw-item";
     form.is_raw_record = true;
     return form;
 }
 constexpr Form phone_res_raw_between()
 {
     Form form = raw({450, 451}, "phone_res.data");
-    form.name = "raw-between";
+    form.name = "data-between";
     return form;
 }
 constexpr std::array phone_res_forms = {
@@ -432,7 +432,7 @@ constexpr std::array kiosk_forms = {
     with_elements(
         records<uint32_t>("keys", {618, 621}, "kiosk.keys", kiosk_key, DataSize::stored, -4),
         Elements::null_gaps, 4),
-    with_elements(records<mdm_kiosk_key_pair_t>("pairs", {619}, "kiosk.key_pairs", kiosk_key_pair,
+    with_elements(records<mdm_kiosk_key_pair_t>("key-pairs", {619}, "kiosk.key_pairs", kiosk_key_pair,
                                                 DataSize::stored, -4),
                   Elements::null_gaps, 8),
     raw({0, 611, 613, 615, 616, 617, 620, 622}, "kiosk.data"),
@@ -463,12 +463,12 @@ constexpr std::array log_manager_forms = {
 constexpr auto platform_head = FIELDS(mdm_platform_info_t, "platform", type);
 constexpr auto platform_members =
     FIELDS(mdm_platform_info_t, "platform", type, aux, text, aux2, number, flag);
-constexpr auto platform_439 = FIELDS(mdm_platform_info_t, "platform", text, number, flag);
-constexpr auto platform_440 = FIELDS(mdm_platform_info_t, "platform", text, number);
+constexpr auto platform_flag = FIELDS(mdm_platform_info_t, "platform", text, number, flag);
+constexpr auto platform_number = FIELDS(mdm_platform_info_t, "platform", text, number);
 constexpr auto platform_text = FIELDS(mdm_platform_info_t, "platform", text);
 constexpr std::array platform_forms = {
-    body_fields("439", {439}, platform_439),
-    body_fields("440", {440}, platform_440),
+    body_fields("flag", {439}, platform_flag),
+    body_fields("number", {440}, platform_number),
     body_fields("text", {0, 438, 441}, platform_text),
 };
 
@@ -479,8 +479,8 @@ constexpr std::array platform_forms = {
                                                param, param2, data_size, aux2, __VA_ARGS__);     \
     constexpr auto category##_payload = FIELDS(mdm_##category##_info_t, #category, __VA_ARGS__); \
     constexpr std::array category##_forms = {                                                    \
-        body_fields("known", {0, 1}, category##_payload),                                        \
-        body_fields("unknown", {2, 5, minus_one}, {}),                                           \
+        body_fields("detail", {0, 1}, category##_payload),                                        \
+        body_fields("head", {2, 5, minus_one}, {}),                                           \
     }
 CALLBACK_BODY(app_cb, num6, str8, str7);
 CALLBACK_BODY(misc_cb, flag6, num7, str8);

@@ -158,7 +158,9 @@ TEST_P(WorstList, AsksForNothingBecauseOfACountThatCannotBe)
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, WorstList, ::testing::ValuesIn(lists()), [](const auto &test) {
-    return std::string(test.param.category->name) + "_" + test.param.form->name;
+    std::string name = std::string(test.param.category->name) + "_" + test.param.form->name;
+    std::ranges::replace(name, '-', '_');
+    return name;
 });
 
 // An array's count is its size.

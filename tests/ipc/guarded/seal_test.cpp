@@ -444,7 +444,7 @@ TEST(SealPwd, RefusesWhatIsMissing)
     mdm_pwd_policy_t policy{1, 2, 3, 4, 5, 6, 7, 8, 9, a, bc};
     Sender("pwd", {"policy"}).is_sealed_if_announced(&policy);
     Sender("pwd", {"policy"}).is_sealed({1}, &empty);
-    expect_raw_bytes(Sender("pwd", {"raw"}));
+    expect_raw_bytes(Sender("pwd", {"data"}));
 }
 
 TEST(SealSecurity, RefusesMissingStringsAndNullElements)
@@ -474,7 +474,7 @@ TEST(SealSecurity, RefusesMissingAccountsAndNullElements)
 // Q-GUARDED-4
 TEST(SealSecurity, RefusesANegativeSizeAndMissingBytes)
 {
-    expect_raw_bytes(Sender("security", {"raw"}));
+    expect_raw_bytes(Sender("security", {"data"}));
     mdm_security_item_t item{1, a, 2, nullptr, bc};
     Sender("security", {"item"}).is_sealed({0, -1}, &item);
     Sender("security", {"item"}).is_sealed({1, INT32_MIN}, nullptr);
@@ -508,7 +508,7 @@ TEST(SealWifi, RefusesMoreZerosThanASenderMeans)
 
 TEST(SealWifi, RefusesRawBytesThatNoMessageHasRoomFor)
 {
-    expect_raw_bytes(Sender("wifi", {"raw"}));
+    expect_raw_bytes(Sender("wifi", {"data"}));
 }
 
 TEST(SealWifi, RefusesANetworkWithoutTheTextsOfItsDetail)
@@ -539,7 +539,7 @@ TEST(SealBluetooth, RefusesNullElements)
 
 TEST(SealBluetooth, RefusesMissingBytes)
 {
-    expect_raw_bytes(Sender("bluetooth", {"raw"}));
+    expect_raw_bytes(Sender("bluetooth", {"data"}));
 }
 
 TEST(SealEas, RefusesMissingRecordsAndNullElements)
@@ -613,7 +613,7 @@ TEST(SealApn, RefusesAProfileWhoseSizeDoesNotHoldIt)
 
 TEST(SealApn, RefusesRawBytesOfANegativeSize)
 {
-    expect_raw_bytes(Sender("apn", {"raw"}));
+    expect_raw_bytes(Sender("apn", {"data"}));
 }
 
 TEST(SealApp, RefusesNullElements)
@@ -640,7 +640,7 @@ TEST(SealApp, RefusesAMissingPairAndMissingBytes)
 {
     mdm_app_pair_t pair{a, nullptr};
     Sender("app", {"pair"}).is_sealed_if_announced(&pair);
-    expect_raw_bytes(Sender("app", {"raw"}));
+    expect_raw_bytes(Sender("app", {"data"}));
 }
 
 TEST(SealAppRes, RefusesNullElementsAndMissingBytes)
@@ -649,7 +649,7 @@ TEST(SealAppRes, RefusesNullElementsAndMissingBytes)
     lists.is_sealed_if_announced(names.whole.get());
     lists.is_refused({1}, names.null_between.get(), {56, 0, 9, ".packages"});
     lists.is_refused({-1}, names.null_between.get(), unfit_size);
-    expect_raw_bytes(Sender("app_res", {"raw"}));
+    expect_raw_bytes(Sender("app_res", {"data"}));
 }
 
 TEST(SealAppRes, RefusesNullItemsAndItemsWithoutAName)
@@ -716,9 +716,9 @@ TEST(SealMisc, RefusesMissingRecordsAndBytes)
 {
     mdm_book_info_t texts{a, nullptr};  // a text and a pair, too
     Sender("misc", {"text", "book", "pair"}).is_sealed_if_announced(&texts);
-    expect_raw_bytes(Sender("misc", {"raw"}));
-    Sender("misc", {"nothing"}).is_sealed({0, 40, -1, INT32_MAX}, nullptr);
-    Sender("misc", {"nothing", "list"}).is_refused({0, 40, -1}, some_bytes, unfit_size);
+    expect_raw_bytes(Sender("misc", {"data"}));
+    Sender("misc", {"head"}).is_sealed({0, 40, -1, INT32_MAX}, nullptr);
+    Sender("misc", {"head", "strings"}).is_refused({0, 40, -1}, some_bytes, unfit_size);
 }
 
 TEST(SealMisc, RefusesNullElementsOfTheListInParam)
@@ -739,7 +739,7 @@ TEST(SealPhoneRes, RefusesMissingRecordsAndBytes)
 {
     mdm_phone_res_item_t item{a, 7, nullptr};
     Sender("phone_res", {"item"}).is_sealed_if_announced(&item);
-    expect_raw_bytes(Sender("phone_res", {"raw", "raw-between"}));
+    expect_raw_bytes(Sender("phone_res", {"data", "data-between"}));
 }
 
 TEST(SealPhoneRes, RefusesAMissingDetail)
@@ -755,7 +755,7 @@ TEST(SealPhoneRes, RefusesAMissingDetail)
 // A receiver of these records holds raw bytes, in which any pointer may stand.
 TEST(SealPhoneRes, RefusesBytesThatWouldBeSizedAsARecord)
 {
-    const Sender raw("phone_res", {"raw-record"});
+    const Sender raw("phone_res", {"raw-item"});
     raw.is_refused({1, 10, INT32_MAX}, some_bytes, in_body(".type"));
     raw.is_refused({1, INT32_MAX}, nullptr, missing_data);
     raw.is_refused({0, -1, -12, INT32_MIN}, some_bytes, unfit_size);
@@ -767,7 +767,7 @@ TEST(SealKiosk, RefusesWhatIsMissingAndNegativeSizes)
     const Sender texts("kiosk", {"text"});
     texts.is_sealed_if_announced(a);
     texts.is_sealed({1}, borrowed(""));
-    expect_raw_bytes(Sender("kiosk", {"raw"}));
+    expect_raw_bytes(Sender("kiosk", {"data"}));
 }
 
 TEST(SealKiosk, RefusesNullElements)
@@ -779,7 +779,7 @@ TEST(SealKiosk, RefusesNullElements)
     key_lists.is_refused({1}, keys.null_alone.get(), {52, 0, 8, ".keys"});
     key_lists.is_refused({-1}, keys.null_between.get(), {52, 0, 16, ".keys"});
 
-    const Sender pair_lists("kiosk", {"pairs"});
+    const Sender pair_lists("kiosk", {"key-pairs"});
     mdm_kiosk_key_pair_t pair{1, 2};
     const Lists pairs({&pair, &pair});
     pair_lists.is_sealed_if_announced(pairs.whole.get());
@@ -791,9 +791,9 @@ TEST(SealContainer, RefusesWhatIsMissingAndNegativeSizes)
 {
     mdm_container_item_t item{1, a, nullptr};
     Sender("container", {"item", "short-item"}).is_sealed_if_announced(&item);
-    expect_raw_bytes(Sender("container", {"raw"}));
-    Sender("container", {"nothing"}).is_sealed({5, -1, INT32_MAX}, nullptr);
-    Sender("container", {"nothing"}).is_refused({0, 9}, some_bytes, unfit_size);
+    expect_raw_bytes(Sender("container", {"data"}));
+    Sender("container", {"head"}).is_sealed({5, -1, INT32_MAX}, nullptr);
+    Sender("container", {"head"}).is_refused({0, 9}, some_bytes, unfit_size);
 }
 
 // The stored size.
