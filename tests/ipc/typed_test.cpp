@@ -331,6 +331,19 @@ TEST_P(TypedForms, AreTheSameInAUsedMessage)
     EXPECT_EQ(second.type, category_of(typed).last_type());
 }
 
+size_t width_of(const Field &field)
+{
+    return field.type == Type::text ? sizeof(char *) : field.type == Type::byte ? 1 : 4;
+}
+
+// Whether the body holds the same as another one.
+bool has_same(const Field &field, const mdm_body_t &body, const void *other)
+{
+    const auto *bytes = reinterpret_cast<const char *>(&body);
+    return std::memcmp(bytes + field.offset, static_cast<const char *>(other) + field.offset,
+                       width_of(field)) == 0;
+}
+
 TEST_P(TypedForms, KeepTheCallersWords)
 {
     const TypedForm &typed = GetParam();
@@ -350,14 +363,44 @@ TEST_P(TypedForms, KeepTheCallersWords)
         const bool is_callers = name.starts_with("aux") || name == "param" || name == "param2" ||
                                 (name == "pkg" && category.data != no_offset);
         if (is_callers && !form_of(category, selecting(typed).front()).is_in_param) {
-            const size_t size = member.type == Type::text ? sizeof(char *) : sizeof(uint32_t);
-            EXPECT_EQ(std::memcmp(reinterpret_cast<const char *>(&msg.body) + member.offset,
-                                  reinterpret_cast<const char *>(&before.body) + member.offset,
-                                  size),
-                      0)
-                << name;
+            EXPECT_TRUE(has_same(member, msg.body, &before.body)) << name;
         }
     }
+}
+
+// A payload of the body's own fields is put into these fields, and every other field that a form of
+// the category sends is zero.
+TEST(TypedFilling, PutsEachFieldInItsPlace)
+{
+    const mdm_body_t zero{};
+    for (const TypedForm &typed : typed_forms()) {
+        const CategoryFormat &category = category_of(typed);
+        const Form &form = form_of(category, selecting(typed).front());
+        if (form.payload != Payload::body || typed.first_type == MDM_TYPE_LOG_MANAGER) {
+            continue;
+        }
+        SCOPED_TRACE(mdm_form_name(typed.form));
+        mdm_msg_t msg{};
+        std::memset(&msg, 0x5A, sizeof msg);
+        msg.type = typed.first_type;
+        ASSERT_TRUE(typed.fill(msg, selecting(typed).front(), typed.payload));
+        for (const Form &any : category.forms) {
+            for (const Field &field : any.fields) {
+                const bool travels = std::ranges::find(form.fields, field.offset, &Field::offset) !=
+                                     form.fields.end();
+                EXPECT_TRUE(has_same(field, msg.body, travels ? typed.payload : &zero))
+                    << field.path;
+            }
+        }
+    }
+    mdm_msg_t msg{};
+    const char text[] = "text";
+    ASSERT_TRUE(mdm_log_manager_set_text(&msg, text));
+    EXPECT_EQ(mdm_log_manager_text(&msg), text);
+    ASSERT_TRUE(mdm_log_manager_set_byte(&msg, 1, 0xFE));
+    EXPECT_EQ(msg.body.log_manager.value.word, 0xFEU);
+    ASSERT_TRUE(mdm_app_cb_set_head(&msg, 2));
+    EXPECT_EQ(msg.body.app_cb.str7, nullptr);
 }
 
 TEST(TypedFilling, RefusesAMissingPayload)
