@@ -15,11 +15,7 @@
  *         std::cerr << "refused: " << mdm::describe(opened.error()).c_str() << '\n';
  *         return;
  *     }
- *     const mdm_msg_t &msg = **opened;
- *     if (msg.type != 39 || msg.body.email.type != 363) {
- *         return;
- *     }
- *     const auto *accounts = static_cast<const GList *>(msg.body.email.data);
+ *     const GList *accounts = mdm_email_accounts(opened->get());
  *     for (const auto &account : mdm::list<mdm_email_account_t>(accounts)) {
  *         std::cout << account.num0 << ' ' << mdm::text(account.str9) << '\n';
  *     }

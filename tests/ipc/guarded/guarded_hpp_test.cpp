@@ -207,7 +207,7 @@ public:
     Cells(std::initializer_list<T *> elements)
     {
         for (T *element : elements) {
-            head_ = g_list_append(head_, element);
+            head_ = g_list_append(head_, mdm_unconst(element));
         }
     }
     ~Cells() { g_list_free(head_); }
@@ -221,22 +221,14 @@ private:
 };
 
 // A sealed list of wifi names; "" becomes null on its way.
-mdm::SealedBytes sealed_names(std::initializer_list<char *> names)
+mdm::SealedBytes sealed_names(std::initializer_list<const char *> names)
 {
     const Cells cells(names);
     mdm_msg_t msg{};
-    msg.type = 7;
-    msg.body.wifi.type = 290;
-    msg.body.wifi.data_size = 1;
-    msg.body.wifi.data = cells.head();
+    EXPECT_TRUE(mdm_wifi_set_ssids(&msg, MDM_WIFI_SSIDS_290, cells.head()));
     auto sealed = mdm::seal(msg);
     EXPECT_TRUE(sealed);
     return std::move(*sealed);
-}
-
-const GList *wifi_names(const mdm::Message &msg)
-{
-    return static_cast<const GList *>(msg->body.wifi.data);
 }
 
 // Opening.
@@ -513,9 +505,7 @@ TEST(Owner, GivesAway)
 
 TEST(Guarded, AllocatesNothingOfItsOwn)
 {
-    char office[] = "office";
-    char none[] = "";
-    const mdm::SealedBytes names = sealed_names({office, none});
+    const mdm::SealedBytes names = sealed_names({"office", ""});
     size_t count = 0;
     const size_t before = news;
     {
@@ -524,7 +514,7 @@ TEST(Guarded, AllocatesNothingOfItsOwn)
         const auto refused = mdm::open(cut_packet);
         const auto reason = mdm::describe(refused.error());
         const auto moved = std::move(opened);
-        for (const string_view name : mdm::list<string_view>(wifi_names(*moved))) {
+        for (const string_view name : mdm::list<string_view>(mdm_wifi_ssids(moved->get()))) {
             count += name.size();
         }
         count += reason.view().size() + sealed->size();
@@ -590,11 +580,9 @@ TEST(List, BeginsAtTheGivenCell)
 
 TEST(List, HasTextsThatMayBeNull)
 {
-    char office[] = "office";
-    char none[] = "";
-    const auto opened = mdm::open(sealed_names({office, none, office}));
+    const auto opened = mdm::open(sealed_names({"office", "", "office"}));
     ASSERT_TRUE(opened);
-    const auto list = mdm::list<string_view>(wifi_names(*opened));
+    const auto list = mdm::list<string_view>(mdm_wifi_ssids(opened->get()));
     std::vector<string_view> names;
     for (const string_view name : list) {
         names.push_back(name);
@@ -641,11 +629,9 @@ static_assert(std::ranges::sized_range<const mdm::SealedBytes>);
 
 TEST(List, ServesTheAlgorithmsOfRanges)
 {
-    char office[] = "office";
-    char none[] = "";
-    const auto opened = mdm::open(sealed_names({office, none}));
+    const auto opened = mdm::open(sealed_names({"office", ""}));
     ASSERT_TRUE(opened);
-    const GList *names = wifi_names(*opened);
+    const GList *names = mdm_wifi_ssids(opened->get());
     // The iterator outlives the list that it comes from.
     const auto found = std::ranges::find(mdm::list<string_view>(names), "");
     EXPECT_EQ(found, std::ranges::next(mdm::list<string_view>(names).begin()));
