@@ -607,8 +607,11 @@ TEST(List, HasIteratorsThatGoTheirOwnWays)
     EXPECT_EQ(*copy, 7U);
     EXPECT_NE(it, copy);
     EXPECT_EQ(it, std::next(copy));
+    const mdm::ListIterator<uint32_t> end;
+    EXPECT_NE(it, end);
+    EXPECT_NE(end, it);
     EXPECT_EQ(&++it, &it);
-    EXPECT_EQ(it, mdm::ListIterator<uint32_t>());
+    EXPECT_EQ(it, end);
 }
 
 template <class T>
