@@ -52,8 +52,9 @@
 
 /** The C++ layer of the library. */
 namespace mdm {
-// A static library also has names in the namespace mdm. The names of this header are never theirs.
-/** What mdm/guarded.hpp declares. Programs write `mdm::open`. */
+// The library's own sources have names in the namespace mdm, too, and a program may link them
+// statically. The inner namespace keeps the names of this header apart from them.
+/** The declarations of mdm/guarded.hpp. Programs write `mdm::open`. */
 inline namespace guarded {
 
 /** Closes an opened message, for #Message. */
@@ -69,8 +70,8 @@ struct FreeBlock {
 };
 
 /**
- * The owner of an opened message. It closes the message with ipc_close(). A program can also give
- * it a message that ipc_open() has returned.
+ * The owner of an opened message. It closes the message with ipc_close(). It can also be made of a
+ * pointer that ipc_open() has returned.
  */
 using Message = std::unique_ptr<mdm_msg_t, CloseMessage>;
 
@@ -129,8 +130,8 @@ private:
 /**
  * A value, or the fault of a refusal.
  *
- * The functions never return a #Message or a SealedBytes that is empty as a value. A result whose
- * value was moved away still has a value, an empty one.
+ * A value that open() or seal() returns is never empty. A result whose value was moved away still
+ * has a value, an empty one.
  */
 template <class T>
 class [[nodiscard]] Result {
@@ -249,7 +250,7 @@ inline constexpr bool is_byte = std::is_same_v<T, std::byte> ||
  * @tparam Bytes  any type that std::data() and std::size() take, with elements of one byte:
  *                std::uint8_t, char, std::byte. An array counts as a whole, and a string literal
  *                with its terminator.
- * @param bytes  the received bytes, not one more; not changed and not kept.
+ * @param bytes  exactly the received bytes; not changed and not kept.
  *
  * @return The message, or the fault.
  */
