@@ -5,7 +5,9 @@
 # usage: layout_test.sh LAYOUT HEADERS_DIRECTORY
 set -eu
 
-records=$(find "$2" -name '*.h' -exec sed -n 's/^} \([a-z0-9_]*\);$/\1/p' {} +)
+# The end of an enumeration looks like that of a record.
+records=$(find "$2" -name '*.h' -exec awk '/^typedef / { is_record = $2 != "enum" }
+    is_record && /^} [a-z0-9_]*;$/ { print substr($2, 1, length($2) - 1) }' {} +)
 members=$(sed -n 's/^ *mdm_[a-z0-9_]*_info_t \([a-z0-9_]*\);.*/\1/p' "$2/mdm/message.h")
 if [ -z "$records" ] || [ -z "$members" ]; then
     echo "no record or no member in $2"
