@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 # Uses an installed copy of the library as another project would.
-# usage: installed_test.sh pkg-config|cmake|readme SOURCE_DIR INSTALLED_DIR WORK_DIR
+# usage: installed_test.sh pkg-config|cmake|readme|values SOURCE_DIR INSTALLED_DIR WORK_DIR
 # environment: CC, CXX, MDM_BUILD_DIR; LIBDIR, the library's folder below INSTALLED_DIR; and
 # README_SHOWS, what README's example prints
 set -eu
@@ -26,6 +26,14 @@ build_and_run() {
     "$work/program"
 }
 
+# The blocks of a page that have a language, one after the other.
+blocks_of() {
+    awk -v fence="\`\`\`$2" '
+        $0 == fence { inside = 1; next }
+        /^```$/ { inside = 0 }
+        inside' "$source_dir/$1"
+}
+
 build_and_run_with_cmake() {
     "$source_dir/tests/configure_once.sh" -B "$work/$1" -G Ninja \
         -S "$source_dir/tests/abi/consumer" -D CMAKE_PREFIX_PATH="$installed" \
@@ -44,9 +52,14 @@ cmake)
     build_and_run_with_cmake CXX "$cxx_source"
     ;;
 readme)
-    awk '/^```c$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$source_dir/README.md" \
-        >"$work/example.c"
+    blocks_of README.md c >"$work/example.c"
     [ "$(build_and_run "$CC" -std=c11 "$work/example.c")" = "$README_SHOWS" ]
+    ;;
+values)
+    blocks_of docs/values.md cpp >"$work/example.cpp"
+    blocks_of docs/values.md text >"$work/shown"
+    build_and_run "$CXX" -std=c++11 "$work/example.cpp" >"$work/printed"
+    diff "$work/shown" "$work/printed"
     ;;
 *)
     echo "$0: no such test: $1" >&2

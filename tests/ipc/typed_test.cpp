@@ -344,6 +344,7 @@ bool has_same(const Field &field, const mdm_body_t &body, const void *other)
                        width_of(field)) == 0;
 }
 
+// Also in a message that has no category yet.
 TEST_P(TypedForms, KeepTheCallersWords)
 {
     const TypedForm &typed = GetParam();
@@ -351,19 +352,25 @@ TEST_P(TypedForms, KeepTheCallersWords)
         return;
     }
     const CategoryFormat &category = category_of(typed);
-    mdm_msg_t msg{};
-    std::memset(&msg, 0x5A, sizeof msg);
-    msg.type = typed.first_type;
-    mdm_msg_t before;
-    std::memcpy(&before, &msg, sizeof msg);
-    ASSERT_TRUE(typed.fill(msg, selecting(typed).front(), typed.payload));
-    EXPECT_EQ(std::memcmp(&msg, &before, offsetof(mdm_msg_t, body)), 0);
-    for (const Field &member : category.members) {
-        const std::string name = std::string(member.path).substr(strlen(category.name) + 1);
-        const bool is_callers = name.starts_with("aux") || name == "param" || name == "param2" ||
-                                (name == "pkg" && category.data != no_offset);
-        if (is_callers && !form_of(category, selecting(typed).front()).is_in_param) {
-            EXPECT_TRUE(has_same(member, msg.body, &before.body)) << name;
+    const uint32_t discriminator = selecting(typed).front();
+    const bool has_param = !form_of(category, discriminator).is_in_param;
+    for (const uint8_t type_before : {typed.first_type, uint8_t{0}}) {
+        mdm_msg_t msg{};
+        std::memset(&msg, 0x5A, sizeof msg);
+        msg.type = type_before;
+        mdm_msg_t before;
+        std::memcpy(&before, &msg, sizeof msg);
+        ASSERT_TRUE(typed.fill(msg, discriminator, typed.payload));
+        before.type = typed.first_type;
+        EXPECT_EQ(std::memcmp(&msg, &before, offsetof(mdm_msg_t, body)), 0);
+        for (const Field &member : category.members) {
+            const std::string name = std::string(member.path).substr(strlen(category.name) + 1);
+            const bool is_callers = name.starts_with("aux") || name == "param2" ||
+                                    (name == "param" && has_param) ||
+                                    (name == "pkg" && category.data != no_offset);
+            if (is_callers) {
+                EXPECT_TRUE(has_same(member, msg.body, &before.body)) << name;
+            }
         }
     }
 }

@@ -9,6 +9,7 @@
 
 #include "mdm/device_policy_manager.hpp"
 #include "support/value_class.hpp"
+#include "values/comparison.hpp"
 
 namespace mdm::test {
 
@@ -80,10 +81,12 @@ namespace {
 using CallHistoryClasses = ::testing::Types<Details, Event, QueryParameter, PurgeStatus>;
 INSTANTIATE_TYPED_TEST_SUITE_P(CallHistory, ValueClass, CallHistoryClasses);
 INSTANTIATE_TYPED_TEST_SUITE_P(CallHistory, ExportedClass, CallHistoryClasses);
+INSTANTIATE_TYPED_TEST_SUITE_P(CallHistory, Comparison, CallHistoryClasses);
 
 using CallHistoryNullables =
     ::testing::Types<Number, UnsignedNumber, Wide, UnsignedWide, Text, Nullable<Details>>;
 INSTANTIATE_TYPED_TEST_SUITE_P(CallHistoryNullables, ValueClass, CallHistoryNullables);
+INSTANTIATE_TYPED_TEST_SUITE_P(CallHistoryNullables, Comparison, CallHistoryNullables);
 
 TEST(CallHistory, DefaultEventHoldsNothing)
 {

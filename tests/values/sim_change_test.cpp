@@ -7,6 +7,7 @@
 
 #include "mdm/device_policy_manager.hpp"
 #include "support/value_class.hpp"
+#include "values/comparison.hpp"
 
 namespace mdm::test {
 
@@ -46,9 +47,11 @@ namespace {
 using SimChangeClasses = ::testing::Types<SimDetails, SimChange>;
 INSTANTIATE_TYPED_TEST_SUITE_P(SimChange, ValueClass, SimChangeClasses);
 INSTANTIATE_TYPED_TEST_SUITE_P(SimChange, ExportedClass, SimChangeClasses);
+INSTANTIATE_TYPED_TEST_SUITE_P(SimChange, Comparison, SimChangeClasses);
 
 using SimChangeNullables = ::testing::Types<Nullable<SimDetails>>;
 INSTANTIATE_TYPED_TEST_SUITE_P(SimChangeNullables, ValueClass, SimChangeNullables);
+INSTANTIATE_TYPED_TEST_SUITE_P(SimChangeNullables, Comparison, SimChangeNullables);
 
 SimDetails details_named(const std::string &name)
 {
