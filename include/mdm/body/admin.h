@@ -3,6 +3,35 @@
  * @file
  * Body of message types 1 and 2: registration of management clients with the server. The rules of
  * mdm/body/head.h hold, but the body has no head.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     mdm_admin_set_query(&sent, "org.example.agent", 1);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_admin_info_t *opened = mdm_admin_query(received);
+ *     if (opened != NULL) {
+ *         printf("%s has status %d\n", opened->pkg, opened->status);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: org.example.agent has status 1
+ * @endcode
  */
 #ifndef MDM_BODY_ADMIN_H
 #define MDM_BODY_ADMIN_H

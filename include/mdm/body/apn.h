@@ -2,6 +2,42 @@
 /**
  * @file
  * Body of message types 21 and 22: access-point profiles for mobile data.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_apn_account_t profile = {
+ *         .num0 = 1,
+ *         .profile_name = mdm_text("internet"),
+ *         .str3 = mdm_text("apn.example.org"),
+ *     };
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_apn_set_profile(&sent, MDM_APN_PROFILE_387, &profile)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the profile stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_apn_account_t *opened = mdm_apn_profile(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %s\n", opened->profile_name, opened->str3);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: internet: apn.example.org
+ * @endcode
  */
 #ifndef MDM_BODY_APN_H
 #define MDM_BODY_APN_H

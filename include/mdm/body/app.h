@@ -2,6 +2,38 @@
 /**
  * @file
  * Body of message type 13: application-management policies.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     GList *packages = g_list_prepend(NULL, mdm_text("org.example.mail"));
+ *     packages = g_list_prepend(packages, mdm_text("org.example.camera"));
+ *     mdm_msg_t sent = {0};
+ *     const bool is_filled = mdm_app_set_packages(&sent, MDM_APP_PACKAGES_4, packages);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
+ *     g_list_free(packages);  // the cells are ours; the names are literals
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     for (const GList *cell = mdm_app_packages(received); cell != NULL; cell = cell->next) {
+ *         printf("%s\n", (const char *)cell->data);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: org.example.camera
+ * // prints: org.example.mail
+ * @endcode
  */
 #ifndef MDM_BODY_APP_H
 #define MDM_BODY_APP_H

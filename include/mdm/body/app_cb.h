@@ -2,6 +2,37 @@
 /**
  * @file
  * Body of message type 61: details of an application event.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_app_cb_set_detail(&sent, MDM_APP_CB_DETAIL_0, 9, "org.example.app", "started")) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the texts stay ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_app_cb_info_t *opened = mdm_app_cb_detail(received);
+ *     if (opened != NULL) {
+ *         printf("%u: %s %s\n", opened->num6, opened->str7, opened->str8);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 9: org.example.app started
+ * @endcode
  */
 #ifndef MDM_BODY_APP_CB_H
 #define MDM_BODY_APP_CB_H

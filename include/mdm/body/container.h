@@ -2,6 +2,39 @@
 /**
  * @file
  * Body of message types 47 and 48: container policies.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_container_item_t item = {
+ *         .num0 = 5, .str1 = mdm_text("work"), .str2 = mdm_text("owner")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_container_set_item(&sent, &item)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_container_item_t *opened = mdm_container_item(received);
+ *     if (opened != NULL) {
+ *         printf("%u: %s, %s\n", opened->num0, opened->str1, opened->str2);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 5: work, owner
+ * @endcode
  */
 #ifndef MDM_BODY_CONTAINER_H
 #define MDM_BODY_CONTAINER_H

@@ -2,6 +2,39 @@
 /**
  * @file
  * Body of message types 11 and 12: Exchange ActiveSync accounts.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_eas_account_t account = {
+ *         .num0 = 1, .str6 = mdm_text("user@example.org"), .str8 = mdm_text("user")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_eas_set_account(&sent, &account)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the account stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_eas_account_t *opened = mdm_eas_account(received);
+ *     if (opened != NULL) {
+ *         printf("%s, %s\n", opened->str6, opened->str8);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: user@example.org, user
+ * @endcode
  */
 #ifndef MDM_BODY_EAS_H
 #define MDM_BODY_EAS_H

@@ -2,6 +2,39 @@
 /**
  * @file
  * Body of message types 39 and 40: mail accounts.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_email_account_t account = {
+ *         .num0 = 1, .str13 = mdm_text("user@example.org"), .str21 = mdm_text("mail.example.org")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_email_set_account(&sent, &account)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the account stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_email_account_t *opened = mdm_email_account(received);
+ *     if (opened != NULL) {
+ *         printf("%s at %s\n", opened->str13, opened->str21);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: user@example.org at mail.example.org
+ * @endcode
  */
 #ifndef MDM_BODY_EMAIL_H
 #define MDM_BODY_EMAIL_H

@@ -2,6 +2,41 @@
 /**
  * @file
  * Body of message types 45 and 46: kiosk-mode policies.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_kiosk_key_pair_t home = {.key = 1, .value = 0};
+ *     const mdm_kiosk_key_pair_t back = {.key = 2, .value = 1};
+ *     GList *pairs = g_list_append(NULL, mdm_unconst(&home));
+ *     pairs = g_list_append(pairs, mdm_unconst(&back));
+ *     mdm_msg_t sent = {0};
+ *     const bool is_filled = mdm_kiosk_set_key_pairs(&sent, pairs);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
+ *     g_list_free(pairs);  // the cells are ours, and the pairs stay ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     for (const GList *cell = mdm_kiosk_key_pairs(received); cell != NULL; cell = cell->next) {
+ *         const mdm_kiosk_key_pair_t *pair = (const mdm_kiosk_key_pair_t *)cell->data;
+ *         printf("key %u: %u\n", pair->key, pair->value);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: key 1: 0
+ * // prints: key 2: 1
+ * @endcode
  */
 #ifndef MDM_BODY_KIOSK_H
 #define MDM_BODY_KIOSK_H

@@ -3,6 +3,35 @@
  * @file
  * Body of message types 51 and 52: log-manager policies. The rules of mdm/body/head.h hold, but the
  * body has no head.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     mdm_log_manager_set_text(&sent, "verbose");
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const char *opened = mdm_log_manager_text(received);
+ *     if (opened != NULL) {
+ *         printf("%s\n", opened);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: verbose
+ * @endcode
  */
 #ifndef MDM_BODY_LOG_MANAGER_H
 #define MDM_BODY_LOG_MANAGER_H

@@ -2,6 +2,39 @@
 /**
  * @file
  * Body of message types 17 and 18: policies that belong to no other category.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_book_info_t book = {.url = mdm_text("https://example.org/"),
+ *                                   .title = mdm_text("Example")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_misc_set_book(&sent, MDM_MISC_BOOK_281, &book)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the bookmark stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_book_info_t *opened = mdm_misc_book(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %s\n", opened->title, opened->url);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: Example: https://example.org/
+ * @endcode
  */
 #ifndef MDM_BODY_MISC_H
 #define MDM_BODY_MISC_H

@@ -2,6 +2,38 @@
 /**
  * @file
  * Body of message types 35 and 36: policies on the phone's resources (data, calls, messages).
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_phone_res_item_t item = {.str0 = mdm_text("month"), .str2 = mdm_text("500")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_phone_res_set_item(&sent, MDM_PHONE_RES_ITEM_394, &item)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_phone_res_item_t *opened = mdm_phone_res_item(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %s\n", opened->str0, opened->str2);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: month: 500
+ * @endcode
  */
 #ifndef MDM_BODY_PHONE_RES_H
 #define MDM_BODY_PHONE_RES_H

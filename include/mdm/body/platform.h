@@ -3,6 +3,35 @@
  * @file
  * Body of message types 53 and 54: platform policies. The rules of mdm/body/head.h hold, but the
  * body has no head.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     mdm_platform_set_flag(&sent, "update", 7, 1);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_platform_info_t *opened = mdm_platform_flag(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %u, %u\n", opened->text, opened->number, opened->flag);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: update: 7, 1
+ * @endcode
  */
 #ifndef MDM_BODY_PLATFORM_H
 #define MDM_BODY_PLATFORM_H

@@ -2,6 +2,38 @@
 /**
  * @file
  * Body of message types 3 and 4: password policies.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_pwd_policy_t policy = {.num0 = 8, .num1 = 30, .str9 = mdm_text("secret")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_pwd_set_policy(&sent, &policy)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the policy stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_pwd_policy_t *opened = mdm_pwd_policy(received);
+ *     if (opened != NULL) {
+ *         printf("%u, %u, %s\n", opened->num0, opened->num1, opened->str9);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 8, 30, secret
+ * @endcode
  */
 #ifndef MDM_BODY_PWD_H
 #define MDM_BODY_PWD_H

@@ -2,6 +2,40 @@
 /**
  * @file
  * Body of message types 7 and 8: Wi-Fi policies.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_wifi_detail_t detail = {.w0 = {.number = 42}};
+ *     const mdm_wifi_network_t network = {
+ *         .ssid = mdm_text("office"), .detail_kind = 8, .detail = &detail};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_wifi_set_network(&sent, &network)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the network stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_wifi_network_t *opened = mdm_wifi_network(received);
+ *     if (opened != NULL) {
+ *         printf("%s, kind %d\n", opened->ssid, opened->detail_kind);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: office, kind 8
+ * @endcode
  */
 #ifndef MDM_BODY_WIFI_H
 #define MDM_BODY_WIFI_H
