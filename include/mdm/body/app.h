@@ -3,6 +3,9 @@
  * @file
  * Body of message type 13: application-management policies.
  *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
  * @code{.c}
  * #include <mdm/guarded.h>
  * #include <stdio.h>
@@ -40,31 +43,27 @@
 
 #include "mdm/body/app_head.h"
 
-/** Two strings, sent in the order of the fields. */
+/** Two strings. */
 typedef struct mdm_app_pair_t {
-    /** @{ Server and clients agree on its meaning. */
-    char *first;
-    char *second;
-    /** @} */
+    char *first;  /**< 1st. */
+    char *second; /**< 2nd. */
 } mdm_app_pair_t;
 
-/** Two numbers, sent in the order of the fields. */
+/** Two numbers. */
 typedef struct mdm_app_num_pair_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num1;
-    uint32_t num2;
-    /** @} */
+    uint32_t num1; /**< 1st. */
+    uint32_t num2; /**< 2nd. */
 } mdm_app_num_pair_t;
 
 /**
  * Body of the application category.
  *
- * | `type`    | `data` points to                                                         |
- * |-----------|--------------------------------------------------------------------------|
- * | 4, 15     | GList of strings (package names)                                         |
- * | 140, 141  | one ::mdm_app_num_pair_t; the sender sets `data_size` to 8               |
- * | 184, 185  | one ::mdm_app_pair_t                                                     |
- * | any other | `data_size` raw bytes                                                    |
+ * | `type`    | constants            | `data` points to                                           |
+ * |-----------|----------------------|------------------------------------------------------------|
+ * | 4, 15     | `MDM_APP_PACKAGES_*` | GList of strings (package names)                           |
+ * | 140, 141  | `MDM_APP_NUM_PAIR_*` | one ::mdm_app_num_pair_t; the sender sets `data_size` to 8 |
+ * | 184, 185  | `MDM_APP_PAIR_*`     | one ::mdm_app_pair_t                                       |
+ * | any other |                      | `data_size` raw bytes                                      |
  *
  * The sender sets `data_size`; the codec never changes it. A value below 1 sends the head alone,
  * and the receiver's `data` becomes null. With 1 or more, a pair must not be missing (Q-APP-2). For

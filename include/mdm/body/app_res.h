@@ -3,6 +3,9 @@
  * @file
  * Body of message type 14: lists of application policies.
  *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
  * @code{.c}
  * #include <mdm/guarded.h>
  * #include <stdio.h>
@@ -43,29 +46,29 @@
 
 #include "mdm/body/app_head.h"
 
-/** A number with a name. `name` is sent first. */
+/** A number with a name. */
 typedef struct mdm_app_res_item_t {
-    char *name; /**< Must not be null. The count and the size include an item without a name, but it
-                     is not written: it arrives at the end of the list, with no name and the
-                     value 0 (Q-APP_RES-1). */
-    uint32_t value; /**< Server and clients agree on its meaning. */
+    char *name;     /**< 1st. Must not be null. The count and the size include an item without a
+                         name, but it is not written: it arrives at the end of the list, with no
+                         name and the value 0 (Q-APP_RES-1). */
+    uint32_t value; /**< 2nd. */
 } mdm_app_res_item_t;
 
 /** One client's package list. */
 typedef struct mdm_app_control_info_t {
-    int32_t client_id; /**< The client that the list belongs to. */
-    GList *pkg_list;   /**< GList of strings (package names); null if empty. */
+    int32_t client_id; /**< 1st. The client that the list belongs to. */
+    GList *pkg_list;   /**< 2nd. GList of strings (package names); null if empty. */
 } mdm_app_control_info_t;
 
 /**
  * Body of the app_res category.
  *
- * | `type`                                            | `data` points to                       |
- * |---------------------------------------------------|----------------------------------------|
- * | 3, 155, 159, 162, 168, 169, 170, 171, 176, 177    | GList of strings (package names)       |
- * | 140, 141, 142                                     | GList of ::mdm_app_res_item_t          |
- * | 172, 173, 174, 175                                | GList of ::mdm_app_control_info_t      |
- * | any other                                         | `data_size` raw bytes                  |
+ * | `type`                                         | constants                | `data` points to                  |
+ * |------------------------------------------------|--------------------------|-----------------------------------|
+ * | 3, 155, 159, 162, 168, 169, 170, 171, 176, 177 | `MDM_APP_RES_PACKAGES_*` | GList of strings (package names)  |
+ * | 140, 141, 142                                  | `MDM_APP_RES_ITEMS_*`    | GList of ::mdm_app_res_item_t     |
+ * | 172, 173, 174, 175                             | `MDM_APP_RES_CONTROLS_*` | GList of ::mdm_app_control_info_t |
+ * | any other                                      |                          | `data_size` raw bytes             |
  *
  * The sender sets `data_size`; the codec never changes it. A value below 1 sends the head alone,
  * and the receiver's `data` becomes null. For a list any value of 1 or more will do.

@@ -43,10 +43,10 @@
 /**
  * Body of the Bluetooth category.
  *
- * | `type`                                            | `data` points to                  |
- * |---------------------------------------------------|-----------------------------------|
- * | 91, 220 to 225, 227, 230, 231, 233, 234, 235, 237 | GList of strings (device names)   |
- * | any other                                         | `data_size` raw bytes             |
+ * | `type`                                            | constants               | `data` points to                |
+ * |---------------------------------------------------|-------------------------|---------------------------------|
+ * | 91, 220 to 225, 227, 230, 231, 233, 234, 235, 237 | `MDM_BLUETOOTH_NAMES_*` | GList of strings (device names) |
+ * | any other                                         |                         | `data_size` raw bytes           |
  *
  * The sender sets `data_size`; sending never stores it. A value below 1 sends the head alone, and
  * the receiver's `data` keeps the value of its record (Q-BODY-6). For a list any value of 1 or more

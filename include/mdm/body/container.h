@@ -3,6 +3,9 @@
  * @file
  * Body of message types 47 and 48: container policies.
  *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
  * @code{.c}
  * #include <mdm/guarded.h>
  * #include <stdio.h>
@@ -41,35 +44,30 @@
 
 #include "mdm/body/head.h"
 
-/** A number and two strings, sent in the order of the fields. */
+/** A number and two strings. */
 typedef struct mdm_container_item_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    char *str1;
-    char *str2;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    char *str1;    /**< 2nd. */
+    char *str2;    /**< 3rd. */
 } mdm_container_item_t;
 
 /**
- * A number and a string, sent in the order of the fields. The record is the beginning of an
- * ::mdm_container_item_t (Q-CONTAINER-1).
+ * A number and a string. The record is the beginning of an ::mdm_container_item_t (Q-CONTAINER-1).
  */
 typedef struct mdm_container_short_item_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    char *str1;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    char *str1;    /**< 2nd. */
 } mdm_container_short_item_t;
 
 /**
  * Body of the container category.
  *
- * | `type`        | `data` points to                                                           |
- * |---------------|----------------------------------------------------------------------------|
- * | 628           | one ::mdm_container_item_t                                                 |
- * | 629           | one ::mdm_container_short_item_t                                           |
- * | 630, 631, 632 | `data_size` raw bytes                                                      |
- * | any other     | nothing: the head travels alone                                            |
+ * | `type`        | constants                  | `data` points to                 |
+ * |---------------|----------------------------|----------------------------------|
+ * | 628           | `MDM_CONTAINER_ITEM`       | one ::mdm_container_item_t       |
+ * | 629           | `MDM_CONTAINER_SHORT_ITEM` | one ::mdm_container_short_item_t |
+ * | 630, 631, 632 | `MDM_CONTAINER_DATA_*`     | `data_size` raw bytes            |
+ * | any other     |                            | nothing: the head travels alone  |
  *
  * `data_size` is compared with 0 (Q-BODY-2). If it is 0, or if `data` is null, the head travels
  * alone (Q-BODY-3). A received 0 makes `data` null. The sender sets another value. For 628 and 629

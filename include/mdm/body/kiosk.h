@@ -3,6 +3,9 @@
  * @file
  * Body of message types 45 and 46: kiosk-mode policies.
  *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
  * @code{.c}
  * #include <mdm/guarded.h>
  * #include <stdio.h>
@@ -43,21 +46,21 @@
 
 #include "mdm/body/head.h"
 
-/** The setting of one hardware key, sent in the order of the fields. */
+/** The setting of one hardware key. */
 typedef struct mdm_kiosk_key_pair_t {
-    uint32_t key;   /**< The hardware key: a number on which server and clients agree. */
-    uint32_t value; /**< Its setting. */
+    uint32_t key;   /**< 1st. The hardware key. */
+    uint32_t value; /**< 2nd. Its setting. */
 } mdm_kiosk_key_pair_t;
 
 /**
  * Body of the kiosk category.
  *
- * | `type`    | `data` points to                                                         |
- * |-----------|--------------------------------------------------------------------------|
- * | 612, 614  | a string                                                                 |
- * | 618, 621  | GList of pointers to heap-allocated `uint32_t` (hardware keys)           |
- * | 619       | GList of ::mdm_kiosk_key_pair_t                                          |
- * | any other | `data_size` raw bytes                                                    |
+ * | `type`    | constants             | `data` points to                                               |
+ * |-----------|-----------------------|----------------------------------------------------------------|
+ * | 612, 614  | `MDM_KIOSK_TEXT_*`    | a string                                                       |
+ * | 618, 621  | `MDM_KIOSK_KEYS_*`    | GList of pointers to heap-allocated `uint32_t` (hardware keys) |
+ * | 619       | `MDM_KIOSK_KEY_PAIRS` | GList of ::mdm_kiosk_key_pair_t                                |
+ * | any other |                       | `data_size` raw bytes                                          |
  *
  * `data_size` is compared with 0 (Q-BODY-2). If it is 0, or if `data` is null, the head travels
  * alone (Q-BODY-3). A received 0 makes `data` null. The sender sets another value. For the string

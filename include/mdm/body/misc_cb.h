@@ -3,6 +3,9 @@
  * @file
  * Body of message type 63: details of a miscellaneous event.
  *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
  * @code{.c}
  * #include <mdm/guarded.h>
  * #include <stdio.h>
@@ -41,8 +44,8 @@
 
 /**
  * Body of the miscellaneous callbacks: the callback head (see mdm/body/callback_head.h). For `type`
- * 0 and 1, a byte, a number and a string follow, in the order of the fields. ipc_free() releases
- * the string and sets it to null.
+ * 0 and 1 (`MDM_MISC_CB_DETAIL_*`), a byte, a number and a string follow. ipc_free() releases the
+ * string and sets it to null.
  *
  * An unknown `type` is the head alone (Q-CALLBACK-3). If a received `type` is unknown, or a
  * received `data_size` is 0 (Q-CALLBACK-2), these fields keep the values of the receiver's record.
@@ -51,10 +54,10 @@
 typedef struct mdm_misc_cb_info {
     /** @{ A field of the callback head: see #MDM_CALLBACK_HEAD. */
     MDM_CALLBACK_HEAD;
-    uint8_t flag6; /**< One byte on the wire, so the number after it is unaligned there
+    uint8_t flag6; /**< 5th. One byte on the wire, so the number after it is unaligned there
                         (Q-CALLBACK-5). */
-    uint32_t num7; /**< Server and clients agree on its meaning. */
-    char *str8;    /**< May be null. */
+    uint32_t num7; /**< 6th. */
+    char *str8;    /**< 7th. May be null. */
     /** @} */
 } mdm_misc_cb_info_t;
 

@@ -3,6 +3,9 @@
  * @file
  * Bodies of message types 15 (roaming) and 16 (roaming_res).
  *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
  * @code{.c}
  * #include <mdm/guarded.h>
  * #include <stdio.h>
@@ -44,7 +47,7 @@
 
 /** The record of a roaming policy: one string. */
 typedef struct mdm_roaming_data_t {
-    char *name; /**< Server and clients agree on its meaning. */
+    char *name; /**< 1st. */
 } mdm_roaming_data_t;
 
 /**
