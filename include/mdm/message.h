@@ -75,26 +75,27 @@ typedef union mdm_body {
 
 /**
  * A message. Server and clients give `hdr_byte`, the header words and `hdr_text` their meaning; the
- * codec only copies them.
+ * codec only copies them. The text of a field begins with its position on the wire, behind the
+ * length of the message (Q-ENVELOPE-3).
  *
  * Start with a zeroed record, `mdm_msg_t msg = {0};`, both for sending and for ipc_deserialize().
  *
  * Two threads must not use the same message at a time. They may use different messages.
  */
 typedef struct mdm_msg {
-    uint32_t hdr_aux;   /**< The caller's word: never sent, never read, never changed. */
-    uint8_t type;       /**< Message type, 1 to 80; selects the category of `body`. */
-    uint8_t hdr_byte;   /**< Sent unchanged. */
-    uint32_t hdr_word1; /**< Sent unchanged, like the other header words. */
-    uint32_t hdr_word2; /**< Server and clients agree on its meaning. */
-    char *hdr_text;     /**< A string; may be null. An empty text arrives as null. A received text
-                         belongs to the message. */
-    uint32_t hdr_word3; /**< Server and clients agree on its meaning. */
-    uint32_t hdr_word4; /**< Server and clients agree on its meaning. */
-    uint32_t hdr_word5; /**< Server and clients agree on its meaning. */
-    uint32_t hdr_word6; /**< Server and clients agree on its meaning. */
-    uint32_t hdr_word7; /**< Server and clients agree on its meaning. */
-    mdm_body_t body;    /**< The category's body. */
+    uint32_t hdr_aux;   /**< Never sent, never read, never changed: a word of the caller. */
+    uint8_t type;       /**< 1st. Message type, 1 to 80; selects the category of `body`. */
+    uint8_t hdr_byte;   /**< 2nd. */
+    uint32_t hdr_word1; /**< 3rd. */
+    uint32_t hdr_word2; /**< 4th. */
+    char *hdr_text;     /**< 5th. A string; may be null. An empty text arrives as null. A received
+                             text belongs to the message. */
+    uint32_t hdr_word3; /**< 6th. */
+    uint32_t hdr_word4; /**< 9th. */
+    uint32_t hdr_word5; /**< 10th. */
+    uint32_t hdr_word6; /**< 7th. */
+    uint32_t hdr_word7; /**< 8th. */
+    mdm_body_t body;    /**< 11th. The category's body. */
 } mdm_msg_t;
 
 /**

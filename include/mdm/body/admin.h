@@ -3,6 +3,38 @@
  * @file
  * Body of message types 1 and 2: registration of management clients with the server. The rules of
  * mdm/body/head.h hold, but the body has no head.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     mdm_admin_set_query(&sent, "org.example.agent", 1);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_admin_info_t *opened = mdm_admin_query(received);
+ *     if (opened != NULL) {
+ *         printf("%s has status %d\n", opened->pkg, opened->status);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: org.example.agent has status 1
+ * @endcode
  */
 #ifndef MDM_BODY_ADMIN_H
 #define MDM_BODY_ADMIN_H
@@ -12,20 +44,20 @@
 /**
  * Body of the admin category.
  *
- * For #IS_CLIENT_REGISTERED `type`, `pkg` and `status` travel. For every other discriminator
- * `type`, `value`, `pkg` and `text` travel. The receiver's other fields keep the values of its
- * record (Q-ADMIN-1). ipc_free() releases both strings and sets them to null.
+ * #IS_CLIENT_REGISTERED (0) is the query: `type`, `pkg` and `status` travel. Every other
+ * discriminator is the general form: `type`, `value`, `pkg` and `text` travel. The receiver's other
+ * fields keep the values of its record (Q-ADMIN-1). ipc_free() releases both strings and sets them
+ * to null.
  *
  * The log: ipc_serialize() and ipc_deserialize() log `pkg` of #IS_CLIENT_REGISTERED at level 0.
  */
 typedef struct mdm_admin_info {
-    uint32_t type;  /**< Discriminator; 0 is #IS_CLIENT_REGISTERED. */
-    uint32_t aux;   /**< A word of the caller: never sent, never touched. */
-    uint32_t value; /**< Sent for every discriminator except 0. */
-    char *pkg;      /**< Package name of the client; may be null. */
-    char *text;     /**< Second string, sent for every discriminator except 0; may be null. */
-    int32_t status; /**< Registration status, sent only for discriminator 0; the values are the
-                         server's and the clients' own. */
+    uint32_t type;  /**< 1st. The discriminator. */
+    uint32_t aux;   /**< Never sent, never touched: a word of the caller. */
+    uint32_t value; /**< General: 2nd. */
+    char *pkg;      /**< General: 3rd. Query: 2nd. The package name of the client; may be null. */
+    char *text;     /**< General: 4th. The second string; may be null. */
+    int32_t status; /**< Query: 3rd. The registration status. */
 } mdm_admin_info_t;
 
 /* The functions need the message, and the message needs the records above. */

@@ -2,41 +2,78 @@
 /**
  * @file
  * Body of message types 21 and 22: access-point profiles for mobile data.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_apn_account_t profile = {
+ *         .num0 = 1,
+ *         .profile_name = mdm_text("internet"),
+ *         .str3 = mdm_text("apn.example.org"),
+ *     };
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_apn_set_profile(&sent, MDM_APN_PROFILE_387, &profile)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the profile stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_apn_account_t *opened = mdm_apn_profile(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %s\n", opened->profile_name, opened->str3);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: internet: apn.example.org
+ * @endcode
  */
 #ifndef MDM_BODY_APN_H
 #define MDM_BODY_APN_H
 
 #include "mdm/body/head.h"
 
-/** An access-point profile: two numbers and thirteen strings, sent in the order of the fields. */
+/** An access-point profile: two numbers and thirteen strings. */
 typedef struct mdm_apn_account_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    uint32_t num1;
-    char *profile_name;
-    char *str3;
-    char *str4;
-    char *str5;
-    char *str6;
-    char *str7;
-    char *str8;
-    char *str9;
-    char *str10;
-    char *str11;
-    char *str12;
-    char *str13;
-    char *str14;
-    /** @} */
+    uint32_t num0;      /**< 1st. */
+    uint32_t num1;      /**< 2nd. */
+    char *profile_name; /**< 3rd. */
+    char *str3;         /**< 4th. */
+    char *str4;         /**< 5th. */
+    char *str5;         /**< 6th. */
+    char *str6;         /**< 7th. */
+    char *str7;         /**< 8th. */
+    char *str8;         /**< 9th. */
+    char *str9;         /**< 10th. */
+    char *str10;        /**< 11th. */
+    char *str11;        /**< 12th. */
+    char *str12;        /**< 13th. */
+    char *str13;        /**< 14th. */
+    char *str14;        /**< 15th. */
 } mdm_apn_account_t;
 
 /**
  * Body of the APN category.
  *
- * | `type`        | `data` points to                   |
- * |---------------|------------------------------------|
- * | 387, 393      | one ::mdm_apn_account_t            |
- * | 389, 390, 391 | GList of ::mdm_apn_account_t       |
- * | any other     | `data_size` raw bytes              |
+ * | `type`        | constants            | `data` points to             |
+ * |---------------|----------------------|------------------------------|
+ * | 387, 393      | `MDM_APN_PROFILE_*`  | one ::mdm_apn_account_t      |
+ * | 389, 390, 391 | `MDM_APN_PROFILES_*` | GList of ::mdm_apn_account_t |
+ * | any other     |                      | `data_size` raw bytes        |
  *
  * `data_size` is compared with 0 (Q-BODY-2). If it is 0, or if `data` is null, the head travels
  * alone (Q-BODY-3). A received 0 makes `data` null. The sender sets another value, which must be

@@ -2,37 +2,68 @@
 /**
  * @file
  * Body of message type 13: application-management policies.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     GList *packages = g_list_prepend(NULL, mdm_text("org.example.mail"));
+ *     packages = g_list_prepend(packages, mdm_text("org.example.camera"));
+ *     mdm_msg_t sent = {0};
+ *     const bool is_filled = mdm_app_set_packages(&sent, MDM_APP_PACKAGES_4, packages);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
+ *     g_list_free(packages);  // the cells are ours; the names are literals
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     for (const GList *cell = mdm_app_packages(received); cell != NULL; cell = cell->next) {
+ *         printf("%s\n", (const char *)cell->data);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: org.example.camera
+ * // prints: org.example.mail
+ * @endcode
  */
 #ifndef MDM_BODY_APP_H
 #define MDM_BODY_APP_H
 
 #include "mdm/body/app_head.h"
 
-/** Two strings, sent in the order of the fields. */
+/** Two strings. */
 typedef struct mdm_app_pair_t {
-    /** @{ Server and clients agree on its meaning. */
-    char *first;
-    char *second;
-    /** @} */
+    char *first;  /**< 1st. */
+    char *second; /**< 2nd. */
 } mdm_app_pair_t;
 
-/** Two numbers, sent in the order of the fields. */
+/** Two numbers. */
 typedef struct mdm_app_num_pair_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num1;
-    uint32_t num2;
-    /** @} */
+    uint32_t num1; /**< 1st. */
+    uint32_t num2; /**< 2nd. */
 } mdm_app_num_pair_t;
 
 /**
  * Body of the application category.
  *
- * | `type`    | `data` points to                                                         |
- * |-----------|--------------------------------------------------------------------------|
- * | 4, 15     | GList of strings (package names)                                         |
- * | 140, 141  | one ::mdm_app_num_pair_t; the sender sets `data_size` to 8               |
- * | 184, 185  | one ::mdm_app_pair_t                                                     |
- * | any other | `data_size` raw bytes                                                    |
+ * | `type`    | constants            | `data` points to                                           |
+ * |-----------|----------------------|------------------------------------------------------------|
+ * | 4, 15     | `MDM_APP_PACKAGES_*` | GList of strings (package names)                           |
+ * | 140, 141  | `MDM_APP_NUM_PAIR_*` | one ::mdm_app_num_pair_t; the sender sets `data_size` to 8 |
+ * | 184, 185  | `MDM_APP_PAIR_*`     | one ::mdm_app_pair_t                                       |
+ * | any other |                      | `data_size` raw bytes                                      |
  *
  * The sender sets `data_size`; the codec never changes it. A value below 1 sends the head alone,
  * and the receiver's `data` becomes null. With 1 or more, a pair must not be missing (Q-APP-2). For

@@ -2,6 +2,40 @@
 /**
  * @file
  * Body of message type 61: details of an application event.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_app_cb_set_detail(&sent, MDM_APP_CB_DETAIL_0, 9, "org.example.app", "started")) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the texts stay ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_app_cb_info_t *opened = mdm_app_cb_detail(received);
+ *     if (opened != NULL) {
+ *         printf("%u: %s %s\n", opened->num6, opened->str7, opened->str8);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 9: org.example.app started
+ * @endcode
  */
 #ifndef MDM_BODY_APP_CB_H
 #define MDM_BODY_APP_CB_H
@@ -10,7 +44,8 @@
 
 /**
  * Body of the application callbacks: the callback head (see mdm/body/callback_head.h). For `type` 0
- * and 1, one number and two strings follow. ipc_free() releases both strings and sets them to null.
+ * and 1 (`MDM_APP_CB_DETAIL_*`), one number and two strings follow. ipc_free() releases both
+ * strings and sets them to null.
  *
  * An unknown `type` is the head alone (Q-CALLBACK-3). If a received `type` is unknown, or a
  * received `data_size` is 0 (Q-CALLBACK-2), the number and the strings keep the values of the
@@ -19,9 +54,9 @@
 typedef struct mdm_app_cb_info {
     /** @{ A field of the callback head: see #MDM_CALLBACK_HEAD. */
     MDM_CALLBACK_HEAD;
-    uint32_t num6; /**< Sent first. */
-    char *str7;    /**< Sent last; may be null. */
-    char *str8;    /**< Sent before `str7` (Q-CALLBACK-4); may be null. */
+    uint32_t num6; /**< 5th. */
+    char *str7;    /**< 7th. It follows `str8` (Q-CALLBACK-4). May be null. */
+    char *str8;    /**< 6th. May be null. */
     /** @} */
 } mdm_app_cb_info_t;
 

@@ -15,12 +15,12 @@
 /**
  * Declares the fields of the application head, in order:
  *
- * - `type`: the discriminator of the policy. It selects the form of the payload.
- * - `aux`: a word of the caller, never sent.
- * - `param`: a parameter of the policy, sent unchanged.
- * - `pkg`: a string, sent with every body; may be null. An empty string arrives as null.
- * - `data_size`: the sender sets it. The payload travels only if it is 1 or more.
- * - `data`: the payload, by `type`.
+ * - `type`: 1st on the wire. The discriminator of the policy. It selects the form of the payload.
+ * - `aux`: never sent. A word of the caller.
+ * - `param`: 2nd. A parameter of the policy, sent unchanged.
+ * - `pkg`: 3rd. A string, sent with every body; may be null. An empty string arrives as null.
+ * - `data_size`: 4th. The sender sets it. The payload travels only if it is 1 or more.
+ * - `data`: the payload, by `type`, sent behind the head.
  */
 #define MDM_APP_HEAD   \
     int32_t type;      \

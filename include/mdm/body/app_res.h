@@ -2,35 +2,73 @@
 /**
  * @file
  * Body of message type 14: lists of application policies.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_app_res_item_t mail = {.name = mdm_text("org.example.mail"), .value = 1};
+ *     const mdm_app_res_item_t camera = {.name = mdm_text("org.example.camera"), .value = 0};
+ *     GList *items = g_list_append(NULL, mdm_unconst(&mail));
+ *     items = g_list_append(items, mdm_unconst(&camera));
+ *     mdm_msg_t sent = {0};
+ *     const bool is_filled = mdm_app_res_set_items(&sent, MDM_APP_RES_ITEMS_140, items);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
+ *     g_list_free(items);  // the cells are ours, and the items stay ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     for (const GList *cell = mdm_app_res_items(received); cell != NULL; cell = cell->next) {
+ *         const mdm_app_res_item_t *item = (const mdm_app_res_item_t *)cell->data;
+ *         printf("%s: %u\n", item->name, item->value);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: org.example.mail: 1
+ * // prints: org.example.camera: 0
+ * @endcode
  */
 #ifndef MDM_BODY_APP_RES_H
 #define MDM_BODY_APP_RES_H
 
 #include "mdm/body/app_head.h"
 
-/** A number with a name. `name` is sent first. */
+/** A number with a name. */
 typedef struct mdm_app_res_item_t {
-    char *name; /**< Must not be null. The count and the size include an item without a name, but it
-                     is not written: it arrives at the end of the list, with no name and the
-                     value 0 (Q-APP_RES-1). */
-    uint32_t value; /**< Server and clients agree on its meaning. */
+    char *name;     /**< 1st. Must not be null. The count and the size include an item without a
+                         name, but it is not written: it arrives at the end of the list, with no
+                         name and the value 0 (Q-APP_RES-1). */
+    uint32_t value; /**< 2nd. */
 } mdm_app_res_item_t;
 
 /** One client's package list. */
 typedef struct mdm_app_control_info_t {
-    int32_t client_id; /**< The client that the list belongs to. */
-    GList *pkg_list;   /**< GList of strings (package names); null if empty. */
+    int32_t client_id; /**< 1st. The client that the list belongs to. */
+    GList *pkg_list;   /**< 2nd. GList of strings (package names); null if empty. */
 } mdm_app_control_info_t;
 
 /**
  * Body of the app_res category.
  *
- * | `type`                                            | `data` points to                       |
- * |---------------------------------------------------|----------------------------------------|
- * | 3, 155, 159, 162, 168, 169, 170, 171, 176, 177    | GList of strings (package names)       |
- * | 140, 141, 142                                     | GList of ::mdm_app_res_item_t          |
- * | 172, 173, 174, 175                                | GList of ::mdm_app_control_info_t      |
- * | any other                                         | `data_size` raw bytes                  |
+ * | `type`                                         | constants                | `data` points to                  |
+ * |------------------------------------------------|--------------------------|-----------------------------------|
+ * | 3, 155, 159, 162, 168, 169, 170, 171, 176, 177 | `MDM_APP_RES_PACKAGES_*` | GList of strings (package names)  |
+ * | 140, 141, 142                                  | `MDM_APP_RES_ITEMS_*`    | GList of ::mdm_app_res_item_t     |
+ * | 172, 173, 174, 175                             | `MDM_APP_RES_CONTROLS_*` | GList of ::mdm_app_control_info_t |
+ * | any other                                      |                          | `data_size` raw bytes             |
  *
  * The sender sets `data_size`; the codec never changes it. A value below 1 sends the head alone,
  * and the receiver's `data` becomes null. For a list any value of 1 or more will do.

@@ -2,6 +2,38 @@
 /**
  * @file
  * Body of message types 9 and 10: Bluetooth policies.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     GList *names = g_list_append(NULL, mdm_text("keyboard"));
+ *     names = g_list_append(names, mdm_text("mouse"));
+ *     mdm_msg_t sent = {0};
+ *     const bool is_filled = mdm_bluetooth_set_names(&sent, MDM_BLUETOOTH_NAMES_91, names);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
+ *     g_list_free(names);  // the cells are ours; the names are literals
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     for (const GList *cell = mdm_bluetooth_names(received); cell != NULL; cell = cell->next) {
+ *         printf("%s\n", (const char *)cell->data);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: keyboard
+ * // prints: mouse
+ * @endcode
  */
 #ifndef MDM_BODY_BLUETOOTH_H
 #define MDM_BODY_BLUETOOTH_H
@@ -11,10 +43,10 @@
 /**
  * Body of the Bluetooth category.
  *
- * | `type`                                            | `data` points to                  |
- * |---------------------------------------------------|-----------------------------------|
- * | 91, 220 to 225, 227, 230, 231, 233, 234, 235, 237 | GList of strings (device names)   |
- * | any other                                         | `data_size` raw bytes             |
+ * | `type`                                            | constants               | `data` points to                |
+ * |---------------------------------------------------|-------------------------|---------------------------------|
+ * | 91, 220 to 225, 227, 230, 231, 233, 234, 235, 237 | `MDM_BLUETOOTH_NAMES_*` | GList of strings (device names) |
+ * | any other                                         |                         | `data_size` raw bytes           |
  *
  * The sender sets `data_size`; sending never stores it. A value below 1 sends the head alone, and
  * the receiver's `data` keeps the value of its record (Q-BODY-6). For a list any value of 1 or more

@@ -15,13 +15,13 @@
 /**
  * Declares the fields of the callback head, in order:
  *
- * - `type`: the callback type. 0 and 1 carry a payload; every other value is the head alone
- *   (Q-CALLBACK-3).
- * - `aux`: a word of the caller, never sent.
- * - `param`, `param2`: sent unchanged.
- * - `data_size`: the size of the whole body on the wire in bytes, head included (Q-CALLBACK-1).
- *   Serialising and sealing compute and store it; the sender need not set it.
- * - `aux2`: a word of the caller, never sent.
+ * - `type`: 1st on the wire. The callback type. 0 and 1 carry a payload; every other value is the
+ *   head alone (Q-CALLBACK-3).
+ * - `aux`: never sent. A word of the caller.
+ * - `param`, `param2`: 3rd and 4th. Sent unchanged.
+ * - `data_size`: 2nd. The size of the whole body on the wire in bytes, head included
+ *   (Q-CALLBACK-1). Serialising and sealing compute and store it; the sender need not set it.
+ * - `aux2`: never sent. A word of the caller.
  */
 #define MDM_CALLBACK_HEAD \
     uint32_t type;        \

@@ -2,41 +2,72 @@
 /**
  * @file
  * Body of message types 47 and 48: container policies.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_container_item_t item = {
+ *         .num0 = 5, .str1 = mdm_text("work"), .str2 = mdm_text("owner")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_container_set_item(&sent, &item)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_container_item_t *opened = mdm_container_item(received);
+ *     if (opened != NULL) {
+ *         printf("%u: %s, %s\n", opened->num0, opened->str1, opened->str2);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 5: work, owner
+ * @endcode
  */
 #ifndef MDM_BODY_CONTAINER_H
 #define MDM_BODY_CONTAINER_H
 
 #include "mdm/body/head.h"
 
-/** A number and two strings, sent in the order of the fields. */
+/** A number and two strings. */
 typedef struct mdm_container_item_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    char *str1;
-    char *str2;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    char *str1;    /**< 2nd. */
+    char *str2;    /**< 3rd. */
 } mdm_container_item_t;
 
 /**
- * A number and a string, sent in the order of the fields. The record is the beginning of an
- * ::mdm_container_item_t (Q-CONTAINER-1).
+ * A number and a string. The record is the beginning of an ::mdm_container_item_t (Q-CONTAINER-1).
  */
 typedef struct mdm_container_short_item_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    char *str1;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    char *str1;    /**< 2nd. */
 } mdm_container_short_item_t;
 
 /**
  * Body of the container category.
  *
- * | `type`        | `data` points to                                                           |
- * |---------------|----------------------------------------------------------------------------|
- * | 628           | one ::mdm_container_item_t                                                 |
- * | 629           | one ::mdm_container_short_item_t                                           |
- * | 630, 631, 632 | `data_size` raw bytes                                                      |
- * | any other     | nothing: the head travels alone                                            |
+ * | `type`        | constants                  | `data` points to                 |
+ * |---------------|----------------------------|----------------------------------|
+ * | 628           | `MDM_CONTAINER_ITEM`       | one ::mdm_container_item_t       |
+ * | 629           | `MDM_CONTAINER_SHORT_ITEM` | one ::mdm_container_short_item_t |
+ * | 630, 631, 632 | `MDM_CONTAINER_DATA_*`     | `data_size` raw bytes            |
+ * | any other     |                            | nothing: the head travels alone  |
  *
  * `data_size` is compared with 0 (Q-BODY-2). If it is 0, or if `data` is null, the head travels
  * alone (Q-BODY-3). A received 0 makes `data` null. The sender sets another value. For 628 and 629

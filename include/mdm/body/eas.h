@@ -2,50 +2,85 @@
 /**
  * @file
  * Body of message types 11 and 12: Exchange ActiveSync accounts.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_eas_account_t account = {
+ *         .num0 = 1, .str6 = mdm_text("user@example.org"), .str8 = mdm_text("user")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_eas_set_account(&sent, &account)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the account stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_eas_account_t *opened = mdm_eas_account(received);
+ *     if (opened != NULL) {
+ *         printf("%s, %s\n", opened->str6, opened->str8);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: user@example.org, user
+ * @endcode
  */
 #ifndef MDM_BODY_EAS_H
 #define MDM_BODY_EAS_H
 
 #include "mdm/body/head.h"
 
-/** An ActiveSync account: six numbers and nine strings, sent in the order of the fields. */
+/**
+ * An ActiveSync account: six numbers and nine strings. An account and an element of a list carry
+ * every field. Settings carry three strings.
+ */
 typedef struct mdm_eas_account_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    uint32_t num1;
-    uint32_t num2;
-    uint32_t num3;
-    uint32_t num4;
-    uint32_t num5;
-    char *str6;
-    char *str7;
-    char *str8;
-    char *str9;
-    char *str10;
-    char *str11;
-    char *str12;
-    char *str13;
-    char *str14;
-    /** @} */
+    uint32_t num0; /**< Account, list: 1st. */
+    uint32_t num1; /**< Account, list: 2nd. */
+    uint32_t num2; /**< Account, list: 3rd. */
+    uint32_t num3; /**< Account, list: 4th. */
+    uint32_t num4; /**< Account, list: 5th. */
+    uint32_t num5; /**< Account, list: 6th. */
+    char *str6;    /**< Account, list: 7th. */
+    char *str7;    /**< Account, list: 8th. */
+    char *str8;    /**< Account, list: 9th. Settings: 1st. */
+    char *str9;    /**< Account, list: 10th. */
+    char *str10;   /**< Account, list: 11th. Settings: 2nd. */
+    char *str11;   /**< Account, list: 12th. */
+    char *str12;   /**< Account, list: 13th. */
+    char *str13;   /**< Account, list: 14th. Settings: 3rd. */
+    char *str14;   /**< Account, list: 15th. */
 } mdm_eas_account_t;
 
-/** A number and a text, sent in this order. */
+/** A number and a text. */
 typedef struct mdm_eas_value_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    char *str1;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    char *str1;    /**< 2nd. */
 } mdm_eas_value_t;
 
 /**
  * Body of the Exchange ActiveSync category.
  *
- * | `type`    | `data` points to                                                                |
- * |-----------|---------------------------------------------------------------------------------|
- * | 98        | one ::mdm_eas_account_t                                                         |
- * | 104       | one ::mdm_eas_account_t; only `str8`, `str10` and `str13` travel                |
- * | 106       | GList of ::mdm_eas_account_t, without a null element (Q-BODY-9)                 |
- * | any other | one ::mdm_eas_value_t                                                           |
+ * | `type`    | constant           | `data` points to                                                |
+ * |-----------|--------------------|-----------------------------------------------------------------|
+ * | 98        | `MDM_EAS_ACCOUNT`  | one ::mdm_eas_account_t, an account                             |
+ * | 104       | `MDM_EAS_SETTINGS` | one ::mdm_eas_account_t, settings                               |
+ * | 106       | `MDM_EAS_ACCOUNTS` | GList of ::mdm_eas_account_t, without a null element (Q-BODY-9) |
+ * | any other |                    | one ::mdm_eas_value_t                                           |
  *
  * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone
  * (Q-BODY-3). A received 0 makes `data` null. Any other value, even a negative one, announces a

@@ -2,6 +2,42 @@
 /**
  * @file
  * Body of message types 39 and 40: mail accounts.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_email_account_t account = {
+ *         .num0 = 1, .str13 = mdm_text("user@example.org"), .str21 = mdm_text("mail.example.org")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_email_set_account(&sent, &account)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the account stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_email_account_t *opened = mdm_email_account(received);
+ *     if (opened != NULL) {
+ *         printf("%s at %s\n", opened->str13, opened->str21);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: user@example.org at mail.example.org
+ * @endcode
  */
 #ifndef MDM_BODY_EMAIL_H
 #define MDM_BODY_EMAIL_H
@@ -9,59 +45,51 @@
 #include "mdm/body/head.h"
 
 /**
- * A mail account.
- *
- * - An element of a list carries every field, in order.
- * - A single account carries `num0`, `num1`, `num2`, `num4`, `num6`, `num3`, `num5` and `str13` to
- *   `str21`, in this order (Q-EMAIL-1).
- * - Settings carry `str16`, `str15` and `str14`, in this order (Q-EMAIL-2).
- *
- * Fields that do not travel are zero in the received record.
+ * A mail account: nine numbers and thirteen strings. An element of a list carries every field. A
+ * single account carries fewer fields, in another order (Q-EMAIL-1). Settings carry three strings,
+ * from the last to the first (Q-EMAIL-2). Fields that do not travel are zero in the received
+ * record.
  */
 typedef struct mdm_email_account_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    uint32_t num1;
-    uint32_t num2;
-    uint32_t num3;
-    uint32_t num4;
-    uint32_t num5;
-    uint32_t num6;
-    uint32_t num7; /**< Only travels in lists, like the next five fields. */
-    uint32_t num8;
-    char *str9;
-    char *str10;
-    char *str11;
-    char *str12;
-    char *str13;
-    char *str14;
-    char *str15;
-    char *str16;
-    char *str17;
-    char *str18;
-    char *str19;
-    char *str20;
-    char *str21;
-    /** @} */
+    uint32_t num0; /**< Account, list: 1st. */
+    uint32_t num1; /**< Account, list: 2nd. */
+    uint32_t num2; /**< Account, list: 3rd. */
+    uint32_t num3; /**< Account: 6th. List: 4th. */
+    uint32_t num4; /**< Account: 4th. List: 5th. */
+    uint32_t num5; /**< Account: 7th. List: 6th. */
+    uint32_t num6; /**< Account: 5th. List: 7th. */
+    uint32_t num7; /**< List: 8th. */
+    uint32_t num8; /**< List: 9th. */
+    char *str9;    /**< List: 10th. */
+    char *str10;   /**< List: 11th. */
+    char *str11;   /**< List: 12th. */
+    char *str12;   /**< List: 13th. */
+    char *str13;   /**< Account: 8th. List: 14th. */
+    char *str14;   /**< Account: 9th. List: 15th. Settings: 3rd. */
+    char *str15;   /**< Account: 10th. List: 16th. Settings: 2nd. */
+    char *str16;   /**< Account: 11th. List: 17th. Settings: 1st. */
+    char *str17;   /**< Account: 12th. List: 18th. */
+    char *str18;   /**< Account: 13th. List: 19th. */
+    char *str19;   /**< Account: 14th. List: 20th. */
+    char *str20;   /**< Account: 15th. List: 21st. */
+    char *str21;   /**< Account: 16th. List: 22nd. */
 } mdm_email_account_t;
 
-/** A number and a text, sent in this order. */
+/** A number and a text. */
 typedef struct mdm_email_value_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    char *str1;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    char *str1;    /**< 2nd. */
 } mdm_email_value_t;
 
 /**
  * Body of the e-mail category.
  *
- * | `type`    | `data` points to                                                                |
- * |-----------|---------------------------------------------------------------------------------|
- * | 359       | one ::mdm_email_account_t, a single account                                     |
- * | 362       | one ::mdm_email_account_t, settings                                             |
- * | 363       | GList of ::mdm_email_account_t, without a null element (Q-EMAIL-3)              |
- * | any other | one ::mdm_email_value_t                                                         |
+ * | `type`    | constant             | `data` points to                                                   |
+ * |-----------|----------------------|--------------------------------------------------------------------|
+ * | 359       | `MDM_EMAIL_ACCOUNT`  | one ::mdm_email_account_t, a single account                        |
+ * | 362       | `MDM_EMAIL_SETTINGS` | one ::mdm_email_account_t, settings                                |
+ * | 363       | `MDM_EMAIL_ACCOUNTS` | GList of ::mdm_email_account_t, without a null element (Q-EMAIL-3) |
+ * | any other |                      | one ::mdm_email_value_t                                            |
  *
  * `data_size` is compared with 0. If it is 0, or if `data` is null, the head travels alone
  * (Q-BODY-3). A received 0 makes `data` null. Any other value, even a negative one, announces a

@@ -33,9 +33,9 @@
  *   the body (Q-BODY-1, Q-BODY-3).
  * - An empty string in a list arrives as a null element, unless the category says otherwise
  *   (Q-WIRE-6).
- * - On the trusting path ipc_free() always releases the header's text. The other headers say what it
- *   does with the body, and which fields keep their values. Where `data` keeps its old value after
- *   ipc_free(), it points to released memory, unless the category says that this memory stays
+ * - On the trusting path ipc_free() always releases the header's text. The other headers say what
+ *   it does with the body, and which fields keep their values. Where `data` keeps its old value
+ *   after ipc_free(), it points to released memory, unless the category says that this memory stays
  *   allocated: do not use it, and do not free the message again (Q-BODY-7). ipc_close() of
  *   mdm/guarded.h releases everything.
  * - Some categories log texts of a message on the trusting path. Their headers say which. mdm/ipc.h
@@ -52,12 +52,13 @@
 /**
  * Declares the fields of the body head, in order:
  *
- * - `type`: the discriminator of the policy. It selects the form of the payload.
- * - `aux`: a word of the caller, never sent.
- * - `param`: a parameter of the policy, sent unchanged.
- * - `data_size`: the size of the payload in bytes. The category says what it counts and who sets
- *   it.
- * - `data`: the payload: raw bytes, a string, a record or a GList, by category and `type`.
+ * - `type`: 1st on the wire. The discriminator of the policy. It selects the form of the payload.
+ * - `aux`: never sent. A word of the caller.
+ * - `param`: 2nd. A parameter of the policy, sent unchanged.
+ * - `data_size`: 3rd. The size of the payload in bytes. The category says what it counts and who
+ *   sets it.
+ * - `data`: the payload, sent behind the head: raw bytes, a string, a record or a GList, by
+ *   category and `type`.
  */
 #define MDM_BODY_HEAD  \
     uint32_t type;     \

@@ -2,27 +2,65 @@
 /**
  * @file
  * Body of message types 45 and 46: kiosk-mode policies.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_kiosk_key_pair_t home = {.key = 1, .value = 0};
+ *     const mdm_kiosk_key_pair_t back = {.key = 2, .value = 1};
+ *     GList *pairs = g_list_append(NULL, mdm_unconst(&home));
+ *     pairs = g_list_append(pairs, mdm_unconst(&back));
+ *     mdm_msg_t sent = {0};
+ *     const bool is_filled = mdm_kiosk_set_key_pairs(&sent, pairs);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
+ *     g_list_free(pairs);  // the cells are ours, and the pairs stay ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     for (const GList *cell = mdm_kiosk_key_pairs(received); cell != NULL; cell = cell->next) {
+ *         const mdm_kiosk_key_pair_t *pair = (const mdm_kiosk_key_pair_t *)cell->data;
+ *         printf("key %u: %u\n", pair->key, pair->value);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: key 1: 0
+ * // prints: key 2: 1
+ * @endcode
  */
 #ifndef MDM_BODY_KIOSK_H
 #define MDM_BODY_KIOSK_H
 
 #include "mdm/body/head.h"
 
-/** The setting of one hardware key, sent in the order of the fields. */
+/** The setting of one hardware key. */
 typedef struct mdm_kiosk_key_pair_t {
-    uint32_t key;   /**< The hardware key: a number on which server and clients agree. */
-    uint32_t value; /**< Its setting. */
+    uint32_t key;   /**< 1st. The hardware key. */
+    uint32_t value; /**< 2nd. Its setting. */
 } mdm_kiosk_key_pair_t;
 
 /**
  * Body of the kiosk category.
  *
- * | `type`    | `data` points to                                                         |
- * |-----------|--------------------------------------------------------------------------|
- * | 612, 614  | a string                                                                 |
- * | 618, 621  | GList of pointers to heap-allocated `uint32_t` (hardware keys)           |
- * | 619       | GList of ::mdm_kiosk_key_pair_t                                          |
- * | any other | `data_size` raw bytes                                                    |
+ * | `type`    | constants             | `data` points to                                               |
+ * |-----------|-----------------------|----------------------------------------------------------------|
+ * | 612, 614  | `MDM_KIOSK_TEXT_*`    | a string                                                       |
+ * | 618, 621  | `MDM_KIOSK_KEYS_*`    | GList of pointers to heap-allocated `uint32_t` (hardware keys) |
+ * | 619       | `MDM_KIOSK_KEY_PAIRS` | GList of ::mdm_kiosk_key_pair_t                                |
+ * | any other |                       | `data_size` raw bytes                                          |
  *
  * `data_size` is compared with 0 (Q-BODY-2). If it is 0, or if `data` is null, the head travels
  * alone (Q-BODY-3). A received 0 makes `data` null. The sender sets another value. For the string

@@ -2,6 +2,40 @@
 /**
  * @file
  * Body of message types 49 and 50: location policies.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * enum { OUR_POLICY = 1 };  // server and clients agree on the number
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_location_set_head(&sent, OUR_POLICY)) {
+ *         return 1;
+ *     }
+ *     sent.body.location.param = 5;
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_location_info_t *opened = mdm_location_head(received);
+ *     if (opened != NULL) {
+ *         printf("policy %u, param %u\n", opened->type, opened->param);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: policy 1, param 5
+ * @endcode
  */
 #ifndef MDM_BODY_LOCATION_H
 #define MDM_BODY_LOCATION_H

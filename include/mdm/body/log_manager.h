@@ -3,6 +3,38 @@
  * @file
  * Body of message types 51 and 52: log-manager policies. The rules of mdm/body/head.h hold, but the
  * body has no head.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     mdm_log_manager_set_text(&sent, "verbose");
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const char *opened = mdm_log_manager_text(received);
+ *     if (opened != NULL) {
+ *         printf("%s\n", opened);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: verbose
+ * @endcode
  */
 #ifndef MDM_BODY_LOG_MANAGER_H
 #define MDM_BODY_LOG_MANAGER_H
@@ -10,20 +42,20 @@
 #include <stdint.h>
 
 /**
- * Body of the log_manager category: `type`, then `value`. The value is a string for `type` 638 and
- * one byte for every other `type`.
+ * Body of the log_manager category: `type`, then `value`. The value is a string for `type` 638
+ * (#MDM_LOG_MANAGER_TEXT) and one byte for every other `type`.
  *
  * Receiving clears the whole of `value` before it stores the string or the byte (Q-LOG_MANAGER-3).
  * ipc_free() releases the string of a `type` 638 body; the pointer keeps its old value (Q-BODY-7).
  */
 typedef struct mdm_log_manager_info {
-    uint32_t type; /**< Discriminator; 638 selects the string. */
-    uint32_t aux;  /**< A word of the caller: never sent, never touched. */
+    uint32_t type; /**< 1st. The discriminator; 638 selects the string. */
+    uint32_t aux;  /**< Never sent, never touched: a word of the caller. */
     union {
         char *text;     /**< The string of `type` 638; may be null. */
         uint8_t byte;   /**< The byte of every other `type`. */
         uintptr_t word; /**< The whole word; its low byte travels as the byte. */
-    } value;            /**< The payload. */
+    } value;            /**< 2nd. The payload. */
 } mdm_log_manager_info_t;
 
 /* The functions need the message, and the message needs the records above. */

@@ -2,6 +2,42 @@
 /**
  * @file
  * Body of message types 17 and 18: policies that belong to no other category.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_book_info_t book = {.url = mdm_text("https://example.org/"),
+ *                                   .title = mdm_text("Example")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_misc_set_book(&sent, MDM_MISC_BOOK_281, &book)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the bookmark stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_book_info_t *opened = mdm_misc_book(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %s\n", opened->title, opened->url);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: Example: https://example.org/
+ * @endcode
  */
 #ifndef MDM_BODY_MISC_H
 #define MDM_BODY_MISC_H
@@ -11,38 +47,34 @@
 
 /** The record of discriminators 124 to 126: one string. */
 typedef struct mdm_misc_str_t {
-    char *value; /**< Server and clients agree on its meaning. */
+    char *value; /**< 1st. */
 } mdm_misc_str_t;
 
-/** The record of discriminators 281 and 283: a bookmark, sent in the order of the fields. */
+/** The record of discriminators 281 and 283: a bookmark. */
 typedef struct mdm_book_info_t {
-    /** @{ Server and clients agree on its meaning. */
-    char *url;
-    char *title;
-    /** @} */
+    char *url;   /**< 1st. */
+    char *title; /**< 2nd. */
 } mdm_book_info_t;
 
-/** The record of discriminators 288 and 289, sent in the order of the fields. */
+/** The record of discriminators 288 and 289: two strings. */
 typedef struct mdm_misc_str_pair_t {
-    /** @{ Server and clients agree on its meaning. */
-    char *first;
-    char *second;
-    /** @} */
+    char *first;  /**< 1st. */
+    char *second; /**< 2nd. */
 } mdm_misc_str_pair_t;
 
 /**
  * Body of the misc category: the body head (see mdm/body/head.h). For two discriminators a list
  * stands in the place of `param`.
  *
- * | `type`        | payload                                                                     |
- * |---------------|-----------------------------------------------------------------------------|
- * | 122           | `data`: array of `data_size` string pointers; `data_size` counts strings    |
- * | 123           | none, whatever `data_size` says                                             |
- * | 124, 125, 126 | `data`: one ::mdm_misc_str_t                                                |
- * | 127, 128      | `param_list`: GList of strings, sent even when `data_size` is 0             |
- * | 281, 283      | `data`: one ::mdm_book_info_t                                               |
- * | 288, 289      | `data`: one ::mdm_misc_str_pair_t                                           |
- * | any other     | `data`: `data_size` raw bytes                                               |
+ * | `type`        | constants            | payload                                                                  |
+ * |---------------|----------------------|--------------------------------------------------------------------------|
+ * | 122           | `MDM_MISC_ARRAY`     | `data`: array of `data_size` string pointers; `data_size` counts strings |
+ * | 123           | `MDM_MISC_HEAD`      | none, whatever `data_size` says                                          |
+ * | 124, 125, 126 | `MDM_MISC_TEXT_*`    | `data`: one ::mdm_misc_str_t                                             |
+ * | 127, 128      | `MDM_MISC_STRINGS_*` | `param_list`: GList of strings, sent even when `data_size` is 0          |
+ * | 281, 283      | `MDM_MISC_BOOK_*`    | `data`: one ::mdm_book_info_t                                            |
+ * | 288, 289      | `MDM_MISC_PAIR_*`    | `data`: one ::mdm_misc_str_pair_t                                        |
+ * | any other     |                      | `data`: `data_size` raw bytes                                            |
  *
  * A `data_size` of 0 sends the head alone, and the receiver's `data` becomes null (Q-BODY-2). This
  * does not hold for 127 and 128, whose list always travels (Q-MISC-2).
@@ -68,14 +100,15 @@ typedef struct mdm_misc_str_pair_t {
  * The log: ipc_serialize() logs both texts of an ::mdm_book_info_t at level 1 (Q-MISC-12).
  */
 typedef struct mdm_misc_info {
-    int32_t type; /**< The discriminator of the policy; selects the payload. */
-    uint32_t aux; /**< A word of the caller: never sent, never touched. */
+    int32_t type; /**< 1st. The discriminator of the policy; selects the payload. */
+    uint32_t aux; /**< Never sent, never touched: a word of the caller. */
     union {
-        uint32_t param;    /**< A parameter of the policy, sent unchanged. */
-        GList *param_list; /**< The payload of 127 and 128; null if empty. */
+        uint32_t param;    /**< 2nd. A parameter of the policy, sent unchanged. */
+        GList *param_list; /**< The payload of 127 and 128, sent behind the head; null if empty. */
     };
-    int32_t data_size; /**< Size of the payload in bytes; for 122 the number of strings. */
-    void *data;        /**< The payload of every discriminator except 127 and 128. */
+    int32_t data_size; /**< 3rd. Size of the payload in bytes; for 122 the number of strings. */
+    void *data;        /**< The payload of every discriminator except 127 and 128, sent behind the
+                            head. */
 } mdm_misc_info_t;
 
 /* The functions need the message, and the message needs the records above. */

@@ -2,6 +2,40 @@
 /**
  * @file
  * Body of message type 63: details of a miscellaneous event.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_misc_cb_set_detail(&sent, MDM_MISC_CB_DETAIL_0, 1, 9, "stopped")) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_misc_cb_info_t *opened = mdm_misc_cb_detail(received);
+ *     if (opened != NULL) {
+ *         printf("%u, %u: %s\n", opened->flag6, opened->num7, opened->str8);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 1, 9: stopped
+ * @endcode
  */
 #ifndef MDM_BODY_MISC_CB_H
 #define MDM_BODY_MISC_CB_H
@@ -10,8 +44,8 @@
 
 /**
  * Body of the miscellaneous callbacks: the callback head (see mdm/body/callback_head.h). For `type`
- * 0 and 1, a byte, a number and a string follow, in the order of the fields. ipc_free() releases
- * the string and sets it to null.
+ * 0 and 1 (`MDM_MISC_CB_DETAIL_*`), a byte, a number and a string follow. ipc_free() releases the
+ * string and sets it to null.
  *
  * An unknown `type` is the head alone (Q-CALLBACK-3). If a received `type` is unknown, or a
  * received `data_size` is 0 (Q-CALLBACK-2), these fields keep the values of the receiver's record.
@@ -20,10 +54,10 @@
 typedef struct mdm_misc_cb_info {
     /** @{ A field of the callback head: see #MDM_CALLBACK_HEAD. */
     MDM_CALLBACK_HEAD;
-    uint8_t flag6; /**< One byte on the wire, so the number after it is unaligned there
+    uint8_t flag6; /**< 5th. One byte on the wire, so the number after it is unaligned there
                         (Q-CALLBACK-5). */
-    uint32_t num7; /**< Server and clients agree on its meaning. */
-    char *str8;    /**< May be null. */
+    uint32_t num7; /**< 6th. */
+    char *str8;    /**< 7th. May be null. */
     /** @} */
 } mdm_misc_cb_info_t;
 

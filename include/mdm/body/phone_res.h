@@ -2,47 +2,80 @@
 /**
  * @file
  * Body of message types 35 and 36: policies on the phone's resources (data, calls, messages).
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_phone_res_item_t item = {.str0 = mdm_text("month"), .str2 = mdm_text("500")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_phone_res_set_item(&sent, MDM_PHONE_RES_ITEM_394, &item)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_phone_res_item_t *opened = mdm_phone_res_item(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %s\n", opened->str0, opened->str2);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: month: 500
+ * @endcode
  */
 #ifndef MDM_BODY_PHONE_RES_H
 #define MDM_BODY_PHONE_RES_H
 
 #include <stdint.h>
 
-/** Two strings. `str0` is sent first. */
+/** Two strings. */
 typedef struct mdm_phone_res_item_t {
-    char *str0;     /**< Server and clients agree on its meaning. */
+    char *str0;     /**< 1st. */
     uint32_t word1; /**< Never sent. Zero in a received record; ipc_free() sets it to zero
                          (Q-PHONE_RES-5). */
-    char *str2;     /**< Server and clients agree on its meaning. */
+    char *str2;     /**< 2nd. */
 } mdm_phone_res_item_t;
 
-/** The detail of discriminator 422, sent in the order of the fields. */
+/** The detail of discriminator 422: two numbers and a string. */
 typedef struct mdm_phone_res_detail_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    uint32_t num1;
-    char *str2;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    uint32_t num1; /**< 2nd. */
+    char *str2;    /**< 3rd. */
 } mdm_phone_res_detail_t;
 
 /** The record of discriminator 422. */
 typedef struct mdm_phone_res_ext_t {
-    char *str0;                     /**< Sent first. */
+    char *str0;                     /**< 1st. */
     uint32_t word1;                 /**< Never sent. Zero in a received record; ipc_free() sets it
                                          to zero (Q-PHONE_RES-5). */
-    mdm_phone_res_detail_t *detail; /**< Sent after `str0`. A sender must not pass null. */
+    mdm_phone_res_detail_t *detail; /**< 2nd. A sender must not pass null. */
 } mdm_phone_res_ext_t;
 
 /**
  * Body of the phone-resource category: the fields of the body head (see mdm/body/head.h), but
  * `type` has a sign.
  *
- * | `type`                                          | `data` points to                          |
- * |-------------------------------------------------|-------------------------------------------|
- * | 394-421, 423-438, 441-449, 452-455              | one ::mdm_phone_res_item_t                |
- * | 422                                             | one ::mdm_phone_res_ext_t                 |
- * | 439, 440                                        | `data_size` raw bytes, but see below      |
- * | any other                                       | `data_size` raw bytes                     |
+ * | `type`                             | constants                  | `data` points to                     |
+ * |------------------------------------|----------------------------|--------------------------------------|
+ * | 394-421, 423-438, 441-449, 452-455 | `MDM_PHONE_RES_ITEM_*`     | one ::mdm_phone_res_item_t           |
+ * | 422                                | `MDM_PHONE_RES_EXT`        | one ::mdm_phone_res_ext_t            |
+ * | 439, 440                           | `MDM_PHONE_RES_RAW_ITEM_*` | `data_size` raw bytes, but see below |
+ * | any other                          |                            | `data_size` raw bytes                |
  *
  * The sender sets `data_size`, which must not be negative (Q-PHONE_RES-3). A value of 1 or more
  * sends a record, which must then not be missing (Q-PHONE_RES-4). A received record has 12 in
@@ -63,11 +96,11 @@ typedef struct mdm_phone_res_ext_t {
  * with a payload.
  */
 typedef struct mdm_phone_res_info {
-    int32_t type;      /**< The discriminator of the policy; selects the payload. */
-    uint32_t aux;      /**< A word of the caller: never sent, never touched. */
-    uint32_t param;    /**< A parameter of the policy, sent unchanged. */
-    int32_t data_size; /**< Size of raw bytes; for a record it only says that there is one. */
-    void *data;        /**< The payload. */
+    int32_t type;      /**< 1st. The discriminator of the policy; selects the payload. */
+    uint32_t aux;      /**< Never sent, never touched: a word of the caller. */
+    uint32_t param;    /**< 2nd. A parameter of the policy, sent unchanged. */
+    int32_t data_size; /**< 3rd. Size of raw bytes; for a record it only says that there is one. */
+    void *data;        /**< The payload, sent behind the head. */
 } mdm_phone_res_info_t;
 
 /* The functions need the message, and the message needs the records above. */

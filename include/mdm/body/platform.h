@@ -3,6 +3,38 @@
  * @file
  * Body of message types 53 and 54: platform policies. The rules of mdm/body/head.h hold, but the
  * body has no head.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     mdm_platform_set_flag(&sent, "update", 7, 1);
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_platform_info_t *opened = mdm_platform_flag(received);
+ *     if (opened != NULL) {
+ *         printf("%s: %u, %u\n", opened->text, opened->number, opened->flag);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: update: 7, 1
+ * @endcode
  */
 #ifndef MDM_BODY_PLATFORM_H
 #define MDM_BODY_PLATFORM_H
@@ -10,17 +42,18 @@
 #include <stdint.h>
 
 /**
- * Body of the platform category: `type` and `text`. For `type` 439, `number` and `flag` follow. For
- * `type` 440, `number` follows. Fields that do not travel keep the values of the receiver's record
- * (Q-PLATFORM-2). ipc_free() releases `text`; the pointer keeps its old value (Q-BODY-7).
+ * Body of the platform category: `type` and `text`. For `type` 439 (#MDM_PLATFORM_FLAG), `number`
+ * and `flag` follow. For `type` 440 (#MDM_PLATFORM_NUMBER), `number` follows. Fields that do not
+ * travel keep the values of the receiver's record (Q-PLATFORM-2). ipc_free() releases `text`; the
+ * pointer keeps its old value (Q-BODY-7).
  */
 typedef struct mdm_platform_info {
-    uint32_t type;   /**< Discriminator; 439 and 440 carry numbers. */
-    uint32_t aux;    /**< A word of the caller: never sent, never touched. */
-    char *text;      /**< Sent for every discriminator; may be null. */
-    uint32_t aux2;   /**< A word of the caller: never sent, never touched. */
-    uint32_t number; /**< Sent for 439 and 440. */
-    uint8_t flag;    /**< Sent for 439 only. */
+    uint32_t type;   /**< 1st. The discriminator; 439 and 440 carry numbers. */
+    uint32_t aux;    /**< Never sent, never touched: a word of the caller. */
+    char *text;      /**< 2nd. May be null. */
+    uint32_t aux2;   /**< Never sent, never touched: a word of the caller. */
+    uint32_t number; /**< 439, 440: 3rd. */
+    uint8_t flag;    /**< 439: 4th. */
 } mdm_platform_info_t;
 
 /* The functions need the message, and the message needs the records above. */

@@ -2,36 +2,69 @@
 /**
  * @file
  * Body of message types 3 and 4: password policies.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_pwd_policy_t policy = {.num0 = 8, .num1 = 30, .str9 = mdm_text("secret")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_pwd_set_policy(&sent, &policy)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the policy stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_pwd_policy_t *opened = mdm_pwd_policy(received);
+ *     if (opened != NULL) {
+ *         printf("%u, %u, %s\n", opened->num0, opened->num1, opened->str9);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 8, 30, secret
+ * @endcode
  */
 #ifndef MDM_BODY_PWD_H
 #define MDM_BODY_PWD_H
 
 #include "mdm/body/head.h"
 
-/** The password policy of discriminator 40. The codec sends the fields in order. */
+/** The password policy of discriminator 40: nine numbers and two strings. */
 typedef struct mdm_pwd_policy_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    uint32_t num1;
-    uint32_t num2;
-    uint32_t num3;
-    uint32_t num4;
-    uint32_t num5;
-    uint32_t num6;
-    uint32_t num7;
-    uint32_t num8;
-    char *str9;
-    char *str10;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    uint32_t num1; /**< 2nd. */
+    uint32_t num2; /**< 3rd. */
+    uint32_t num3; /**< 4th. */
+    uint32_t num4; /**< 5th. */
+    uint32_t num5; /**< 6th. */
+    uint32_t num6; /**< 7th. */
+    uint32_t num7; /**< 8th. */
+    uint32_t num8; /**< 9th. */
+    char *str9;    /**< 10th. */
+    char *str10;   /**< 11th. */
 } mdm_pwd_policy_t;
 
 /**
  * Body of the password category.
  *
- * | `type`    | `data` points to         |
- * |-----------|--------------------------|
- * | 40        | one ::mdm_pwd_policy_t   |
- * | any other | `data_size` raw bytes    |
+ * | `type`    | constant         | `data` points to       |
+ * |-----------|------------------|------------------------|
+ * | 40        | `MDM_PWD_POLICY` | one ::mdm_pwd_policy_t |
+ * | any other |                  | `data_size` raw bytes  |
  *
  * The sender sets `data_size`. If it is below 1, or if `data` is null, the head travels alone
  * (Q-BODY-3). For `type` 40 any value of 1 or more sends the record, whose length follows from its

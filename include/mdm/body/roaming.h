@@ -2,6 +2,43 @@
 /**
  * @file
  * Bodies of message types 15 (roaming) and 16 (roaming_res).
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * enum { OUR_POLICY = 1 };  // server and clients agree on the number
+ *
+ * int main(void)
+ * {
+ *     const mdm_roaming_data_t record = {.name = mdm_text("home")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_roaming_set_record(&sent, OUR_POLICY, &record)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the record stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_roaming_data_t *opened = mdm_roaming_record(received);
+ *     if (opened != NULL) {
+ *         printf("%s\n", opened->name);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: home
+ * @endcode
  */
 #ifndef MDM_BODY_ROAMING_H
 #define MDM_BODY_ROAMING_H
@@ -10,7 +47,7 @@
 
 /** The record of a roaming policy: one string. */
 typedef struct mdm_roaming_data_t {
-    char *name; /**< Server and clients agree on its meaning. */
+    char *name; /**< 1st. */
 } mdm_roaming_data_t;
 
 /**

@@ -2,6 +2,42 @@
 /**
  * @file
  * Body of message types 5 and 6: device-security policies.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_security_item_t item = {
+ *         .num0 = 7, .str1 = mdm_text("one"), .str3 = mdm_text("three"), .str4 = mdm_text("four")};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_security_set_item(&sent, MDM_SECURITY_ITEM_56, &item)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_security_item_t *opened = mdm_security_item(received);
+ *     if (opened != NULL) {
+ *         printf("%u: %s, %s, %s\n", opened->num0, opened->str1, opened->str3, opened->str4);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 7: one, three, four
+ * @endcode
  */
 #ifndef MDM_BODY_SECURITY_H
 #define MDM_BODY_SECURITY_H
@@ -10,57 +46,52 @@
 
 /** The record of discriminators 56 and 76. */
 typedef struct mdm_security_item_t {
-    uint32_t num0;  /**< Sent first. */
-    char *str1;     /**< Sent second. */
+    uint32_t num0;  /**< 1st. */
+    char *str1;     /**< 2nd. */
     uint32_t word2; /**< Never sent. Zero in a received record. */
-    char *str3;     /**< Sent fourth, after `str4` (Q-SECURITY-1). */
-    char *str4;     /**< Sent third. */
+    char *str3;     /**< 4th. It follows `str4` (Q-SECURITY-1). */
+    char *str4;     /**< 3rd. */
 } mdm_security_item_t;
 
-/**
- * One account of discriminators 70 and 71: four numbers and twenty-two strings, sent in the order
- * of the fields.
- */
+/** One account of discriminators 70 and 71: four numbers and twenty-two strings. */
 typedef struct mdm_security_account_t {
-    /** @{ Server and clients agree on its meaning. */
-    uint32_t num0;
-    uint32_t num1;
-    uint32_t num2;
-    uint32_t num3;
-    char *str4;
-    char *str5;
-    char *str6;
-    char *str7;
-    char *str8;
-    char *str9;
-    char *str10;
-    char *str11;
-    char *str12;
-    char *str13;
-    char *str14;
-    char *str15;
-    char *str16;
-    char *str17;
-    char *str18;
-    char *str19;
-    char *str20;
-    char *str21;
-    char *str22;
-    char *str23;
-    char *str24;
-    char *str25;
-    /** @} */
+    uint32_t num0; /**< 1st. */
+    uint32_t num1; /**< 2nd. */
+    uint32_t num2; /**< 3rd. */
+    uint32_t num3; /**< 4th. */
+    char *str4;    /**< 5th. */
+    char *str5;    /**< 6th. */
+    char *str6;    /**< 7th. */
+    char *str7;    /**< 8th. */
+    char *str8;    /**< 9th. */
+    char *str9;    /**< 10th. */
+    char *str10;   /**< 11th. */
+    char *str11;   /**< 12th. */
+    char *str12;   /**< 13th. */
+    char *str13;   /**< 14th. */
+    char *str14;   /**< 15th. */
+    char *str15;   /**< 16th. */
+    char *str16;   /**< 17th. */
+    char *str17;   /**< 18th. */
+    char *str18;   /**< 19th. */
+    char *str19;   /**< 20th. */
+    char *str20;   /**< 21st. */
+    char *str21;   /**< 22nd. */
+    char *str22;   /**< 23rd. */
+    char *str23;   /**< 24th. */
+    char *str24;   /**< 25th. */
+    char *str25;   /**< 26th. */
 } mdm_security_account_t;
 
 /**
  * Body of the security category.
  *
- * | `type`         | `data` points to                  | `data_size`                              |
- * |----------------|-----------------------------------|------------------------------------------|
- * | 56, 76         | one ::mdm_security_item_t         | sending stores the size of the payload   |
- * | 68, 69         | GList of strings                  | sending stores the size of the body      |
- * | 70, 71         | GList of ::mdm_security_account_t | sending stores the size of the body      |
- * | any other      | `data_size` raw bytes             | the sender sets it                       |
+ * | `type`    | constants                 | `data` points to                  | `data_size`                            |
+ * |-----------|---------------------------|-----------------------------------|----------------------------------------|
+ * | 56, 76    | `MDM_SECURITY_ITEM_*`     | one ::mdm_security_item_t         | sending stores the size of the payload |
+ * | 68, 69    | `MDM_SECURITY_STRINGS_*`  | GList of strings                  | sending stores the size of the body    |
+ * | 70, 71    | `MDM_SECURITY_ACCOUNTS_*` | GList of ::mdm_security_account_t | sending stores the size of the body    |
+ * | any other |                           | `data_size` raw bytes             | the sender sets it                     |
  *
  * - An item: `data_size` counts the payload alone. It is 0 for a null item, and the head travels
  *   alone (Q-SECURITY-5).

@@ -18,6 +18,42 @@
  *
  * ipc_free() releases `data` and sets `data` to null and `data_size` to 0. Freeing twice is
  * harmless.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ * #include <string.h>
+ *
+ * enum { OUR_POLICY = 1 };  // server and clients agree on the number
+ *
+ * int main(void)
+ * {
+ *     const char rule[] = "drop 203.0.113.7";
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_firewall_set_data(&sent, OUR_POLICY, rule, strlen(rule))) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the rule stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     size_t size = 0;
+ *     const char *opened = mdm_firewall_data(received, &size);
+ *     if (opened != NULL) {
+ *         printf("%zu bytes: %s\n", size, opened);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: 16 bytes: drop 203.0.113.7
+ * @endcode
  */
 #ifndef MDM_BODY_SINGLE_LIST_H
 #define MDM_BODY_SINGLE_LIST_H

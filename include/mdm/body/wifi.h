@@ -2,6 +2,43 @@
 /**
  * @file
  * Body of message types 7 and 8: Wi-Fi policies.
+ *
+ * The text of a field begins with its position on the wire, within its record. Server and clients
+ * agree on the meaning of the fields.
+ *
+ * @code{.c}
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_wifi_detail_t detail = {.w0 = {.number = 42}};
+ *     const mdm_wifi_network_t network = {
+ *         .ssid = mdm_text("office"), .detail_kind = 8, .detail = &detail};
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_wifi_set_network(&sent, &network)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the network stays ours
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t *received = ipc_open(bytes, length, NULL);
+ *     g_free(bytes);  // an opened message does not need its bytes
+ *     if (received == NULL) {
+ *         return 1;
+ *     }
+ *     const mdm_wifi_network_t *opened = mdm_wifi_network(received);
+ *     if (opened != NULL) {
+ *         printf("%s, kind %d\n", opened->ssid, opened->detail_kind);
+ *     }
+ *     ipc_close(received);  // closes the message and all that it holds
+ *     return 0;
+ * }
+ * // prints: office, kind 8
+ * @endcode
  */
 #ifndef MDM_BODY_WIFI_H
 #define MDM_BODY_WIFI_H
@@ -10,82 +47,74 @@
 
 /** A setting of one network. */
 typedef struct mdm_wifi_pair_t {
-    char *ssid;  /**< Network name, sent first. */
-    char *value; /**< The setting, sent second. */
+    char *ssid;  /**< 1st. The name of the network. */
+    char *value; /**< 2nd. The setting. */
 } mdm_wifi_pair_t;
 
-/** DHCP settings: five strings, sent in the order of the fields. */
+/** DHCP settings: five strings. */
 typedef struct mdm_wifi_dhcp_t {
-    /** @{ Server and clients agree on its meaning. */
-    char *str0;
-    char *str1;
-    char *str2;
-    char *str3;
-    char *str4;
-    /** @} */
+    char *str0; /**< 1st. */
+    char *str1; /**< 2nd. */
+    char *str2; /**< 3rd. */
+    char *str3; /**< 4th. */
+    char *str4; /**< 5th. */
 } mdm_wifi_dhcp_t;
 
-/** Three strings, sent in the order of the fields. */
+/** Three strings. */
 typedef struct mdm_wifi_triple_t {
-    /** @{ Server and clients agree on its meaning. */
-    char *str0;
-    char *str1;
-    char *str2;
-    /** @} */
+    char *str0; /**< 1st. */
+    char *str1; /**< 2nd. */
+    char *str2; /**< 3rd. */
 } mdm_wifi_triple_t;
 
 /** One word of a network's detail. The network's `detail_kind` says whether it is a string or a
  * number. */
 typedef union mdm_wifi_word_t {
-    /** @{ Server and clients agree on its meaning. */
-    char *text;
-    uint32_t number;
-    /** @} */
+    char *text;      /**< If the word is a string. */
+    uint32_t number; /**< If the word is a number. */
 } mdm_wifi_word_t;
 
 /**
  * The detail of a network, by ::mdm_wifi_network_t::detail_kind:
  *
- * | kind    | fields used, in wire order                                    |
- * |---------|---------------------------------------------------------------|
- * | 1, 8, 9 | `w0` number                                                   |
- * | 2, 3, 4 | `w0` string                                                   |
- * | 5, 7    | `w0`, `w1`, `w2` strings; `w3` number; `w4`, `w5` strings     |
- * | 6       | `w0` to `w6` strings                                          |
+ * | kind    | fields used, in wire order                                |
+ * |---------|-----------------------------------------------------------|
+ * | 1, 8, 9 | `w0` number                                               |
+ * | 2, 3, 4 | `w0` string                                               |
+ * | 5, 7    | `w0`, `w1`, `w2` strings; `w3` number; `w4`, `w5` strings |
+ * | 6       | `w0` to `w6` strings                                      |
  */
 typedef struct mdm_wifi_detail_t {
-    /** @{ Server and clients agree on its meaning. */
-    mdm_wifi_word_t w0;
-    mdm_wifi_word_t w1;
-    mdm_wifi_word_t w2;
-    mdm_wifi_word_t w3;
-    mdm_wifi_word_t w4;
-    mdm_wifi_word_t w5;
-    mdm_wifi_word_t w6;
-    /** @} */
+    mdm_wifi_word_t w0; /**< 1st. */
+    mdm_wifi_word_t w1; /**< 2nd. Kinds 5, 6 and 7. */
+    mdm_wifi_word_t w2; /**< 3rd. Kinds 5, 6 and 7. */
+    mdm_wifi_word_t w3; /**< 4th. Kinds 5, 6 and 7. */
+    mdm_wifi_word_t w4; /**< 5th. Kinds 5, 6 and 7. */
+    mdm_wifi_word_t w5; /**< 6th. Kinds 5, 6 and 7. */
+    mdm_wifi_word_t w6; /**< 7th. Kind 6. */
 } mdm_wifi_detail_t;
 
 /** A network profile. */
 typedef struct mdm_wifi_network_t {
-    char *ssid;          /**< Network name. */
-    int32_t detail_kind; /**< Selects the fields of `detail`, from 1 to 9. For any other number
-                                    no detail travels. */
-    mdm_wifi_detail_t *detail; /**< A sender must not pass null for the kinds 2 to 7. For 1, 8 and 9
-                                    a null detail arrives as the number 0 (Q-WIFI-2). In a received
-                                    message it is null if `detail_kind` is outside 1 to 9. */
+    char *ssid;                /**< 1st. The name of the network. */
+    int32_t detail_kind;       /**< 2nd. Selects the fields of `detail`, from 1 to 9. For any other
+                                    number no detail travels. */
+    mdm_wifi_detail_t *detail; /**< 3rd. A sender must not pass null for the kinds 2 to 7. For 1, 8
+                                    and 9 a null detail arrives as the number 0 (Q-WIFI-2). A
+                                    received one is null if `detail_kind` is outside 1 to 9. */
 } mdm_wifi_network_t;
 
 /**
  * Body of the Wi-Fi category.
  *
- * | `type`                                                           | `data` points to         |
- * |------------------------------------------------------------------|--------------------------|
- * | 305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339  | one ::mdm_wifi_pair_t    |
- * | 290, 344, 346, 348, 349, 350, 352                                | GList of strings (SSIDs) |
- * | 88                                                               | one ::mdm_wifi_dhcp_t    |
- * | 319                                                              | one ::mdm_wifi_triple_t  |
- * | 345                                                              | one ::mdm_wifi_network_t |
- * | any other                                                        | `data_size` raw bytes    |
+ * | `type`                                                          | constants          | `data` points to         |
+ * |-----------------------------------------------------------------|--------------------|--------------------------|
+ * | 305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339 | `MDM_WIFI_PAIR_*`  | one ::mdm_wifi_pair_t    |
+ * | 290, 344, 346, 348, 349, 350, 352                               | `MDM_WIFI_SSIDS_*` | GList of strings (SSIDs) |
+ * | 88                                                              | `MDM_WIFI_DHCP`    | one ::mdm_wifi_dhcp_t    |
+ * | 319                                                             | `MDM_WIFI_TRIPLE`  | one ::mdm_wifi_triple_t  |
+ * | 345                                                             | `MDM_WIFI_NETWORK` | one ::mdm_wifi_network_t |
+ * | any other                                                       |                    | `data_size` raw bytes    |
  *
  * The sender sets `data_size`; sending never stores it. A value below 1 sends the head alone, and
  * the receiver's `data` becomes null. For a list and a network any value of 1 or more will do. With
