@@ -35,9 +35,9 @@
  *   released message must not be read.
  *
  * Constants: the functions take pointers to constants, because sending never writes to a payload.
- * The fields of the records are not constant, because received ones are not. In C a literal can be
- * assigned to them. mdm_text() makes a field of a literal in C++, and of any constant text in both
- * languages; mdm_unconst() does the same for an element of a list:
+ * The fields of the records are not constant, because received ones are not. mdm_text() makes a
+ * field of a literal or another constant text, in C and in C++, and mdm_unconst() an element of a
+ * list:
  *
  * @code{.c}
  * mdm_wifi_network_t network = {.ssid = mdm_text("office"), .detail_kind = 0, .detail = NULL};
