@@ -268,15 +268,9 @@ static void show_misc_cb(const mdm_msg_t *msg)
            text_or_dash(info->str8));
 }
 
-static void show_nothing(const mdm_msg_t *msg)
-{
-    (void)msg;
-}
-
 static void show_body(const mdm_msg_t *msg)
 {
     static void (*const show[])(const mdm_msg_t *msg) = {
-        [MDM_CATEGORY_NONE] = show_nothing,
         [MDM_CATEGORY_ADMIN] = show_admin,
         [MDM_CATEGORY_PWD] = show_pwd,
         [MDM_CATEGORY_SECURITY] = show_security,
@@ -306,7 +300,10 @@ static void show_body(const mdm_msg_t *msg)
         [MDM_CATEGORY_APP_CB] = show_app_cb,
         [MDM_CATEGORY_MISC_CB] = show_misc_cb,
     };
-    show[mdm_category_of(msg->type)](msg);
+    const size_t category = mdm_category_of(msg->type);
+    if (category < G_N_ELEMENTS(show) && show[category] != NULL) {
+        show[category](msg);
+    }
 }
 
 void show_head(const char *side)
