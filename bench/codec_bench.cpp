@@ -92,7 +92,7 @@ mdm_msg_t payload(size_t size)
 {
     static std::deque<std::string> payloads;  // which keeps its elements in place
     payloads.emplace_back(size, 'x');
-    mdm_msg_t msg = new_message(33);
+    mdm_msg_t msg = new_message(MDM_TYPE_RES);
     msg.body.res.type = 100;
     msg.body.res.data_size = static_cast<int32_t>(size);
     msg.body.res.data = payloads.back().data();
@@ -101,23 +101,20 @@ mdm_msg_t payload(size_t size)
 
 mdm_msg_t admin_record()
 {
-    static char pkg[] = "com.example.agent";
-    static char text[] = "Example management agent";
-    mdm_msg_t msg = new_message(1);
+    mdm_msg_t msg = new_message(MDM_TYPE_ADMIN);
     msg.body.admin.type = 5;
     msg.body.admin.value = 7;
-    msg.body.admin.pkg = pkg;
-    msg.body.admin.text = text;
+    msg.body.admin.pkg = mdm_text("com.example.agent");
+    msg.body.admin.text = mdm_text("Example management agent");
     return msg;
 }
 
 mdm_msg_t pwd_policy()
 {
-    static char forbidden[] = "password";
-    static char pattern[] = "[a-z]{8,}";
-    static mdm_pwd_policy_t policy = {8, 2, 1, 1, 30, 5, 10, 0, 1, forbidden, pattern};
-    mdm_msg_t msg = new_message(3);
-    msg.body.pwd.type = 40;
+    static mdm_pwd_policy_t policy = {
+        8, 2, 1, 1, 30, 5, 10, 0, 1, mdm_text("password"), mdm_text("[a-z]{8,}")};
+    mdm_msg_t msg = new_message(MDM_TYPE_PWD);
+    msg.body.pwd.type = MDM_PWD_POLICY;
     msg.body.pwd.data_size = 1;
     msg.body.pwd.data = &policy;
     return msg;
@@ -152,8 +149,8 @@ mdm_msg_t apn_record()
     account->num0 = 262;
     account->num1 = 1;
     fill(&account->profile_name, &account->str14);
-    mdm_msg_t msg = new_message(21);
-    msg.body.apn.type = 387;
+    mdm_msg_t msg = new_message(MDM_TYPE_APN);
+    msg.body.apn.type = MDM_APN_PROFILE_387;
     msg.body.apn.data_size = 1;
     msg.body.apn.data = account;
     return msg;
@@ -177,8 +174,8 @@ void *new_account()
 
 mdm_msg_t security_accounts(size_t count)
 {
-    mdm_msg_t msg = new_message(5);
-    msg.body.security.type = 70;
+    mdm_msg_t msg = new_message(MDM_TYPE_SECURITY);
+    msg.body.security.type = MDM_SECURITY_ACCOUNTS_70;
     msg.body.security.data = list_of(count, new_account);
     return msg;
 }
@@ -190,8 +187,8 @@ void *new_name()
 
 mdm_msg_t package_names(size_t count)
 {
-    mdm_msg_t msg = new_message(13);
-    msg.body.app.type = 4;
+    mdm_msg_t msg = new_message(MDM_TYPE_APP);
+    msg.body.app.type = MDM_APP_PACKAGES_4;
     msg.body.app.data_size = 1;
     msg.body.app.data = list_of(count, new_name);
     return msg;

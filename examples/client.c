@@ -41,9 +41,12 @@ static bool send_lying_count(int fd, mdm_msg_t *request, const char *what)
 /* Sends bytes that look like a message. The server must refuse them and go on. */
 static bool send_malformed_bytes(int fd)
 {
-    mdm_msg_t request = {.type = TYPE_ADMIN};
-    mdm_msg_t names = {.type = TYPE_APP,
-                       .body.app = {.type = APP_PACKAGES, .data_size = 1, .data = NULL}};
+    mdm_msg_t request = {0};
+    mdm_msg_t names = {0};
+    if (!mdm_admin_set_query(&request, NULL, 0) ||
+        !mdm_app_set_packages(&names, MDM_APP_PACKAGES_4, NULL)) {
+        return false;
+    }
     uint32_t length = 0;
     uint8_t *bytes = ipc_serialize(&request, &length);
     if (bytes == NULL) {
@@ -66,17 +69,14 @@ static bool send_malformed_bytes(int fd)
 
 static bool talk(int fd)
 {
-    char stranger[] = "com.example.stranger";
-    char label[] = "Example agent";
-    char no_name[] = "com.example.no_name"; /* because of its underscore */
-    if (!ask_admin(fd, ADMIN_REGISTER, own_name, label)) {
+    if (!ask_to_register(fd, own_name)) {
         return false;
     }
     show_status("client", STATUS_CLIENTS);
-    return ask_admin(fd, ADMIN_REGISTER, no_name, label) &&
-           ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL) &&
-           ask_admin(fd, IS_CLIENT_REGISTERED, stranger, NULL) && ask_every_category(fd) &&
-           send_malformed_bytes(fd) && ask_admin(fd, IS_CLIENT_REGISTERED, own_name, NULL);
+    return ask_to_register(fd, "com.example.no_name") && /* refused because of its underscore */
+           ask_whether_registered(fd, own_name) &&
+           ask_whether_registered(fd, "com.example.stranger") && ask_every_category(fd) &&
+           send_malformed_bytes(fd) && ask_whether_registered(fd, own_name);
 }
 
 int main(int argc, char **argv)

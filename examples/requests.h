@@ -4,15 +4,18 @@
 #define REQUESTS_H
 
 #include <stdbool.h>
-#include <stdint.h>
 
 /* The package name under which this client registers. */
-extern char own_name[];
+extern const char own_name[];
 
 /* Each of these functions sends a request over the channel, and shows the request and the answer.
  * They return false if the server can no longer be asked. */
 
-bool ask_admin(int fd, uint32_t discriminator, char *pkg, char *text);
+/* Asks the server to register a client. */
+bool ask_to_register(int fd, const char *pkg);
+
+/* Asks whether a client is registered. */
+bool ask_whether_registered(int fd, const char *pkg);
 
 /* Sends one request of every category except admin. */
 bool ask_every_category(int fd);

@@ -59,56 +59,48 @@ static void server_clear(struct server *server)
  * memory of the server or of the request. The request is closed only after the reply is sent.
  */
 
-static bool apply_admin(struct server *server, const mdm_admin_info_t *request,
-                        mdm_admin_info_t *reply)
+static bool apply_admin_query(const struct server *server, const mdm_msg_t *request,
+                              mdm_msg_t *reply)
 {
-    *reply = *request; /* the reply borrows pkg and text of the request */
-    if (request->type == ADMIN_REGISTER) {
-        if (!mdm_is_valid_package_name(request->pkg)) {
-            return false;
-        }
-        g_hash_table_add(server->clients, g_strdup(request->pkg));
-        reply->value = g_hash_table_size(server->clients);
-        mdm_write_noti(STATUS_CLIENTS, (int32_t)reply->value);
-        show_status("server", STATUS_CLIENTS);
-    } else if (request->type == IS_CLIENT_REGISTERED) {
-        reply->status =
-            request->pkg != NULL && g_hash_table_contains(server->clients, request->pkg);
-    }
-    return true;
+    const char *pkg = mdm_admin_query(request)->pkg;
+    return mdm_admin_set_query(reply, pkg,
+                               pkg != NULL && g_hash_table_contains(server->clients, pkg));
 }
 
-static void apply_pwd(struct server *server, const mdm_pwd_info_t *request, mdm_pwd_info_t *reply)
+static bool apply_registration(struct server *server, const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    if (request->type == PWD_POLICY && request->data_size >= 1) {
-        const mdm_pwd_policy_t *policy = request->data;
+    const mdm_admin_info_t *asked = mdm_admin_general(request);
+    if (asked->type != ADMIN_REGISTER || !mdm_is_valid_package_name(asked->pkg)) {
+        return false;
+    }
+    g_hash_table_add(server->clients, g_strdup(asked->pkg));
+    const uint32_t clients = g_hash_table_size(server->clients);
+    mdm_write_noti(STATUS_CLIENTS, (int32_t)clients);
+    show_status("server", STATUS_CLIENTS);
+    return mdm_admin_set_general(reply, ADMIN_REGISTER, clients, asked->pkg, asked->text);
+}
+
+static bool apply_pwd(struct server *server, const mdm_msg_t *request, mdm_msg_t *reply)
+{
+    const mdm_pwd_policy_t *policy = mdm_pwd_policy(request);
+    if (policy != NULL) {
         g_free(server->policy.str9);
         g_free(server->policy.str10);
         server->policy = *policy;
         server->policy.str9 = g_strdup(policy->str9);
         server->policy.str10 = g_strdup(policy->str10);
     }
-    reply->type = PWD_POLICY;
-    reply->data_size = 1; /* makes the policy travel */
-    reply->data = &server->policy;
+    return mdm_pwd_set_policy(reply, &server->policy);
 }
 
-/* An empty text is no payload. */
-static void *payload_of(const GString *text)
+static bool apply_firewall(struct server *server, const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    return text->len > 0 ? text->str : NULL;
-}
-
-static void apply_firewall(struct server *server, const mdm_firewall_info_t *request,
-                           mdm_firewall_info_t *reply)
-{
-    if (request->data_size >= 1) {
-        g_string_append(server->firewall_rules, request->data);
+    const char *rules = mdm_firewall_data(request, NULL);
+    if (rules != NULL) {
+        g_string_append(server->firewall_rules, rules);
     }
-    reply->type = request->type;
-    reply->param = request->param;
-    reply->data_size = (int32_t)server->firewall_rules->len;
-    reply->data = payload_of(server->firewall_rules);
+    return mdm_firewall_set_data(reply, request->body.firewall.type, server->firewall_rules->str,
+                                 server->firewall_rules->len);
 }
 
 /* Makes a new secret of a base64 text of whole blocks. Returns null for any other text. */
@@ -125,157 +117,160 @@ static uint8_t *decrypt_secret(const char *text, uint32_t *size)
 }
 
 /* The reply has the length of the secret, but not the secret. */
-static bool apply_vpn_secret(const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
+static bool apply_vpn_secret(const mdm_msg_t *request, mdm_msg_t *reply)
 {
+    const char *text = mdm_vpn_data(request, NULL);
     uint32_t size = 0;
-    uint8_t *secret = request->data_size >= 1 ? decrypt_secret(request->data, &size) : NULL;
+    uint8_t *secret = text != NULL ? decrypt_secret(text, &size) : NULL;
     if (secret == NULL) {
         return false;
     }
     printf("server  decrypted a secret: %s\n", (const char *)secret); /* because it is a demo */
-    reply->type = request->type;
-    reply->param = (uint32_t)strlen((const char *)secret);
+    reply->body.vpn.param = (uint32_t)strlen((const char *)secret);
     explicit_bzero(secret, size);
     g_free(secret);
-    return true;
+    return mdm_vpn_set_head(reply, VPN_SET_SECRET);
 }
 
-static bool apply_vpn(struct server *server, const mdm_vpn_info_t *request, mdm_vpn_info_t *reply)
+static bool apply_vpn(struct server *server, const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    if (request->type == VPN_SET_SECRET) {
+    if (request->body.vpn.type == VPN_SET_SECRET) {
         return apply_vpn_secret(request, reply);
     }
-    if (request->data_size >= 1) {
-        g_string_assign(server->vpn_profile, request->data);
+    const char *profile = mdm_vpn_data(request, NULL);
+    if (profile != NULL) {
+        g_string_assign(server->vpn_profile, profile);
     }
-    reply->type = request->type;
-    reply->param = request->param;
-    reply->data_size = (int32_t)server->vpn_profile->len;
-    reply->data = payload_of(server->vpn_profile);
-    return true;
+    return mdm_vpn_set_data(reply, request->body.vpn.type, server->vpn_profile->str,
+                            server->vpn_profile->len);
 }
 
 /* The reply lists the packages of the request. The status of each is the number of its letters. */
-static bool apply_app(const mdm_app_info_t *request, mdm_app_res_info_t *reply)
+static bool apply_app(const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    if (request->type != APP_PACKAGES) {
-        return false;
-    }
-    reply->type = APP_RES_ITEMS;
-    reply->pkg = request->pkg;
     GQueue items = G_QUEUE_INIT;
-    for (GList *cell = request->data; cell != NULL; cell = cell->next) {
+    for (const GList *cell = mdm_app_packages(request); cell != NULL; cell = cell->next) {
         mdm_app_res_item_t *item = g_new0(mdm_app_res_item_t, 1);
         item->name = cell->data;
         item->value = item->name != NULL ? (uint32_t)strlen(item->name) : 0;
         g_queue_push_tail(&items, item);
     }
-    reply->data = items.head;
-    reply->data_size = 1;
-    return true;
+    reply->body.app_res.pkg = request->body.app.pkg;
+    return mdm_app_res_set_items(reply, MDM_APP_RES_ITEMS_140, items.head);
 }
 
-/* The policy of the request is in force unchanged: the reply borrows all of its body. The bodies of
- * these categories begin with the same five fields, so the fields of one stand for all. */
-static bool apply_as_it_is(const mdm_body_t *request, uint32_t discriminator, mdm_body_t *reply)
+static bool apply_phone_res(const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    *reply = *request;
-    return request->res.type == discriminator && request->res.data != NULL;
-}
-
-static bool apply_phone_res(const mdm_body_t *request, mdm_body_t *reply)
-{
-    if (!apply_as_it_is(request, PHONE_RES_EXT, reply)) {
-        return false;
-    }
-    const mdm_phone_res_ext_t *ext = request->phone_res.data;
+    const mdm_phone_res_ext_t *ext = mdm_phone_res_ext(request);
     int32_t type = 0;
     int32_t limit[MDM_PHONE_RES_LIMIT_VALUES] = {0};
-    if (mdm_phone_res_limit_deserialize(ext->detail->str2, &type, limit) != MDM_RESULT_SUCCESS) {
+    if (ext == NULL ||
+        mdm_phone_res_limit_deserialize(ext->detail->str2, &type, limit) != MDM_RESULT_SUCCESS) {
         return false;
     }
     printf("server  limit of type %d: %d %d %d %d %d %d\n", type, limit[0], limit[1], limit[2],
            limit[3], limit[4], limit[5]);
-    return true;
+    return mdm_phone_res_set_ext(reply, ext);
 }
 
-/* Sending a profile adds its size to `data_size`, which holds the received sum. So set it anew. */
-static bool apply_apn(const mdm_body_t *request, mdm_body_t *reply)
+/* The payload of these two categories is not received. The reply has its size alone. */
+static bool apply_browser(const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    const bool is_served = apply_as_it_is(request, APN_PROFILE, reply);
-    reply->apn.data_size = 1;
-    return is_served;
+    reply->body.browser.param = (uint32_t)request->body.browser.data_size;
+    return mdm_browser_set_head(reply, request->body.browser.type);
 }
 
-/* The payload of these two categories is not received, so the reply has none. */
-static bool apply_unread(const mdm_body_t *request, mdm_body_t *reply)
+static bool apply_enterprise(const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    reply->res.type = request->res.type;
-    reply->res.param = (uint32_t)request->res.data_size;
-    return true;
+    reply->body.enterprise.param = (uint32_t)request->body.enterprise.data_size;
+    return mdm_enterprise_set_head(reply, request->body.enterprise.type);
 }
 
-static bool apply_roaming(const mdm_roaming_info_t *request, mdm_roaming_res_info_t *reply)
+/* The other policies are in force unchanged. The reply borrows the payload of the request. */
+
+static bool apply_date_time(const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    reply->type = request->type;
-    reply->data_size = request->data_size;
-    return true;
+    size_t size = 0;
+    const char *zone = mdm_date_time_data(request, &size);
+    return mdm_date_time_set_data(reply, request->body.date_time.type, zone, size);
 }
 
+static bool apply_remote(const mdm_msg_t *request, mdm_msg_t *reply)
+{
+    size_t size = 0;
+    const char *command = mdm_remote_data(request, &size);
+    return mdm_remote_set_data(reply, request->body.remote.type, command, size);
+}
+
+static bool apply_res(const mdm_msg_t *request, mdm_msg_t *reply)
+{
+    size_t size = 0;
+    const char *setting = mdm_res_data(request, &size);
+    return mdm_res_set_data(reply, request->body.res.type, setting, size);
+}
+
+static bool apply_platform(const mdm_msg_t *request, mdm_msg_t *reply)
+{
+    const mdm_platform_info_t *asked = mdm_platform_flag(request);
+    return mdm_platform_set_flag(reply, asked->text, asked->number, asked->flag);
+}
+
+/* Only these forms are served. A missing record is refused. */
 static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *reply)
 {
-    const mdm_body_t *asked = &request->body;
-    mdm_body_t *in_force = &reply->body;
-    reply->type = (uint8_t)(request->type + 1);
-    reply->hdr_word1 = request->hdr_word1;
-    switch (request->type) {
-    case TYPE_ADMIN:
-        return apply_admin(server, &asked->admin, &in_force->admin);
-    case TYPE_PWD:
-        apply_pwd(server, &asked->pwd, &in_force->pwd);
-        return true;
-    case TYPE_FIREWALL:
-        apply_firewall(server, &asked->firewall, &in_force->firewall);
-        return true;
-    case TYPE_VPN:
-        return apply_vpn(server, &asked->vpn, &in_force->vpn);
-    case TYPE_APP:
-        return apply_app(&asked->app, &in_force->app_res);
-    case TYPE_ROAMING:
-        return apply_roaming(&asked->roaming, &in_force->roaming_res);
-    case TYPE_BROWSER:
-    case TYPE_ENTERPRISE:
-        return apply_unread(asked, in_force);
-    case TYPE_SECURITY:
-        return apply_as_it_is(asked, SECURITY_ITEM, in_force);
-    case TYPE_WIFI:
-        return apply_as_it_is(asked, WIFI_NETWORK, in_force);
-    case TYPE_BLUETOOTH:
-        return apply_as_it_is(asked, BLUETOOTH_NAMES, in_force);
-    case TYPE_EAS:
-        return apply_as_it_is(asked, EAS_ACCOUNT, in_force);
-    case TYPE_MISC:
-        *in_force = *asked;
-        return asked->misc.type == MISC_BOOK && asked->misc.data != NULL;
-    case TYPE_APN:
-        return apply_apn(asked, in_force);
-    case TYPE_DATE_TIME:
-    case TYPE_REMOTE:
-    case TYPE_RES:
-        return apply_as_it_is(asked, SET_POLICY, in_force);
-    case TYPE_PHONE_RES:
-        return apply_phone_res(asked, in_force);
-    case TYPE_EMAIL:
-        return apply_as_it_is(asked, EMAIL_ACCOUNT, in_force);
-    case TYPE_KIOSK:
-        return apply_as_it_is(asked, KIOSK_KEY_PAIRS, in_force);
-    case TYPE_CONTAINER:
-        return apply_as_it_is(asked, CONTAINER_ITEM, in_force);
-    case TYPE_LOCATION:
-    case TYPE_LOG_MANAGER:
-    case TYPE_PLATFORM:
-        *in_force = *asked;
-        return true;
+    switch (mdm_form_of(request)) {
+    case MDM_FORM_ADMIN_QUERY:
+        return apply_admin_query(server, request, reply);
+    case MDM_FORM_ADMIN_GENERAL:
+        return apply_registration(server, request, reply);
+    case MDM_FORM_PWD_POLICY:
+        return apply_pwd(server, request, reply);
+    case MDM_FORM_SECURITY_ITEM:
+        return mdm_security_set_item(reply, request->body.security.type,
+                                     mdm_security_item(request));
+    case MDM_FORM_WIFI_NETWORK:
+        return mdm_wifi_set_network(reply, mdm_wifi_network(request));
+    case MDM_FORM_BLUETOOTH_NAMES:
+        return mdm_bluetooth_set_names(reply, request->body.bluetooth.type,
+                                       mdm_bluetooth_names(request));
+    case MDM_FORM_EAS_ACCOUNT:
+        return mdm_eas_set_account(reply, mdm_eas_account(request));
+    case MDM_FORM_APP_PACKAGES:
+        return apply_app(request, reply);
+    case MDM_FORM_ROAMING_RECORD:
+        return mdm_roaming_res_set_head(reply, request->body.roaming.type);
+    case MDM_FORM_MISC_BOOK:
+        return mdm_misc_set_book(reply, request->body.misc.type, mdm_misc_book(request));
+    case MDM_FORM_APN_PROFILE:
+        return mdm_apn_set_profile(reply, request->body.apn.type, mdm_apn_profile(request));
+    case MDM_FORM_BROWSER_DATA:
+        return apply_browser(request, reply);
+    case MDM_FORM_DATE_TIME_DATA:
+        return apply_date_time(request, reply);
+    case MDM_FORM_REMOTE_DATA:
+        return apply_remote(request, reply);
+    case MDM_FORM_VPN_DATA:
+        return apply_vpn(server, request, reply);
+    case MDM_FORM_FIREWALL_DATA:
+        return apply_firewall(server, request, reply);
+    case MDM_FORM_RES_DATA:
+        return apply_res(request, reply);
+    case MDM_FORM_PHONE_RES_EXT:
+        return apply_phone_res(request, reply);
+    case MDM_FORM_ENTERPRISE_DATA:
+        return apply_enterprise(request, reply);
+    case MDM_FORM_EMAIL_ACCOUNT:
+        return mdm_email_set_account(reply, mdm_email_account(request));
+    case MDM_FORM_KIOSK_KEY_PAIRS:
+        return mdm_kiosk_set_key_pairs(reply, mdm_kiosk_key_pairs(request));
+    case MDM_FORM_CONTAINER_ITEM:
+        return mdm_container_set_item(reply, mdm_container_item(request));
+    case MDM_FORM_LOCATION_HEAD:
+        return mdm_location_set_head(reply, mdm_location_head(request)->type);
+    case MDM_FORM_LOG_MANAGER_TEXT:
+        return mdm_log_manager_set_text(reply, mdm_log_manager_text(request));
+    case MDM_FORM_PLATFORM_FLAG:
+        return apply_platform(request, reply);
     default:
         return false;
     }
@@ -284,7 +279,7 @@ static bool apply(struct server *server, const mdm_msg_t *request, mdm_msg_t *re
 /* Releases the blocks that apply() has allocated for a reply. */
 static void release_reply(mdm_msg_t *reply)
 {
-    if (reply->type == TYPE_APP_RES) {
+    if (reply->type == MDM_TYPE_APP_RES) {
         g_list_free_full(reply->body.app_res.data, g_free);
     }
 }
@@ -303,15 +298,13 @@ static bool send_sealed(int fd, const mdm_msg_t *reply, uint8_t *bytes, uint32_t
 
 static bool send_refusal(int fd, const char *reason)
 {
-    char *text = g_strdup(reason);
-    mdm_msg_t reply = {.type = TYPE_ADMIN + 1, .hdr_word2 = (uint32_t)MDM_RESULT_FAILED};
-    reply.body.admin.type = ADMIN_REFUSED;
-    reply.body.admin.text = text;
+    mdm_msg_t reply = {.type = MDM_TYPE_ADMIN_2, .hdr_word2 = (uint32_t)MDM_RESULT_FAILED};
+    if (!mdm_admin_set_general(&reply, ADMIN_REFUSED, 0, NULL, reason)) {
+        return false;
+    }
     uint32_t length = 0;
     uint8_t *bytes = ipc_seal(&reply, &length, NULL);
-    const bool sent = send_sealed(fd, &reply, bytes, length);
-    g_free(text);
-    return sent;
+    return send_sealed(fd, &reply, bytes, length);
 }
 
 /* Some contents of a request cannot be sent back: an empty name in a list arrives as a null
@@ -327,24 +320,20 @@ static bool send_message(int fd, mdm_msg_t *reply)
 /* For some requests the client gets a callback before the answer. */
 static bool send_callback(int fd, const mdm_msg_t *request)
 {
-    char done[] = "done";
+    const mdm_body_t *body = &request->body;
     mdm_msg_t callback = {.hdr_word1 = request->hdr_word1};
-    if (request->type == TYPE_APP) {
-        callback.type = TYPE_APP_CB;
-        callback.body.app_cb.type = CALLBACK_DONE;
-        callback.body.app_cb.num6 = g_list_length(request->body.app.data);
-        callback.body.app_cb.str7 = done;
-        callback.body.app_cb.str8 = request->body.app.pkg;
-    } else if (request->type == TYPE_MISC) {
-        callback.type = TYPE_MISC_CB;
-        callback.body.misc_cb.type = CALLBACK_DONE;
-        callback.body.misc_cb.flag6 = 1;
-        callback.body.misc_cb.num7 = (uint32_t)request->body.misc.type;
-        callback.body.misc_cb.str8 = done;
-    } else {
+    switch (mdm_form_of(request)) {
+    case MDM_FORM_APP_PACKAGES:
+        return mdm_app_cb_set_detail(&callback, MDM_APP_CB_DETAIL_0, g_list_length(body->app.data),
+                                     "done", body->app.pkg) &&
+               send_message(fd, &callback);
+    case MDM_FORM_MISC_BOOK:
+        return mdm_misc_cb_set_detail(&callback, MDM_MISC_CB_DETAIL_0, 1, (uint32_t)body->misc.type,
+                                      "done") &&
+               send_message(fd, &callback);
+    default:
         return true;
     }
-    return send_message(fd, &callback);
 }
 
 /* Answers one packet. Returns false if the client can no longer be answered. */
@@ -360,8 +349,9 @@ static bool serve_packet(struct server *server, int fd, const GByteArray *packet
     }
     show_message("server", "<-", request, packet->len);
 
-    mdm_msg_t reply = {0};
-    const bool answered = apply(server, request, &reply)
+    mdm_msg_t reply = {.type = (uint8_t)(request->type + 1), .hdr_word1 = request->hdr_word1};
+    const bool is_request = request->type % 2 == 1;
+    const bool answered = is_request && apply(server, request, &reply)
                               ? send_callback(fd, request) && send_message(fd, &reply)
                               : send_refusal(fd, "nothing that this server serves");
     release_reply(&reply);

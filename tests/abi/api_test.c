@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * Calls every exported function through the shared library, from C, with a platform log of the
- * program's own.
+ * Calls every exported function through the shared library, and some functions of the headers, from
+ * C, with a platform log of the program's own.
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -49,10 +49,17 @@ static void check_logger(void)
     CHECK(lines_seen == 1);
 }
 
+/* A message of raw bytes. Its discriminator is one of the programs' own. */
+static mdm_msg_t new_message(void)
+{
+    mdm_msg_t msg = {0};
+    CHECK(mdm_res_set_data(&msg, 100, "ok", 2));
+    return msg;
+}
+
 static void check_codec(void)
 {
-    char payload[] = "ok";
-    mdm_msg_t sent = {.type = 33, .body.res = {.type = 100, .data_size = 2, .data = payload}};
+    mdm_msg_t sent = new_message();
     uint32_t length = 0;
     uint8_t *buffer = ipc_serialize(&sent, &length);
     CHECK(buffer != NULL);
@@ -61,17 +68,18 @@ static void check_codec(void)
     mdm_msg_t received = {0};
     CHECK(ipc_deserialize(&received, buffer, length) == MDM_RESULT_SUCCESS);
     g_free(buffer);
-    CHECK(received.type == 33);
+    CHECK(received.type == MDM_TYPE_RES);
     CHECK(received.body.res.type == 100);
-    CHECK(strcmp(received.body.res.data, "ok") == 0);
+    size_t size = 0;
+    CHECK(g_strcmp0(mdm_res_data(&received, &size), "ok") == 0);
+    CHECK(size == 2);
     CHECK(ipc_free(&received) == MDM_RESULT_SUCCESS);
     CHECK(ipc_free(NULL) == MDM_RESULT_INVALID_ARGUMENT);
 }
 
 static void check_guarded_codec(void)
 {
-    char payload[] = "ok";
-    mdm_msg_t sent = {.type = 33, .body.res = {.type = 100, .data_size = 2, .data = payload}};
+    mdm_msg_t sent = new_message();
     uint32_t length = 0;
     ipc_fault_t fault = {0};
     uint8_t *buffer = ipc_seal(&sent, &length, &fault);
@@ -80,7 +88,9 @@ static void check_guarded_codec(void)
 
     mdm_msg_t *opened = ipc_open(buffer, length, &fault);
     CHECK(opened != NULL);
-    CHECK(strcmp(opened->body.res.data, "ok") == 0);
+    CHECK(mdm_form_of(opened) == MDM_FORM_RES_DATA);
+    CHECK(strcmp(mdm_form_name(mdm_form_of(opened)), "res.data") == 0);
+    CHECK(g_strcmp0(mdm_res_data(opened, NULL), "ok") == 0);
     ipc_close(opened);
     ipc_close(NULL);
 
@@ -94,6 +104,24 @@ static void check_guarded_codec(void)
     CHECK(strcmp(text, "header.length at offset 0 needs 4 bytes, 3 are left") == 0);
     g_free(text);
     g_free(buffer);
+}
+
+/* The functions of the bodies: records, names of numbers, refusals. */
+static void check_typed_bodies(void)
+{
+    const mdm_wifi_network_t network = {.ssid = "office"};
+    mdm_msg_t msg = {0};
+    CHECK(mdm_wifi_set_network(&msg, &network));
+    CHECK(msg.type == MDM_TYPE_WIFI);
+    CHECK(msg.body.wifi.type == MDM_WIFI_NETWORK);
+    CHECK(mdm_wifi_network(&msg) == &network);
+    CHECK(mdm_wifi_ssids(&msg) == NULL);
+    CHECK(strcmp(mdm_category_name(mdm_category_of(msg.type)), "wifi") == 0);
+    CHECK(strcmp(mdm_form_name(mdm_form_of(&msg)), "wifi.network") == 0);
+
+    CHECK(!mdm_wifi_set_network(&msg, NULL));
+    CHECK(!mdm_wifi_set_ssids(&msg, MDM_WIFI_NETWORK, NULL));
+    CHECK(mdm_wifi_network(&msg) == &network);
 }
 
 static void check_aes_helper(void)
@@ -164,6 +192,7 @@ int main(void)
     mdm_log_set_enabled(0);
     check_codec();
     check_guarded_codec();
+    check_typed_bodies();
     check_aes_helper();
     check_utilities();
     check_limit_texts();

@@ -6,19 +6,16 @@
 
 int main()
 {
-    std::string payload = "ok";
     mdm_msg_t sent{};
-    sent.type = 31;
-    sent.body.firewall.data_size = static_cast<int32_t>(payload.size());
-    sent.body.firewall.data = payload.data();
+    const bool filled = mdm_firewall_set_data(&sent, 1, "ok", 2);
 
     uint32_t length = 0;
     uint8_t *buffer = ipc_serialize(&sent, &length);
     mdm_msg_t received{};
     const int32_t result = ipc_deserialize(&received, buffer, length);
     g_free(buffer);
-    const bool same = result == MDM_RESULT_SUCCESS &&
-                      static_cast<const char *>(received.body.firewall.data) == payload;
+    const bool same = filled && result == MDM_RESULT_SUCCESS &&
+                      mdm_firewall_data(&received, nullptr) == std::string("ok");
     ipc_free(&received);
 
     DevicePolicyManager::DeviceInventoryCallHistoryEvent event;
