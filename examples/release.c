@@ -23,7 +23,7 @@ static void release_network(mdm_wifi_network_t *network)
 /* ipc_free() leaves the records of the list allocated, and no pointer to them. */
 static GList *controls_of(const mdm_msg_t *msg)
 {
-    return mdm_app_res_controls(msg) != NULL ? g_list_copy(msg->body.app_res.data) : NULL;
+    return g_list_copy(mdm_unconst(mdm_app_res_controls(msg)));
 }
 
 /* Releases the blocks that ipc_free() has left allocated. The category's header says which blocks

@@ -324,8 +324,9 @@ static bool send_callback(int fd, const mdm_msg_t *request)
     mdm_msg_t callback = {.hdr_word1 = request->hdr_word1};
     switch (mdm_form_of(request)) {
     case MDM_FORM_APP_PACKAGES:
-        return mdm_app_cb_set_detail(&callback, MDM_APP_CB_DETAIL_0, g_list_length(body->app.data),
-                                     "done", body->app.pkg) &&
+        return mdm_app_cb_set_detail(&callback, MDM_APP_CB_DETAIL_0,
+                                     (uint32_t)mdm_list_length(mdm_app_packages(request)), "done",
+                                     body->app.pkg) &&
                send_message(fd, &callback);
     case MDM_FORM_MISC_BOOK:
         return mdm_misc_cb_set_detail(&callback, MDM_MISC_CB_DETAIL_0, 1, (uint32_t)body->misc.type,

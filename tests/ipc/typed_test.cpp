@@ -608,6 +608,13 @@ TEST(TypedReading, ReturnsNoStalePointer)
     }
 }
 
+TEST(TypedReading, CountsTheElementsOfAList)
+{
+    EXPECT_EQ(mdm_list_length(nullptr), 0U);
+    const auto list = cells({sentinel(), nullptr, sentinel()});
+    EXPECT_EQ(mdm_list_length(list.get()), 3U);
+}
+
 TEST(TypedReading, TellsAByteFromNone)
 {
     mdm_msg_t msg{};

@@ -52,8 +52,8 @@ typedef struct mdm_platform_info {
     uint32_t aux;    /**< Never sent, never touched: a word of the caller. */
     char *text;      /**< 2nd. May be null. */
     uint32_t aux2;   /**< Never sent, never touched: a word of the caller. */
-    uint32_t number; /**< 439, 440: 3rd. */
-    uint8_t flag;    /**< 439: 4th. */
+    uint32_t number; /**< Flag, number: 3rd. Sent for 439 and 440. */
+    uint8_t flag;    /**< Flag: 4th. Sent for 439. */
 } mdm_platform_info_t;
 
 /* The functions need the message, and the message needs the records above. */

@@ -85,6 +85,16 @@ MDM_INLINE char *mdm_text(const char *text)
     return MDM_CAST(char *, mdm_unconst(text));
 }
 
+/**
+ * Counts the elements of a list, one by one. GLib's own functions do not take constant lists.
+ * @param list  the first cell of a list that was read; null is the empty list.
+ * @return The number of elements.
+ */
+MDM_INLINE size_t mdm_list_length(const GList *list)
+{
+    return g_list_length(MDM_CAST(GList *, mdm_unconst(list)));
+}
+
 /** @cond The common parts of the functions of the body headers. mdm/message.h defines them. */
 
 typedef struct mdm_msg mdm_msg_t;
