@@ -16,7 +16,8 @@
  *   select the form is refused, and so is a missing payload. A call that refuses returns false and
  *   changes nothing.
  * - A call prepares one sending. Sending may change `data_size`, so fill the message again before
- *   you send it again: it then has the same bytes.
+ *   you send it again: it then has the same bytes. docs/data-size.md says for each form what these
+ *   functions set and what sending makes of it.
  * - A message of the category keeps its message type, so that its second one can be set before. A
  *   message of another category or of none gets the first one.
  * - The header, `param`, `aux` and `pkg` stay as they were. Only if the message had another
