@@ -22,6 +22,9 @@
  * }
  * @endcode
  *
+ * The header of each body, below mdm/body/, has functions that fill a message and read it, and
+ * begins with an example. mdm/body/typed.h has their rules.
+ *
  * How a message is released depends on who filled it. The type of the variable tells the first two
  * cases apart:
  *

@@ -220,7 +220,8 @@ inline Result<Message> open(const void *bytes, std::size_t size) noexcept
 {
     constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
     const auto *first = static_cast<const std::uint8_t *>(bytes);
-    if (first != nullptr && std::uint64_t{size} > most) {
+    const std::uint64_t length = size;
+    if (first != nullptr && length > most) {
         std::uint64_t announced = 0;
         for (int i = 3; i >= 0; --i) {
             announced = announced * 256 + first[i];
@@ -230,7 +231,7 @@ inline Result<Message> open(const void *bytes, std::size_t size) noexcept
         return Result<Message>(ipc_fault_t{0, needed, most, "header.length"});
     }
     ipc_fault_t fault{};
-    Message msg(ipc_open(first, static_cast<std::uint32_t>(size), &fault));
+    Message msg(ipc_open(first, static_cast<std::uint32_t>(length), &fault));
     return msg != nullptr ? Result<Message>(std::move(msg)) : Result<Message>(fault);
 }
 
@@ -284,8 +285,9 @@ inline Result<SealedBytes> seal(mdm_msg_t &msg) noexcept
  */
 template <class T>
 class ListIterator {
-    static_assert(std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>,
-                  "an element is a record, a number or a std::string_view");
+    static_assert(std::is_trivially_copyable_v<T> &&
+                      (std::is_class_v<T> || std::is_same_v<T, std::uint32_t>),
+                  "an element is a record, a std::uint32_t or a std::string_view");
     static constexpr bool is_text = std::is_same_v<T, std::string_view>;
 
     // Holds the view that operator->() has made.

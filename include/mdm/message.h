@@ -4,8 +4,9 @@
  * The in-memory message: a header and the body of one policy category.
  *
  * The functions of mdm/ipc.h and mdm/guarded.h turn messages into bytes and back. Each category's
- * body is documented in its own header below mdm/body/. mdm/body/head.h explains the terms and the
- * rules that hold for every body: read it first.
+ * body is documented in its own header below mdm/body/, which begins with an example.
+ * mdm/body/typed.h tells how to fill a message and how to read one. mdm/body/head.h explains the
+ * terms and the rules that hold for every body.
  *
  * The message type selects the category, and with it the member of ::mdm_body_t. Most categories
  * have two message types. The codec treats both alike; server and clients agree on their use, for
@@ -173,9 +174,8 @@ MDM_INLINE mdm_form_t mdm_form_of(const mdm_msg_t *msg)
 
 MDM_INLINE void *mdm_begin_body(mdm_msg_t *msg, uint8_t first_type)
 {
-    const mdm_category_t before = mdm_category_of(msg->type);
-    if (before != mdm_category_of(first_type)) {
-        if (before != MDM_CATEGORY_NONE) {
+    if (mdm_category_of(msg->type) != mdm_category_of(first_type)) {
+        if (msg->type != 0) {
             memset(&msg->body, 0, sizeof msg->body);
         }
         msg->type = first_type;

@@ -15,6 +15,9 @@
  * | `MDM_WIFI_NETWORK`       | the discriminator of this form                                   |
  * | `MDM_WIFI_PAIR_305`      | a discriminator of the form "pair", which several numbers select |
  *
+ * Do not mix them up: a switch over mdm_form_of() has cases like `MDM_FORM_WIFI_NETWORK`. Compilers
+ * warn about a case like `MDM_WIFI_NETWORK`, which is a discriminator.
+ *
  * A form that has no discriminator here is selected by every number that is not listed. The
  * functions `mdm_wifi_form()` and so on say which form a discriminator selects; mdm_form_of() of
  * mdm/message.h says which form a message has.
@@ -120,37 +123,178 @@ typedef enum mdm_category {
     /** @} */
 } mdm_category_t;
 
-/**
- * A form of any category: `MDM_FORM_WIFI_NETWORK` and so on, or #MDM_FORM_NONE. The number of a
- * form is 8 times its category, and its place among the forms of the category.
- */
-typedef uint32_t mdm_form_t;
-
-enum {
-    /** Of every message whose type has no category. */
-    MDM_FORM_NONE = 0,
-};
-
 /** @cond The number of a category's first form. */
 #define MDM_FIRST_FORM(category) (MDM_CATEGORY_##category * 8)
 /** @endcond */
 
+/**
+ * The forms of all categories. The number of a form is 8 times its category, and its place among
+ * the forms of the category.
+ */
+typedef enum mdm_form {
+    MDM_FORM_NONE = 0, /**< Of every message whose type has no category. */
+
+    /** The query whether a client is registered. */
+    MDM_FORM_ADMIN_QUERY = MDM_FIRST_FORM(ADMIN),
+    /** A number and two strings. */
+    MDM_FORM_ADMIN_GENERAL,
+    /** A record: ::mdm_pwd_policy_t. */
+    MDM_FORM_PWD_POLICY = MDM_FIRST_FORM(PWD),
+    /** Raw bytes. */
+    MDM_FORM_PWD_DATA,
+    /** A record: ::mdm_security_item_t. */
+    MDM_FORM_SECURITY_ITEM = MDM_FIRST_FORM(SECURITY),
+    /** A list of strings. */
+    MDM_FORM_SECURITY_STRINGS,
+    /** A list of ::mdm_security_account_t. */
+    MDM_FORM_SECURITY_ACCOUNTS,
+    /** Raw bytes. */
+    MDM_FORM_SECURITY_DATA,
+    /** A record: ::mdm_wifi_pair_t. */
+    MDM_FORM_WIFI_PAIR = MDM_FIRST_FORM(WIFI),
+    /** A list of strings, the names of networks. */
+    MDM_FORM_WIFI_SSIDS,
+    /** A record: ::mdm_wifi_dhcp_t. */
+    MDM_FORM_WIFI_DHCP,
+    /** A record: ::mdm_wifi_triple_t. */
+    MDM_FORM_WIFI_TRIPLE,
+    /** A record: ::mdm_wifi_network_t. */
+    MDM_FORM_WIFI_NETWORK,
+    /** Raw bytes. */
+    MDM_FORM_WIFI_DATA,
+    /** A list of strings, the names of devices. */
+    MDM_FORM_BLUETOOTH_NAMES = MDM_FIRST_FORM(BLUETOOTH),
+    /** Raw bytes. */
+    MDM_FORM_BLUETOOTH_DATA,
+    /** A record: ::mdm_eas_account_t. */
+    MDM_FORM_EAS_ACCOUNT = MDM_FIRST_FORM(EAS),
+    /** Three strings of an ::mdm_eas_account_t. */
+    MDM_FORM_EAS_SETTINGS,
+    /** A list of ::mdm_eas_account_t. */
+    MDM_FORM_EAS_ACCOUNTS,
+    /** A record: ::mdm_eas_value_t. */
+    MDM_FORM_EAS_VALUE,
+    /** A list of strings, package names. */
+    MDM_FORM_APP_PACKAGES = MDM_FIRST_FORM(APP),
+    /** A record: ::mdm_app_num_pair_t. */
+    MDM_FORM_APP_NUM_PAIR,
+    /** A record: ::mdm_app_pair_t. */
+    MDM_FORM_APP_PAIR,
+    /** Raw bytes. */
+    MDM_FORM_APP_DATA,
+    /** A list of strings, package names. */
+    MDM_FORM_APP_RES_PACKAGES = MDM_FIRST_FORM(APP_RES),
+    /** A list of ::mdm_app_res_item_t. */
+    MDM_FORM_APP_RES_ITEMS,
+    /** A list of ::mdm_app_control_info_t. */
+    MDM_FORM_APP_RES_CONTROLS,
+    /** Raw bytes. */
+    MDM_FORM_APP_RES_DATA,
+    /** A record: ::mdm_roaming_data_t. */
+    MDM_FORM_ROAMING_RECORD = MDM_FIRST_FORM(ROAMING),
+    /** The head alone. */
+    MDM_FORM_ROAMING_RES_HEAD = MDM_FIRST_FORM(ROAMING_RES),
+    /** An array of strings. */
+    MDM_FORM_MISC_ARRAY = MDM_FIRST_FORM(MISC),
+    /** The head alone. */
+    MDM_FORM_MISC_HEAD,
+    /** A record: ::mdm_misc_str_t. */
+    MDM_FORM_MISC_TEXT,
+    /** A list of strings, in the place of `param`. */
+    MDM_FORM_MISC_STRINGS,
+    /** A record: ::mdm_book_info_t. */
+    MDM_FORM_MISC_BOOK,
+    /** A record: ::mdm_misc_str_pair_t. */
+    MDM_FORM_MISC_PAIR,
+    /** Raw bytes. */
+    MDM_FORM_MISC_DATA,
+    /** A record: ::mdm_apn_account_t. */
+    MDM_FORM_APN_PROFILE = MDM_FIRST_FORM(APN),
+    /** A list of ::mdm_apn_account_t. */
+    MDM_FORM_APN_PROFILES,
+    /** Raw bytes. */
+    MDM_FORM_APN_DATA,
+    /** Raw bytes, which no receiver reads. */
+    MDM_FORM_BROWSER_DATA = MDM_FIRST_FORM(BROWSER),
+    /** Raw bytes. */
+    MDM_FORM_DATE_TIME_DATA = MDM_FIRST_FORM(DATE_TIME),
+    /** Raw bytes. */
+    MDM_FORM_REMOTE_DATA = MDM_FIRST_FORM(REMOTE),
+    /** Raw bytes. */
+    MDM_FORM_VPN_DATA = MDM_FIRST_FORM(VPN),
+    /** Raw bytes. */
+    MDM_FORM_FIREWALL_DATA = MDM_FIRST_FORM(FIREWALL),
+    /** Raw bytes. */
+    MDM_FORM_RES_DATA = MDM_FIRST_FORM(RES),
+    /** A record: ::mdm_phone_res_item_t. */
+    MDM_FORM_PHONE_RES_ITEM = MDM_FIRST_FORM(PHONE_RES),
+    /** A record: ::mdm_phone_res_ext_t. */
+    MDM_FORM_PHONE_RES_EXT,
+    /** Raw bytes, sized and released as an ::mdm_phone_res_item_t. */
+    MDM_FORM_PHONE_RES_RAW_ITEM,
+    /** Raw bytes. */
+    MDM_FORM_PHONE_RES_DATA,
+    /** Raw bytes, which no receiver reads. */
+    MDM_FORM_ENTERPRISE_DATA = MDM_FIRST_FORM(ENTERPRISE),
+    /** A record: ::mdm_email_account_t. */
+    MDM_FORM_EMAIL_ACCOUNT = MDM_FIRST_FORM(EMAIL),
+    /** Three strings of an ::mdm_email_account_t. */
+    MDM_FORM_EMAIL_SETTINGS,
+    /** A list of ::mdm_email_account_t. */
+    MDM_FORM_EMAIL_ACCOUNTS,
+    /** A record: ::mdm_email_value_t. */
+    MDM_FORM_EMAIL_VALUE,
+    /** A string. */
+    MDM_FORM_KIOSK_TEXT = MDM_FIRST_FORM(KIOSK),
+    /** A list of `uint32_t`, hardware keys. */
+    MDM_FORM_KIOSK_KEYS,
+    /** A list of ::mdm_kiosk_key_pair_t. */
+    MDM_FORM_KIOSK_KEY_PAIRS,
+    /** Raw bytes. */
+    MDM_FORM_KIOSK_DATA,
+    /** A record: ::mdm_container_item_t. */
+    MDM_FORM_CONTAINER_ITEM = MDM_FIRST_FORM(CONTAINER),
+    /** A record: ::mdm_container_short_item_t. */
+    MDM_FORM_CONTAINER_SHORT_ITEM,
+    /** Raw bytes. */
+    MDM_FORM_CONTAINER_DATA,
+    /** The head alone. */
+    MDM_FORM_CONTAINER_HEAD,
+    /** The head alone. */
+    MDM_FORM_LOCATION_HEAD = MDM_FIRST_FORM(LOCATION),
+    /** A string. */
+    MDM_FORM_LOG_MANAGER_TEXT = MDM_FIRST_FORM(LOG_MANAGER),
+    /** A byte. */
+    MDM_FORM_LOG_MANAGER_BYTE,
+    /** A text, a number and a flag. */
+    MDM_FORM_PLATFORM_FLAG = MDM_FIRST_FORM(PLATFORM),
+    /** A text and a number. */
+    MDM_FORM_PLATFORM_NUMBER,
+    /** A text. */
+    MDM_FORM_PLATFORM_TEXT,
+    /** A number and two strings. */
+    MDM_FORM_APP_CB_DETAIL = MDM_FIRST_FORM(APP_CB),
+    /** The head alone. */
+    MDM_FORM_APP_CB_HEAD,
+    /** A byte, a number and a string. */
+    MDM_FORM_MISC_CB_DETAIL = MDM_FIRST_FORM(MISC_CB),
+    /** The head alone. */
+    MDM_FORM_MISC_CB_HEAD,
+} mdm_form_t;
+
 /** The discriminators of admin that select a form of their own. */
 enum {
-    IS_CLIENT_REGISTERED = 0, /**< The query whether a client is registered. */
+    /** @{ Selects the form in its name. */
+    MDM_ADMIN_QUERY = 0,
+    /** @} */
+    IS_CLIENT_REGISTERED = MDM_ADMIN_QUERY, /**< The query whether a client is registered. */
 };
 
-/** The forms of admin. */
-typedef enum mdm_admin_form {
-    MDM_FORM_ADMIN_QUERY = MDM_FIRST_FORM(ADMIN), /**< The query whether a client is registered. */
-    MDM_FORM_ADMIN_GENERAL,                       /**< A number and two strings. */
-} mdm_admin_form_t;
-
 /** @param type  the discriminator of a body of admin. @return The form that it selects. */
-MDM_INLINE mdm_admin_form_t mdm_admin_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_admin_form(uint32_t type)
 {
     switch (type) {
-    case IS_CLIENT_REGISTERED:
+    case MDM_ADMIN_QUERY:
         return MDM_FORM_ADMIN_QUERY;
     default:
         return MDM_FORM_ADMIN_GENERAL;
@@ -164,14 +308,8 @@ enum {
     /** @} */
 };
 
-/** The forms of pwd. */
-typedef enum mdm_pwd_form {
-    MDM_FORM_PWD_POLICY = MDM_FIRST_FORM(PWD), /**< A record: ::mdm_pwd_policy_t. */
-    MDM_FORM_PWD_DATA,                         /**< Raw bytes. */
-} mdm_pwd_form_t;
-
 /** @param type  the discriminator of a body of pwd. @return The form that it selects. */
-MDM_INLINE mdm_pwd_form_t mdm_pwd_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_pwd_form(uint32_t type)
 {
     switch (type) {
     case MDM_PWD_POLICY:
@@ -193,16 +331,8 @@ enum {
     /** @} */
 };
 
-/** The forms of security. */
-typedef enum mdm_security_form {
-    MDM_FORM_SECURITY_ITEM = MDM_FIRST_FORM(SECURITY), /**< A record: ::mdm_security_item_t. */
-    MDM_FORM_SECURITY_STRINGS,                         /**< A list of strings. */
-    MDM_FORM_SECURITY_ACCOUNTS,                        /**< A list of ::mdm_security_account_t. */
-    MDM_FORM_SECURITY_DATA,                            /**< Raw bytes. */
-} mdm_security_form_t;
-
 /** @param type  the discriminator of a body of security. @return The form that it selects. */
-MDM_INLINE mdm_security_form_t mdm_security_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_security_form(uint32_t type)
 {
     switch (type) {
     case MDM_SECURITY_ITEM_56:
@@ -248,18 +378,8 @@ enum {
     /** @} */
 };
 
-/** The forms of wifi. */
-typedef enum mdm_wifi_form {
-    MDM_FORM_WIFI_PAIR = MDM_FIRST_FORM(WIFI), /**< A record: ::mdm_wifi_pair_t. */
-    MDM_FORM_WIFI_SSIDS,                       /**< A list of strings, the names of networks. */
-    MDM_FORM_WIFI_DHCP,                        /**< A record: ::mdm_wifi_dhcp_t. */
-    MDM_FORM_WIFI_TRIPLE,                      /**< A record: ::mdm_wifi_triple_t. */
-    MDM_FORM_WIFI_NETWORK,                     /**< A record: ::mdm_wifi_network_t. */
-    MDM_FORM_WIFI_DATA,                        /**< Raw bytes. */
-} mdm_wifi_form_t;
-
 /** @param type  the discriminator of a body of wifi. @return The form that it selects. */
-MDM_INLINE mdm_wifi_form_t mdm_wifi_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_wifi_form(uint32_t type)
 {
     switch (type) {
     case MDM_WIFI_PAIR_305:
@@ -315,15 +435,8 @@ enum {
     /** @} */
 };
 
-/** The forms of bluetooth. */
-typedef enum mdm_bluetooth_form {
-    MDM_FORM_BLUETOOTH_NAMES =
-        MDM_FIRST_FORM(BLUETOOTH), /**< A list of strings, the names of devices. */
-    MDM_FORM_BLUETOOTH_DATA,       /**< Raw bytes. */
-} mdm_bluetooth_form_t;
-
 /** @param type  the discriminator of a body of bluetooth. @return The form that it selects. */
-MDM_INLINE mdm_bluetooth_form_t mdm_bluetooth_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_bluetooth_form(uint32_t type)
 {
     switch (type) {
     case MDM_BLUETOOTH_NAMES_91:
@@ -355,16 +468,8 @@ enum {
     /** @} */
 };
 
-/** The forms of eas. */
-typedef enum mdm_eas_form {
-    MDM_FORM_EAS_ACCOUNT = MDM_FIRST_FORM(EAS), /**< A record: ::mdm_eas_account_t. */
-    MDM_FORM_EAS_SETTINGS,                      /**< Three strings of an ::mdm_eas_account_t. */
-    MDM_FORM_EAS_ACCOUNTS,                      /**< A list of ::mdm_eas_account_t. */
-    MDM_FORM_EAS_VALUE,                         /**< A record: ::mdm_eas_value_t. */
-} mdm_eas_form_t;
-
 /** @param type  the discriminator of a body of eas. @return The form that it selects. */
-MDM_INLINE mdm_eas_form_t mdm_eas_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_eas_form(uint32_t type)
 {
     switch (type) {
     case MDM_EAS_ACCOUNT:
@@ -390,16 +495,8 @@ enum {
     /** @} */
 };
 
-/** The forms of app. */
-typedef enum mdm_app_form {
-    MDM_FORM_APP_PACKAGES = MDM_FIRST_FORM(APP), /**< A list of strings, package names. */
-    MDM_FORM_APP_NUM_PAIR,                       /**< A record: ::mdm_app_num_pair_t. */
-    MDM_FORM_APP_PAIR,                           /**< A record: ::mdm_app_pair_t. */
-    MDM_FORM_APP_DATA,                           /**< Raw bytes. */
-} mdm_app_form_t;
-
 /** @param type  the discriminator of a body of app. @return The form that it selects. */
-MDM_INLINE mdm_app_form_t mdm_app_form(int32_t type)
+MDM_INLINE mdm_form_t mdm_app_form(int32_t type)
 {
     switch (type) {
     case MDM_APP_PACKAGES_4:
@@ -439,16 +536,8 @@ enum {
     /** @} */
 };
 
-/** The forms of app_res. */
-typedef enum mdm_app_res_form {
-    MDM_FORM_APP_RES_PACKAGES = MDM_FIRST_FORM(APP_RES), /**< A list of strings, package names. */
-    MDM_FORM_APP_RES_ITEMS,                              /**< A list of ::mdm_app_res_item_t. */
-    MDM_FORM_APP_RES_CONTROLS,                           /**< A list of ::mdm_app_control_info_t. */
-    MDM_FORM_APP_RES_DATA,                               /**< Raw bytes. */
-} mdm_app_res_form_t;
-
 /** @param type  the discriminator of a body of app_res. @return The form that it selects. */
-MDM_INLINE mdm_app_res_form_t mdm_app_res_form(int32_t type)
+MDM_INLINE mdm_form_t mdm_app_res_form(int32_t type)
 {
     switch (type) {
     case MDM_APP_RES_PACKAGES_3:
@@ -476,16 +565,6 @@ MDM_INLINE mdm_app_res_form_t mdm_app_res_form(int32_t type)
     }
 }
 
-/** The forms of roaming. */
-typedef enum mdm_roaming_form {
-    MDM_FORM_ROAMING_RECORD = MDM_FIRST_FORM(ROAMING), /**< A record: ::mdm_roaming_data_t. */
-} mdm_roaming_form_t;
-
-/** The forms of roaming_res. */
-typedef enum mdm_roaming_res_form {
-    MDM_FORM_ROAMING_RES_HEAD = MDM_FIRST_FORM(ROAMING_RES), /**< The head alone. */
-} mdm_roaming_res_form_t;
-
 /** The discriminators of misc that select a form of their own. */
 enum {
     /** @{ Selects the form in its name. */
@@ -503,19 +582,8 @@ enum {
     /** @} */
 };
 
-/** The forms of misc. */
-typedef enum mdm_misc_form {
-    MDM_FORM_MISC_ARRAY = MDM_FIRST_FORM(MISC), /**< An array of strings. */
-    MDM_FORM_MISC_HEAD,                         /**< The head alone. */
-    MDM_FORM_MISC_TEXT,                         /**< A record: ::mdm_misc_str_t. */
-    MDM_FORM_MISC_STRINGS,                      /**< A list of strings, in the place of `param`. */
-    MDM_FORM_MISC_BOOK,                         /**< A record: ::mdm_book_info_t. */
-    MDM_FORM_MISC_PAIR,                         /**< A record: ::mdm_misc_str_pair_t. */
-    MDM_FORM_MISC_DATA,                         /**< Raw bytes. */
-} mdm_misc_form_t;
-
 /** @param type  the discriminator of a body of misc. @return The form that it selects. */
-MDM_INLINE mdm_misc_form_t mdm_misc_form(int32_t type)
+MDM_INLINE mdm_form_t mdm_misc_form(int32_t type)
 {
     switch (type) {
     case MDM_MISC_ARRAY:
@@ -551,15 +619,8 @@ enum {
     /** @} */
 };
 
-/** The forms of apn. */
-typedef enum mdm_apn_form {
-    MDM_FORM_APN_PROFILE = MDM_FIRST_FORM(APN), /**< A record: ::mdm_apn_account_t. */
-    MDM_FORM_APN_PROFILES,                      /**< A list of ::mdm_apn_account_t. */
-    MDM_FORM_APN_DATA,                          /**< Raw bytes. */
-} mdm_apn_form_t;
-
 /** @param type  the discriminator of a body of apn. @return The form that it selects. */
-MDM_INLINE mdm_apn_form_t mdm_apn_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_apn_form(uint32_t type)
 {
     switch (type) {
     case MDM_APN_PROFILE_387:
@@ -573,36 +634,6 @@ MDM_INLINE mdm_apn_form_t mdm_apn_form(uint32_t type)
         return MDM_FORM_APN_DATA;
     }
 }
-
-/** The forms of browser. */
-typedef enum mdm_browser_form {
-    MDM_FORM_BROWSER_DATA = MDM_FIRST_FORM(BROWSER), /**< Raw bytes, which no receiver reads. */
-} mdm_browser_form_t;
-
-/** The forms of date_time. */
-typedef enum mdm_date_time_form {
-    MDM_FORM_DATE_TIME_DATA = MDM_FIRST_FORM(DATE_TIME), /**< Raw bytes. */
-} mdm_date_time_form_t;
-
-/** The forms of remote. */
-typedef enum mdm_remote_form {
-    MDM_FORM_REMOTE_DATA = MDM_FIRST_FORM(REMOTE), /**< Raw bytes. */
-} mdm_remote_form_t;
-
-/** The forms of vpn. */
-typedef enum mdm_vpn_form {
-    MDM_FORM_VPN_DATA = MDM_FIRST_FORM(VPN), /**< Raw bytes. */
-} mdm_vpn_form_t;
-
-/** The forms of firewall. */
-typedef enum mdm_firewall_form {
-    MDM_FORM_FIREWALL_DATA = MDM_FIRST_FORM(FIREWALL), /**< Raw bytes. */
-} mdm_firewall_form_t;
-
-/** The forms of res. */
-typedef enum mdm_res_form {
-    MDM_FORM_RES_DATA = MDM_FIRST_FORM(RES), /**< Raw bytes. */
-} mdm_res_form_t;
 
 /** The discriminators of phone_res that select a form of their own. */
 enum {
@@ -670,16 +701,8 @@ enum {
     /** @} */
 };
 
-/** The forms of phone_res. */
-typedef enum mdm_phone_res_form {
-    MDM_FORM_PHONE_RES_ITEM = MDM_FIRST_FORM(PHONE_RES), /**< A record: ::mdm_phone_res_item_t. */
-    MDM_FORM_PHONE_RES_EXT,                              /**< A record: ::mdm_phone_res_ext_t. */
-    MDM_FORM_PHONE_RES_RAW_ITEM, /**< Raw bytes, sized and released as an ::mdm_phone_res_item_t. */
-    MDM_FORM_PHONE_RES_DATA,     /**< Raw bytes. */
-} mdm_phone_res_form_t;
-
 /** @param type  the discriminator of a body of phone_res. @return The form that it selects. */
-MDM_INLINE mdm_phone_res_form_t mdm_phone_res_form(int32_t type)
+MDM_INLINE mdm_form_t mdm_phone_res_form(int32_t type)
 {
     if (type == MDM_PHONE_RES_EXT) {
         return MDM_FORM_PHONE_RES_EXT;
@@ -694,12 +717,6 @@ MDM_INLINE mdm_phone_res_form_t mdm_phone_res_form(int32_t type)
     return MDM_FORM_PHONE_RES_DATA;
 }
 
-/** The forms of enterprise. */
-typedef enum mdm_enterprise_form {
-    MDM_FORM_ENTERPRISE_DATA =
-        MDM_FIRST_FORM(ENTERPRISE), /**< Raw bytes, which no receiver reads. */
-} mdm_enterprise_form_t;
-
 /** The discriminators of email that select a form of their own. */
 enum {
     /** @{ Selects the form in its name. */
@@ -709,16 +726,8 @@ enum {
     /** @} */
 };
 
-/** The forms of email. */
-typedef enum mdm_email_form {
-    MDM_FORM_EMAIL_ACCOUNT = MDM_FIRST_FORM(EMAIL), /**< A record: ::mdm_email_account_t. */
-    MDM_FORM_EMAIL_SETTINGS, /**< Three strings of an ::mdm_email_account_t. */
-    MDM_FORM_EMAIL_ACCOUNTS, /**< A list of ::mdm_email_account_t. */
-    MDM_FORM_EMAIL_VALUE,    /**< A record: ::mdm_email_value_t. */
-} mdm_email_form_t;
-
 /** @param type  the discriminator of a body of email. @return The form that it selects. */
-MDM_INLINE mdm_email_form_t mdm_email_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_email_form(uint32_t type)
 {
     switch (type) {
     case MDM_EMAIL_ACCOUNT:
@@ -743,16 +752,8 @@ enum {
     /** @} */
 };
 
-/** The forms of kiosk. */
-typedef enum mdm_kiosk_form {
-    MDM_FORM_KIOSK_TEXT = MDM_FIRST_FORM(KIOSK), /**< A string. */
-    MDM_FORM_KIOSK_KEYS,                         /**< A list of `uint32_t`, hardware keys. */
-    MDM_FORM_KIOSK_KEY_PAIRS,                    /**< A list of ::mdm_kiosk_key_pair_t. */
-    MDM_FORM_KIOSK_DATA,                         /**< Raw bytes. */
-} mdm_kiosk_form_t;
-
 /** @param type  the discriminator of a body of kiosk. @return The form that it selects. */
-MDM_INLINE mdm_kiosk_form_t mdm_kiosk_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_kiosk_form(uint32_t type)
 {
     switch (type) {
     case MDM_KIOSK_TEXT_612:
@@ -779,16 +780,8 @@ enum {
     /** @} */
 };
 
-/** The forms of container. */
-typedef enum mdm_container_form {
-    MDM_FORM_CONTAINER_ITEM = MDM_FIRST_FORM(CONTAINER), /**< A record: ::mdm_container_item_t. */
-    MDM_FORM_CONTAINER_SHORT_ITEM, /**< A record: ::mdm_container_short_item_t. */
-    MDM_FORM_CONTAINER_DATA,       /**< Raw bytes. */
-    MDM_FORM_CONTAINER_HEAD,       /**< The head alone. */
-} mdm_container_form_t;
-
 /** @param type  the discriminator of a body of container. @return The form that it selects. */
-MDM_INLINE mdm_container_form_t mdm_container_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_container_form(uint32_t type)
 {
     switch (type) {
     case MDM_CONTAINER_ITEM:
@@ -804,11 +797,6 @@ MDM_INLINE mdm_container_form_t mdm_container_form(uint32_t type)
     }
 }
 
-/** The forms of location. */
-typedef enum mdm_location_form {
-    MDM_FORM_LOCATION_HEAD = MDM_FIRST_FORM(LOCATION), /**< The head alone. */
-} mdm_location_form_t;
-
 /** The discriminators of log_manager that select a form of their own. */
 enum {
     /** @{ Selects the form in its name. */
@@ -816,14 +804,8 @@ enum {
     /** @} */
 };
 
-/** The forms of log_manager. */
-typedef enum mdm_log_manager_form {
-    MDM_FORM_LOG_MANAGER_TEXT = MDM_FIRST_FORM(LOG_MANAGER), /**< A string. */
-    MDM_FORM_LOG_MANAGER_BYTE,                               /**< A byte. */
-} mdm_log_manager_form_t;
-
 /** @param type  the discriminator of a body of log_manager. @return The form that it selects. */
-MDM_INLINE mdm_log_manager_form_t mdm_log_manager_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_log_manager_form(uint32_t type)
 {
     switch (type) {
     case MDM_LOG_MANAGER_TEXT:
@@ -841,15 +823,8 @@ enum {
     /** @} */
 };
 
-/** The forms of platform. */
-typedef enum mdm_platform_form {
-    MDM_FORM_PLATFORM_FLAG = MDM_FIRST_FORM(PLATFORM), /**< A text, a number and a flag. */
-    MDM_FORM_PLATFORM_NUMBER,                          /**< A text and a number. */
-    MDM_FORM_PLATFORM_TEXT,                            /**< A text. */
-} mdm_platform_form_t;
-
 /** @param type  the discriminator of a body of platform. @return The form that it selects. */
-MDM_INLINE mdm_platform_form_t mdm_platform_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_platform_form(uint32_t type)
 {
     switch (type) {
     case MDM_PLATFORM_FLAG:
@@ -869,14 +844,8 @@ enum {
     /** @} */
 };
 
-/** The forms of app_cb. */
-typedef enum mdm_app_cb_form {
-    MDM_FORM_APP_CB_DETAIL = MDM_FIRST_FORM(APP_CB), /**< A number and two strings. */
-    MDM_FORM_APP_CB_HEAD,                            /**< The head alone. */
-} mdm_app_cb_form_t;
-
 /** @param type  the discriminator of a body of app_cb. @return The form that it selects. */
-MDM_INLINE mdm_app_cb_form_t mdm_app_cb_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_app_cb_form(uint32_t type)
 {
     switch (type) {
     case MDM_APP_CB_DETAIL_0:
@@ -895,14 +864,8 @@ enum {
     /** @} */
 };
 
-/** The forms of misc_cb. */
-typedef enum mdm_misc_cb_form {
-    MDM_FORM_MISC_CB_DETAIL = MDM_FIRST_FORM(MISC_CB), /**< A byte, a number and a string. */
-    MDM_FORM_MISC_CB_HEAD,                             /**< The head alone. */
-} mdm_misc_cb_form_t;
-
 /** @param type  the discriminator of a body of misc_cb. @return The form that it selects. */
-MDM_INLINE mdm_misc_cb_form_t mdm_misc_cb_form(uint32_t type)
+MDM_INLINE mdm_form_t mdm_misc_cb_form(uint32_t type)
 {
     switch (type) {
     case MDM_MISC_CB_DETAIL_0:
@@ -1222,9 +1185,10 @@ MDM_INLINE const char *mdm_form_name(mdm_form_t form)
         return "misc_cb.detail";
     case MDM_FORM_MISC_CB_HEAD:
         return "misc_cb.head";
-    default:
-        return "none";
+    case MDM_FORM_NONE:
+        break;
     }
+    return "none";
 }
 
 #endif

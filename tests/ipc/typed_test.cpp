@@ -87,10 +87,11 @@ TEST(Forms, HaveANameEachAndATypedFunction)
     for (const TypedForm &typed : typed_forms()) {
         ++rows[typed.form];
     }
-    for (mdm_form_t form = 0; form < 1000; ++form) {
+    for (unsigned number = 0; number < 256; ++number) {
+        const auto form = static_cast<mdm_form_t>(number);
         const std::string name = mdm_form_name(form);
         if (name == "none") {
-            EXPECT_EQ(rows.count(form), 0U) << form;
+            EXPECT_EQ(rows.count(form), 0U) << number;
             continue;
         }
         EXPECT_TRUE(names.insert(name).second) << name;
@@ -106,7 +107,7 @@ TEST(Forms, HaveANameEachAndATypedFunction)
 // The enumerators of types.h by their names without "MDM_".
 std::map<std::string, uint32_t> named_numbers()
 {
-    static const std::regex entry("^ *(MDM_[A-Z0-9_]+|IS_CLIENT_REGISTERED) = ([0-9]+),.*");
+    static const std::regex entry("^ *(MDM_[A-Z0-9_]+) = ([0-9]+),.*");
     std::ifstream header(MDM_DOCS_DIR "/../include/mdm/types.h");
     std::map<std::string, uint32_t> numbers;
     std::smatch found;
@@ -122,9 +123,6 @@ std::map<std::string, uint32_t> named_numbers()
 // the form.
 std::string constant_name(mdm_form_t form, uint32_t discriminator, bool is_only)
 {
-    if (form == MDM_FORM_ADMIN_QUERY) {
-        return "IS_CLIENT_REGISTERED";
-    }
     std::string name = std::string("MDM_") + mdm_form_name(form);
     for (char &letter : name) {
         letter = letter == '.' ? '_' : static_cast<char>(std::toupper(letter));
@@ -326,6 +324,15 @@ TEST_P(TypedForms, AreTheSameInAUsedMessage)
         ASSERT_TRUE(typed.fill(msg, discriminator, typed.payload));
         EXPECT_EQ(sealed(msg), bytes);
     }
+    // A body without a category is none of this one.
+    mdm_msg_t unknown{};
+    std::memset(&unknown, 0x5A, sizeof unknown);
+    unknown.hdr_text = nullptr;
+    unknown.type = 19;
+    ASSERT_TRUE(typed.fill(unknown, discriminator, typed.payload));
+    const auto of_unknown = sealed(unknown);
+    EXPECT_TRUE(std::equal(bytes.begin() + header_size, bytes.end(),
+                           of_unknown.begin() + header_size, of_unknown.end()));
     mdm_msg_t second = message(category_of(typed).last_type());
     ASSERT_TRUE(typed.fill(second, discriminator, typed.payload));
     EXPECT_EQ(second.type, category_of(typed).last_type());
@@ -427,6 +434,15 @@ TEST(TypedFilling, RefusesAMissingPayload)
     const mdm_phone_res_ext_t without_detail = {nullptr, 0, nullptr};
     mdm_msg_t msg{};
     EXPECT_FALSE(mdm_phone_res_set_ext(&msg, &without_detail));
+    const auto list = cells({sentinel(), sentinel()});
+    EXPECT_FALSE(mdm_wifi_set_ssids(&msg, MDM_WIFI_SSIDS_290, list->next));
+    EXPECT_FALSE(mdm_email_set_accounts(&msg, list->next));
+    EXPECT_FALSE(mdm_app_res_set_items(&msg, MDM_APP_RES_ITEMS_140, list->next));
+    EXPECT_FALSE(mdm_misc_set_strings(&msg, MDM_MISC_STRINGS_127, list->next));
+    for (int32_t kind = -1; kind <= 11; ++kind) {
+        const mdm_wifi_network_t network = {nullptr, kind, nullptr};
+        EXPECT_EQ(mdm_wifi_set_network(&msg, &network), kind < 2 || kind > 7) << kind;
+    }
 }
 
 // A null list is the empty one. It is sealed, and its receiver has none.
@@ -501,6 +517,24 @@ TEST(TypedHeads, TravelForEveryDiscriminatorThatNeedsNoPayload)
         const bool has_payload_always = category.data == no_offset && !category.counts_body;
         const bool has_head = !has_payload_always && std::string(category.name) != "roaming";
         EXPECT_EQ(names.count(category.name), has_head ? 1U : 0U) << category.name;
+    }
+}
+
+// Nothing of the list of strings in the place of `param` is left.
+TEST(TypedHeads, AreTheSameInAUsedMessage)
+{
+    for (const TypedHead &head : typed_heads()) {
+        SCOPED_TRACE(format_of(head.first_type)->name);
+        mdm_msg_t fresh{};
+        ASSERT_TRUE(head.fill(fresh, 5));
+        const auto bytes = sealed(fresh);
+        for (const TypedForm &typed : typed_forms()) {
+            mdm_msg_t msg{};
+            if (typed.fill != nullptr && typed.fill(msg, selecting(typed).front(), typed.payload)) {
+                ASSERT_TRUE(head.fill(msg, 5));
+                ASSERT_EQ(sealed(msg), bytes) << mdm_form_name(typed.form);
+            }
+        }
     }
 }
 

@@ -446,8 +446,8 @@ mdm_form_t public_form_of(const CategoryFormat &category, const Form &form)
         std::string name = form.name == std::string("data-between") ? "data" : form.name;
         std::ranges::replace(name, '-', '_');
         name = std::string(category.name) + "." + name;
-        while (place->second < 256 && mdm_form_name(place->second) != name) {
-            ++place->second;
+        for (unsigned number = 0; number < 256 && mdm_form_name(place->second) != name; ++number) {
+            place->second = static_cast<mdm_form_t>(number);
         }
     }
     return place->second;

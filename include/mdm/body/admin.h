@@ -73,7 +73,7 @@ typedef struct mdm_admin_info {
 MDM_INLINE bool mdm_admin_set_query(mdm_msg_t *msg, const char *pkg, int32_t status)
 {
     mdm_admin_info_t *info = MDM_CAST(mdm_admin_info_t *, mdm_begin_body(msg, MDM_TYPE_ADMIN));
-    info->type = IS_CLIENT_REGISTERED;
+    info->type = MDM_ADMIN_QUERY;
     info->value = 0;
     info->pkg = mdm_text(pkg);
     info->text = NULL;
@@ -83,7 +83,7 @@ MDM_INLINE bool mdm_admin_set_query(mdm_msg_t *msg, const char *pkg, int32_t sta
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds the query whether a client is registered.
+ * @return Its body if it holds the query whether a client is registered; otherwise null.
  */
 MDM_INLINE const mdm_admin_info_t *mdm_admin_query(const mdm_msg_t *msg)
 {
@@ -114,7 +114,10 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_admin_set_general(mdm_msg_t *msg, uint32_t t
     return true;
 }
 
-/** @param msg  the message. @return Its body, or null unless it holds a number and two strings. */
+/**
+ * @param msg  the message.
+ * @return Its body if it holds a number and two strings; otherwise null.
+ */
 MDM_INLINE const mdm_admin_info_t *mdm_admin_general(const mdm_msg_t *msg)
 {
     return MDM_CAST(const mdm_admin_info_t *, mdm_body_of(msg, MDM_FORM_ADMIN_GENERAL));

@@ -130,7 +130,7 @@ MDM_INLINE const mdm_apn_account_t *mdm_apn_profile(const mdm_msg_t *msg)
 MDM_WARN_UNUSED MDM_INLINE bool mdm_apn_set_profiles(mdm_msg_t *msg, uint32_t type,
                                                      const GList *profiles)
 {
-    return mdm_apn_form(type) == MDM_FORM_APN_PROFILES &&
+    return mdm_apn_form(type) == MDM_FORM_APN_PROFILES && mdm_begins_list(profiles) &&
            mdm_fill_head(msg, MDM_TYPE_APN, type, profiles, profiles != NULL ? 1 : 0);
 }
 
@@ -169,9 +169,9 @@ MDM_INLINE const char *mdm_apn_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_apn_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_apn_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_APN, type, NULL, 0);
 }

@@ -100,7 +100,7 @@ typedef struct mdm_app_info {
 MDM_WARN_UNUSED MDM_INLINE bool mdm_app_set_packages(mdm_msg_t *msg, int32_t type,
                                                      const GList *packages)
 {
-    return mdm_app_form(type) == MDM_FORM_APP_PACKAGES &&
+    return mdm_app_form(type) == MDM_FORM_APP_PACKAGES && mdm_begins_list(packages) &&
            mdm_fill_app_head(msg, MDM_TYPE_APP, type, packages, 1);
 }
 
@@ -179,9 +179,9 @@ MDM_INLINE const char *mdm_app_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_app_set_head(mdm_msg_t *msg, int32_t type)
+MDM_INLINE bool mdm_app_set_head(mdm_msg_t *msg, int32_t type)
 {
     return mdm_fill_app_head(msg, MDM_TYPE_APP, type, NULL, 0);
 }

@@ -109,7 +109,7 @@ typedef struct mdm_app_res_info {
 MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_packages(mdm_msg_t *msg, int32_t type,
                                                          const GList *packages)
 {
-    return mdm_app_res_form(type) == MDM_FORM_APP_RES_PACKAGES &&
+    return mdm_app_res_form(type) == MDM_FORM_APP_RES_PACKAGES && mdm_begins_list(packages) &&
            mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, packages, 1);
 }
 
@@ -130,7 +130,7 @@ MDM_INLINE const GList *mdm_app_res_packages(const mdm_msg_t *msg)
 MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_items(mdm_msg_t *msg, int32_t type,
                                                       const GList *items)
 {
-    return mdm_app_res_form(type) == MDM_FORM_APP_RES_ITEMS &&
+    return mdm_app_res_form(type) == MDM_FORM_APP_RES_ITEMS && mdm_begins_list(items) &&
            mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, items, 1);
 }
 
@@ -151,7 +151,7 @@ MDM_INLINE const GList *mdm_app_res_items(const mdm_msg_t *msg)
 MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_controls(mdm_msg_t *msg, int32_t type,
                                                          const GList *controls)
 {
-    return mdm_app_res_form(type) == MDM_FORM_APP_RES_CONTROLS &&
+    return mdm_app_res_form(type) == MDM_FORM_APP_RES_CONTROLS && mdm_begins_list(controls) &&
            mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, controls, 1);
 }
 
@@ -190,9 +190,9 @@ MDM_INLINE const char *mdm_app_res_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_app_res_set_head(mdm_msg_t *msg, int32_t type)
+MDM_INLINE bool mdm_app_res_set_head(mdm_msg_t *msg, int32_t type)
 {
     return mdm_fill_app_head(msg, MDM_TYPE_APP_RES, type, NULL, 0);
 }

@@ -78,7 +78,7 @@ typedef struct mdm_bluetooth_info {
 MDM_WARN_UNUSED MDM_INLINE bool mdm_bluetooth_set_names(mdm_msg_t *msg, uint32_t type,
                                                         const GList *names)
 {
-    return mdm_bluetooth_form(type) == MDM_FORM_BLUETOOTH_NAMES &&
+    return mdm_bluetooth_form(type) == MDM_FORM_BLUETOOTH_NAMES && mdm_begins_list(names) &&
            mdm_fill_head(msg, MDM_TYPE_BLUETOOTH, type, names, 1);
 }
 
@@ -117,9 +117,9 @@ MDM_INLINE const char *mdm_bluetooth_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_bluetooth_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_bluetooth_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_BLUETOOTH, type, NULL, 0);
 }

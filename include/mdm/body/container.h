@@ -118,7 +118,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_container_set_short_item(mdm_msg_t *msg,
            mdm_fill_head(msg, MDM_TYPE_CONTAINER, MDM_CONTAINER_SHORT_ITEM, item, 1);
 }
 
-/** @param msg  the message. @return Its number and a string, or null. */
+/** @param msg  the message. @return Its number and string, or null. */
 MDM_INLINE const mdm_container_short_item_t *mdm_container_short_item(const mdm_msg_t *msg)
 {
     return MDM_CAST(const mdm_container_short_item_t *,
@@ -154,16 +154,16 @@ MDM_INLINE const char *mdm_container_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_container_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_container_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_CONTAINER, type, NULL, 0);
 }
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds a body that is the head alone.
+ * @return Its body if it holds a body that is the head alone; otherwise null.
  */
 MDM_INLINE const mdm_container_info_t *mdm_container_head(const mdm_msg_t *msg)
 {

@@ -148,7 +148,8 @@ MDM_INLINE const mdm_eas_account_t *mdm_eas_settings(const mdm_msg_t *msg)
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_accounts(mdm_msg_t *msg, const GList *accounts)
 {
-    return mdm_fill_head(msg, MDM_TYPE_EAS, MDM_EAS_ACCOUNTS, accounts, accounts != NULL ? 1 : 0);
+    return mdm_begins_list(accounts) &&
+           mdm_fill_head(msg, MDM_TYPE_EAS, MDM_EAS_ACCOUNTS, accounts, accounts != NULL ? 1 : 0);
 }
 
 /** @param msg  the message. @return Its list of accounts, or null. */
@@ -171,7 +172,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_value(mdm_msg_t *msg, uint32_t type,
            mdm_fill_head(msg, MDM_TYPE_EAS, type, value, 1);
 }
 
-/** @param msg  the message. @return Its number and a text, or null. */
+/** @param msg  the message. @return Its number and text, or null. */
 MDM_INLINE const mdm_eas_value_t *mdm_eas_value(const mdm_msg_t *msg)
 {
     return MDM_CAST(const mdm_eas_value_t *, mdm_payload_unless_0(msg, MDM_FORM_EAS_VALUE));
@@ -181,9 +182,9 @@ MDM_INLINE const mdm_eas_value_t *mdm_eas_value(const mdm_msg_t *msg)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_eas_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_eas_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_EAS, type, NULL, 0);
 }

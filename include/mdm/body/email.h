@@ -156,8 +156,8 @@ MDM_INLINE const mdm_email_account_t *mdm_email_settings(const mdm_msg_t *msg)
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_email_set_accounts(mdm_msg_t *msg, const GList *accounts)
 {
-    return mdm_fill_head(msg, MDM_TYPE_EMAIL, MDM_EMAIL_ACCOUNTS, accounts,
-                         accounts != NULL ? 1 : 0);
+    return mdm_begins_list(accounts) && mdm_fill_head(msg, MDM_TYPE_EMAIL, MDM_EMAIL_ACCOUNTS,
+                                                      accounts, accounts != NULL ? 1 : 0);
 }
 
 /** @param msg  the message. @return Its list of accounts, or null. */
@@ -180,7 +180,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_email_set_value(mdm_msg_t *msg, uint32_t typ
            mdm_fill_head(msg, MDM_TYPE_EMAIL, type, value, 1);
 }
 
-/** @param msg  the message. @return Its number and a text, or null. */
+/** @param msg  the message. @return Its number and text, or null. */
 MDM_INLINE const mdm_email_value_t *mdm_email_value(const mdm_msg_t *msg)
 {
     return MDM_CAST(const mdm_email_value_t *, mdm_payload_unless_0(msg, MDM_FORM_EMAIL_VALUE));
@@ -190,9 +190,9 @@ MDM_INLINE const mdm_email_value_t *mdm_email_value(const mdm_msg_t *msg)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_email_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_email_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_EMAIL, type, NULL, 0);
 }

@@ -7,6 +7,10 @@
  * little-endian. `aux` and `data` do not travel. The payload that `data` points to follows the
  * head.
  *
+ * Programs fill and read bodies with the functions of the categories' headers. mdm/body/typed.h has
+ * the rules of these functions: they set `data_size` and the other fields as the rules below ask.
+ * The rules matter to a program that fills or reads the fields by hand, and to ipc_free().
+ *
  * Terms of these headers:
  *
  * - The discriminator is the `type` of a body. It selects the form of the payload: raw bytes, a

@@ -58,7 +58,7 @@ typedef struct mdm_kiosk_key_pair_t {
  * | `type`    | constants             | `data` points to                                               |
  * |-----------|-----------------------|----------------------------------------------------------------|
  * | 612, 614  | `MDM_KIOSK_TEXT_*`    | a string                                                       |
- * | 618, 621  | `MDM_KIOSK_KEYS_*`    | GList of pointers to heap-allocated `uint32_t` (hardware keys) |
+ * | 618, 621  | `MDM_KIOSK_KEYS_*`    | GList of pointers to `uint32_t` (hardware keys) |
  * | 619       | `MDM_KIOSK_KEY_PAIRS` | GList of ::mdm_kiosk_key_pair_t                                |
  * | any other |                       | `data_size` raw bytes                                          |
  *
@@ -111,7 +111,7 @@ MDM_INLINE const char *mdm_kiosk_text(const mdm_msg_t *msg)
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_keys(mdm_msg_t *msg, uint32_t type, const GList *keys)
 {
-    return mdm_kiosk_form(type) == MDM_FORM_KIOSK_KEYS &&
+    return mdm_kiosk_form(type) == MDM_FORM_KIOSK_KEYS && mdm_begins_list(keys) &&
            mdm_fill_head(msg, MDM_TYPE_KIOSK, type, keys, keys != NULL ? 1 : 0);
 }
 
@@ -130,7 +130,8 @@ MDM_INLINE const GList *mdm_kiosk_keys(const mdm_msg_t *msg)
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_key_pairs(mdm_msg_t *msg, const GList *pairs)
 {
-    return mdm_fill_head(msg, MDM_TYPE_KIOSK, MDM_KIOSK_KEY_PAIRS, pairs, pairs != NULL ? 1 : 0);
+    return mdm_begins_list(pairs) &&
+           mdm_fill_head(msg, MDM_TYPE_KIOSK, MDM_KIOSK_KEY_PAIRS, pairs, pairs != NULL ? 1 : 0);
 }
 
 /** @param msg  the message. @return Its list of settings of hardware keys, or null. */
@@ -168,9 +169,9 @@ MDM_INLINE const char *mdm_kiosk_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_kiosk_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_kiosk_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_KIOSK, type, NULL, 0);
 }

@@ -59,16 +59,16 @@ typedef struct mdm_location_info {
  * Fills a message with the head alone. `data_size` is 0.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_location_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_location_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_LOCATION, type, NULL, 0);
 }
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds a body that is the head alone.
+ * @return Its body if it holds a body that is the head alone; otherwise null.
  */
 MDM_INLINE const mdm_location_info_t *mdm_location_head(const mdm_msg_t *msg)
 {

@@ -152,7 +152,8 @@ MDM_INLINE const void *mdm_misc_payload(const mdm_msg_t *msg, mdm_form_t form)
 /**
  * Fills a message with an array of strings.
  * @param msg      the message.
- * @param strings  the array; null only if it is empty. Its strings may be null.
+ * @param strings  the array; null only if it is empty. Its strings may be null. In C a `char **`
+ *                 needs a cast.
  * @param count    the number of strings. 0 sends the head alone; more than 2147483647 are refused.
  * @return Whether the message was filled.
  */
@@ -193,7 +194,8 @@ MDM_INLINE const mdm_misc_str_t *mdm_misc_text(const mdm_msg_t *msg)
 }
 
 /**
- * Fills a message with a list of strings. `data` is null and `data_size` is 0.
+ * Fills a message with a list of strings. `data` is null and `data_size` is 0. The list stands in
+ * the place of `param`: do not set `param`, too.
  * @param msg      the message.
  * @param type     #MDM_MISC_STRINGS_127 or another discriminator of this form.
  * @param strings  the first cell of a list of strings, none null; null is the empty list.
@@ -202,12 +204,12 @@ MDM_INLINE const mdm_misc_str_t *mdm_misc_text(const mdm_msg_t *msg)
 MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_strings(mdm_msg_t *msg, int32_t type,
                                                      const GList *strings)
 {
-    if (mdm_misc_form(type) != MDM_FORM_MISC_STRINGS) {
+    if (mdm_misc_form(type) != MDM_FORM_MISC_STRINGS || !mdm_begins_list(strings)) {
         return false;
     }
     mdm_misc_info_t *info = MDM_CAST(mdm_misc_info_t *, mdm_begin_body(msg, MDM_TYPE_MISC));
     info->type = type;
-    info->param_list = MDM_CAST(GList *, mdm_unconst(strings));
+    info->param_list = mdm_unconst(strings);
     info->data_size = 0;
     info->data = NULL;
     return true;
@@ -298,7 +300,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_head(mdm_msg_t *msg, int32_t type)
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds a body that is the head alone (123).
+ * @return Its body if it holds a body that is the head alone (123); otherwise null.
  */
 MDM_INLINE const mdm_misc_info_t *mdm_misc_head(const mdm_msg_t *msg)
 {

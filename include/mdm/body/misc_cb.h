@@ -91,7 +91,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_cb_set_detail(mdm_msg_t *msg, uint32_t 
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds a byte, a number and a string.
+ * @return Its body if it holds a byte, a number and a string; otherwise null.
  */
 MDM_INLINE const mdm_misc_cb_info_t *mdm_misc_cb_detail(const mdm_msg_t *msg)
 {
@@ -123,7 +123,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_cb_set_head(mdm_msg_t *msg, uint32_t ty
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds a body that is the head alone.
+ * @return Its body if it holds a body that is the head alone; otherwise null.
  */
 MDM_INLINE const mdm_misc_cb_info_t *mdm_misc_cb_head(const mdm_msg_t *msg)
 {

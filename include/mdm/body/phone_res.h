@@ -139,7 +139,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_phone_res_set_ext(mdm_msg_t *msg,
            mdm_fill_head(msg, MDM_TYPE_PHONE_RES, MDM_PHONE_RES_EXT, ext, 1);
 }
 
-/** @param msg  the message. @return Its string and a detail, or null. */
+/** @param msg  the message. @return Its string and detail, or null. */
 MDM_INLINE const mdm_phone_res_ext_t *mdm_phone_res_ext(const mdm_msg_t *msg)
 {
     return MDM_CAST(const mdm_phone_res_ext_t *, mdm_payload(msg, MDM_FORM_PHONE_RES_EXT));
@@ -185,9 +185,9 @@ MDM_INLINE const char *mdm_phone_res_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_phone_res_set_head(mdm_msg_t *msg, int32_t type)
+MDM_INLINE bool mdm_phone_res_set_head(mdm_msg_t *msg, int32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_PHONE_RES, MDM_CAST(uint32_t, type), NULL, 0);
 }

@@ -81,7 +81,7 @@ MDM_INLINE bool mdm_platform_set_flag(mdm_msg_t *msg, const char *text, uint32_t
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds a text, a number and a flag.
+ * @return Its body if it holds a text, a number and a flag; otherwise null.
  */
 MDM_INLINE const mdm_platform_info_t *mdm_platform_flag(const mdm_msg_t *msg)
 {
@@ -106,7 +106,7 @@ MDM_INLINE bool mdm_platform_set_number(mdm_msg_t *msg, const char *text, uint32
     return true;
 }
 
-/** @param msg  the message. @return Its body, or null unless it holds a text and a number. */
+/** @param msg  the message. @return Its body if it holds a text and a number; otherwise null. */
 MDM_INLINE const mdm_platform_info_t *mdm_platform_number(const mdm_msg_t *msg)
 {
     return MDM_CAST(const mdm_platform_info_t *, mdm_body_of(msg, MDM_FORM_PLATFORM_NUMBER));
@@ -134,7 +134,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_platform_set_text(mdm_msg_t *msg, uint32_t t
     return true;
 }
 
-/** @param msg  the message. @return Its body, or null unless it holds a text. */
+/** @param msg  the message. @return Its body if it holds a text; otherwise null. */
 MDM_INLINE const mdm_platform_info_t *mdm_platform_text(const mdm_msg_t *msg)
 {
     return MDM_CAST(const mdm_platform_info_t *, mdm_body_of(msg, MDM_FORM_PLATFORM_TEXT));

@@ -128,9 +128,9 @@ MDM_INLINE const char *mdm_pwd_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_pwd_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_pwd_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_PWD, type, NULL, 0);
 }

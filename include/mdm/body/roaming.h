@@ -116,16 +116,16 @@ MDM_INLINE const mdm_roaming_data_t *mdm_roaming_record(const mdm_msg_t *msg)
  * Fills a message with the head alone. `data_size` is 0.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_roaming_res_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_roaming_res_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_ROAMING_RES, type, NULL, 0);
 }
 
 /**
  * @param msg  the message.
- * @return Its body, or null unless it holds a body that is the head alone.
+ * @return Its body if it holds a body that is the head alone; otherwise null.
  */
 MDM_INLINE const mdm_roaming_res_info_t *mdm_roaming_res_head(const mdm_msg_t *msg)
 {

@@ -144,13 +144,13 @@ MDM_INLINE const mdm_security_item_t *mdm_security_item(const mdm_msg_t *msg)
  * @param msg      the message.
  * @param type     #MDM_SECURITY_STRINGS_68 or another discriminator of this form.
  * @param strings  the first cell of a list of strings, none null; null is the empty list, for which
- *                 the head alone travels.
+ *                 the head and four zero bytes travel (Q-SECURITY-3).
  * @return Whether the message was filled.
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_strings(mdm_msg_t *msg, uint32_t type,
                                                          const GList *strings)
 {
-    return mdm_security_form(type) == MDM_FORM_SECURITY_STRINGS &&
+    return mdm_security_form(type) == MDM_FORM_SECURITY_STRINGS && mdm_begins_list(strings) &&
            mdm_fill_head(msg, MDM_TYPE_SECURITY, type, strings, strings != NULL ? 1 : 0);
 }
 
@@ -165,13 +165,13 @@ MDM_INLINE const GList *mdm_security_strings(const mdm_msg_t *msg)
  * @param msg       the message.
  * @param type      #MDM_SECURITY_ACCOUNTS_70 or another discriminator of this form.
  * @param accounts  the first cell of a list of ::mdm_security_account_t, none null; null is the
- *                  empty list, for which the head alone travels.
+ *                  empty list, for which the head and four zero bytes travel (Q-SECURITY-3).
  * @return Whether the message was filled.
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_accounts(mdm_msg_t *msg, uint32_t type,
                                                           const GList *accounts)
 {
-    return mdm_security_form(type) == MDM_FORM_SECURITY_ACCOUNTS &&
+    return mdm_security_form(type) == MDM_FORM_SECURITY_ACCOUNTS && mdm_begins_list(accounts) &&
            mdm_fill_head(msg, MDM_TYPE_SECURITY, type, accounts, accounts != NULL ? 1 : 0);
 }
 
@@ -210,9 +210,9 @@ MDM_INLINE const char *mdm_security_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_security_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_security_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_SECURITY, type, NULL, 0);
 }

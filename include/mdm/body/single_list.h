@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file
- * Bodies of message types 23 to 34, 37 and 38: seven categories that carry raw bytes.
+ * Bodies of message types 23 to 34, 37 and 38: seven categories that carry raw bytes. Server and
+ * clients agree on the meaning of the numbers and of the bytes.
  *
  * Each body is the body head (see mdm/body/head.h) and nothing else:
  *
@@ -127,9 +128,11 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_browser_set_data(mdm_msg_t *msg, uint32_t ty
 }
 
 /**
+ * A message that was received into a zeroed record has none (Q-SINGLE_LIST-1). In another record
+ * the result is what the record held.
  * @param msg   the message.
  * @param size  receives the number of bytes; may be null.
- * @return Its raw bytes, or null. A received message never has any.
+ * @return Its raw bytes, or null.
  */
 MDM_INLINE const char *mdm_browser_data(const mdm_msg_t *msg, size_t *size)
 {
@@ -140,9 +143,9 @@ MDM_INLINE const char *mdm_browser_data(const mdm_msg_t *msg, size_t *size)
  * Fills a browser message with the head alone.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_browser_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_browser_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_BROWSER, type, NULL, 0);
 }
@@ -175,9 +178,9 @@ MDM_INLINE const char *mdm_date_time_data(const mdm_msg_t *msg, size_t *size)
  * Fills a date_time message with the head alone.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_date_time_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_date_time_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_DATE_TIME, type, NULL, 0);
 }
@@ -210,9 +213,9 @@ MDM_INLINE const char *mdm_remote_data(const mdm_msg_t *msg, size_t *size)
  * Fills a remote message with the head alone.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_remote_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_remote_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_REMOTE, type, NULL, 0);
 }
@@ -245,9 +248,9 @@ MDM_INLINE const char *mdm_vpn_data(const mdm_msg_t *msg, size_t *size)
  * Fills a vpn message with the head alone.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_vpn_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_vpn_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_VPN, type, NULL, 0);
 }
@@ -280,9 +283,9 @@ MDM_INLINE const char *mdm_firewall_data(const mdm_msg_t *msg, size_t *size)
  * Fills a firewall message with the head alone.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_firewall_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_firewall_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_FIREWALL, type, NULL, 0);
 }
@@ -315,9 +318,9 @@ MDM_INLINE const char *mdm_res_data(const mdm_msg_t *msg, size_t *size)
  * Fills a res message with the head alone.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_res_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_res_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_RES, type, NULL, 0);
 }
@@ -337,9 +340,11 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_enterprise_set_data(mdm_msg_t *msg, uint32_t
 }
 
 /**
+ * A message that was received into a zeroed record has none (Q-SINGLE_LIST-1). In another record
+ * the result is what the record held.
  * @param msg   the message.
  * @param size  receives the number of bytes; may be null.
- * @return Its raw bytes, or null. A received message never has any.
+ * @return Its raw bytes, or null.
  */
 MDM_INLINE const char *mdm_enterprise_data(const mdm_msg_t *msg, size_t *size)
 {
@@ -350,9 +355,9 @@ MDM_INLINE const char *mdm_enterprise_data(const mdm_msg_t *msg, size_t *size)
  * Fills an enterprise message with the head alone.
  * @param msg   the message.
  * @param type  any discriminator.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_enterprise_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_enterprise_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_ENTERPRISE, type, NULL, 0);
 }

@@ -11,27 +11,38 @@
  *
  * - A call sets the message type, the discriminator, the payload and exactly the `data_size` that
  *   makes the payload travel. Both ipc_seal() and ipc_serialize() then send it. Start with a zeroed
- *   record, `mdm_msg_t msg = {0};`.
+ *   record, `mdm_msg_t msg = {0};`, or fill an opened message to send it on.
  * - If several discriminators select the form, the call takes one. A discriminator that does not
- *   select the form is refused, and so is a missing payload. A call that refuses returns false and
- *   changes nothing.
+ *   select the form is refused, and so is a missing record, string or array. A call that refuses
+ *   returns false and changes nothing. A list that is not handed over by its first cell is refused,
+ *   too. The calls do not look at its elements: ipc_seal() refuses a list with a null element, and
+ *   ipc_serialize() must not get one.
  * - A call prepares one sending. Sending may change `data_size`, so fill the message again before
- *   you send it again: it then has the same bytes. docs/data-size.md says for each form what these
- *   functions set and what sending makes of it.
- * - A message of the category keeps its message type, so that its second one can be set before. A
- *   message of another category or of none gets the first one.
- * - The header, `param`, `aux` and `pkg` stay as they were. Only if the message had another
- *   category, the whole body is zero before it is filled.
- * - The functions allocate nothing and take over nothing. The payload stays the caller's. It must
- *   live until the message is sent, and must not be released with it: do not pass the message to
- *   ipc_free() or ipc_close().
- * - Each category with a head also has a function `set_head`, which fills a message without a
- *   payload, such as a question. Where the format always sends a payload, it does not.
+ *   you send it again: it then has the same bytes. Otherwise apn profiles and eas settings grow
+ *   with each sending. docs/data-size.md says for each form what these functions set and what
+ *   sending makes of it.
+ * - A message of the category keeps its message type, and any other one gets the first one. Set the
+ *   second one after the call.
+ * - Set `param` and `pkg` after the call. It keeps them in a message of the category and in a fresh
+ *   one, whose message type is 0. In any other one the whole body is zero before it is filled. The
+ *   header stays as it was.
+ * - The functions allocate nothing and take over nothing. The payload stays the caller's, and must
+ *   live until the message is sent. Do not pass a `mdm_msg_t msg` that was filled to ipc_free(),
+ *   which would release the payload. ipc_close() releases an opened message that was filled, too,
+ *   and does not release the payload. Call ipc_free() before you fill a deserialised message: its
+ *   payload is lost otherwise.
+ * - Raw bytes are for text: behind their first zero byte a receiver finds zeros (Q-WIRE-2).
+ * - A function `set_head` fills a message without a payload, such as a question. It takes any
+ *   discriminator, except one whose payload always travels: misc 127 and 128, callbacks 0 and 1.
+ *   The categories without a head and roaming have no such function.
  *
  * Reading:
  *
  * - A call returns the record, the list, the string or the bytes if the message has this form and
  *   the payload is there; otherwise null. It does not return `data` that is not announced.
+ * - Null does not say why: the message may have another form (see mdm_form_of()) or no payload, or
+ *   its list or text may be empty. A function that returns the body returns null only for another
+ *   form, and for a callback that has no detail.
  * - The result belongs to the message and is valid until the message is released or filled. A
  *   released message must not be read.
  *
@@ -45,7 +56,10 @@
  * GList *names = g_list_append(NULL, mdm_text("keyboard"));
  * @endcode
  *
- * The functions are inline: the shared library does not contain them.
+ * In C a static record takes a literal itself: its fields cannot call functions.
+ *
+ * The functions are inline: the shared library does not contain them. The message that they get
+ * must not be null.
  */
 #ifndef MDM_BODY_TYPED_H
 #define MDM_BODY_TYPED_H
@@ -58,23 +72,30 @@
 #include "mdm/api.h"
 #include "mdm/types.h"
 
+#ifdef __cplusplus
+extern "C++" {
 /**
- * Removes `const` from data that is only sent. This is the one place that does it.
+ * Removes `const` from data that is only sent. This is the one place that does it. In C++ the
+ * result has the type of the data; in C it is `void *`.
  * @param data  the data, or null.
  * @return The same pointer. The library never writes through it while it sends.
  */
+template <class T>
+inline T *mdm_unconst(const T *data)
+{
+    return const_cast<T *>(data);
+}
+}
+#else
 MDM_INLINE void *mdm_unconst(const void *data)
 {
-#ifdef __cplusplus
-    return const_cast<void *>(data);
-#else
     const union {
         const void *constant;
         void *plain;
     } pointer = {data};
     return pointer.plain;
-#endif
 }
+#endif
 
 /**
  * A constant text as a field of a record or a header that is only sent.
@@ -83,7 +104,7 @@ MDM_INLINE void *mdm_unconst(const void *data)
  */
 MDM_INLINE char *mdm_text(const char *text)
 {
-    return MDM_CAST(char *, mdm_unconst(text));
+    return mdm_unconst(text);
 }
 
 /**
@@ -93,7 +114,7 @@ MDM_INLINE char *mdm_text(const char *text)
  */
 MDM_INLINE size_t mdm_list_length(const GList *list)
 {
-    return g_list_length(MDM_CAST(GList *, mdm_unconst(list)));
+    return g_list_length(mdm_unconst(list));
 }
 
 /** @cond The common parts of the functions of the body headers. mdm/message.h defines them. */
@@ -122,6 +143,12 @@ MDM_INLINE const void *mdm_payload_unless_0(const mdm_msg_t *msg, mdm_form_t for
 MDM_INLINE const void *mdm_app_payload(const mdm_msg_t *msg, mdm_form_t form);
 MDM_INLINE const char *mdm_bytes(const mdm_msg_t *msg, mdm_form_t form, size_t *size);
 MDM_INLINE const char *mdm_app_bytes(const mdm_msg_t *msg, mdm_form_t form, size_t *size);
+
+/* Whether a list is handed over by its first cell; null is the empty list. */
+MDM_INLINE bool mdm_begins_list(const GList *list)
+{
+    return list == NULL || list->prev == NULL;
+}
 
 /* Whether the codec can send these bytes or pointers. */
 MDM_INLINE bool mdm_is_sendable(const void *data, size_t count)

@@ -140,8 +140,53 @@ typedef struct mdm_wifi_info {
     /** @} */
 } mdm_wifi_info_t;
 
+/** The forms of a network's detail. */
+typedef enum mdm_wifi_detail_form {
+    MDM_WIFI_DETAIL_NONE,   /**< No detail. Every kind but 1 to 9. */
+    MDM_WIFI_DETAIL_NUMBER, /**< `w0` is a number. Kinds 1, 8, 9. */
+    MDM_WIFI_DETAIL_TEXT,   /**< `w0` is a string. Kinds 2, 3, 4. */
+    MDM_WIFI_DETAIL_MIXED,  /**< `w3` is a number; `w0`, `w1`, `w2`, `w4`, `w5` are strings. Kinds
+                                 5, 7. */
+    MDM_WIFI_DETAIL_TEXTS,  /**< `w0` to `w6` are strings. Kind 6. */
+} mdm_wifi_detail_form_t;
+
 /* The functions need the message, and the message needs the records above. */
 #include "mdm/body/typed.h"
+
+/**
+ * @param kind  a `detail_kind`.
+ * @return Which words of the detail travel, and whether they are strings or numbers.
+ */
+MDM_INLINE mdm_wifi_detail_form_t mdm_wifi_detail_form(int32_t kind)
+{
+    switch (kind) {
+    case 1:
+    case 8:
+    case 9:
+        return MDM_WIFI_DETAIL_NUMBER;
+    case 2:
+    case 3:
+    case 4:
+        return MDM_WIFI_DETAIL_TEXT;
+    case 5:
+    case 7:
+        return MDM_WIFI_DETAIL_MIXED;
+    case 6:
+        return MDM_WIFI_DETAIL_TEXTS;
+    default:
+        return MDM_WIFI_DETAIL_NONE;
+    }
+}
+
+/**
+ * @param kind  a `detail_kind`.
+ * @return Whether the detail has strings. Such a detail must not be null in a network that is sent.
+ */
+MDM_INLINE bool mdm_wifi_detail_has_texts(int32_t kind)
+{
+    const mdm_wifi_detail_form_t form = mdm_wifi_detail_form(kind);
+    return form != MDM_WIFI_DETAIL_NONE && form != MDM_WIFI_DETAIL_NUMBER;
+}
 
 /**
  * Fills a message with a setting of a network.
@@ -173,7 +218,7 @@ MDM_INLINE const mdm_wifi_pair_t *mdm_wifi_pair(const mdm_msg_t *msg)
 MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_ssids(mdm_msg_t *msg, uint32_t type,
                                                    const GList *ssids)
 {
-    return mdm_wifi_form(type) == MDM_FORM_WIFI_SSIDS &&
+    return mdm_wifi_form(type) == MDM_FORM_WIFI_SSIDS && mdm_begins_list(ssids) &&
            mdm_fill_head(msg, MDM_TYPE_WIFI, type, ssids, 1);
 }
 
@@ -220,13 +265,15 @@ MDM_INLINE const mdm_wifi_triple_t *mdm_wifi_triple(const mdm_msg_t *msg)
 /**
  * Fills a message with a network profile.
  * @param msg      the message.
- * @param network  the record; null is refused.
+ * @param network  the record; null is refused, and so is a null detail of the kinds 2 to 7.
  * @return Whether the message was filled.
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_network(mdm_msg_t *msg,
                                                      const mdm_wifi_network_t *network)
 {
-    return network != NULL && mdm_fill_head(msg, MDM_TYPE_WIFI, MDM_WIFI_NETWORK, network, 1);
+    return network != NULL &&
+           (network->detail != NULL || !mdm_wifi_detail_has_texts(network->detail_kind)) &&
+           mdm_fill_head(msg, MDM_TYPE_WIFI, MDM_WIFI_NETWORK, network, 1);
 }
 
 /** @param msg  the message. @return Its network profile, or null. */
@@ -264,9 +311,9 @@ MDM_INLINE const char *mdm_wifi_data(const mdm_msg_t *msg, size_t *size)
  * Fills a message with the head alone.
  * @param msg   the message.
  * @param type  a discriminator of any form.
- * @return Whether the message was filled.
+ * @return Always true.
  */
-MDM_WARN_UNUSED MDM_INLINE bool mdm_wifi_set_head(mdm_msg_t *msg, uint32_t type)
+MDM_INLINE bool mdm_wifi_set_head(mdm_msg_t *msg, uint32_t type)
 {
     return mdm_fill_head(msg, MDM_TYPE_WIFI, type, NULL, 0);
 }

@@ -32,6 +32,7 @@ const char *_validate_apn(const mdm_body_t &body, Names names)
         }
         break;
     case MDM_FORM_APN_DATA:
+    default:
         return validate_bytes(info.data_size, info.data, names);
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -61,6 +62,7 @@ uint32_t _size_of_apn(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         info.data_size = static_cast<int32_t>(size);
         break;
     case MDM_FORM_APN_DATA:
+    default:
         size += static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     }
@@ -91,6 +93,7 @@ bool _set_apn(Writer &out, const Log &log, mdm_body_t *body)
         }
         break;
     case MDM_FORM_APN_DATA:
+    default:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -111,7 +114,8 @@ bool _get_apn(Reader &in, const Log &log, mdm_body_t *body)
     case MDM_FORM_APN_PROFILE:
         info.data = in.record(profile_fields);
         break;
-    case MDM_FORM_APN_PROFILES: {
+    case MDM_FORM_APN_PROFILES:
+    default: {
         const int32_t count = in.count("apn.profiles", smallest_size(profile_fields));
         Reader::List profiles(in);
         for (int32_t i = 0; in && i < count; ++i) {
@@ -145,6 +149,7 @@ void _free_apn(const Log &log, mdm_body_t *body)
         release_records(info.data, profile_fields);
         break;
     case MDM_FORM_APN_DATA:
+    default:
         release_data(info.data);
         info.data_size = 0;
         break;

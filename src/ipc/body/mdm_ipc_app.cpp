@@ -26,7 +26,7 @@ constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, secon
 const char *_validate_app(const mdm_body_t &body, Names names)
 {
     const mdm_app_info_t &info = body.app;
-    const mdm_app_form_t form = mdm_app_form(info.type);
+    const mdm_form_t form = mdm_app_form(info.type);
     const bool is_announced = info.data_size >= 1;
     if (form == MDM_FORM_APP_PACKAGES) {
         return validate_list(is_announced, info.data, names);
@@ -58,6 +58,7 @@ uint32_t _size_of_app(Lengths &lengths, const Log &log, mdm_body_t *body)
             break;
         case MDM_FORM_APP_NUM_PAIR:
         case MDM_FORM_APP_DATA:
+        default:
             size += static_cast<uint32_t>(info.data_size);
             break;
         }
@@ -76,7 +77,8 @@ bool _set_app(Writer &out, const Log &log, mdm_body_t *body)
         return true;
     }
     switch (mdm_app_form(info.type)) {
-    case MDM_FORM_APP_PACKAGES: {
+    case MDM_FORM_APP_PACKAGES:
+    default: {
         const uint32_t count = out.count(info.data, "app.packages");
         MDM_INFO("len : %d", count);
         // Q-BODY-12
@@ -109,7 +111,8 @@ bool _get_app(Reader &in, const Log &log, mdm_body_t *body)
         return true;
     }
     switch (mdm_app_form(info.type)) {
-    case MDM_FORM_APP_PACKAGES: {
+    case MDM_FORM_APP_PACKAGES:
+    default: {
         const int32_t count = in.count("app.packages", word_size);
         MDM_INFO("len : %d", count);
         info.data = in.strings(count, "app.packages", MDM_EACH("pkg_name : %s"));
@@ -153,6 +156,7 @@ void _free_app(const Log &log, mdm_body_t *body)
         break;
     case MDM_FORM_APP_NUM_PAIR:
     case MDM_FORM_APP_DATA:
+    default:
         release_data(info.data);
         break;
     }

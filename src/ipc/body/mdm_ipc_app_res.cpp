@@ -78,6 +78,7 @@ uint32_t _size_of_app_res(Lengths &lengths, const Log &log, mdm_body_t *body)
             }
             break;
         case MDM_FORM_APP_RES_DATA:
+        default:
             size += static_cast<uint32_t>(info.data_size);
             break;
         }
@@ -96,7 +97,8 @@ bool _set_app_res(Writer &out, const Log &log, mdm_body_t *body)
         return true;
     }
     switch (mdm_app_res_form(info.type)) {
-    case MDM_FORM_APP_RES_PACKAGES: {
+    case MDM_FORM_APP_RES_PACKAGES:
+    default: {
         const uint32_t count = out.count(info.data, "app_res.packages");
         MDM_INFO("len : %d", count);
         out.strings_before_null(info.data, "app_res.packages");
@@ -145,7 +147,8 @@ bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
         return true;
     }
     switch (mdm_app_res_form(info.type)) {
-    case MDM_FORM_APP_RES_PACKAGES: {
+    case MDM_FORM_APP_RES_PACKAGES:
+    default: {
         const int32_t count = in.count("app_res.packages", word_size);
         MDM_INFO("len : %d", count);
         info.data = in.strings(count, "app_res.packages");
@@ -221,6 +224,7 @@ void _free_app_res(const Log &log, mdm_body_t *body)
         info.data = nullptr;
         break;
     case MDM_FORM_APP_RES_DATA:
+    default:
         release_data(info.data);
         break;
     }

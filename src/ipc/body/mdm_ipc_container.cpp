@@ -32,6 +32,7 @@ const char *_validate_container(const mdm_body_t &body, Names names)
         return validate_bytes(info.data_size, info.data, names);
     case MDM_FORM_CONTAINER_ITEM:
     case MDM_FORM_CONTAINER_SHORT_ITEM:
+    default:
         break;
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -58,6 +59,7 @@ uint32_t _size_of_container(Lengths & /*lengths*/, const Log &log, mdm_body_t *b
         payload_size = static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     case MDM_FORM_CONTAINER_HEAD:
+    default:
         return MDM_EXIT(body_head_size);
     }
     info.data_size = static_cast<int32_t>(payload_size);
@@ -84,6 +86,7 @@ bool _set_container(Writer &out, const Log &log, mdm_body_t *body)
         out.raw_bytes(info.data, info.data_size);
         break;
     case MDM_FORM_CONTAINER_HEAD:
+    default:
         break;
     }
     return MDM_EXIT(true);
@@ -110,6 +113,7 @@ bool _get_container(Reader &in, const Log &log, mdm_body_t *body)
         info.data = in.raw_bytes(info.data_size);
         break;
     case MDM_FORM_CONTAINER_HEAD:
+    default:
         break;  // Q-CONTAINER-2: `data` stays as it was.
     }
     return MDM_EXIT(true);
@@ -135,6 +139,7 @@ void _free_container(const Log &log, mdm_body_t *body)
         release_data(info.data);
         break;
     case MDM_FORM_CONTAINER_HEAD:
+    default:
         break;
     }
     return MDM_EXIT();

@@ -19,7 +19,7 @@ constexpr auto settings_fields = MDM_FIELDS(mdm_eas_account_t, "eas.settings", s
 constexpr auto value_fields = MDM_FIELDS(mdm_eas_value_t, "eas.value", num0, str1);
 
 // The fields of a form's record. The record of a list is its element.
-constexpr Fields fields_of(mdm_eas_form_t form)
+constexpr Fields fields_of(mdm_form_t form)
 {
     switch (form) {
     case MDM_FORM_EAS_ACCOUNT:
@@ -29,6 +29,7 @@ constexpr Fields fields_of(mdm_eas_form_t form)
     case MDM_FORM_EAS_ACCOUNTS:
         return account_fields;
     case MDM_FORM_EAS_VALUE:
+    default:
         break;
     }
     return value_fields;
@@ -52,6 +53,7 @@ const char *_validate_eas(const mdm_body_t &body, Names names)
         break;
     case MDM_FORM_EAS_ACCOUNT:
     case MDM_FORM_EAS_VALUE:
+    default:
         break;
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -66,7 +68,7 @@ uint32_t _size_of_eas(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(body_head_size);
     }
-    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    const mdm_form_t form = mdm_eas_form(info.type);
     if (form == MDM_FORM_EAS_ACCOUNTS) {
         MDM_FAIL_IF(has_null_element(info.data), no_size, "acconts is NULL");  // Q-BODY-9
         // Q-BODY-8: the head and the count are part of the stored size.
@@ -94,7 +96,7 @@ bool _set_eas(Writer &out, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(true);
     }
-    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    const mdm_form_t form = mdm_eas_form(info.type);
     if (form == MDM_FORM_EAS_ACCOUNTS) {
         // Q-BODY-9: a null account is counted, but not written.
         out.records(info.data, "eas.accounts", fields_of(form));
@@ -114,7 +116,7 @@ bool _get_eas(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    const mdm_form_t form = mdm_eas_form(info.type);
     info.data = form == MDM_FORM_EAS_ACCOUNTS ? in.records("eas.accounts", fields_of(form))
                                               : in.record(fields_of(form));
     return MDM_EXIT(true);
@@ -128,7 +130,7 @@ void _free_eas(const Log & /*log*/, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-5
         return;
     }
-    const mdm_eas_form_t form = mdm_eas_form(info.type);
+    const mdm_form_t form = mdm_eas_form(info.type);
     if (form == MDM_FORM_EAS_ACCOUNTS) {
         release_records(info.data, fields_of(form));
     } else {

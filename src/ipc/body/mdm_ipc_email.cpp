@@ -25,7 +25,7 @@ constexpr auto settings_fields =
 constexpr auto value_fields = MDM_FIELDS(mdm_email_value_t, "email.value", num0, str1);
 
 // The fields of a form's record. The record of a list is its element.
-constexpr Fields fields_of(mdm_email_form_t form)
+constexpr Fields fields_of(mdm_form_t form)
 {
     switch (form) {
     case MDM_FORM_EMAIL_ACCOUNT:
@@ -35,6 +35,7 @@ constexpr Fields fields_of(mdm_email_form_t form)
     case MDM_FORM_EMAIL_ACCOUNTS:
         return element_fields;
     case MDM_FORM_EMAIL_VALUE:
+    default:
         break;
     }
     return value_fields;
@@ -57,7 +58,7 @@ uint32_t _size_of_email(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {  // Q-BODY-2, Q-BODY-3
         return MDM_EXIT(body_head_size);
     }
-    const mdm_email_form_t form = mdm_email_form(info.type);
+    const mdm_form_t form = mdm_email_form(info.type);
     if (form == MDM_FORM_EMAIL_ACCOUNTS) {
         // Q-BODY-8: the head and the count are part of the stored size.
         // Q-EMAIL-3: the size ends at the first null account, and the written list does not.
@@ -80,7 +81,7 @@ bool _set_email(Writer &out, const Log &log, mdm_body_t *body)
     if (!has_payload(info)) {
         return MDM_EXIT(true);
     }
-    const mdm_email_form_t form = mdm_email_form(info.type);
+    const mdm_form_t form = mdm_email_form(info.type);
     if (form == MDM_FORM_EMAIL_ACCOUNTS) {
         out.records(info.data, "email.accounts", fields_of(form));
     } else {
@@ -99,7 +100,7 @@ bool _get_email(Reader &in, const Log &log, mdm_body_t *body)
         info.data = nullptr;
         return MDM_EXIT(true);
     }
-    const mdm_email_form_t form = mdm_email_form(info.type);
+    const mdm_form_t form = mdm_email_form(info.type);
     info.data = form == MDM_FORM_EMAIL_ACCOUNTS ? in.records("email.accounts", fields_of(form))
                                                 : in.record(fields_of(form));
     return MDM_EXIT(true);
@@ -113,7 +114,7 @@ void _free_email(const Log &log, mdm_body_t *body)
         return MDM_EXIT();
     }
     const mdm_email_info_t &info = body->email;
-    const mdm_email_form_t form = mdm_email_form(info.type);
+    const mdm_form_t form = mdm_email_form(info.type);
     if (form == MDM_FORM_EMAIL_ACCOUNTS) {
         release_records(info.data, fields_of(form));
     } else if (form == MDM_FORM_EMAIL_SETTINGS) {

@@ -61,6 +61,7 @@ uint32_t _size_of_kiosk(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         payload_size = length_of(info.data) * key_pair_size;
         break;
     case MDM_FORM_KIOSK_DATA:
+    default:
         return base + static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
     }
     info.data_size = static_cast<int32_t>(payload_size);
@@ -89,6 +90,7 @@ bool _set_kiosk(Writer &out, const Log &log, mdm_body_t *body)
         out.records(info.data, "kiosk.key_pairs", key_pair_fields);
         break;
     case MDM_FORM_KIOSK_DATA:
+    default:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -116,6 +118,7 @@ bool _get_kiosk(Reader &in, const Log &log, mdm_body_t *body)
         info.data = in.records("kiosk.key_pairs", key_pair_fields);
         break;
     case MDM_FORM_KIOSK_DATA:
+    default:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -141,6 +144,7 @@ void _free_kiosk(const Log &log, mdm_body_t *body)
         release_elements(info.data);
         break;
     case MDM_FORM_KIOSK_DATA:
+    default:
         info.data_size = 0;
         release_data(info.data);
         break;

@@ -62,6 +62,7 @@ const char *_validate_misc(const mdm_body_t &body, Names names)
     case MDM_FORM_MISC_TEXT:
     case MDM_FORM_MISC_BOOK:
     case MDM_FORM_MISC_PAIR:
+    default:
         break;
     }
     return validate_payload(info.data_size != 0, info.data, names);
@@ -105,6 +106,7 @@ uint32_t _size_of_misc(Lengths & /*lengths*/, const Log &log, mdm_body_t *body)
         }
         break;
     case MDM_FORM_MISC_DATA:
+    default:
         size += static_cast<uint32_t>(info.data_size);  // Q-BODY-4: a negative one, too
         break;
     }
@@ -139,7 +141,8 @@ bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
     case MDM_FORM_MISC_STRINGS:
         out.strings_with_gaps(info.param_list, 0, "misc.param_list");  // Q-MISC-3
         break;
-    case MDM_FORM_MISC_BOOK: {
+    case MDM_FORM_MISC_BOOK:
+    default: {
         MDM_ASSERT(info.data != nullptr, false);
         const auto &book = payload<mdm_book_info_t>(info);
         MDM_INFO("URL : %s, TITLE : %s", book.url, book.title);  // Q-MISC-12
@@ -184,7 +187,8 @@ bool _get_misc(Reader &in, const Log &log, mdm_body_t *body)
         break;
     case MDM_FORM_MISC_HEAD:
         break;  // Q-MISC-9: `data` stays as it was.
-    case MDM_FORM_MISC_TEXT: {
+    case MDM_FORM_MISC_TEXT:
+    default: {
         // Q-MISC-11: without memory, reading a text fails and reading a pair does not.
         auto *text = in.try_record(text_fields);
         if (text == nullptr) {
@@ -247,6 +251,7 @@ void _free_misc(const Log &log, mdm_body_t *body)
         release_record(info.data, pair_fields);  // Q-BODY-7: `data` keeps its value.
         break;
     case MDM_FORM_MISC_DATA:
+    default:
         release_data(info.data);
         break;
     }

@@ -35,7 +35,7 @@ const char *_validate_phone_res(const mdm_body_t &body, Names names)
     if (path != nullptr || !is_announced) {
         return path;
     }
-    const mdm_phone_res_form_t form = mdm_phone_res_form(info.type);
+    const mdm_form_t form = mdm_phone_res_form(info.type);
     if (form == MDM_FORM_PHONE_RES_RAW_ITEM) {  // Q-PHONE_RES-2
         return "phone_res.type";
     }
@@ -59,7 +59,8 @@ uint32_t _size_of_phone_res(Lengths & /*lengths*/, const Log &log, mdm_body_t *b
     case MDM_FORM_PHONE_RES_ITEM:
     case MDM_FORM_PHONE_RES_RAW_ITEM:  // Q-PHONE_RES-2
         return body_head_size + size_of_fields(info.data, item_fields);
-    case MDM_FORM_PHONE_RES_EXT: {
+    case MDM_FORM_PHONE_RES_EXT:
+    default: {
         const auto &ext = payload<mdm_phone_res_ext_t>(info);
         return body_head_size + size_of_fields(&ext, ext_fields) +
                size_of_fields(ext.detail, detail_fields);
@@ -84,7 +85,8 @@ bool _set_phone_res(Writer &out, const Log &log, mdm_body_t *body)
         MDM_ASSERT(info.data != nullptr, false);
         out.fields(info.data, item_fields);
         break;
-    case MDM_FORM_PHONE_RES_EXT: {
+    case MDM_FORM_PHONE_RES_EXT:
+    default: {
         MDM_ASSERT(info.data != nullptr, false);
         const auto &ext = payload<mdm_phone_res_ext_t>(info);
         MDM_ASSERT(ext.detail != nullptr, false);
@@ -115,7 +117,8 @@ bool _get_phone_res(Reader &in, const Log &log, mdm_body_t *body)
         info.data = in.record(item_fields);
         info.data_size = record_data_size;
         break;
-    case MDM_FORM_PHONE_RES_EXT: {
+    case MDM_FORM_PHONE_RES_EXT:
+    default: {
         auto *ext = in.make<mdm_phone_res_ext_t>();
         ext->detail = in.make<mdm_phone_res_detail_t>();
         in.fields(ext, ext_fields);
@@ -144,7 +147,8 @@ void _free_phone_res(const Log &log, mdm_body_t *body)
     }
     switch (mdm_phone_res_form(info.type)) {
     case MDM_FORM_PHONE_RES_ITEM:
-    case MDM_FORM_PHONE_RES_RAW_ITEM: {
+    case MDM_FORM_PHONE_RES_RAW_ITEM:
+    default: {
         auto &item = payload<mdm_phone_res_item_t>(info);
         release_strings(&item, item_fields);
         item.word1 = 0;  // Q-PHONE_RES-5: released memory holds no word.

@@ -24,6 +24,7 @@ Fields fields_of(uint32_t type)
     case MDM_FORM_PLATFORM_NUMBER:
         return number_fields;
     case MDM_FORM_PLATFORM_TEXT:
+    default:
         break;
     }
     return text_fields;

@@ -37,6 +37,7 @@ const char *_validate_security(const mdm_body_t &body, Names names)
         }
         break;
     case MDM_FORM_SECURITY_DATA:
+    default:
         return validate_bytes(info.data_size, info.data, names);
     }
     return info.data == nullptr && info.data_size >= 1 ? names.data() : nullptr;
@@ -78,6 +79,7 @@ uint32_t _size_of_security(Lengths &lengths, const Log &log, mdm_body_t *body)
         }
         break;
     case MDM_FORM_SECURITY_DATA:
+    default:
         size += static_cast<uint32_t>(info.data_size);  // Q-SECURITY-9: a negative one, too
         break;
     }
@@ -113,6 +115,7 @@ bool _set_security(Writer &out, const Log &log, mdm_body_t *body)
         out.records(info.data, "security.accounts", account_fields);
         break;
     case MDM_FORM_SECURITY_DATA:
+    default:
         out.raw_bytes(info.data, info.data_size);
         break;
     }
@@ -154,6 +157,7 @@ bool _get_security(Reader &in, const Log &log, mdm_body_t *body)
         info.data = in.records("security.accounts", account_fields);
         break;
     case MDM_FORM_SECURITY_DATA:
+    default:
         info.data = in.raw_bytes(info.data_size);
         break;
     }
@@ -188,6 +192,7 @@ void _free_security(const Log &log, mdm_body_t *body)
         release_elements(info.data);
         return MDM_EXIT();
     case MDM_FORM_SECURITY_DATA:
+    default:
         g_free(info.data);
         break;
     }

@@ -16,29 +16,6 @@
 namespace mdm {
 namespace {
 
-enum class DetailForm { none, number, text, mixed, texts };
-
-constexpr DetailForm detail_form_of(int32_t detail_kind)
-{
-    switch (detail_kind) {
-    case 1:
-    case 8:
-    case 9:
-        return DetailForm::number;
-    case 2:
-    case 3:
-    case 4:
-        return DetailForm::text;
-    case 5:
-    case 7:
-        return DetailForm::mixed;
-    case 6:
-        return DetailForm::texts;
-    default:
-        return DetailForm::none;
-    }
-}
-
 constexpr auto pair_fields = MDM_FIELDS(mdm_wifi_pair_t, "wifi.pair", ssid, value);
 constexpr auto dhcp_fields = MDM_FIELDS(mdm_wifi_dhcp_t, "wifi.dhcp", str0, str1, str2, str3, str4);
 constexpr auto triple_fields = MDM_FIELDS(mdm_wifi_triple_t, "wifi.triple", str0, str1, str2);
@@ -59,40 +36,36 @@ constexpr auto texts_fields =
                    MDM_TEXT(w4), MDM_TEXT(w5), MDM_TEXT(w6));
 
 // The fields of a detail that travel. The form `none` has no fields and must not be passed.
-constexpr Fields fields_of(DetailForm form)
+constexpr Fields fields_of(mdm_wifi_detail_form_t form)
 {
     switch (form) {
-    case DetailForm::text:
+    case MDM_WIFI_DETAIL_TEXT:
         return text_fields;
-    case DetailForm::mixed:
+    case MDM_WIFI_DETAIL_MIXED:
         return mixed_fields;
-    case DetailForm::texts:
+    case MDM_WIFI_DETAIL_TEXTS:
         return texts_fields;
-    case DetailForm::number:
-    case DetailForm::none:
+    case MDM_WIFI_DETAIL_NUMBER:
+    case MDM_WIFI_DETAIL_NONE:
         break;
     }
     return number_fields;
 }
 
-constexpr bool has_texts(DetailForm form)
-{
-    return form != DetailForm::none && form != DetailForm::number;
-}
-
 uint32_t size_of_network(const mdm_wifi_network_t &network)
 {
-    const DetailForm form = detail_form_of(network.detail_kind);
+    const mdm_wifi_detail_form_t form = mdm_wifi_detail_form(network.detail_kind);
     const uint32_t size = size_of_fields(&network, network_fields);
     // Q-WIFI-2: a number is counted even without a detail.
-    return form == DetailForm::none ? size : size + size_of_fields(network.detail, fields_of(form));
+    return form == MDM_WIFI_DETAIL_NONE ? size
+                                        : size + size_of_fields(network.detail, fields_of(form));
 }
 
 void write_network(Writer &out, const mdm_wifi_network_t &network)
 {
-    const DetailForm form = detail_form_of(network.detail_kind);
+    const mdm_wifi_detail_form_t form = mdm_wifi_detail_form(network.detail_kind);
     out.fields(&network, network_fields);
-    if (network.detail != nullptr && form != DetailForm::none) {  // Q-WIFI-2
+    if (network.detail != nullptr && form != MDM_WIFI_DETAIL_NONE) {  // Q-WIFI-2
         out.fields(network.detail, fields_of(form));
     }
 }
@@ -100,8 +73,8 @@ void write_network(Writer &out, const mdm_wifi_network_t &network)
 mdm_wifi_network_t *read_network(Reader &in)
 {
     auto *network = in.record(network_fields);
-    const DetailForm form = detail_form_of(network->detail_kind);
-    if (form != DetailForm::none) {
+    const mdm_wifi_detail_form_t form = mdm_wifi_detail_form(network->detail_kind);
+    if (form != MDM_WIFI_DETAIL_NONE) {
         network->detail = static_cast<mdm_wifi_detail_t *>(in.record(fields_of(form)));
     }
     return network;
@@ -110,17 +83,16 @@ mdm_wifi_network_t *read_network(Reader &in)
 // Q-WIFI-4: the network's record and a detail that is a number stay allocated.
 void release_network(const mdm_wifi_network_t &network)
 {
-    const DetailForm form = detail_form_of(network.detail_kind);
     g_free(network.ssid);
-    if (has_texts(form)) {
-        release_record(network.detail, fields_of(form));
+    if (mdm_wifi_detail_has_texts(network.detail_kind)) {
+        release_record(network.detail, fields_of(mdm_wifi_detail_form(network.detail_kind)));
     }
 }
 
 // A network whose detail is a number may lack its detail, which arrives as 0.
 const char *validate_network(const mdm_wifi_network_t &network)
 {
-    return has_texts(detail_form_of(network.detail_kind)) && network.detail == nullptr
+    return mdm_wifi_detail_has_texts(network.detail_kind) && network.detail == nullptr
                ? "wifi.network.detail"
                : nullptr;
 }
@@ -130,7 +102,7 @@ const char *validate_network(const mdm_wifi_network_t &network)
 const char *_validate_wifi(const mdm_body_t &body, Names names)
 {
     const mdm_wifi_info_t &info = body.wifi;
-    const mdm_wifi_form_t form = mdm_wifi_form(info.type);
+    const mdm_form_t form = mdm_wifi_form(info.type);
     const bool is_announced = info.data_size >= 1;
     const char *path = form == MDM_FORM_WIFI_SSIDS
                            ? validate_list(is_announced, info.data, names)
@@ -148,6 +120,7 @@ const char *_validate_wifi(const mdm_body_t &body, Names names)
     case MDM_FORM_WIFI_NETWORK:
         return validate_network(payload<mdm_wifi_network_t>(info));
     case MDM_FORM_WIFI_DATA:
+    default:
         break;
     }
     return nullptr;
@@ -165,7 +138,8 @@ uint32_t _size_of_wifi(Lengths &lengths, const Log &log, mdm_body_t *body)
     }
     const auto data_size = static_cast<uint32_t>(info.data_size);
     switch (mdm_wifi_form(info.type)) {
-    case MDM_FORM_WIFI_PAIR: {
+    case MDM_FORM_WIFI_PAIR:
+    default: {
         // Q-WIFI-3: a missing pair and missing DHCP settings have no size.
         MDM_FAIL_IF(info.data == nullptr, no_size, "wifi_info is NULL");
         const auto &pair = payload<mdm_wifi_pair_t>(info);
@@ -208,7 +182,8 @@ bool _set_wifi(Writer &out, const Log &log, mdm_body_t *body)
         return MDM_EXIT(true);
     }
     switch (mdm_wifi_form(info.type)) {
-    case MDM_FORM_WIFI_PAIR: {
+    case MDM_FORM_WIFI_PAIR:
+    default: {
         MDM_ASSERT(info.data != nullptr, false);
         const auto &pair = payload<mdm_wifi_pair_t>(info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
@@ -250,7 +225,8 @@ bool _get_wifi(Reader &in, const Log &log, mdm_body_t *body)
         return MDM_EXIT(true);
     }
     switch (mdm_wifi_form(info.type)) {
-    case MDM_FORM_WIFI_PAIR: {
+    case MDM_FORM_WIFI_PAIR:
+    default: {
         auto *pair = in.record(pair_fields);
         MDM_INFO("ssid : %s, value : %s", pair->ssid, pair->value);
         info.data = pair;
@@ -286,7 +262,8 @@ void _free_wifi(const Log &log, mdm_body_t *body)
     }
     mdm_wifi_info_t &info = body->wifi;
     switch (mdm_wifi_form(info.type)) {
-    case MDM_FORM_WIFI_PAIR: {
+    case MDM_FORM_WIFI_PAIR:
+    default: {
         auto &pair = payload<mdm_wifi_pair_t>(info);
         MDM_INFO("ssid : %s, value : %s", pair.ssid, pair.value);
         release_record(&pair, pair_fields);
