@@ -67,6 +67,20 @@ TEST(Forms, AreThoseOfTheDescription)
     }
 }
 
+TEST(WifiDetails, HaveTheFormOfTheirKind)
+{
+    const std::map<int32_t, mdm_wifi_detail_form_t> forms = {
+        {1, MDM_WIFI_DETAIL_NUMBER}, {2, MDM_WIFI_DETAIL_TEXT},   {3, MDM_WIFI_DETAIL_TEXT},
+        {4, MDM_WIFI_DETAIL_TEXT},   {5, MDM_WIFI_DETAIL_MIXED},  {6, MDM_WIFI_DETAIL_TEXTS},
+        {7, MDM_WIFI_DETAIL_MIXED},  {8, MDM_WIFI_DETAIL_NUMBER}, {9, MDM_WIFI_DETAIL_NUMBER},
+    };
+    for (int32_t kind = -3; kind < 300; ++kind) {
+        const auto form = forms.contains(kind) ? forms.at(kind) : MDM_WIFI_DETAIL_NONE;
+        EXPECT_EQ(mdm_wifi_detail_form(kind), form) << kind;
+        EXPECT_EQ(mdm_wifi_detail_has_texts(kind), kind >= 2 && kind <= 7) << kind;
+    }
+}
+
 TEST(Categories, AreThoseOfTheDescription)
 {
     for (unsigned number = 0; number < 256; ++number) {

@@ -342,8 +342,8 @@ constexpr std::array app_res_forms = {
 HEADED_BODY(roaming);
 constexpr auto roaming_data = FIELDS(mdm_roaming_data_t, "roaming.data", name);
 constexpr std::array roaming_forms = {
-    leaking(always_there(record<mdm_roaming_data_t>("record", {0, 1, 7, 100, minus_one}, roaming_data,
-                                                    DataSize::anything))),
+    leaking(always_there(record<mdm_roaming_data_t>("record", {0, 1, 7, 100, minus_one},
+                                                    roaming_data, DataSize::anything))),
 };
 
 constexpr std::array head_alone_forms = {always_there(nothing({0, 1, 7, 100, minus_one}))};
@@ -360,9 +360,9 @@ constexpr auto misc_book = FIELDS(mdm_book_info_t, "misc.book", url, title);
 constexpr auto misc_pair = FIELDS(mdm_misc_str_pair_t, "misc.pair", first, second);
 constexpr Form misc_param_list()
 {
-    Form form = with_elements(
-        always_there(leaking(strings("strings", {127, 128}, "misc.param_list", DataSize::anything))),
-        Elements::null_gaps, 4);
+    Form form = with_elements(always_there(leaking(strings("strings", {127, 128}, "misc.param_list",
+                                                           DataSize::anything))),
+                              Elements::null_gaps, 4);
     form.is_in_param = true;
     return form;
 }
@@ -432,8 +432,8 @@ constexpr std::array kiosk_forms = {
     with_elements(
         records<uint32_t>("keys", {618, 621}, "kiosk.keys", kiosk_key, DataSize::stored, -4),
         Elements::null_gaps, 4),
-    with_elements(records<mdm_kiosk_key_pair_t>("key-pairs", {619}, "kiosk.key_pairs", kiosk_key_pair,
-                                                DataSize::stored, -4),
+    with_elements(records<mdm_kiosk_key_pair_t>("key-pairs", {619}, "kiosk.key_pairs",
+                                                kiosk_key_pair, DataSize::stored, -4),
                   Elements::null_gaps, 8),
     raw({0, 611, 613, 615, 616, 617, 620, 622}, "kiosk.data"),
 };
@@ -479,8 +479,8 @@ constexpr std::array platform_forms = {
                                                param, param2, data_size, aux2, __VA_ARGS__);     \
     constexpr auto category##_payload = FIELDS(mdm_##category##_info_t, #category, __VA_ARGS__); \
     constexpr std::array category##_forms = {                                                    \
-        body_fields("detail", {0, 1}, category##_payload),                                        \
-        body_fields("head", {2, 5, minus_one}, {}),                                           \
+        body_fields("detail", {0, 1}, category##_payload),                                       \
+        body_fields("head", {2, 5, minus_one}, {}),                                              \
     }
 CALLBACK_BODY(app_cb, num6, str8, str7);
 CALLBACK_BODY(misc_cb, flag6, num7, str8);
