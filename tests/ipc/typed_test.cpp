@@ -494,6 +494,8 @@ TEST(TypedFilling, CountsRawBytes)
     ASSERT_TRUE(mdm_res_set_data(&msg, 1, "abc", 3));
     EXPECT_EQ(std::string(mdm_res_data(&msg, &size), 3), "abc");
     EXPECT_EQ(size, 3U);
+    EXPECT_EQ(mdm_vpn_data(&msg, &size), nullptr);
+    EXPECT_EQ(size, 0U);
     ASSERT_TRUE(mdm_res_set_data(&msg, 1, "abc", 0));
     EXPECT_EQ(msg.body.res.data, nullptr);
     EXPECT_EQ(mdm_res_data(&msg, &size), nullptr);
