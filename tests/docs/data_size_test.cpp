@@ -238,7 +238,7 @@ Bytes Subject::payload_bytes() const
     }
     size_t size = sent->body.size();
     if (!category.is_payload_read) {
-        size = head_size() + raw_size;
+        size = std::min(size, head_size() + raw_size);
     } else {
         const Bytes bytes = framed(category.first_type(), sent->body);
         const size_t header = bytes.size() - size;
