@@ -76,6 +76,11 @@ void __wrap_g_free(void *block)
 }
 }
 
+// ThreadSanitizer has operators of its own, which cannot be replaced.
+#ifndef __has_feature
+#define __has_feature(feature) 0
+#endif
+#if !__has_feature(thread_sanitizer)
 void *operator new(size_t size)
 {
     ++news;
@@ -95,6 +100,7 @@ void operator delete(void *block, size_t /*size*/) noexcept
 {
     std::free(block);
 }
+#endif
 
 namespace {
 
