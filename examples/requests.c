@@ -130,9 +130,9 @@ static bool ask_app(int fd)
     GList *packages = g_list_append(NULL, mdm_text("com.example.game"));
     packages = g_list_append(packages, mdm_text("com.example.store"));
     mdm_msg_t request = new_request();
+    const bool is_filled = mdm_app_set_packages(&request, MDM_APP_PACKAGES_4, packages);
     request.body.app.pkg = mdm_text(own_name);
-    const bool going_on =
-        mdm_app_set_packages(&request, MDM_APP_PACKAGES_4, packages) && ask(fd, &request);
+    const bool going_on = is_filled && ask(fd, &request);
     g_list_free(packages);
     return going_on;
 }

@@ -126,10 +126,11 @@ static bool apply_vpn_secret(const mdm_msg_t *request, mdm_msg_t *reply)
         return false;
     }
     printf("server  decrypted a secret: %s\n", (const char *)secret); /* because it is a demo */
+    mdm_vpn_set_head(reply, VPN_SET_SECRET);
     reply->body.vpn.param = (uint32_t)strlen((const char *)secret);
     explicit_bzero(secret, size);
     g_free(secret);
-    return mdm_vpn_set_head(reply, VPN_SET_SECRET);
+    return true;
 }
 
 static bool apply_vpn(struct server *server, const mdm_msg_t *request, mdm_msg_t *reply)
@@ -155,8 +156,9 @@ static bool apply_app(const mdm_msg_t *request, mdm_msg_t *reply)
         item->value = item->name != NULL ? (uint32_t)strlen(item->name) : 0;
         g_queue_push_tail(&items, item);
     }
+    const bool is_filled = mdm_app_res_set_items(reply, MDM_APP_RES_ITEMS_140, items.head);
     reply->body.app_res.pkg = request->body.app.pkg;
-    return mdm_app_res_set_items(reply, MDM_APP_RES_ITEMS_140, items.head);
+    return is_filled;
 }
 
 static bool apply_phone_res(const mdm_msg_t *request, mdm_msg_t *reply)
@@ -176,14 +178,16 @@ static bool apply_phone_res(const mdm_msg_t *request, mdm_msg_t *reply)
 /* The payload of these two categories is not received. The reply has its size alone. */
 static bool apply_browser(const mdm_msg_t *request, mdm_msg_t *reply)
 {
+    mdm_browser_set_head(reply, request->body.browser.type);
     reply->body.browser.param = (uint32_t)request->body.browser.data_size;
-    return mdm_browser_set_head(reply, request->body.browser.type);
+    return true;
 }
 
 static bool apply_enterprise(const mdm_msg_t *request, mdm_msg_t *reply)
 {
+    mdm_enterprise_set_head(reply, request->body.enterprise.type);
     reply->body.enterprise.param = (uint32_t)request->body.enterprise.data_size;
-    return mdm_enterprise_set_head(reply, request->body.enterprise.type);
+    return true;
 }
 
 /* The other policies are in force unchanged. The reply borrows the payload of the request. */

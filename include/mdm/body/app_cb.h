@@ -120,7 +120,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_app_cb_set_head(mdm_msg_t *msg, uint32_t typ
 
 /**
  * @param msg  the message.
- * @return Its body if it holds a body that is the head alone; otherwise null.
+ * @return Its body if it is the head alone; otherwise null.
  */
 MDM_INLINE const mdm_app_cb_info_t *mdm_app_cb_head(const mdm_msg_t *msg)
 {

@@ -163,7 +163,7 @@ MDM_INLINE bool mdm_container_set_head(mdm_msg_t *msg, uint32_t type)
 
 /**
  * @param msg  the message.
- * @return Its body if it holds a body that is the head alone; otherwise null.
+ * @return Its body if it is the head alone; otherwise null.
  */
 MDM_INLINE const mdm_container_info_t *mdm_container_head(const mdm_msg_t *msg)
 {

@@ -177,7 +177,7 @@ MDM_INLINE const char *const *mdm_misc_array(const mdm_msg_t *msg, size_t *count
  * Fills a message with a string.
  * @param msg   the message.
  * @param type  #MDM_MISC_TEXT_124 or another discriminator of this form.
- * @param text  the record; null is refused.
+ * @param text  the record that holds the string; null is refused.
  * @return Whether the message was filled.
  */
 MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_text(mdm_msg_t *msg, int32_t type,
@@ -300,7 +300,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_set_head(mdm_msg_t *msg, int32_t type)
 
 /**
  * @param msg  the message.
- * @return Its body if it holds a body that is the head alone (123); otherwise null.
+ * @return Its body if it is the head alone (123); otherwise null.
  */
 MDM_INLINE const mdm_misc_info_t *mdm_misc_head(const mdm_msg_t *msg)
 {

@@ -123,7 +123,7 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_misc_cb_set_head(mdm_msg_t *msg, uint32_t ty
 
 /**
  * @param msg  the message.
- * @return Its body if it holds a body that is the head alone; otherwise null.
+ * @return Its body if it is the head alone; otherwise null.
  */
 MDM_INLINE const mdm_misc_cb_info_t *mdm_misc_cb_head(const mdm_msg_t *msg)
 {

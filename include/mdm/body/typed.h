@@ -21,10 +21,10 @@
  *   you send it again: it then has the same bytes. Otherwise apn profiles and eas settings grow
  *   with each sending. docs/data-size.md says for each form what these functions set and what
  *   sending makes of it.
- * - A message of the category keeps its message type, and any other one gets the first one. Set the
- *   second one after the call.
- * - Set `param` and `pkg` after the call. It keeps them in a message of the category and in a fresh
- *   one, whose message type is 0. In any other one the whole body is zero before it is filled. The
+ * - A message of the category keeps its message type. Any other message gets the first message type
+ *   of the category. To send the second one, set it after the call.
+ * - Set `param` and `pkg` after the call, too. The call keeps them in a message of the category and
+ *   in a fresh message, whose type is 0. It first clears the whole body of any other message. The
  *   header stays as it was.
  * - The functions allocate nothing and take over nothing. The payload stays the caller's, and must
  *   live until the message is sent. Do not pass a `mdm_msg_t msg` that was filled to ipc_free(),
