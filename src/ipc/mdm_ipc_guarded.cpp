@@ -8,20 +8,12 @@
 
 #include "ipc/envelope.hpp"
 #include "ipc/fault_text.hpp"
+#include "ipc/guarded.hpp"
 #include "wire/fault.hpp"
 
 namespace mdm {
-namespace {
 
-bool has_envelope(const uint8_t *buffer, uint32_t length)
-{
-    return buffer != nullptr && length >= smallest_message &&
-           load_u32(buffer + ipc_head::length) == length - uncounted_size &&
-           is_message_type(buffer[ipc_head::type]);
-}
-
-// The fault of bytes for which has_envelope() is false.
-[[gnu::cold, gnu::noinline]] ipc_fault_t fault_of_envelope(const uint8_t *buffer, uint32_t length)
+ipc_fault_t fault_of_envelope(const uint8_t *buffer, uint32_t length)
 {
     if (buffer == nullptr || length < word_size) {
         return {ipc_head::length, word_size, buffer == nullptr ? 0 : length, fault_path::length};
@@ -35,6 +27,18 @@ bool has_envelope(const uint8_t *buffer, uint32_t length)
     }
     return {ipc_head::type, 1, length - ipc_head::type, fault_path::type};
 }
+
+void report_refusal(const Log &log, int line, const ipc_fault_t &found, ipc_fault_t *fault)
+{
+    if (log.says(MDM_LOG_CRITICAL)) {
+        log.critical(line, "Refused: %s", FaultText(found).c_str());
+    }
+    if (fault != nullptr) {
+        *fault = found;
+    }
+}
+
+namespace {
 
 // On refusal the result is null, and the fault is set.
 mdm_msg_t *open(const uint8_t *buffer, uint32_t length, ipc_fault_t &fault)
@@ -125,18 +129,6 @@ uint8_t *seal(mdm_msg_t *msg, uint32_t *out_length, ipc_fault_t &fault)
         msg->body = before;  // Q-GUARDED-5
     }
     return buffer;
-}
-
-// Logs why an exported function refuses, and gives the fault to a caller who asked for it.
-[[gnu::cold, gnu::noinline]] void report_refusal(const Log &log, int line, const ipc_fault_t &found,
-                                                 ipc_fault_t *fault)
-{
-    if (log.says(MDM_LOG_CRITICAL)) {
-        log.critical(line, "Refused: %s", FaultText(found).c_str());
-    }
-    if (fault != nullptr) {
-        *fault = found;
-    }
 }
 
 }  // namespace

@@ -74,15 +74,6 @@ void Cursor::fail_without_memory(size_t size)
     end_with(fault_without_memory(offset(), size));
 }
 
-void Cursor::fail_in_body_head()
-{
-    for (const char *path : {names().type(), names().param(), names().data_size()}) {
-        if (!reserve(word_size, path)) {
-            return;
-        }
-    }
-}
-
 void Cursor::end_with(const ipc_fault_t &fault)
 {
     if (has_failed_) {
@@ -98,6 +89,15 @@ void Cursor::end_with(const ipc_fault_t &fault)
 void Writer::fail_in_message_head(const mdm_msg_t &msg)
 {
     fail_in_fields(reinterpret_cast<const uint8_t *>(&msg), head_fields);
+}
+
+void Writer::fail_in_body_head()
+{
+    for (const char *path : {names().type(), names().param(), names().data_size()}) {
+        if (!reserve(word_size, path)) {
+            return;
+        }
+    }
 }
 
 // `aux` stands between `type` and `param` in memory and is not sent. Q-HEAD-1
@@ -154,6 +154,7 @@ void Writer::fields(const void *record, Fields list)
         const uint8_t *member = record + run.offset;
         switch (run.type) {
         case WireType::word:
+        case WireType::signed_word:
             copy_words(position, member, run.count);
             position += size_t{run.count} * word_size;
             break;
@@ -292,17 +293,60 @@ void Writer::clear(size_t count)
 
 // Reading.
 
-void Reader::fail_in_message_head(mdm_msg_t &msg)
+// Asks for a part. The step that has asked reads a number next; a text and raw bytes are done with.
+bool Reader::ask(uint64_t size, const char *path, Need need)
 {
-    fail_in_fields(reinterpret_cast<uint8_t *>(&msg), head_fields);
+    if (parts_ == nullptr) {
+        return !fail(size, path);
+    }
+    if (!*this) {
+        return false;
+    }
+    if (size > parts_->left() || !take_part(static_cast<uint32_t>(size), path, need)) {
+        fail_at_part(size, path);
+        return false;
+    }
+    if (need == Need::text || need == Need::bytes) {
+        return false;
+    }
+    set_remaining(need == Need::elements ? 0 : static_cast<size_t>(size));
+    return true;
 }
 
-void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
+bool Reader::take_part(uint32_t size, const char *path, Need need)
+{
+    if (need == Need::elements) {
+        return true;
+    }
+    if (need == Need::text) {
+        return parts_->take_text(size);
+    }
+    ipc_part_t part = {
+        path,   static_cast<ipc_part_kind_t>(need), positions_[0], positions_[1], 0, 0, 0, 0,
+        nullptr};
+    position_ = parts_->take(part, size);
+    return position_ != nullptr;
+}
+
+void Reader::fail_at_part(uint64_t size, const char *path)
+{
+    set_remaining(parts_->left());
+    if (parts_->missing_memory() != 0) {
+        fail_without_memory(parts_->missing_memory());
+    } else {
+        fail(size, path);
+    }
+}
+
+void Reader::message_head_by_fields(mdm_msg_t &msg)
+{
+    fields_one_by_one(reinterpret_cast<uint8_t *>(&msg), head_fields);
+}
+
+void Reader::read_body_head(uint32_t &type, Need type_need, uint32_t &param, int32_t &data_size)
 {
     if (remaining() < body_head_size) [[unlikely]] {
-        type = param = 0;
-        data_size = 0;
-        return fail_in_body_head();
+        return body_head_by_words(type, type_need, param, data_size);
     }
     const uint8_t *position = advance(body_head_size);
     type = load_u32(position);
@@ -310,33 +354,61 @@ void Reader::read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size)
     data_size = static_cast<int32_t>(load_u32(position + size_t{2} * word_size));
 }
 
-uint32_t Reader::u32(const char *path)
+void Reader::body_head_by_words(uint32_t &type, Need type_need, uint32_t &param, int32_t &data_size)
 {
-    return require(word_size, path) ? load_u32(advance(word_size)) : 0;
+    type = word(names().type(), type_need);
+    param = u32(names().param());
+    data_size = i32(names().data_size());
+}
+
+uint8_t Reader::u8(const char *path)
+{
+    return require(1, path, Need::u8) ? *advance(1) : 0;
+}
+
+uint32_t Reader::word(const char *path, Need need)
+{
+    return require(word_size, path, need) ? load_u32(advance(word_size)) : 0;
+}
+
+void Reader::reserved(uint32_t size, const char *path)
+{
+    if (require(size, path, Need::reserved)) {
+        advance(size);
+    }
 }
 
 int32_t Reader::count(const char *path, uint32_t smallest)
 {
-    const auto count = static_cast<int32_t>(u32(path));
-    return count < 1 || require(bytes_needed(count, smallest), path) ? count : 0;
+    const auto count = static_cast<int32_t>(word(path, Need::count));
+    return count < 1 || require(bytes_needed(count, smallest), path, Need::elements) ? count : 0;
 }
 
 uint32_t Reader::unsigned_count(const char *path, uint32_t smallest)
 {
-    const uint32_t count = u32(path);
-    return require(uint64_t{smallest} * count, path) ? count : 0;
+    const uint32_t count = word(path, Need::count);
+    return require(uint64_t{smallest} * count, path, Need::elements) ? count : 0;
 }
 
 char *Reader::str(const char *path)
 {
-    const uint32_t length = u32(path);
-    return length != 0 && require(length, path) ? new_text(advance(length), length) : nullptr;
+    const uint32_t length = word(path, Need::str);
+    return length != 0 && require(length, path, Need::text) ? new_text(advance(length), length)
+                                                            : nullptr;
+}
+
+void Reader::skip_str(const char *path)
+{
+    const uint32_t length = word(path, Need::str);
+    if (require(length, path, Need::text)) {
+        advance(length);
+    }
 }
 
 char *Reader::raw_bytes(int32_t data_size)
 {
     const uint64_t needed = bytes_needed(data_size, 1);
-    if (needed > remaining() && fail(needed, names().data())) [[unlikely]] {
+    if (needed > remaining() && !ask(needed, names().data(), Need::bytes)) [[unlikely]] {
         return nullptr;
     }
     const auto size = static_cast<size_t>(data_size);
@@ -347,7 +419,7 @@ void Reader::fields(void *record, Fields list)
 {
     auto *bytes = static_cast<uint8_t *>(record);
     if (!read_fields(bytes, list)) [[unlikely]] {
-        fail_in_fields(bytes, list);
+        fields_one_by_one(bytes, list);
     }
 }
 
@@ -407,6 +479,7 @@ inline const uint8_t *Reader::read_texts(const uint8_t *position, char **texts, 
         uint8_t *member = record + run.offset;
         switch (run.type) {
         case WireType::word:
+        case WireType::signed_word:
             copy_words(member, position, run.count);
             position += size_t{run.count} * word_size;
             break;
@@ -429,23 +502,23 @@ inline const uint8_t *Reader::read_texts(const uint8_t *position, char **texts, 
     return true;
 }
 
-// The slow path. It leaves zeros in all fields, because the category may look at them.
-void Reader::fail_in_fields(uint8_t *record, Fields list)
+// The slow path. Texts are skipped: they do not matter to a reader that fails, and a reader of parts
+// makes none. A field that is not there is zero, because the category may look at it.
+void Reader::fields_one_by_one(uint8_t *record, Fields list)
 {
     for (const Run run : list) {
         std::memset(record + run.offset, 0, run.count * size_of(run.type));
     }
-    for_each_field(record, list, [this](WireType type, uint8_t * /*member*/, const char *path) {
-        if (!require(smallest_size(type), path)) {
-            return false;
+    for_each_field(record, list, [this](WireType type, uint8_t *member, const char *path) {
+        if (type == WireType::text) {
+            skip_str(path);
+        } else if (type == WireType::byte) {
+            *member = u8(path);
+        } else {
+            const uint32_t value = word(path, static_cast<Need>(type));
+            std::memcpy(member, &value, word_size);
         }
-        const uint8_t *value = advance(smallest_size(type));
-        const uint32_t length = type == WireType::text ? load_u32(value) : 0;
-        if (!require(length, path)) {
-            return false;
-        }
-        advance(length);
-        return true;
+        return static_cast<bool>(*this);
     });
 }
 
@@ -458,9 +531,8 @@ void *Reader::record(Fields list)
 
 GList *Reader::records(const char *path, Fields list)
 {
-    const int32_t count = this->count(path, list.smallest_size());
-    List records(*this);
-    for (int32_t i = 0; *this && i < count; ++i) {
+    List records(*this, count(path, list.smallest_size()));
+    while (records.next()) {
         records.append(record(list));
     }
     return records.head();
@@ -468,11 +540,11 @@ GList *Reader::records(const char *path, Fields list)
 
 [[gnu::flatten]] GList *Reader::strings(int64_t count, const char *path, EachLine each)
 {
-    ListLog list(log(), each);
-    List strings(*this);
-    for (int64_t i = 0; *this && i < count; ++i) {
+    ListLog lines(log(), each);
+    List strings(*this, count);
+    while (strings.next()) {
         char *text = str(path);
-        list.info(text);
+        lines.info(text);
         strings.append(text);
     }
     return strings.head();
@@ -494,7 +566,7 @@ std::span<char *> Reader::make_array(int32_t count, const char *path)
         const auto size = static_cast<size_t>(std::max(count, 0));
         return {g_new0(char *, size), size};
     }
-    if (!require(bytes_needed(count, word_size), path)) {
+    if (!require(bytes_needed(count, word_size), path, Need::elements)) {
         return {};
     }
     const auto size = static_cast<uint32_t>(count);
@@ -503,6 +575,18 @@ std::span<char *> Reader::make_array(int32_t count, const char *path)
         return {};
     }
     return {static_cast<char **>(std::memset(array, 0, size * sizeof(char *))), size};
+}
+
+Reader::Elements::Elements(Reader &in, int64_t count)
+    : in_(in), position_(in.positions_[in.depth_++]),
+      count_(count < 1 ? 0 : static_cast<uint32_t>(count))
+{
+}
+
+Reader::Elements::~Elements()
+{
+    position_ = -1;
+    --in_.depth_;
 }
 
 void Reader::List::append(void *element)
@@ -533,8 +617,10 @@ void *Reader::try_record(Fields list)
 
 void *Reader::allocate_in_new_block(size_t size)
 {
-    void *memory = arena_->grow(size, remaining()) ? arena_->take(size) : nullptr;
+    const size_t unread = parts_ != nullptr ? parts_->left() : remaining();
+    void *memory = arena_->grow(size, unread) ? arena_->take(size) : nullptr;
     if (memory == nullptr) {
+        set_remaining(unread);
         fail_without_memory(arena_->capacity());
     }
     return memory;

@@ -8,9 +8,13 @@
 // not fit as its fault, and has failed then. No byte remains for it, so every later step that needs
 // one fails, too: it writes nothing, or reads zeros and empty lists.
 //
-// Each step takes the path of its field, for the fault.
+// A reader of parts is a guarded reader for which no byte ever remains. So each of its steps takes
+// the way of a step that does not fit, and asks for one part there.
+//
+// Each step takes the path of its field, for the fault and for the part.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -25,6 +29,7 @@
 #include "wire/lengths.hpp"
 #include "wire/lists.hpp"
 #include "wire/names.hpp"
+#include "wire/parts.hpp"
 #include "wire/words.hpp"
 
 namespace mdm {
@@ -42,6 +47,7 @@ public:
 
     // The log of the handler that the cursor was made for.
     const Log &log() const { return log_; }
+    void set_log(const Log &log) { log_ = log; }
 
 protected:
     // A trusting cursor if `fault` is null; otherwise a guarded one for a message of `total` bytes.
@@ -96,9 +102,6 @@ protected:
     // Ends a guarded cursor with this fault. A trusting cursor goes on, and the result is false.
     [[gnu::cold, gnu::noinline]] bool fail(uint64_t needed, const char *path);
     [[gnu::cold, gnu::noinline]] void fail_without_memory(size_t size);
-
-    // Fails at the first word of a body head that does not fit.
-    [[gnu::cold, gnu::noinline]] void fail_in_body_head();
 
 private:
     void end_with(const ipc_fault_t &fault);
@@ -186,6 +189,7 @@ public:
 
 private:
     void write_body_head(uint32_t type, uint32_t param, uint32_t data_size);
+    [[gnu::cold, gnu::noinline]] void fail_in_body_head();
     bool write_fields(const uint8_t *record, Fields list);
     void fail_in_fields(const uint8_t *record, Fields list);
     [[gnu::cold, gnu::noinline]] void fail_in_message_head(const mdm_msg_t &msg);
@@ -210,21 +214,33 @@ public:
           arena_(&arena)
     {
     }
+    // A reader of parts. It makes no texts and keeps no raw bytes.
+    Reader(Parts &parts, Log log, ipc_fault_t &fault, Arena &arena)
+        : Cursor(&parts, 0, size_t{parts.offset()} + parts.left(), log, &fault), position_(nullptr),
+          arena_(&arena), parts_(&parts)
+    {
+    }
 
     const uint8_t *position() const { return position_; }
 
     // Overwrites `hdr_text`, and does not release it.
     void message_head(mdm_msg_t &msg);
+    // The same, field by field.
+    [[gnu::cold, gnu::noinline]] void message_head_by_fields(mdm_msg_t &msg);
 
     // Leaves `aux` and `data` as they were.
     template <class Body>
     void body_head(Body &body)
     {
-        read_body_head(reinterpret_cast<uint32_t &>(body.type), body.param, body.data_size);
+        constexpr auto type_need = static_cast<Need>(wire_type_of<decltype(body.type)>());
+        read_body_head(reinterpret_cast<uint32_t &>(body.type), type_need, body.param,
+                       body.data_size);
     }
 
-    uint32_t u32(const char *path);
-    int32_t i32(const char *path) { return static_cast<int32_t>(u32(path)); }
+    [[gnu::cold]] uint8_t u8(const char *path);
+    uint32_t u32(const char *path) { return word(path, Need::u32); }
+    int32_t i32(const char *path) { return static_cast<int32_t>(word(path, Need::i32)); }
+    [[gnu::cold]] void reserved(uint32_t size, const char *path);
 
     // Reads how many elements follow, each of `smallest` bytes or more. Below 1, none follow. A
     // guarded cursor refuses a count whose elements do not fit into the remaining bytes. Q-WIRE-5
@@ -281,25 +297,78 @@ public:
     // below 1.
     std::span<char *> make_array(int32_t count, const char *path);
 
-    // A new list. Its head is null until an element is appended.
-    class List {
+    // The elements of a list on the wire, one after the other.
+    class Elements {
     public:
-        explicit List(Reader &in) : in_(in) {}
+        // A count below 1 announces none.
+        Elements(Reader &in, int64_t count);
+        ~Elements();
+        Elements(const Elements &) = delete;
+        Elements &operator=(const Elements &) = delete;
+
+        // Whether there is another element, which the next steps read.
+        bool next()
+        {
+            if (!in_ || next_ >= count_) {
+                return false;
+            }
+            position_ = static_cast<int32_t>(next_++);
+            return true;
+        }
+
+    protected:
+        Reader &in_;
+
+    private:
+        int32_t &position_;
+        uint32_t count_;
+        uint32_t next_ = 0;
+    };
+
+    // The same, and a new list in memory. Its head is null until an element is appended.
+    class List : public Elements {
+    public:
+        using Elements::Elements;
         void append(void *element);
         GList *head() const { return head_; }
 
     private:
-        Reader &in_;
         GList *head_ = nullptr;
         GList *tail_ = nullptr;
     };
 
 private:
-    void read_body_head(uint32_t &type, uint32_t &param, int32_t &data_size);
+    // What a step needs: a part of a kind, or something that is no part of its own.
+    enum class Need : uint8_t {
+        u8 = IPC_PART_U8,
+        u32 = IPC_PART_U32,
+        i32 = IPC_PART_I32,
+        count = IPC_PART_COUNT,
+        str = IPC_PART_STR,  // the count of its text
+        bytes = IPC_PART_BYTES,
+        reserved = IPC_PART_RESERVED,
+        text,      // of a str
+        elements,  // that fit; their parts follow
+    };
+
+    // Whether `size` bytes are there. If not, a guarded reader fails. A reader of parts asks for the
+    // part.
+    bool require(uint64_t size, const char *path, Need need)
+    {
+        return size <= remaining() || ask(size, path, need);
+    }
+    [[gnu::cold, gnu::noinline]] bool ask(uint64_t size, const char *path, Need need);
+    [[gnu::cold]] bool take_part(uint32_t size, const char *path, Need need);
+    [[gnu::cold]] void fail_at_part(uint64_t size, const char *path);
+
+    uint32_t word(const char *path, Need need);
+    void read_body_head(uint32_t &type, Need type_need, uint32_t &param, int32_t &data_size);
+    [[gnu::cold]] void body_head_by_words(uint32_t &type, Need type_need, uint32_t &param,
+                                          int32_t &data_size);
     bool read_fields(uint8_t *record, Fields list);
     const uint8_t *read_texts(const uint8_t *position, char **texts, size_t count, size_t &budget);
-    void fail_in_fields(uint8_t *record, Fields list);
-    [[gnu::cold, gnu::noinline]] void fail_in_message_head(mdm_msg_t &msg);
+    [[gnu::cold]] void fields_one_by_one(uint8_t *record, Fields list);
+    [[gnu::cold]] void skip_str(const char *path);
     void *make(size_t size);
     void *try_record(Fields list);
 
@@ -326,6 +395,10 @@ private:
 
     const uint8_t *position_;
     Arena *arena_ = nullptr;
+    Parts *parts_ = nullptr;
+    // In lists of elements: in an outer one, and in one within its element; -1 outside of them.
+    std::array<int32_t, 2> positions_ = {-1, -1};
+    uint32_t depth_ = 0;
 };
 
 inline void Writer::message_head(const mdm_msg_t &msg)
@@ -352,7 +425,7 @@ inline void Reader::message_head(mdm_msg_t &msg)
     const uint8_t *position = position_;
     const size_t length = load_u32(position + size_t{2} * word_size);
     if (is_guarded() && length > remaining() - smallest_head_size) [[unlikely]] {
-        return fail_in_message_head(msg);
+        return message_head_by_fields(msg);
     }
     advance(smallest_head_size + length);
     msg.hdr_word1 = load_u32(position);

@@ -11,12 +11,19 @@
 #include <string_view>
 #include <type_traits>
 
+#include "mdm/inspect.h"
 #include "wire/words.hpp"
 
 namespace mdm {
 
-// The wire types. A word is a u32 or an i32, which have the same bytes. `none` ends a list.
-enum class WireType : uint8_t { none, byte, word, text };
+// The wire types, numbered like the kinds of parts. `none` ends a list.
+enum class WireType : uint8_t {
+    byte = IPC_PART_U8,
+    word = IPC_PART_U32,
+    signed_word = IPC_PART_I32,
+    text = IPC_PART_STR,
+    none = UINT8_MAX,
+};
 
 template <class Member>
 constexpr WireType wire_type_of()
@@ -25,9 +32,10 @@ constexpr WireType wire_type_of()
         return WireType::text;
     } else if constexpr (std::is_same_v<Member, uint8_t>) {
         return WireType::byte;
+    } else if constexpr (std::is_same_v<Member, int32_t>) {
+        return WireType::signed_word;
     } else {
-        static_assert(std::is_same_v<Member, uint32_t> || std::is_same_v<Member, int32_t>,
-                      "no wire type for this member");
+        static_assert(std::is_same_v<Member, uint32_t>, "no wire type for this member");
         return WireType::word;
     }
 }
@@ -40,6 +48,7 @@ constexpr size_t size_of(WireType type)
     case WireType::byte:
         return sizeof(uint8_t);
     case WireType::word:
+    case WireType::signed_word:
         return sizeof(uint32_t);
     case WireType::text:
         break;
@@ -197,6 +206,7 @@ consteval auto make_field_list(Maker /*maker*/)
         smallest += smallest_size(field.type);
     }
     // No reader makes a larger record, so its size is not needed.
+    *run = static_cast<uint8_t>(WireType::none);
     list.bytes[field_list::record_size] = sizeof(Record) <= largest_record ? sizeof(Record) : 0;
     list.bytes[field_list::smallest_size] = static_cast<uint8_t>(smallest);
     list.bytes[field_list::is_whole] = size_of_all == sizeof(Record) ? 1 : 0;

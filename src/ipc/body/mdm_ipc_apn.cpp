@@ -116,9 +116,8 @@ bool _get_apn(Reader &in, const Log &log, mdm_body_t *body)
         break;
     case MDM_FORM_APN_PROFILES:
     default: {
-        const int32_t count = in.count("apn.profiles", smallest_size(profile_fields));
-        Reader::List profiles(in);
-        for (int32_t i = 0; in && i < count; ++i) {
+        Reader::List profiles(in, in.count("apn.profiles", smallest_size(profile_fields)));
+        while (profiles.next()) {
             auto *profile = in.record(profile_fields);
             MDM_INFO("ProfileName [%s]", profile->profile_name);
             profiles.append(profile);

@@ -157,8 +157,8 @@ bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
     case MDM_FORM_APP_RES_ITEMS: {
         const int32_t count = in.count("app_res.items", smallest_size(item_fields));
         MDM_INFO("len : %d", count);
-        Reader::List items(in);
-        for (int32_t i = 0; in && i < count; ++i) {
+        Reader::List items(in, count);
+        while (items.next()) {
             auto *item = in.record(item_fields);
             log_item(log, __LINE__, received_item(info.type), *item);
             items.append(item);
@@ -169,8 +169,8 @@ bool _get_app_res(Reader &in, const Log &log, mdm_body_t *body)
     case MDM_FORM_APP_RES_CONTROLS: {
         const int32_t count = in.count("app_res.controls", word_size + word_size);
         MDM_INFO("len : %d", count);
-        Reader::List controls(in);
-        for (int32_t i = 0; in && i < count; ++i) {
+        Reader::List controls(in, count);
+        while (controls.next()) {
             auto *control = in.make<mdm_app_control_info_t>();
             control->client_id = in.i32("app_res.control.client_id");
             MDM_INFO("client_id : %d", control->client_id);

@@ -126,9 +126,8 @@ bool _set_security(Writer &out, const Log &log, mdm_body_t *body)
 // Q-SECURITY-8: a second copy of each string is appended, and the first one stays allocated.
 static GList *read_strings(Reader &in)
 {
-    Reader::List strings(in);
-    const int32_t count = in.count("security.strings", word_size);
-    for (int32_t i = 0; in && i < count; ++i) {
+    Reader::List strings(in, in.count("security.strings", word_size));
+    while (strings.next()) {
         char *text = in.str("security.strings");
         if (text != nullptr) {
             strings.append(in.copy(text));  // NOLINT(clang-analyzer-unix.Malloc): see above
