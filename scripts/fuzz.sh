@@ -40,7 +40,7 @@ fuzz_for() {
 }
 
 build_fuzzers() {
-    need library tests clang
+    need library tools tests clang
     if [ "$1" = fuzz-i386 ]; then
         [ "$(uname -m)" = x86_64 ] || die "only an x86-64 machine runs 32-bit x86 programs"
         make_i386_sysroot
@@ -61,7 +61,7 @@ check_reach() {
 }
 
 build_replays() {
-    need library tests coverage
+    need library tools tests coverage
     build_preset coverage --target replays
 }
 

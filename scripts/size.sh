@@ -58,7 +58,7 @@ check_size() {
 do_size() {
     local armhf_text_limit=68353 x86_64_text_limit=106496 armhf_relocations_limit=352
     [ "$(uname -m)" = x86_64 ] || die "only an x86-64 machine builds both libraries"
-    need library tests arm
+    need library tools tests arm
     make_arm_sysroot
     local preset
     for preset in armhf release; do

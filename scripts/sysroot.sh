@@ -44,7 +44,10 @@ make_sysroot() {
 
 make_arm_sysroot() {
     make_sysroot armhf libc6-dev libstdc++6 libglib2.0-dev libssl-dev libgtest-dev libgmock-dev \
-        librapidcheck-dev
+        librapidcheck-dev libjson-glib-dev
 }
 
-make_i386_sysroot() { make_sysroot i386 libc6-dev libstdc++-12-dev libglib2.0-dev libssl-dev; }
+make_i386_sysroot() {
+    make_sysroot i386 libc6-dev libstdc++-12-dev libglib2.0-dev libssl-dev \
+        libjson-glib-dev
+}

@@ -82,7 +82,7 @@ paths)
 apart)
     # Directories outside of any prefix. Whatever stands for the library will do.
     quietly "$source_dir/tests/configure_once.sh" -B "$work/build" -G Ninja -S "$source_dir" \
-        -D BUILD_SHARED_LIBS=OFF -D MDM_TESTS=OFF -D MDM_EXAMPLES=OFF -D MDM_BENCH=OFF \
+        -D BUILD_SHARED_LIBS=OFF -D MDM_TESTS=OFF -D MDM_TOOLS=OFF -D MDM_EXAMPLES=OFF -D MDM_BENCH=OFF \
         -D CMAKE_INSTALL_LIBDIR=/lib/apart -D CMAKE_INSTALL_INCLUDEDIR=/include/apart
     touch "$work/build/libmdm-common.a"
     DESTDIR=$work/root quietly cmake --install "$work/build" --prefix /usr

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "options.hpp"
+
+#include <array>
+
+#include "complain.hpp"
+
+namespace mdm::msg {
+
+Options::Options(const char *command, const char *usage, const char *summary)
+    : command_(command), context_(g_option_context_new(usage))
+{
+    g_option_context_set_summary(context_, summary);
+    g_option_context_set_translate_func(context_, nullptr, nullptr, nullptr);
+}
+
+Options::~Options()
+{
+    g_option_context_free(context_);
+}
+
+void Options::add(const GOptionEntry *entries)
+{
+    g_option_context_add_main_entries(context_, entries, nullptr);
+}
+
+void Options::add_input()
+{
+    const std::array<GOptionEntry, 4> entries = {{
+        {"hex", 0, 0, G_OPTION_ARG_NONE, &input_.hex, "The files are hex text", nullptr},
+        {"raw", 0, 0, G_OPTION_ARG_NONE, &input_.raw, "The files are the bytes themselves",
+         nullptr},
+        {"stream", 0, 0, G_OPTION_ARG_NONE, &input_.stream,
+         "Each file has several messages, one behind the other", nullptr},
+        {},
+    }};
+    add(entries.data());
+}
+
+std::optional<std::vector<std::string>> Options::parse(int argc, char **argv)
+{
+    std::string program = std::string("mdm-msg ") + command_;
+    std::vector<char *> words(argv, argv + argc);
+    words[0] = program.data();
+    words.push_back(nullptr);
+    char **rest = words.data();
+    GError *error = nullptr;
+    if (g_option_context_parse(context_, &argc, &rest, &error) == FALSE) {
+        wrong_usage_of(command_, "%s", error->message);
+        g_error_free(error);
+        return std::nullopt;
+    }
+    if (input_.hex != FALSE && input_.raw != FALSE) {
+        wrong_usage_of(command_, "say --hex or --raw, not both");
+        return std::nullopt;
+    }
+    return std::vector<std::string>(rest + 1, rest + argc);
+}
+
+}  // namespace mdm::msg

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Texts and bytes of a message, written so that they cannot act on a terminal.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace mdm::msg {
+
+using Bytes = std::span<const uint8_t>;
+
+std::string_view as_text(Bytes bytes);
+
+// The text between quotation marks. Control characters, bytes that are no UTF-8, characters that
+// are invisible or change the direction of others, quotation marks and backslashes are escaped:
+// "\n", "\x1b", "\u{202e}".
+std::string quoted(std::string_view text);
+
+// The same without quotation marks around it, and with quotation marks and backslashes as they are.
+std::string printable(std::string_view text);
+
+// "0a ff 00"
+std::string hex(Bytes bytes);
+
+}  // namespace mdm::msg
