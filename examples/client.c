@@ -4,7 +4,9 @@
  * asks whether it is registered. Then it sends one request of every category, and bytes that are no
  * message.
  *
- * usage: mdm-client SOCKET
+ * usage: mdm-client SOCKET [FILE]
+ *
+ * FILE gets the bytes of the last request.
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -81,10 +83,11 @@ static bool talk(int fd)
 
 int main(int argc, char **argv)
 {
-    if (argc != 2) {
-        fprintf(stderr, "usage: %s SOCKET\n", argv[0]);
+    if (argc < 2 || argc > 3) {
+        fprintf(stderr, "usage: %s SOCKET [FILE]\n", argv[0]);
         return EXIT_FAILURE;
     }
+    request_file = argv[2]; /* null if there is none */
     setvbuf(stdout, NULL, _IOLBF, 0);
     const int fd = channel_connect(argv[1]);
     if (fd < 0) {

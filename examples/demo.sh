@@ -41,10 +41,15 @@ for _ in $(seq 100); do
 done
 
 # shellcheck disable=SC2086
-$emulator "$1/mdm-client" "$scratch/socket"
+$emulator "$1/mdm-client" "$scratch/socket" "$scratch/request"
 
 kill -TERM "$server"
 wait "$server"
 server=
 echo "what the server's library logged:"
 cat "$scratch/log"
+if [ -x "$1/../tools/mdm-msg" ]; then
+    echo "the client's last request, as mdm-msg shows it:"
+    # shellcheck disable=SC2086
+    $emulator "$1/../tools/mdm-msg" show "$scratch/request"
+fi

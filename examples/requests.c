@@ -14,6 +14,7 @@
 #include "show.h"
 
 const char own_name[] = "com.example.agent";
+const char *request_file;
 
 static uint32_t next_number = 1;
 
@@ -41,7 +42,7 @@ bool receive_reply(int fd)
         mdm_msg_t msg = {0};
         const int32_t result = ipc_deserialize(&msg, packet->data, packet->len);
         if (result == MDM_RESULT_SUCCESS) {
-            show_message("client", "<-", &msg, packet->len);
+            show_message("client", "<-", packet->data, packet->len);
             is_reply = !is_callback(&msg);
             release_message(&msg);
         }
@@ -51,6 +52,19 @@ bool receive_reply(int fd)
         }
     }
     return true;
+}
+
+/* Keeps the bytes of the newest request in the file. */
+static bool keep(const uint8_t *bytes, uint32_t length)
+{
+    GError *error = NULL;
+    if (request_file == NULL ||
+        g_file_set_contents(request_file, (const gchar *)bytes, length, &error)) {
+        return true;
+    }
+    fprintf(stderr, "%s\n", error->message);
+    g_error_free(error);
+    return false;
 }
 
 /* Sends a request and shows the answer. The request and its payload stay the caller's, so it must
@@ -63,8 +77,8 @@ static bool ask(int fd, mdm_msg_t *request)
         fprintf(stderr, "message type %u cannot be sent\n", request->type);
         return false;
     }
-    show_message("client", "->", request, length);
-    const bool sent = channel_send(fd, bytes, length);
+    show_message("client", "->", bytes, length);
+    const bool sent = keep(bytes, length) && channel_send(fd, bytes, length);
     g_free(bytes);
     return sent && receive_reply(fd);
 }

@@ -8,6 +8,9 @@
 /* The package name under which this client registers. */
 extern const char own_name[];
 
+/* Where the bytes of the last request stay; null for nowhere. */
+extern const char *request_file;
+
 /* Each of these functions sends a request over the channel, and shows the request and the answer.
  * They return false if the server can no longer be asked. */
 

@@ -289,12 +289,12 @@ static void release_reply(mdm_msg_t *reply)
 }
 
 /* Sends and releases the bytes of a sealed reply. They are null if it could not be sealed. */
-static bool send_sealed(int fd, const mdm_msg_t *reply, uint8_t *bytes, uint32_t length)
+static bool send_sealed(int fd, uint8_t *bytes, uint32_t length)
 {
     if (bytes == NULL) {
         return false;
     }
-    show_message("server", "->", reply, length);
+    show_message("server", "->", bytes, length);
     const bool sent = channel_send(fd, bytes, length);
     g_free(bytes);
     return sent;
@@ -308,7 +308,7 @@ static bool send_refusal(int fd, const char *reason)
     }
     uint32_t length = 0;
     uint8_t *bytes = ipc_seal(&reply, &length, NULL);
-    return send_sealed(fd, &reply, bytes, length);
+    return send_sealed(fd, bytes, length);
 }
 
 /* Some contents of a request cannot be sent back: an empty name in a list arrives as a null
@@ -317,7 +317,7 @@ static bool send_message(int fd, mdm_msg_t *reply)
 {
     uint32_t length = 0;
     uint8_t *bytes = ipc_seal(reply, &length, NULL);
-    return bytes != NULL ? send_sealed(fd, reply, bytes, length)
+    return bytes != NULL ? send_sealed(fd, bytes, length)
                          : send_refusal(fd, "an answer that cannot be sent");
 }
 
@@ -352,7 +352,7 @@ static bool serve_packet(struct server *server, int fd, const GByteArray *packet
         g_free(reason);
         return send_refusal(fd, "not a message");
     }
-    show_message("server", "<-", request, packet->len);
+    show_message("server", "<-", packet->data, packet->len);
 
     mdm_msg_t reply = {.type = (uint8_t)(request->type + 1), .hdr_word1 = request->hdr_word1};
     const bool is_request = request->type % 2 == 1;

@@ -5,13 +5,12 @@
 
 #include <stdint.h>
 
-#include <mdm/message.h>
-
 /* Prints the head of the table. Each side does it once. */
 void show_head(const char *side);
 
-/* Prints one message that `side` sent ("->") or got ("<-"), and its length in bytes. */
-void show_message(const char *side, const char *direction, const mdm_msg_t *msg, uint32_t length);
+/* Prints the fields of a message that `side` sent ("->") or got ("<-"). The texts are the peer's: a
+ * terminal would act on control characters in them. mdm-msg escapes them. */
+void show_message(const char *side, const char *direction, const uint8_t *bytes, uint32_t length);
 
 /* Prints the status of a key. */
 void show_status(const char *side, const char *key);
