@@ -26,8 +26,6 @@ else()
 endif()
 
 if(MDM_COVERAGE)
-    # Counters that threads share, and sources found by absolute path.
-    add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
     add_link_options(--coverage)
 endif()
 
