@@ -2,8 +2,12 @@
 #include "options.hpp"
 
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 
+#include "command.hpp"
 #include "complain.hpp"
+#include "input.hpp"
 
 namespace mdm::msg {
 
@@ -12,6 +16,12 @@ Options::Options(const char *command, const char *usage, const char *summary)
 {
     g_option_context_set_summary(context_, summary);
     g_option_context_set_translate_func(context_, nullptr, nullptr, nullptr);
+    g_option_context_set_help_enabled(context_, FALSE);  // GLib's prints in the locale's characters
+    const std::array<GOptionEntry, 2> entries = {{
+        {"help", 'h', 0, G_OPTION_ARG_NONE, &help_, "Show this text", nullptr},
+        {},
+    }};
+    add(entries.data());
 }
 
 Options::~Options()
@@ -35,6 +45,15 @@ void Options::add_input()
         {},
     }};
     add(entries.data());
+    g_option_context_set_description(context_, input_help);
+}
+
+void Options::print_help() const
+{
+    gchar *help = g_option_context_get_help(context_, TRUE, nullptr);
+    std::fputs(help, stdout);
+    g_free(help);
+    std::exit(finish(whole));
 }
 
 std::optional<std::vector<std::string>> Options::parse(int argc, char **argv)
@@ -49,6 +68,9 @@ std::optional<std::vector<std::string>> Options::parse(int argc, char **argv)
         wrong_usage_of(command_, "%s", error->message);
         g_error_free(error);
         return std::nullopt;
+    }
+    if (help_ != FALSE) {
+        print_help();
     }
     if (input_.hex != FALSE && input_.raw != FALSE) {
         wrong_usage_of(command_, "say --hex or --raw, not both");

@@ -38,9 +38,12 @@ public:
     const InputOptions &input() const { return input_; }
 
 private:
+    [[noreturn]] void print_help() const;
+
     const char *command_;
     GOptionContext *context_;
     InputOptions input_;
+    gboolean help_ = FALSE;
 };
 
 }  // namespace mdm::msg

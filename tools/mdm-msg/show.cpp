@@ -1,11 +1,403 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "show.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+#include <unistd.h>
+
 #include "command.hpp"
+#include "complain.hpp"
+#include "options.hpp"
+#include "verdict.hpp"
 
 namespace mdm::msg {
+namespace {
 
-int run_show(int /*argc*/, char ** /*argv*/)
+constexpr size_t bytes_in_row = 8;
+constexpr size_t most_in_text = 40;  // the bytes of a text that are shown of a long one
+constexpr size_t least_message = 40;
+constexpr uint32_t uncounted = 8;  // the length field counts all bytes but these
+constexpr size_t count_size = 4;   // of a text
+constexpr std::string_view gap = "  ";
+
+enum class Color { none, faint, kind, field, text, fault };
+
+const char *start_of(Color color)
 {
-    return wrong_usage;
+    switch (color) {
+    case Color::faint:
+        return "\x1b[2m";
+    case Color::kind:
+        return "\x1b[36m";
+    case Color::field:
+        return "\x1b[1m";
+    case Color::text:
+        return "\x1b[32m";
+    case Color::fault:
+        return "\x1b[1;31m";
+    case Color::none:
+        break;
+    }
+    return "";
+}
+
+std::string offset_text(uint32_t offset)
+{
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "0x%04x", offset);
+    return text.data();
+}
+
+bool is_number(const ipc_part_t &part)
+{
+    return part.kind <= IPC_PART_COUNT;
+}
+
+bool is_at(const ipc_part_t &part, std::string_view path)
+{
+    return part.path == path;
+}
+
+// The text, or its first characters.
+std::string shortened(Bytes bytes, bool full)
+{
+    if (full || bytes.size() <= most_in_text) {
+        return quoted(as_text(bytes));
+    }
+    size_t size = most_in_text;
+    while (size > most_in_text - 3 && (bytes[size] & 0xC0) == 0x80) {  // within a character
+        --size;
+    }
+    return quoted(as_text(bytes.first(size))) + "…";
+}
+
+std::string size_text(size_t size)
+{
+    return std::to_string(size) + (size == 1 ? " byte" : " bytes");
+}
+
+uint32_t first_word(Bytes message)
+{
+    return message[0] | message[1] << 8 | message[2] << 16 | uint32_t{message[3]} << 24;
+}
+
+std::vector<uint8_t> with_true_length(Bytes message)
+{
+    std::vector<uint8_t> copy(message.begin(), message.end());
+    auto length = static_cast<uint32_t>(message.size()) - uncounted;
+    for (size_t i = 0; i < 4; ++i, length >>= 8) {
+        copy[i] = static_cast<uint8_t>(length);
+    }
+    return copy;
+}
+
+// The lines of one message. The parts are visited twice: first to find the widths.
+class Table {
+public:
+    Table(std::FILE *out, Bytes message, const ShowOptions &options)
+        : out_(out), message_(message), options_(options)
+    {
+    }
+
+    ShowFaults show()
+    {
+        const auto measure_part = [this](const ipc_part_t &part) { measure(part); };
+        ShowFaults faults;
+        Bytes bytes = message_;
+        std::vector<uint8_t> copy;
+        faults.fault = inspect(bytes, [](const ipc_part_t &) {});
+        if (options_.any_length && faults.fault && is_length_alone(message_, *faults.fault)) {
+            copy = with_true_length(message_);
+            bytes = copy;
+            length_fault_ = faults.fault;
+        }
+        const auto fault = inspect(bytes, measure_part);
+        if (length_fault_) {
+            faults.other = fault;
+        }
+        heading();
+        fault_ = fault;
+        inspect(bytes, [this](const ipc_part_t &part) { row(part); });
+        mark_fault();
+        return faults;
+    }
+
+private:
+    void write(std::string_view text, Color color = Color::none)
+    {
+        const bool has_color = options_.color && color != Color::none;
+        if (has_color) {
+            std::fputs(start_of(color), out_);
+        }
+        std::fwrite(text.data(), 1, text.size(), out_);
+        if (has_color) {
+            std::fputs("\x1b[0m", out_);
+        }
+    }
+
+    // A cell that others follow. `width` counts columns, and each byte of `text` is one of them,
+    // but for the three of "…".
+    void cell(std::string_view text, size_t width, Color color)
+    {
+        write(text, color);
+        write(std::string(width - std::min(width, columns(text)), ' '));
+        write(gap);
+    }
+    static size_t columns(std::string_view text)
+    {
+        constexpr std::string_view ellipsis = "…";
+        const bool has_ellipsis = text.find(ellipsis) != std::string_view::npos;
+        return text.size() - (has_ellipsis ? ellipsis.size() - 1 : 0);
+    }
+
+    void heading()
+    {
+        cell("offset", offset_width_, Color::faint);
+        cell("bytes", bytes_width_, Color::faint);
+        cell("kind", kind_width_, Color::faint);
+        cell("field", name_width_, Color::faint);
+        write("value\n", Color::faint);
+    }
+
+    void measure(const ipc_part_t &part)
+    {
+        offset_width_ = std::max(offset_width_, offset_text(part.offset + part.size).size());
+        bytes_width_ = std::max(bytes_width_, columns(first_bytes(part)));
+        kind_width_ = std::max(kind_width_, std::string_view(kind_name(part.kind)).size());
+        name_width_ = std::max(name_width_, name_of(part).size());
+    }
+
+    // How many of the bytes may be seen.
+    size_t visible(const ipc_part_t &part) const
+    {
+        if (!options_.hide_texts || is_number(part)) {
+            return part.size;
+        }
+        return part.kind == IPC_PART_STR ? count_size : 0;
+    }
+
+    std::string first_bytes(const ipc_part_t &part) const
+    {
+        const size_t may_be_seen = visible(part);
+        const size_t shown = std::min(may_be_seen, bytes_in_row);
+        std::string text = hex(message_.subspan(part.offset, shown));
+        if (may_be_seen == part.size && (options_.full || shown == part.size)) {
+            return text;
+        }
+        const std::string left = std::to_string(part.size - shown);
+        text += (text.empty() ? "… " : " … ") + left;
+        return text + (may_be_seen == part.size ? " more" : " hidden");
+    }
+
+    void row(const ipc_part_t &part)
+    {
+        names_.see(part);
+        if (part.kind == IPC_PART_REST) {
+            mark_fault();
+        }
+        cell(offset_text(part.offset), offset_width_, Color::faint);
+        cell(first_bytes(part), bytes_width_, Color::none);
+        cell(kind_name(part.kind), kind_width_, Color::kind);
+        cell(name_of(part), name_width_, Color::field);
+        write(value(part), part.kind == IPC_PART_STR ? Color::text : Color::none);
+        write("\n");
+        is_first_ = false;
+        further_rows(part);
+        if (length_fault_ && is_at(part, "header.length")) {
+            mark(*length_fault_);
+        }
+    }
+
+    void further_rows(const ipc_part_t &part)
+    {
+        if (!options_.full || visible(part) != part.size) {
+            return;
+        }
+        for (size_t done = bytes_in_row; done < part.size; done += bytes_in_row) {
+            const auto offset = part.offset + static_cast<uint32_t>(done);
+            cell(offset_text(offset), offset_width_, Color::faint);
+            write(hex(message_.subspan(offset, std::min(bytes_in_row, part.size - done))));
+            write("\n");
+        }
+    }
+
+    void mark_fault()
+    {
+        if (fault_) {
+            mark(*fault_);
+            fault_.reset();
+        }
+    }
+    void mark(const ipc_fault_t &fault)
+    {
+        write(std::string(offset_width_ + gap.size(), ' '));
+        write((is_first_ ? "v malformed: " : "^ malformed: ") + sentence(fault), Color::fault);
+        write("\n");
+    }
+
+    std::string value(const ipc_part_t &part) const
+    {
+        switch (part.kind) {
+        case IPC_PART_U8:
+        case IPC_PART_U32:
+        case IPC_PART_I32:
+        case IPC_PART_COUNT:
+            return number(part);
+        case IPC_PART_STR:
+            return options_.hide_texts
+                       ? size_text(part.length)
+                       : std::to_string(part.length) + " " + shortened(bytes_of(part), full());
+        case IPC_PART_RESERVED:
+            return size_text(part.length) + ", ignored";
+        case IPC_PART_PADDING:
+            return padding(part);
+        case IPC_PART_REST:
+            return size_text(part.length) + ", not decoded";
+        case IPC_PART_BYTES:
+            break;
+        }
+        return content(part);
+    }
+    bool full() const { return options_.full; }
+
+    std::string content(const ipc_part_t &part) const
+    {
+        const std::string size = size_text(part.length);
+        return options_.hide_texts ? size : size + " " + shortened(bytes_of(part), full());
+    }
+
+    std::string padding(const ipc_part_t &part) const
+    {
+        const bool is_zero =
+            std::ranges::all_of(bytes_of(part), [](uint8_t one) { return one == 0; });
+        return is_zero && !options_.hide_texts ? size_text(part.length) + ", all zero"
+                                               : content(part);
+    }
+
+    std::string number(const ipc_part_t &part) const
+    {
+        if (is_at(part, "header.length")) {  // --any-length has changed the part
+            const uint32_t length = first_word(message_);
+            return std::to_string(length) + " (+ 8 = " + size_text(size_t{length} + uncounted) +
+                   ")";
+        }
+        const std::string decimal = std::to_string(number_of(part));
+        if (is_at(part, "header.type")) {
+            return decimal + " (" + names_.category() + ")";
+        }
+        if (is_discriminator(part)) {
+            return decimal + " (" + names_.category() + ", " + names_.form() + ")";
+        }
+        if (part.kind != IPC_PART_U32 || part.number <= UINT16_MAX) {
+            return decimal;
+        }
+        std::array<char, 16> text{};
+        std::snprintf(text.data(), text.size(), " (0x%x)", part.number);
+        return decimal + text.data();
+    }
+
+    std::FILE *out_;
+    Bytes message_;
+    const ShowOptions &options_;
+    Names names_;
+    std::optional<ipc_fault_t> fault_;
+    std::optional<ipc_fault_t> length_fault_;
+    bool is_first_ = true;
+    size_t offset_width_ = std::string_view("0x0000").size();
+    size_t bytes_width_ = std::string_view("bytes").size();
+    size_t kind_width_ = std::string_view("kind").size();
+    size_t name_width_ = std::string_view("field").size();
+};
+
+// The words of --color. Without a value the word is none of them.
+std::optional<bool> wants_color(std::string_view when)
+{
+    if (when == "always" || when == "never") {
+        return when == "always";
+    }
+    if (when != "auto") {
+        return std::nullopt;
+    }
+    const char *no_color = std::getenv("NO_COLOR");
+    const bool is_unwanted = no_color != nullptr && *no_color != '\0';
+    const char *terminal = std::getenv("TERM");
+    const bool is_dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
+    return !is_unwanted && !is_dumb && isatty(STDOUT_FILENO) != 0;
+}
+
+constexpr const char *summary =
+    "Shows the bytes of messages, a line for each field: its offset, its bytes, what it is, its\n"
+    "name and its value. Of a malformed message it shows the fields in front of the fault, then "
+    "the\n"
+    "rest. Standard error says what is wrong.\n"
+    "\n"
+    "Exit status: 0 if all messages are whole, 1 if one is malformed, 2 for a wrong usage, 3 if a\n"
+    "file cannot be read.";
+
+}  // namespace
+
+ShowFaults show_message(std::FILE *out, Bytes message, const ShowOptions &options)
+{
+    return Table(out, message, options).show();
+}
+
+bool is_length_alone(Bytes message, const ipc_fault_t &fault)
+{
+    return std::string_view(fault.path) == "header.length" && message.size() >= least_message;
+}
+
+int run_show(int argc, char **argv)
+{
+    gboolean full = FALSE;
+    gboolean hide_texts = FALSE;
+    gboolean any_length = FALSE;
+    g_autofree gchar *color = nullptr;
+    const std::array<GOptionEntry, 5> entries = {{
+        {"full", 0, 0, G_OPTION_ARG_NONE, &full, "Show all bytes and whole texts", nullptr},
+        {"color", 0, 0, G_OPTION_ARG_STRING, &color,
+         "Whether to use colours: always, never, or auto, which is on a terminal only and if "
+         "NO_COLOR is not set",
+         "WHEN"},
+        {"hide-texts", 0, 0, G_OPTION_ARG_NONE, &hide_texts,
+         "Show lengths in place of texts and raw bytes. Numbers are still shown, and in a "
+         "malformed message a number may be a piece of a text",
+         nullptr},
+        {"any-length", 0, 0, G_OPTION_ARG_NONE, &any_length,
+         "If the length field is wrong, show the fields as if it were right", nullptr},
+        {},
+    }};
+    Options options("show", "[FILE…]", summary);
+    options.add(entries.data());
+    options.add_input();
+    const auto files = options.parse(argc, argv);
+    if (!files) {
+        return wrong_usage;
+    }
+    const auto has_color = wants_color(color == nullptr ? "auto" : color);
+    if (!has_color) {
+        return wrong_usage_of("show", "--color is always, never or auto, not '%s'", color);
+    }
+    const ShowOptions show = {full != FALSE, *has_color, hide_texts != FALSE, any_length != FALSE};
+    bool is_first = true;
+    return for_each_message(*files, options.input(), [&](const Input &input) {
+        if (files->size() > 1 || input.number != 0) {
+            std::printf("%s%s:\n", is_first ? "" : "\n", printable(input.name).c_str());
+        }
+        is_first = false;
+        const auto [fault, other] = show_message(stdout, input.bytes, show);
+        std::string hint;
+        if (other) {
+            hint = "apart from that, " + sentence(*other);
+        } else if (fault && input.warning.empty() && !show.any_length &&
+                   is_length_alone(input.bytes, *fault)) {
+            hint = "--any-length shows the fields nevertheless";
+        }
+        return judge(input, fault, hint);
+    });
 }
 
 }  // namespace mdm::msg
