@@ -9,6 +9,7 @@
 
 #include <mdm/crypto.h>
 #include <mdm/guarded.h>
+#include <mdm/inspect.h>
 #include <mdm/ipc.h>
 #include <mdm/log.h>
 #include <mdm/noti.h>
@@ -106,6 +107,65 @@ static void check_guarded_codec(void)
     g_free(buffer);
 }
 
+/* Copies of the parts of a message. Their bytes stay in the message. */
+typedef struct parts {
+    ipc_part_t all[20];
+    unsigned count;
+    unsigned given;
+} parts_t;
+
+static bool keep_part(const ipc_part_t *part, void *user_data)
+{
+    parts_t *parts = user_data;
+    CHECK(parts->count < sizeof parts->all / sizeof parts->all[0]);
+    parts->all[parts->count++] = *part;
+    return true;
+}
+
+static bool give_part(ipc_part_t *part, void *user_data)
+{
+    parts_t *parts = user_data;
+    if (parts->given == parts->count) {
+        return part->kind == IPC_PART_PADDING;
+    }
+    const ipc_part_t *answer = &parts->all[parts->given++];
+    CHECK(strcmp(part->path, answer->path) == 0);
+    part->number = answer->number;
+    part->length = answer->length;
+    part->bytes = answer->bytes;
+    return true;
+}
+
+static void check_parts(void)
+{
+    mdm_msg_t sent = new_message();
+    uint32_t length = 0;
+    uint8_t *buffer = ipc_seal(&sent, &length, NULL);
+    CHECK(buffer != NULL);
+    parts_t parts = {0};
+    ipc_fault_t fault = {0};
+    CHECK(ipc_inspect(buffer, length, keep_part, &parts, &fault) == MDM_RESULT_SUCCESS);
+    CHECK(parts.count == 16);
+    CHECK(strcmp(parts.all[15].path, "res.data") == 0);
+    CHECK(parts.all[15].kind == IPC_PART_BYTES);
+    CHECK(parts.all[15].element == -1 && parts.all[15].inner == -1);
+    CHECK(parts.all[15].offset == 52 && parts.all[15].size == 2);
+    CHECK(parts.all[15].length == 2 && memcmp(parts.all[15].bytes, "ok", 2) == 0);
+
+    uint32_t length_again = 0;
+    uint8_t *again = ipc_compose(give_part, &parts, &length_again, &fault);
+    CHECK(again != NULL);
+    CHECK(length_again == length);
+    CHECK(memcmp(again, buffer, length) == 0);
+    g_free(again);
+
+    CHECK(ipc_inspect(buffer, 3, keep_part, &parts, &fault) == MDM_RESULT_FAILED);
+    CHECK(strcmp(fault.path, "header.length") == 0);
+    g_free(buffer);
+    CHECK(strcmp(ipc_category_name(MDM_TYPE_RES), "res") == 0);
+    CHECK(strcmp(ipc_form_name(MDM_TYPE_RES, 100), "res.data") == 0);
+}
+
 /* The functions of the bodies: records, names of numbers, refusals. */
 static void check_typed_bodies(void)
 {
@@ -192,6 +252,7 @@ int main(void)
     mdm_log_set_enabled(0);
     check_codec();
     check_guarded_codec();
+    check_parts();
     check_typed_bodies();
     check_aes_helper();
     check_utilities();

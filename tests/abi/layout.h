@@ -11,6 +11,7 @@
 #include <stdint.h>
 
 #include "mdm/guarded.h"
+#include "mdm/inspect.h"
 #include "mdm/message.h"
 
 #define SAME(left, right) static_assert((left) == (right), #left " == " #right)
@@ -40,6 +41,7 @@
 
 typedef char *text_t;
 typedef const char *const_text_t;
+typedef const uint8_t *const_bytes_t;
 typedef void *pointer_t;
 typedef GList *list_t;
 typedef mdm_wifi_detail_t *wifi_detail_pointer_t;
@@ -402,5 +404,28 @@ NEXT(ipc_fault_t, offset, needed, uint32_t);
 NEXT(ipc_fault_t, needed, left, uint32_t);
 NEXT(ipc_fault_t, left, path, const_text_t);
 LAST(ipc_fault_t, path, const_text_t);
+
+FIRST(ipc_part_t, path, const_text_t);
+NEXT(ipc_part_t, path, kind, ipc_part_kind_t);
+SAME(sizeof(ipc_part_kind_t), sizeof(uint32_t));
+NEXT(ipc_part_t, kind, element, int32_t);
+NEXT(ipc_part_t, element, inner, int32_t);
+NEXT(ipc_part_t, inner, offset, uint32_t);
+NEXT(ipc_part_t, offset, size, uint32_t);
+NEXT(ipc_part_t, size, number, uint32_t);
+NEXT(ipc_part_t, number, length, uint32_t);
+NEXT(ipc_part_t, length, bytes, const_bytes_t);
+LAST(ipc_part_t, bytes, const_bytes_t);
+
+/* The kinds of parts are numbers of the binary interface. */
+SAME(IPC_PART_U8, 0);
+SAME(IPC_PART_U32, 1);
+SAME(IPC_PART_I32, 2);
+SAME(IPC_PART_COUNT, 3);
+SAME(IPC_PART_STR, 4);
+SAME(IPC_PART_BYTES, 5);
+SAME(IPC_PART_RESERVED, 6);
+SAME(IPC_PART_PADDING, 7);
+SAME(IPC_PART_REST, 8);
 
 #endif

@@ -95,6 +95,11 @@ extern "C" gpointer g_try_malloc_n(gsize count, gsize size)
     return g_try_malloc(count * size);
 }
 
+extern "C" gpointer g_try_realloc(gpointer block, gsize size)
+{
+    return mdm::test::allocation_fails() ? nullptr : std::realloc(block, size);
+}
+
 extern "C" gchar *g_strdup_printf(const gchar *format, ...)
 {
     if (mdm::test::allocation_fails()) {

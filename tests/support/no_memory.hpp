@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Lets those calls fail for want of memory whose failure the library answers: g_try_malloc(),
-// g_try_malloc0(), g_try_malloc_n(), g_strdup_printf(), g_strsplit() and open_memstream().
+// g_try_malloc0(), g_try_malloc_n(), g_try_realloc(), g_strdup_printf(), g_strsplit() and
+// open_memstream().
 #pragma once
 
 #include <cstddef>
