@@ -169,10 +169,15 @@ private:
 
     void take(const Line &line, size_t index, size_t count)
     {
-        if (count % 2 != 0) {
-            return fail(line, index + count - 1, "an odd number of digits");
+        const size_t end = index + count;
+        if (end < line.text.size() &&
+            std::string_view(" |\r").find(line.text[end]) == std::string_view::npos) {
+            return fail(line, end, no_hex_digit(line.text, end));
         }
-        for (size_t i = index; i < index + count; i += 2) {
+        if (count % 2 != 0) {
+            return fail(line, end - 1, "an odd number of digits");
+        }
+        for (size_t i = index; i < end; i += 2) {
             text_.bytes.push_back(
                 static_cast<uint8_t>(hex_digit(line.text[i]) << 4 | hex_digit(line.text[i + 1])));
         }

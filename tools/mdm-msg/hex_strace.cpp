@@ -10,6 +10,13 @@ namespace {
 constexpr std::string_view letters =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
 
+// strace escapes all other characters.
+bool is_text(char character)
+{
+    return (character >= 0x20 && character < 0x7f) ||
+           blanks.find(character) != std::string_view::npos;
+}
+
 bool is_octal(char character)
 {
     return character >= '0' && character <= '7';
@@ -40,6 +47,11 @@ private:
 
     void read(const Line &line)
     {
+        const auto bad = std::ranges::find_if_not(line.text, is_text);
+        if (bad != line.text.end()) {
+            const auto index = static_cast<size_t>(bad - line.text.begin());
+            return fail(line, index, no_hex_digit(line.text, index));
+        }
         const size_t quote = line.text.find('"');
         if (quote == std::string_view::npos) {
             if (line.text.find_first_of(")+-") == std::string_view::npos) {

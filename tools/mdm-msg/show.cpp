@@ -290,7 +290,7 @@ private:
             return decimal + " (" + names_.category() + ")";
         }
         if (is_discriminator(part)) {
-            return decimal + " (" + names_.category() + ", " + names_.form() + ")";
+            return decimal + " (" + names_.form() + ")";  // begins with the category's name
         }
         if (part.kind != IPC_PART_U32 || part.number <= UINT16_MAX) {
             return decimal;
