@@ -103,6 +103,7 @@ private:
         std::string_view path = {};
         uint32_t count = 0;
         uint32_t end = 0;  // the offset behind the count
+        size_t depth = 0;  // 1 in an element of a list
     };
 
     Node value_of(const ipc_part_t &part, const JsonPlace &place);
@@ -193,12 +194,13 @@ Node Tree::new_list(const ipc_part_t &part, const JsonPlace &place)
     if (place.back().position >= 0) {
         return new_count(part.number);
     }
-    last_count_ = {place, part.path, part.number, part.offset + part.size};
+    last_count_ = {place, part.path, part.number, part.offset + part.size,
+                   part.element < 0 ? size_t{0} : 1};
     const int64_t count = number_of(part);
     if (count < 0) {
         return new_count(count);
     }
-    lists_[part.element < 0 ? 0 : 1] = last_count_;
+    lists_[last_count_.depth] = last_count_;
     return new_array();
 }
 
@@ -242,43 +244,45 @@ void Tree::add_count(const List &list)
 void Tree::add_fault(const ipc_fault_t &fault)
 {
     add_names(nullptr);
-    add_count(lists_[1]);
-    add_count(lists_[0]);
     if (fault.offset == last_count_.end && fault.path == last_count_.path) {
         // A text may be announced with so many bytes that a list's count would be negative.
         set_child(container_of(last_count_.place), last_count_.place.back(),
                   new_count(last_count_.count));
+        lists_[last_count_.depth] = {};
     }
+    add_count(lists_[1]);
+    add_count(lists_[0]);
     set(root_, "fault", new_fault(fault));
 }
 
-// json-glib leaves characters as they are that act on a terminal or end a line.
-void append_safely(std::string &out, std::string_view character)
+void append_escape(std::string &out, unsigned unit)
 {
-    if (printable(character) == character && character != "\u2028" && character != "\u2029") {
-        out += character;
-        return;
-    }
-    const gunichar code = g_utf8_get_char(character.data());
-    std::array<char, 16> escape{};
-    if (code < 0x10000) {
-        std::snprintf(escape.data(), escape.size(), "\\u%04x", code);
-    } else {
-        std::snprintf(escape.data(), escape.size(), "\\u%04x\\u%04x",
-                      0xd800 + ((code - 0x10000) >> 10), 0xdc00 + (code & 0x3ff));
-    }
+    std::array<char, 8> escape{};
+    std::snprintf(escape.data(), escape.size(), "\\u%04x", unit);
     out += escape.data();
 }
 
+// Line breaks stand between the values. In texts json-glib escapes them.
+bool is_harmless(std::string_view character)
+{
+    return character == "\n" ||
+           (printable(character) == character && character != "\u2028" && character != "\u2029");
+}
+
+// json-glib leaves some characters as they are that act on a terminal or end a line.
 std::string without_terminal_actions(const char *json)
 {
     std::string out;
     while (*json != '\0') {
-        const size_t size = static_cast<size_t>(g_utf8_next_char(json) - json);
-        if (size == 1) {  // json-glib escapes control characters in ASCII
-            out += *json;
+        const auto size = static_cast<size_t>(g_utf8_next_char(json) - json);
+        const gunichar code = g_utf8_get_char(json);
+        if (is_harmless({json, size})) {
+            out.append(json, size);
+        } else if (code < 0x10000) {
+            append_escape(out, code);
         } else {
-            append_safely(out, {json, size});
+            append_escape(out, 0xd800 + ((code - 0x10000) >> 10));
+            append_escape(out, 0xdc00 + (code & 0x3ff));
         }
         json += size;
     }

@@ -35,14 +35,14 @@ void append_name(std::string &path, std::string_view name)
         path += name;
         return;
     }
-    path += "['";
-    for (const char letter : printable(name)) {
+    std::string escaped;
+    for (const char letter : name) {
         if (letter == '\'' || letter == '\\') {
-            path += '\\';
+            escaped += '\\';
         }
-        path += letter;
+        escaped += letter;
     }
-    path += "']";
+    path += "['" + printable(escaped) + "']";
 }
 
 }  // namespace
