@@ -1,11 +1,164 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include <glib.h>
+#include <glib/gstdio.h>
+#include <unistd.h>
+
 #include "command.hpp"
+#include "complain.hpp"
+#include "json_message.hpp"
+#include "options.hpp"
 
 namespace mdm::msg {
+namespace {
 
-int run_make(int /*argc*/, char ** /*argv*/)
+struct FreeString {
+    void operator()(gchar *text) const { g_free(text); }
+};
+using OwnString = std::unique_ptr<gchar, FreeString>;
+
+struct MakeOptions {
+    OwnString output;
+    bool is_hex = false;
+};
+
+// On failure errno says why.
+std::optional<std::string> read_all(FILE *in)
 {
-    return wrong_usage;
+    std::string text;
+    std::array<char, 65536> block;
+    size_t size = 0;
+    while ((size = std::fread(block.data(), 1, block.size(), in)) != 0) {
+        text.append(block.data(), size);
+    }
+    return std::ferror(in) == 0 ? std::optional(text) : std::nullopt;
+}
+
+std::optional<std::string> read_file(const std::string &file)
+{
+    if (file == "-") {
+        return read_all(stdin);
+    }
+    FILE *in = std::fopen(file.c_str(), "rbe");
+    if (in == nullptr) {
+        return std::nullopt;
+    }
+    std::optional<std::string> text = read_all(in);
+    const int reason = errno;
+    std::fclose(in);
+    errno = reason;
+    return text;
+}
+
+// Appends what the file's messages are written as. Returns a status; the reason is printed.
+int make_of(const std::string &file, bool is_hex, std::string &out)
+{
+    const char *name = file == "-" ? "standard input" : file.c_str();
+    const std::optional<std::string> text = read_file(file);
+    if (!text) {
+        complain("%s: cannot be read: %s", name, g_strerror(errno));
+        return unreadable;
+    }
+    const MadeMessages made = from_json(*text);
+    if (!made.error.empty()) {
+        complain("%s: %s", name, made.error.c_str());
+        return malformed;
+    }
+    for (const std::vector<uint8_t> &message : made.messages) {
+        out += is_hex ? hex(message) + "\n" : std::string(as_text(message));
+    }
+    return whole;
+}
+
+// A device or a pipe cannot be replaced by a new file.
+bool write_into(const char *file, const std::string &bytes)
+{
+    FILE *out = std::fopen(file, "wbe");
+    if (out == nullptr) {
+        return false;
+    }
+    const bool is_written = std::fwrite(bytes.data(), 1, bytes.size(), out) == bytes.size();
+    return std::fclose(out) == 0 && is_written;
+}
+
+// The file has all bytes, or stays as it was. A symbolic link stays, too.
+int write_file(const char *file, const std::string &bytes)
+{
+    GStatBuf status;
+    const bool is_there = g_stat(file, &status) == 0;
+    if (is_there && !S_ISREG(status.st_mode)) {
+        if (write_into(file, bytes)) {
+            return whole;
+        }
+        complain("%s: cannot be written: %s", file, g_strerror(errno));
+        return unreadable;
+    }
+    const int mode = is_there ? static_cast<int>(status.st_mode & 0777U) : 0666;
+    const std::unique_ptr<char, decltype(&std::free)> target(realpath(file, nullptr), std::free);
+    GError *error = nullptr;
+    if (g_file_set_contents_full(target != nullptr ? target.get() : file, bytes.data(),
+                                 static_cast<gssize>(bytes.size()), G_FILE_SET_CONTENTS_CONSISTENT,
+                                 mode, &error) != FALSE) {
+        return whole;
+    }
+    complain("%s: cannot be written: %s", file, error->message);
+    g_error_free(error);
+    return unreadable;
+}
+
+int write(const MakeOptions &options, const std::string &bytes)
+{
+    if (options.output != nullptr && g_str_equal(options.output.get(), "-") == FALSE) {
+        return write_file(options.output.get(), bytes);
+    }
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+    return whole;
+}
+
+// Nothing is written unless all messages could be made.
+int make(const std::vector<std::string> &files, const MakeOptions &options)
+{
+    std::string bytes;
+    int status = whole;
+    for (const std::string &file : files) {
+        status = std::max(status, make_of(file, options.is_hex, bytes));
+    }
+    return status == whole ? write(options, bytes) : status;
+}
+
+}  // namespace
+
+int run_make(int argc, char **argv)
+{
+    gchar *output = nullptr;
+    gboolean is_hex = FALSE;
+    const std::array<GOptionEntry, 3> entries = {{
+        {"hex", 0, 0, G_OPTION_ARG_NONE, &is_hex, "Write hex text, a line for each message",
+         nullptr},
+        {"output", 'o', 0, G_OPTION_ARG_FILENAME, &output,
+         "Write to FILE; '-' is standard output, even if it is a terminal", "FILE"},
+        {},
+    }};
+    Options options("make", "[FILE…]",
+                    "Makes messages of JSON, as 'mdm-msg json' prints it. Several values make\n"
+                    "several messages, one behind the other. Nothing is written if a value is\n"
+                    "no message.");
+    options.add(entries.data());
+    const auto files = options.parse(argc, argv);
+    const MakeOptions how{OwnString(output), is_hex != FALSE};
+    if (!files) {
+        return wrong_usage;
+    }
+    if (how.output == nullptr && !how.is_hex && isatty(STDOUT_FILENO) == 1) {
+        return wrong_usage_of("make", "standard output is a terminal; say --hex or --output FILE");
+    }
+    return make(files->empty() ? std::vector<std::string>{"-"} : *files, how);
 }
 
 }  // namespace mdm::msg
