@@ -389,7 +389,7 @@ TEST(CommonSubsequence, IsALongestOne)
 // Too many elements have moved for the exact algorithm.
 TEST(CommonSubsequence, OfPermutationsIsALongestOne)
 {
-    Numbers a(5000);
+    Numbers a(2500);
     std::iota(a.begin(), a.end(), 0);
     Numbers b = a;
     for (size_t i = 0; i < b.size(); ++i) {
