@@ -44,7 +44,7 @@ expect '' nothing
 expect '--help --version' -
 expect '--version' --v
 
-expect '--help --all --color= --hex --raw --stream' diff -
+expect '--help --json' forms -
 expect '--all' diff --a
 expect '--color=' diff --col
 expect '--hex' diff A --hex
@@ -57,7 +57,6 @@ expect '' diff --other=a
 expect '' diff ''
 expect '' diff A B
 expect '' diff -- -
-expect '--help --json' forms --
 expect 'bluetooth browser' forms b
 expect 'wifi' forms --json w
 expect 'wifi' forms -- w

@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <numeric>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include <glib.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "align.hpp"
+#include "command.hpp"
 #include "compare.hpp"
 #include "support/messages.hpp"
 
@@ -184,6 +186,30 @@ TEST(Diff, ShowsTheChangedFieldsOfARecord)
                 ElementsAre("~ kiosk.key_pair[1].value: 4 -> 9"));
 }
 
+TEST(Diff, PairsTheRecordsThatAreMostAlike)
+{
+    EXPECT_THAT(diff(key_pairs({{1, 2}}), key_pairs({{7, 8}, {9, 9}, {1, 3}, {5, 5}})),
+                ElementsAre("+ kiosk.key_pair[0]: {key 7, value 8}",
+                            "+ kiosk.key_pair[1]: {key 9, value 9}",
+                            "~ kiosk.key_pair[0 -> 2].value: 2 -> 3",
+                            "+ kiosk.key_pair[3]: {key 5, value 5}"));
+    EXPECT_THAT(diff(key_pairs({{7, 8}, {1, 3}, {6, 4}}), key_pairs({{1, 2}, {5, 4}})),
+                ElementsAre("- kiosk.key_pair[0]: {key 7, value 8}",
+                            "~ kiosk.key_pair[1 -> 0].value: 3 -> 2",
+                            "~ kiosk.key_pair[2 -> 1].key: 6 -> 5"));
+}
+
+// Too many elements for that.
+TEST(Diff, PairsManyElementsByTheirPlaces)
+{
+    std::vector<std::pair<uint32_t, uint32_t>> a(70, {1, 1});
+    std::vector<std::pair<uint32_t, uint32_t>> b(71, {1, 2});
+    const Lines lines = diff(key_pairs(a), key_pairs(b));
+    ASSERT_THAT(lines, SizeIs(71));
+    EXPECT_EQ(lines.front(), "~ kiosk.key_pair[0].value: 1 -> 2");
+    EXPECT_EQ(lines.back(), "+ kiosk.key_pair[70]: {key 1, value 2}");
+}
+
 TEST(Diff, ShowsAnInsertedRecordInOneLine)
 {
     EXPECT_THAT(diff(key_pairs({{1, 2}, {5, 6}}), key_pairs({{1, 2}, {3, 4}, {5, 6}})),
@@ -197,10 +223,10 @@ TEST(Diff, AlignsTheListOfARecord)
 {
     EXPECT_THAT(diff(controls({{1, {"a", "b"}}}), controls({{1, {"x", "a", "b"}}})),
                 ElementsAre(R"(+ app_res.control[0].pkg_list[0]: "x")"));
-    EXPECT_THAT(diff(controls({{1, {"a"}}, {2, {"b"}}}), controls({{2, {"c"}}})),
-                ElementsAre("~ app_res.control[0].client_id: 1 -> 2",
-                            R"(~ app_res.control[0].pkg_list[0]: "a" -> "c")",
-                            R"(- app_res.control[1]: {client_id 2, pkg_list ["b"]})"));
+    EXPECT_THAT(diff(controls({{1, {"a"}}, {2, {"b"}}}), controls({{3, {}}, {2, {"c"}}})),
+                ElementsAre("~ app_res.control[0].client_id: 1 -> 3",
+                            R"(- app_res.control[0].pkg_list[0]: "a")",
+                            R"(~ app_res.control[1].pkg_list[0]: "b" -> "c")"));
 }
 
 TEST(Diff, AlignsTextsWithoutACount)
@@ -329,6 +355,109 @@ TEST(Diff, OfLargeListsFindsWhatHasMoved)
     std::ranges::rotate(moved, moved.begin() + many / 4);
     const Lines lines = diff(ssids(numbered_texts(many, "n")), ssids(moved));
     EXPECT_THAT(lines, SizeIs(many / 2));
+}
+
+// What the command does.
+
+struct Printed {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+Printed run(std::vector<std::string> words)
+{
+    words.insert(words.begin(), "diff");
+    std::vector<char *> argv;
+    for (std::string &word : words) {
+        argv.push_back(word.data());
+    }
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const int status = run_diff(static_cast<int>(argv.size()), argv.data());
+    std::string out = testing::internal::GetCapturedStdout();
+    return {status, std::move(out), testing::internal::GetCapturedStderr()};
+}
+
+class DiffCommand : public testing::Test {
+protected:
+    DiffCommand() : directory_(g_dir_make_tmp(nullptr, nullptr))
+    {
+        write("a", ssids({"a"}));
+        write("b", ssids({"b"}));
+        write("c", controls({}));
+        write("cut", test::cut(ssids({"a"}), ssids({"a"}).size() - 1));
+    }
+    ~DiffCommand() override
+    {
+        std::filesystem::remove_all(directory_);
+        g_free(directory_);
+    }
+
+    std::string file(const std::string &name) const { return directory_ + ('/' + name); }
+
+private:
+    void write(const std::string &name, const Body &bytes) const
+    {
+        g_file_set_contents(file(name).c_str(), reinterpret_cast<const char *>(bytes.data()),
+                            static_cast<gssize>(bytes.size()), nullptr);
+    }
+
+    gchar *directory_;
+};
+
+TEST_F(DiffCommand, ReturnsWhetherMessagesDiffer)
+{
+    const Printed same = run({file("a"), file("a")});
+    EXPECT_EQ(same.status, 0);
+    EXPECT_EQ(same.out, "");
+    const Printed different = run({file("a"), file("b")});
+    EXPECT_EQ(different.status, 1);
+    EXPECT_EQ(different.out, "~ wifi.ssids[0]: \"a\" -> \"b\"\n");
+    EXPECT_EQ(different.err, "");
+}
+
+TEST_F(DiffCommand, GivesItsVerdictOnAMalformedMessage)
+{
+    const Printed printed = run({file("a"), file("cut")});
+    EXPECT_EQ(printed.status, 1);
+    EXPECT_THAT(printed.out,
+                StartsWith("~ wifi.ssids[0]: \"a\" -> count 1\n~ fault: none -> wifi.ssids at "));
+    EXPECT_THAT(printed.err, StartsWith("mdm-msg: " + file("cut") + ": wifi.ssids at offset "));
+    EXPECT_EQ(run({file("cut"), file("cut")}).status, 1);
+}
+
+TEST_F(DiffCommand, RefusesWrongUsage)
+{
+    EXPECT_EQ(run({}).status, 2);
+    EXPECT_EQ(run({file("a")}).status, 2);
+    EXPECT_EQ(run({file("a"), file("a"), file("a")}).status, 2);
+    EXPECT_EQ(run({"-", "-"}).status, 2);
+    EXPECT_EQ(run({"--color=green", file("a"), file("b")}).status, 2);
+}
+
+TEST_F(DiffCommand, NeedsBothFiles)
+{
+    const Printed printed = run({file("missing"), file("gone")});
+    EXPECT_EQ(printed.status, 3);
+    EXPECT_EQ(printed.out, "");
+    EXPECT_THAT(printed.err, testing::ContainsRegex("missing: .*\n.*gone: "));
+    EXPECT_EQ(run({file("a"), file("missing")}).status, 3);
+    EXPECT_EQ(run({file("missing"), file("a")}).status, 3);
+}
+
+// Standard output of the tests is no terminal.
+TEST_F(DiffCommand, UsesColoursIfItIsAskedTo)
+{
+    const std::string plain = "~ wifi.ssids[0]: \"a\" -> \"b\"";
+    EXPECT_EQ(run({"--color=never", file("a"), file("b")}).out, plain + '\n');
+    EXPECT_EQ(run({"--color=auto", file("a"), file("b")}).out, plain + '\n');
+    EXPECT_EQ(run({"--color=always", file("a"), file("b")}).out, "\x1b[33m" + plain + "\x1b[0m\n");
+    EXPECT_THAT(run({"--color=always", file("a"), file("c")}).out,
+                AllOf(StartsWith("\x1b[1m! "), testing::HasSubstr("\n\x1b[31m- "),
+                      testing::HasSubstr("\n\x1b[32m+ ")));
+    EXPECT_THAT(run({"--color=always", "--all", file("a"), file("b")}).out,
+                testing::HasSubstr("\n  header.type: 7\n"));
 }
 
 // common_subsequence()

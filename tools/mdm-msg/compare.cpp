@@ -21,6 +21,9 @@ using Parts = std::span<const ipc_part_t>;
 // Bytes of a larger field are shown where they differ.
 constexpr size_t most_bytes_shown_whole = 32;
 
+// Elements of a larger gap are paired by their places alone.
+constexpr size_t most_compared_pairs = 4096;
+
 // What the parts belong to: the message, an element of a list, or an element of its list.
 enum class Level : uint8_t { message, element, inner };
 
@@ -136,6 +139,59 @@ void in_order(const std::vector<Match> &matches, size_t end_a, size_t end_b, Pai
         next = {match.a + 1, match.b + 1};
     }
     gap(next, Match{end_a, end_b});
+}
+
+size_t count_equal(Parts a, Parts b)
+{
+    size_t count = 0;
+    for (size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+        count += are_equal(a[i], b[i]) ? 1 : 0;
+    }
+    return count;
+}
+
+using Elements = std::span<const Parts>;
+
+std::vector<Match> pairs_by_place(size_t count)
+{
+    std::vector<Match> pairs;
+    for (size_t i = 0; i < count; ++i) {
+        pairs.push_back({i, i});
+    }
+    return pairs;
+}
+
+// Pairs the removed and the added elements between two matches, as many as possible. If more were
+// added than removed, or fewer, those are paired that have the most fields in common.
+std::vector<Match> pairs_of(Elements a, Elements b)
+{
+    const size_t columns = b.size() + 1;
+    if (a.size() == b.size() || a.size() * b.size() > most_compared_pairs) {
+        return pairs_by_place(std::min(a.size(), b.size()));
+    }
+    constexpr size_t points_for_pair = 1'000'000;  // more than an element has fields
+    std::vector<size_t> points(a.size() * b.size());
+    std::vector<size_t> best((a.size() + 1) * columns);  // of the elements from there on
+    for (size_t i = a.size(); i-- > 0;) {
+        for (size_t j = b.size(); j-- > 0;) {
+            points[i * b.size() + j] = points_for_pair + count_equal(a[i], b[j]);
+            best[i * columns + j] =
+                std::max({best[(i + 1) * columns + j], best[i * columns + j + 1],
+                          best[(i + 1) * columns + j + 1] + points[i * b.size() + j]});
+        }
+    }
+    std::vector<Match> pairs;
+    for (size_t i = 0, j = 0; i < a.size() && j < b.size();) {
+        const size_t here = best[i * columns + j];
+        if (here == best[(i + 1) * columns + j + 1] + points[i * b.size() + j]) {
+            pairs.push_back({i++, j++});
+        } else if (here == best[(i + 1) * columns + j]) {
+            ++i;
+        } else {
+            ++j;
+        }
+    }
+    return pairs;
 }
 
 bool is_legible(Bytes bytes)
@@ -336,14 +392,22 @@ private:
         in_order(
             matches, a.size(), b.size(), [&](Match match) { line_of(Mark::same, a[match.a]); },
             [&](Match from, Match to) {
-                while (from.a < to.a && from.b < to.b) {
-                    compare(a[from.a++], b[from.b++], level);
+                compare_gap(Elements(a).subspan(from.a, to.a - from.a),
+                            Elements(b).subspan(from.b, to.b - from.b), level);
+            });
+    }
+
+    void compare_gap(Elements a, Elements b, Level level)
+    {
+        in_order(
+            pairs_of(a, b), a.size(), b.size(),
+            [&](Match pair) { compare(a[pair.a], b[pair.b], level); },
+            [&](Match from, Match to) {
+                for (size_t i = from.a; i < to.a; ++i) {
+                    line_of(Mark::removed, a[i]);
                 }
-                for (; from.a < to.a; ++from.a) {
-                    line_of(Mark::removed, a[from.a]);
-                }
-                for (; from.b < to.b; ++from.b) {
-                    line_of(Mark::added, b[from.b]);
+                for (size_t i = from.b; i < to.b; ++i) {
+                    line_of(Mark::added, b[i]);
                 }
             });
     }
