@@ -147,7 +147,7 @@ void fold(Selectors &selectors)
     }
 }
 
-void describe_fields(FormDescription &form, uint32_t type)
+void add_fields(FormDescription &form, uint32_t type)
 {
     const Selectors &selectors = form.discriminators;
     const Message message{type, selectors.others ? other : selectors.numbers.front()};
@@ -218,7 +218,7 @@ std::string Selectors::text() const
     return others ? "any other" : text;
 }
 
-std::vector<CategoryDescription> describe_categories(bool in_detail)
+std::vector<CategoryDescription> describe_categories()
 {
     std::vector<CategoryDescription> categories;
     for (uint32_t i = 0; i <= last_type; ++i) {
@@ -233,14 +233,14 @@ std::vector<CategoryDescription> describe_categories(bool in_detail)
         }
         category->types.push_back(type);
     }
-    if (in_detail) {
-        for (CategoryDescription &category : categories) {
-            for (FormDescription &form : category.forms) {
-                describe_fields(form, category.types.front());
-            }
-        }
-    }
     return categories;
+}
+
+void add_fields(CategoryDescription &category)
+{
+    for (FormDescription &form : category.forms) {
+        add_fields(form, category.types.front());
+    }
 }
 
 FieldDescriptions describe_header()

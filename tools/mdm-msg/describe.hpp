@@ -59,8 +59,10 @@ struct CategoryDescription {
     std::vector<FormDescription> forms;
 };
 
-// In the order of their message types. Without `in_detail` the forms have no fields.
-std::vector<CategoryDescription> describe_categories(bool in_detail);
+// In the order of their message types. The forms have no fields yet.
+std::vector<CategoryDescription> describe_categories();
+
+void add_fields(CategoryDescription &category);
 
 FieldDescriptions describe_header();
 

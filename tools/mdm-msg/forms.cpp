@@ -263,6 +263,19 @@ std::string names_of(const std::vector<CategoryDescription> &categories)
     return names;
 }
 
+// False, with a line that says so, if no category has the name.
+bool keep_category(std::vector<CategoryDescription> &categories, const std::string &name)
+{
+    const auto found = std::ranges::find(categories, name, &CategoryDescription::name);
+    if (found == categories.end()) {
+        wrong_usage_of("forms", "there is no category '%s', but %s", name.c_str(),
+                       names_of(categories).c_str());
+        return false;
+    }
+    categories = {CategoryDescription(*found)};
+    return true;
+}
+
 }  // namespace
 
 int run_forms(int argc, char **argv)
@@ -281,21 +294,17 @@ int run_forms(int argc, char **argv)
     if (words->size() > 1) {
         return wrong_usage_of("forms", "name one category");
     }
-    auto categories = describe_categories(as_json != FALSE || !words->empty());
-    if (!words->empty()) {
-        const std::string names = names_of(categories);
-        std::erase_if(categories, [&words](const CategoryDescription &category) {
-            return category.name != words->front();
-        });
-        if (categories.empty()) {
-            return wrong_usage_of("forms", "there is no category '%s', but %s",
-                                  words->front().c_str(), names.c_str());
-        }
+    auto categories = describe_categories();
+    if (!words->empty() && !keep_category(categories, words->front())) {
+        return wrong_usage;
     }
+    if (as_json == FALSE && words->empty()) {
+        print_overview(categories);
+        return whole;
+    }
+    std::ranges::for_each(categories, [](CategoryDescription &category) { add_fields(category); });
     if (as_json != FALSE) {
         print_json(categories);
-    } else if (words->empty()) {
-        print_overview(categories);
     } else {
         print_forms(categories.front());
     }
