@@ -32,18 +32,23 @@ std::optional<ipc_fault_t> inspect(Bytes message,
     return result == MDM_RESULT_SUCCESS ? std::nullopt : std::optional(fault);
 }
 
+std::string name_of(const ipc_part_t &part)
+{
+    return name_of(part, bracketed(part.element), bracketed(part.inner));
+}
+
 // The position in a list stands behind the second name of the path, and the position in a list
 // within an element behind the third.
-std::string name_of(const ipc_part_t &part)
+std::string name_of(const ipc_part_t &part, const std::string &element, const std::string &inner)
 {
     std::string name = part.path;
     if (part.inner >= 0) {
-        name += bracketed(part.inner);
+        name += inner;
     }
     if (part.element >= 0) {
         const size_t second = name.find('.') + 1;
         const size_t end = name.find('.', second);
-        name.insert(end == std::string::npos ? name.size() : end, bracketed(part.element));
+        name.insert(end == std::string::npos ? name.size() : end, element);
     }
     return name;
 }

@@ -22,6 +22,9 @@ std::optional<ipc_fault_t> inspect(Bytes message,
 // "app_res.control[1].pkg_list[0]". A count has the name of its list.
 std::string name_of(const ipc_part_t &part);
 
+// The same with other texts in the places of the positions.
+std::string name_of(const ipc_part_t &part, const std::string &element, const std::string &inner);
+
 // "u8", "u32", "i32", "count", "str", "bytes", "reserved", "padding", "rest"
 const char *kind_name(ipc_part_kind_t kind);
 

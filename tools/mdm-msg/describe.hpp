@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Which messages there are: what the library answers when it is asked for every message type and
+// every discriminator, and the parts that it asks for when it makes a message.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "mdm/inspect.h"
+
+namespace mdm::msg {
+
+// What selects something: numbers, or every number that selects nothing else.
+struct Selectors {
+    std::vector<uint32_t> numbers;  // none if it is the others
+    bool others = false;
+
+    std::string text() const;  // "281, 283, 394 to 421", "any other"
+};
+
+// A field or a count.
+struct FieldDescription {
+    std::string path;
+    ipc_part_kind_t kind;
+    int depth;  // 1 in the elements of a list, 2 in those of a list within an element
+
+    bool operator==(const FieldDescription &) const = default;
+};
+using FieldDescriptions = std::vector<FieldDescription>;
+
+// The fields that some values of another field select.
+struct Variant {
+    Selectors values;
+    FieldDescriptions fields;
+};
+
+// When the payload follows the head.
+enum class PayloadFollows : uint8_t {
+    always,  // or never
+    if_positive,
+    if_not_zero,
+};
+
+struct FormDescription {
+    std::string name;  // "wifi.pair"
+    Selectors discriminators;
+    FieldDescriptions fields;  // in wire order, without the header
+    PayloadFollows payload = PayloadFollows::always;
+    // The variants of what follows the last field, whose value selects one. Mostly none.
+    std::vector<Variant> variants = {};
+};
+
+struct CategoryDescription {
+    std::string name;
+    std::vector<uint32_t> types;
+    std::vector<FormDescription> forms;
+};
+
+// In the order of their message types. The forms have no fields yet.
+std::vector<CategoryDescription> describe_categories();
+
+void add_fields(CategoryDescription &category);
+
+FieldDescriptions describe_header();
+
+// The message types whose body is not read.
+std::vector<uint32_t> types_without_category();
+
+bool is_data_size(const FieldDescription &field);
+
+}  // namespace mdm::msg
