@@ -25,7 +25,10 @@ else()
     target_link_options(mdm-shared-flags INTERFACE -Wl,--no-undefined)
 endif()
 
+# For the objects that are measured: counters that threads share, and sources by absolute path.
+set(MDM_COVERAGE_FLAGS)
 if(MDM_COVERAGE)
+    set(MDM_COVERAGE_FLAGS --coverage -fprofile-update=atomic -fprofile-abs-path)
     add_link_options(--coverage)
 endif()
 

@@ -57,7 +57,7 @@ check_reach() {
     G_SLICE=always-malloc "build/coverage/fuzz/replay-$target" "$@"
     gcovr --root . --filter "$(fuzz_setting sources "$target")" --exclude-throw-branches \
         --exclude-unreachable-branches --fail-under-line "$(fuzz_setting reach "$target")" \
-        build/coverage/CMakeFiles
+        build/coverage/CMakeFiles build/coverage/tools
 }
 
 build_replays() {

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What mdm-msg prints of any bytes. Nothing in it acts on a terminal. The bytes that it shows are
+// read again, and are those that were shown. A whole message comes back from its JSON, and the JSON
+// of broken bytes makes no message. The page is whole, and is the same for texts that are hidden.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "hex.hpp"
+#include "html.hpp"
+#include "json_message.hpp"
+#include "message.hpp"
+#include "show.hpp"
+#include "text.hpp"
+
+namespace mdm::fuzz {
+namespace {
+
+std::string shown(const Bytes &bytes, const msg::ShowOptions &options)
+{
+    char *text = nullptr;
+    size_t size = 0;
+    std::FILE *out = open_memstream(&text, &size);
+    msg::show_message(out, bytes, options);
+    std::fclose(out);
+    std::string copy(text, size);
+    std::free(text);
+    return copy;
+}
+
+bool is_inert(std::string_view text)
+{
+    return std::none_of(text.begin(), text.end(), [](char letter) {
+        return (letter < ' ' && letter >= 0 && letter != '\n') || letter == '\x7f';
+    });
+}
+
+// The bytes of the lines, each of which begins with an offset.
+std::string bytes_column(std::string_view text)
+{
+    std::string column;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(text.size(), line.size() + 1));
+        const size_t begin = line.find("  ");
+        if (line.starts_with("0x") && begin != std::string_view::npos) {
+            const std::string_view bytes = line.substr(begin + 2);
+            column += bytes.substr(0, bytes.find("  "));
+            column += '\n';
+        }
+    }
+    return column;
+}
+
+void promise_shown(const Bytes &bytes)
+{
+    const std::string full = shown(bytes, {.full = true});
+    promise(is_inert(full), "nothing acts on a terminal");
+    const msg::HexText again = msg::read_hex(bytes_column(full));
+    promise(!again.error && again.bytes == bytes, "the bytes that are shown are the bytes");
+    promise(is_inert(shown(bytes, {.hide_texts = true, .any_length = true})),
+            "nothing acts on a terminal if texts are hidden");
+}
+
+void promise_json(const Bytes &bytes)
+{
+    for (const bool is_pretty : {false, true}) {
+        const msg::MessageJson json = msg::to_json(bytes, is_pretty);
+        promise(is_inert(json.text), "no JSON acts on a terminal");
+        const msg::MadeMessages made = msg::from_json(json.text);
+        if (json.fault) {
+            promise(made.messages.empty() && !made.error.empty(), "a broken message is not made");
+        } else {
+            promise(made.error.empty() && made.messages.size() == 1 && made.messages[0] == bytes,
+                    "the JSON makes the bytes again");
+        }
+    }
+}
+
+void promise_page(const Bytes &bytes)
+{
+    const msg::Page page = msg::page_of({"bytes", bytes, ""}, false);
+    promise(page.html.ends_with("</html>\n"), "the page is whole");
+    promise(is_inert(page.html), "no page has control characters");
+}
+
+}  // namespace
+}  // namespace mdm::fuzz
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    using namespace mdm::fuzz;
+    if (size > largest_message) {
+        return 0;
+    }
+    const Silence silence;
+    const Bytes bytes(data, data + size);
+    promise_shown(bytes);
+    promise_json(bytes);
+    promise_page(bytes);
+    return 0;
+}
