@@ -3,11 +3,9 @@
 // What ipc_compose() asks for, makes and refuses. That it makes the bytes of any message of its own
 // parts stands in inspect_test.cpp.
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
