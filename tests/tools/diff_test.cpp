@@ -352,7 +352,7 @@ TEST(Diff, OfLargeListsFindsWhatHasMoved)
 {
     constexpr size_t many = 10'000;
     Texts moved = numbered_texts(many, "n");
-    std::ranges::rotate(moved, moved.begin() + many / 4);
+    std::rotate(moved.begin(), moved.begin() + many / 4, moved.end());
     const Lines lines = diff(ssids(numbered_texts(many, "n")), ssids(moved));
     EXPECT_THAT(lines, SizeIs(many / 2));
 }
@@ -449,7 +449,7 @@ TEST_F(DiffCommand, NeedsBothFiles)
 // Standard output of the tests is no terminal.
 TEST_F(DiffCommand, UsesColoursIfItIsAskedTo)
 {
-    const std::string plain = "~ wifi.ssids[0]: \"a\" -> \"b\"";
+    const std::string plain = R"(~ wifi.ssids[0]: "a" -> "b")";
     EXPECT_EQ(run({"--color=never", file("a"), file("b")}).out, plain + '\n');
     EXPECT_EQ(run({"--color=auto", file("a"), file("b")}).out, plain + '\n');
     EXPECT_EQ(run({"--color=always", file("a"), file("b")}).out, "\x1b[33m" + plain + "\x1b[0m\n");

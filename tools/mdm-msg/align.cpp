@@ -78,7 +78,7 @@ private:
     static int size(Numbers list) { return static_cast<int>(list.size()); }
 
     // The largest x that is reached on a diagonal.
-    int &at(int k) { return farthest_[static_cast<size_t>(k + limit_ + 1)]; }
+    int &at(int k) { return *(farthest_.begin() + limit_ + 1 + k); }
 
     bool goes_down(int k, int edits)
     {

@@ -113,19 +113,18 @@ struct ElementLess {
     }
 };
 
-template <class Numbered, class Elements, class Key>
-std::vector<Match> matches_of(const Elements &a, const Elements &b, Key key)
+template <class Numbered, class List, class Key>
+std::vector<Match> matches_of(const List &a, const List &b, Key key)
 {
     Numbered numbering;
-    std::vector<uint32_t> numbers_a;
-    std::vector<uint32_t> numbers_b;
-    for (const auto &one : a) {
-        numbers_a.push_back(numbering[key(one)]);
-    }
-    for (const auto &one : b) {
-        numbers_b.push_back(numbering[key(one)]);
-    }
-    return common_subsequence(numbers_a, numbers_b);
+    const auto numbers_of = [&](const List &list) {
+        std::vector<uint32_t> numbers(list.size());
+        std::ranges::transform(list, numbers.begin(),
+                               [&](const auto &one) { return numbering[key(one)]; });
+        return numbers;
+    };
+    const std::vector<uint32_t> numbers_a = numbers_of(a);
+    return common_subsequence(numbers_a, numbers_of(b));
 }
 
 // Calls `pair` for each match and `gap` for what stands in front of it and behind the last one.

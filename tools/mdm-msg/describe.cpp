@@ -195,7 +195,7 @@ std::vector<FormDescription> forms_of(uint8_t type)
 // "8", "8, 9", "8 to 10"
 std::string run_text(uint32_t first, uint32_t last)
 {
-    const std::string text = std::to_string(first);
+    std::string text = std::to_string(first);
     if (first == last) {
         return text;
     }

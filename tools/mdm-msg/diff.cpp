@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -57,7 +56,7 @@ const char *colour_of(Mark mark)
 
 bool is_set(const char *variable)
 {
-    const char *value = std::getenv(variable);
+    const char *value = g_getenv(variable);
     return value != nullptr && *value != '\0';
 }
 

@@ -45,7 +45,7 @@ void print_line(int indent, const std::string &name, const std::string &text)
 
 std::string kind_text(const FieldDescription &field, PayloadFollows payload)
 {
-    const std::string text = kind_name(field.kind);
+    std::string text = kind_name(field.kind);
     if (!is_data_size(field) || payload == PayloadFollows::always) {
         return text;
     }
