@@ -1,11 +1,63 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "html.hpp"
+
+#include <array>
+#include <cstdio>
+
 #include "command.hpp"
+#include "complain.hpp"
+#include "options.hpp"
+#include "parts.hpp"
 
 namespace mdm::msg {
+namespace {
 
-int run_html(int /*argc*/, char ** /*argv*/)
+int print_page(const Input &input, bool hides_texts)
 {
-    return wrong_usage;
+    const Page page = page_of(input, hides_texts);
+    std::fwrite(page.html.data(), 1, page.html.size(), stdout);
+    if (!input.warning.empty()) {
+        complain("%s: %s", input.name.c_str(), input.warning.c_str());
+    }
+    if (!page.fault) {
+        return whole;
+    }
+    complain("%s: %s", input.name.c_str(), sentence(*page.fault).c_str());
+    return malformed;
+}
+
+}  // namespace
+
+int run_html(int argc, char **argv)
+{
+    gboolean hides_texts = FALSE;
+    const std::array<GOptionEntry, 2> entries = {{
+        {"hide-texts", 0, 0, G_OPTION_ARG_NONE, &hides_texts,
+         "Lengths in place of texts and raw bytes", nullptr},
+        {},
+    }};
+    Options options("html", "[FILE]",
+                    "Writes a page for a browser: the bytes of a message beside its fields. The "
+                    "page needs no network.");
+    options.add(entries.data());
+    options.add_input();
+    const auto files = options.parse(argc, argv);
+    if (!files) {
+        return wrong_usage;
+    }
+    if (files->size() > 1) {
+        return wrong_usage_of("html", "a page shows one message; name one file");
+    }
+    size_t messages = 0;
+    return for_each_message(*files, options.input(), [&](const Input &input) {
+        if (++messages == 1) {
+            return print_page(input, hides_texts != FALSE);
+        }
+        if (messages == 2) {
+            complain("%s: is not shown, because a page shows one message", input.name.c_str());
+        }
+        return int{wrong_usage};
+    });
 }
 
 }  // namespace mdm::msg
