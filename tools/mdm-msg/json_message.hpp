@@ -42,7 +42,7 @@ struct MessageJson {
 MessageJson to_json(Bytes message, bool is_pretty);
 
 struct MadeMessages {
-    std::vector<std::vector<uint8_t>> messages;
+    std::vector<std::vector<uint8_t>> messages;  // none if there is an error
     std::string error;  // empty if there is none: "$.body.type: expected a number ..., found \"7\""
 };
 

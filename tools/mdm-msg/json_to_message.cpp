@@ -448,14 +448,12 @@ MadeMessages from_json(std::string_view text)
                                     " at line " + std::to_string(reader.line()) + ": ";
         JsonValue *value = reader.next();
         if (value == nullptr) {
-            made.error = reader.error();
-            return made;
+            return {{}, reader.error()};
         }
         std::string error;
         if (!from_json(*value, made.messages.emplace_back(), error)) {
             const bool is_one_of_several = made.messages.size() > 1 || reader.has_more();
-            made.error = (is_one_of_several ? message : "") + error;
-            return made;
+            return {{}, (is_one_of_several ? message : "") + error};
         }
     } while (reader.has_more());
     return made;
