@@ -153,8 +153,7 @@ int run_check(int argc, char **argv)
     gboolean quiet = FALSE;
     const std::array<GOptionEntry, 3> entries = {{
         {"json", 0, 0, G_OPTION_ARG_NONE, &json,
-         "Print a JSON object in a line for each message, and for each file that cannot be read",
-         nullptr},
+         "Print a JSON object a line, also for a file that cannot be read", nullptr},
         {"quiet", 0, 0, G_OPTION_ARG_NONE, &quiet, "Print nothing on standard output", nullptr},
         {},
     }};

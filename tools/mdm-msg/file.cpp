@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cerrno>
-#include <new>
 
 #include <fcntl.h>
 #include <glib.h>
@@ -103,12 +102,7 @@ void File::read(int file)
             reason_ = "more than 4 GiB, and no regular file";
             return;
         }
-        try {
-            read_.insert(read_.end(), buffer.data(), buffer.data() + size);
-        } catch (const std::bad_alloc &) {
-            reason_ = g_strerror(ENOMEM);
-            return;
-        }
+        read_.insert(read_.end(), buffer.data(), buffer.data() + size);
     }
 }
 

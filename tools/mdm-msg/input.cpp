@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 
 #include "command.hpp"
@@ -35,8 +37,7 @@ std::optional<uint64_t> announced_size(Bytes bytes)
     if (bytes.size() < length_field_size) {
         return std::nullopt;
     }
-    const uint32_t length = bytes[0] | bytes[1] << 8 | bytes[2] << 16 | uint32_t{bytes[3]} << 24;
-    return length + uncounted;
+    return first_word(bytes) + uncounted;
 }
 
 // The size of the first message of a stream. A message that is cut, or whose length field is too
@@ -93,6 +94,17 @@ public:
 
     int use_all() const
     {
+        try {
+            return use_file();
+        } catch (const std::bad_alloc &) {
+        } catch (const std::length_error &) {  // where a pointer has 32 bits
+        }
+        return trouble(": needs more memory than there is", unreadable);
+    }
+
+private:
+    int use_file() const
+    {
         const File file(file_);
         if (!file.reason().empty()) {
             return trouble(": cannot be read: " + file.reason(), unreadable);
@@ -115,7 +127,6 @@ public:
                                   : use_bytes(text.bytes, warning);
     }
 
-private:
     int trouble(const std::string &reason, int status) const
     {
         complain("%s%s", name_.c_str(), reason.c_str());

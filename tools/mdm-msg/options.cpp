@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "options.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -76,7 +77,14 @@ std::optional<std::vector<std::string>> Options::parse(int argc, char **argv)
         wrong_usage_of(command_, "say --hex or --raw, not both");
         return std::nullopt;
     }
-    return std::vector<std::string>(rest + 1, rest + argc);
+    std::vector<std::string> files(rest + 1, rest + argc);
+    // GLib keeps the "--" in front of a word with a hyphen.
+    const auto end_of_options = std::ranges::find(files, "--");
+    if (end_of_options != files.end() && end_of_options + 1 != files.end() &&
+        end_of_options[1].starts_with('-')) {
+        files.erase(end_of_options);
+    }
+    return files;
 }
 
 }  // namespace mdm::msg

@@ -80,11 +80,6 @@ std::string size_text(size_t size)
     return std::to_string(size) + (size == 1 ? " byte" : " bytes");
 }
 
-uint32_t first_word(Bytes message)
-{
-    return message[0] | message[1] << 8 | message[2] << 16 | uint32_t{message[3]} << 24;
-}
-
 std::vector<uint8_t> with_true_length(Bytes message)
 {
     std::vector<uint8_t> copy(message.begin(), message.end());
@@ -333,7 +328,8 @@ constexpr const char *summary =
     "Shows the bytes of messages, a line for each field: its offset, its bytes, what it is, its\n"
     "name and its value. Of a malformed message it shows the fields in front of the fault, then "
     "the\n"
-    "rest. Standard error says what is wrong.\n"
+    "rest. Standard error says what is wrong. In a malformed message a number may be a piece of a\n"
+    "text, also with --hide-texts.\n"
     "\n"
     "Exit status: 0 if all messages are whole, 1 if one is malformed, 2 for a wrong usage, 3 if a\n"
     "file cannot be read.";
@@ -359,13 +355,9 @@ int run_show(int argc, char **argv)
     const std::array<GOptionEntry, 5> entries = {{
         {"full", 0, 0, G_OPTION_ARG_NONE, &full, "Show all bytes and whole texts", nullptr},
         {"color", 0, 0, G_OPTION_ARG_STRING, &color,
-         "Whether to use colours: always, never, or auto, which is on a terminal only and if "
-         "NO_COLOR is not set",
-         "WHEN"},
+         "Use colours: always, never or auto (on a terminal, without NO_COLOR)", "WHEN"},
         {"hide-texts", 0, 0, G_OPTION_ARG_NONE, &hide_texts,
-         "Show lengths in place of texts and raw bytes. Numbers are still shown, and in a "
-         "malformed message a number may be a piece of a text",
-         nullptr},
+         "Show lengths in place of texts and raw bytes, but show numbers", nullptr},
         {"any-length", 0, 0, G_OPTION_ARG_NONE, &any_length,
          "If the length field is wrong, show the fields as if it were right", nullptr},
         {},

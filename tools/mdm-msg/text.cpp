@@ -67,6 +67,15 @@ std::string_view as_text(Bytes bytes)
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
+uint32_t first_word(Bytes bytes)
+{
+    uint32_t word = 0;
+    for (const size_t index : {3, 2, 1, 0}) {
+        word = word << 8 | bytes[index];
+    }
+    return word;
+}
+
 std::string quoted(std::string_view text)
 {
     std::string out = "\"";

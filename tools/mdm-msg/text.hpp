@@ -14,6 +14,9 @@ using Bytes = std::span<const uint8_t>;
 
 std::string_view as_text(Bytes bytes);
 
+// The little-endian word in the first four bytes.
+uint32_t first_word(Bytes bytes);
+
 // The text between quotation marks. Control characters, bytes that are no UTF-8, characters that
 // are invisible or change the direction of others, quotation marks and backslashes are escaped:
 // "\n", "\x1b", "\u{202e}".
