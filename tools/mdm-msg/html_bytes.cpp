@@ -15,7 +15,7 @@ constexpr size_t row_size = 16;
 constexpr size_t rows_in_block = 64;  // page.css says how tall such a block is
 constexpr std::string_view hidden_byte = "··";
 constexpr std::string_view hidden_letter = "·";
-constexpr std::string_view missing_byte = "<mark id=\"fault\" title=\"the fault\">?\?</mark>";
+constexpr std::string_view missing_byte = R"(<mark id="fault" title="the fault">??</mark>)";
 
 // From `begin` up to `end`, which does not belong to it.
 struct Range {
@@ -79,7 +79,7 @@ private:
 
     void append_ruler()
     {
-        out_ += "<pre class=\"ruler\" aria-hidden=\"true\">";
+        out_ += R"(<pre class="ruler" aria-hidden="true">)";
         out_.append(digits_ + 1, ' ');
         for (unsigned column = 0; column < row_size; ++column) {
             append_number(" %02x", column);
@@ -166,7 +166,7 @@ private:
                 out_ += ' ';
             }
             const bool is_fault = offset == fault_;
-            out_ += is_fault ? "<mark id=\"fault\" title=\"the fault\">" : "";
+            out_ += is_fault ? R"(<mark id="fault" title="the fault">)" : "";
             append_byte(offset);
             out_ += is_fault ? "</mark>" : "";
         }

@@ -48,7 +48,7 @@ public:
 private:
     void append_fault()
     {
-        out_ += "<li class=\"fault\"><a href=\"#fault\"><b>fault</b> <em>" +
+        out_ += R"(<li class="fault"><a href="#fault"><b>fault</b> <em>)" +
                 escaped(sentence(*message_.fault)) + "</em></a></li>\n";
     }
 
@@ -66,7 +66,7 @@ private:
     void append_group(const Field &field)
     {
         const bool is_list = field.kind == Field::Kind::list;
-        const bool is_open = !is_list || field.fields.size() <= elements_before_fold;
+        const bool is_open = !is_list || shown_elements(field) <= elements_before_fold;
         out_ += is_open ? "<details open>" : "<details>";
         out_ += is_list ? "<summary class=\"list\"" : "<summary";
         out_ += " data-p=\"" + std::to_string(field.first) + "-" + std::to_string(field.end - 1) +
@@ -84,16 +84,23 @@ private:
         out_ += "</ul></details>";
     }
 
+    bool has_count(const Field &list) const
+    {
+        return message_.parts[list.first].kind == IPC_PART_COUNT;
+    }
+
+    size_t shown_elements(const Field &list) const
+    {
+        return list.fields.size() - (has_count(list) ? 1 : 0);
+    }
+
     // "3 elements"; "2 of 3 elements" if a fault stands among them
     std::string elements_of(const Field &list) const
     {
-        const ipc_part_t &first = message_.parts[list.first];
-        if (first.kind != IPC_PART_COUNT) {
-            return counted(list.fields.size(), "element");
-        }
-        const size_t shown = list.fields.size() - 1;
-        const std::string all = counted(first.number, "element");
-        return shown == first.number ? all : std::to_string(shown) + " of " + all;
+        const size_t shown = shown_elements(list);
+        const size_t announced = has_count(list) ? message_.parts[list.first].number : shown;
+        const std::string all = counted(announced, "element");
+        return shown == announced ? all : std::to_string(shown) + " of " + all;
     }
 
     void append_part(const Field &field)
