@@ -143,7 +143,7 @@ TEST_F(Check, WritesAnObjectALine)
     EXPECT_EQ(json_object_get_int_member(fault, "left"), 2);
     EXPECT_STREQ(json_object_get_string_member(fault, "reason"),
                  "roaming_res.data_size at offset 48 needs 4 bytes, 2 are left");
-    for (const size_t index : {2, 3}) {
+    for (const size_t index : {2U, 3U}) {
         JsonObject *trouble = json_node_get_object(nodes[index]);
         EXPECT_FALSE(json_object_get_boolean_member(trouble, "ok"));
     }

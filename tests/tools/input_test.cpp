@@ -198,7 +198,7 @@ TEST_F(InputOf, AStreamIsItsMessages)
 
 TEST_F(InputOf, TheLastMessageOfAStreamMayBeCut)
 {
-    for (const size_t size : {1, 3, 4, 39, 40, 51}) {
+    for (const size_t size : {1U, 3U, 4U, 39U, 40U, 51U}) {
         const std::string stream = file("s", joined({message_, test::first_bytes(message_, size)}));
         EXPECT_EQ(use({stream}, {.stream = TRUE}), whole);
         EXPECT_THAT(used_, ElementsAre("s: message 1 at byte 0, 52",

@@ -70,7 +70,7 @@ std::string_view as_text(Bytes bytes)
 uint32_t first_word(Bytes bytes)
 {
     uint32_t word = 0;
-    for (const size_t index : {3, 2, 1, 0}) {
+    for (const size_t index : {3U, 2U, 1U, 0U}) {
         word = word << 8 | bytes[index];
     }
     return word;
