@@ -135,9 +135,9 @@ TEST(Compose, RefusesBytesOfAnotherLength)
             if (parts[i].kind != IPC_PART_BYTES && parts[i].kind != IPC_PART_RESERVED) {
                 continue;
             }
-            for (const bool is_longer : {false, true}) {
+            for (const size_t length : {parts[i].bytes.size() - 1, parts[i].bytes.size() + 1}) {
                 std::vector<Part> changed = parts;
-                changed[i].bytes.resize(parts[i].bytes.size() + (is_longer ? 1 : -1));
+                changed[i].bytes.resize(length);
                 LogRecorder log(MDM_LOG_DEBUG);
                 const Composition made = composed(changed);
                 expect_refused(made, log.take());
