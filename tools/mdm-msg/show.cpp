@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +22,7 @@ namespace {
 constexpr size_t bytes_in_row = 8;
 constexpr size_t most_in_text = 40;  // the bytes of a text that are shown of a long one
 constexpr size_t least_message = 40;
+constexpr size_t type_offset = 4;
 constexpr uint32_t uncounted = 8;  // the length field counts all bytes but these
 constexpr size_t count_size = 4;   // of a text
 constexpr std::string_view gap = "  ";
@@ -80,14 +83,38 @@ std::string size_text(size_t size)
     return std::to_string(size) + (size == 1 ? " byte" : " bytes");
 }
 
+// A copy with a true length field, and with zeros behind it if it is too short for a message.
 std::vector<uint8_t> with_true_length(Bytes message)
 {
     std::vector<uint8_t> copy(message.begin(), message.end());
-    auto length = static_cast<uint32_t>(message.size()) - uncounted;
-    for (size_t i = 0; i < 4; ++i, length >>= 8) {
-        copy[i] = static_cast<uint8_t>(length);
-    }
+    copy.resize(std::max(message.size(), least_message));
+    const auto length = GUINT32_TO_LE(static_cast<uint32_t>(copy.size() - uncounted));
+    std::memcpy(copy.data(), &length, sizeof length);
     return copy;
+}
+
+// Like inspect(), for bytes of which the first `size` are the message's. The others are not shown.
+std::optional<ipc_fault_t> inspect_first(Bytes bytes, size_t size,
+                                         const std::function<void(const ipc_part_t &)> &visit)
+{
+    std::optional<ipc_fault_t> cut;
+    const auto visit_cut = [&](const ipc_part_t &part) {
+        const auto left = static_cast<uint32_t>(size - std::min<size_t>(size, part.offset));
+        if (part.size <= left) {
+            return visit(part);
+        }
+        if (left != 0) {
+            visit({"rest", IPC_PART_REST, -1, -1, part.offset, left, 0, left, &bytes[part.offset]});
+        }
+        if (!cut && part.kind != IPC_PART_REST) {
+            cut = {part.offset, part.size, left, part.path};
+        }
+    };
+    std::optional<ipc_fault_t> fault = inspect(bytes, visit_cut);
+    if (fault && fault->offset < size) {
+        fault->left = static_cast<uint32_t>(size) - fault->offset;
+    }
+    return cut ? cut : fault;
 }
 
 // The lines of one message. The parts are visited twice: first to find the widths.
@@ -110,13 +137,13 @@ public:
             bytes = copy;
             length_fault_ = faults.fault;
         }
-        const auto fault = inspect(bytes, measure_part);
+        const auto fault = inspect_first(bytes, message_.size(), measure_part);
         if (length_fault_) {
             faults.other = fault;
         }
         heading();
         fault_ = fault;
-        inspect(bytes, [this](const ipc_part_t &part) { row(part); });
+        inspect_first(bytes, message_.size(), [this](const ipc_part_t &part) { row(part); });
         mark_fault();
         return faults;
     }
@@ -343,7 +370,7 @@ ShowFaults show_message(std::FILE *out, Bytes message, const ShowOptions &option
 
 bool is_length_alone(Bytes message, const ipc_fault_t &fault)
 {
-    return std::string_view(fault.path) == "header.length" && message.size() >= least_message;
+    return std::string_view(fault.path) == "header.length" && message.size() > type_offset;
 }
 
 int run_show(int argc, char **argv)
