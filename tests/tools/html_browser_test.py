@@ -168,8 +168,6 @@ class PageTest(unittest.TestCase):
             'media': media, 'features': [{'name': 'prefers-color-scheme', 'value': scheme}]})
         self.browser.execute_cdp_cmd('Emulation.setDeviceMetricsOverride', {
             'width': width, 'height': height, 'deviceScaleFactor': 1, 'mobile': False})
-        self.browser.get_log('browser')
-        self.browser.get_log('performance')
         self.browser.get('about:blank')
         self.browser.get('file://' + self.path(name, 'html'))
 
@@ -303,6 +301,15 @@ class PageTest(unittest.TestCase):
         self.find('#b300').click()
         self.assertTrue(self.is_visible('#p300'))
 
+    def test_the_ruler_stays_in_sight(self):
+        self.open('long', height=300)
+        self.script("document.getElementById('bytes').scrollTop = 200")
+        self.assertTrue(self.script('''
+            const ruler = document.querySelector('.ruler');
+            const {left, bottom} = ruler.getBoundingClientRect();
+            return document.elementFromPoint(left + 100, bottom - 5) === ruler;
+        '''))
+
     def test_the_bar_names_the_field(self):
         self.open('list')
         names = []
@@ -326,6 +333,8 @@ class PageTest(unittest.TestCase):
     def test_nothing_runs_and_nothing_is_fetched(self):
         for name in SHORT:
             with self.subTest(page=name):
+                self.browser.get_log('browser')
+                self.browser.get_log('performance')
                 self.open(name)
                 if name == 'hostile':
                     for element in self.find_all('#fields a'):
@@ -344,7 +353,8 @@ class PageTest(unittest.TestCase):
                   for entry in self.browser.get_log('performance')]
         urls = [event['params']['request']['url'] for event in events
                 if event['method'] == 'Network.requestWillBeSent']
-        return [url for url in urls if not url.startswith(f'file://{self.directory}/')]
+        pages = ('about:blank', f'file://{self.directory}/')
+        return [url for url in urls if not url.startswith(pages)]
 
     def test_the_policy_is_in_force(self):
         self.open('list')
