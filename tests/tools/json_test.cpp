@@ -247,6 +247,9 @@ TEST(JsonOfABrokenMessage, ShowsTheCountOfAListThatIsNotAllThere)
               R"("body":{"type":172,"param":0,"pkg":"","data_size":1,)"
               R"("controls":[{"client_id":4,"pkg_list":{"count":-1}},)"
               R"({"client_id":8,"pkg_list":{"count":5}}]})");
+    EXPECT_EQ(body_json(framed(14, body_of({172, 0, 0, 1, 1, 4, 3, 0, 9, 0x61616161}))),
+              R"("body":{"type":172,"param":0,"pkg":"","data_size":1,"controls":[{"client_id":4,)"
+              R"("pkg_list":{"count":3,"elements":["",{"count":9}]}}]},"rest":{"hex":"61616161"})");
     EXPECT_EQ(body_json(framed(17, body_of({127, 0, 1, 0xffffffff}))),
               R"("body":{"type":127,"param":0,"data_size":1,"param_list":{"count":4294967295}})");
 }

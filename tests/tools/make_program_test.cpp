@@ -215,13 +215,11 @@ TEST_F(MakeProgram, ReplacesTheOutputFile)
     EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), 6);  // nothing is left over
 }
 
-TEST_F(MakeProgram, WritesIntoDevicesAndPipes)
+// A device is no regular file, either. No test writes to one: a mistake would replace it by a file.
+TEST_F(MakeProgram, WritesIntoPipes)
 {
     write("in", smallest_json);
-    run("mdm_msg make --output /dev/null in");
-    EXPECT_EQ(status, 0);
-    EXPECT_TRUE(fs::is_character_file("/dev/null"));
-    run("mkfifo pipe; cat pipe & mdm_msg make --output pipe in; wait");
+    run("mkfifo pipe; timeout 10 cat pipe & timeout 10 " MDM_MSG " make --output pipe in; wait");
     EXPECT_EQ(status, 0);
     EXPECT_EQ(out, smallest);
     EXPECT_TRUE(fs::is_fifo("pipe"));
