@@ -24,7 +24,8 @@ mdm-msg() {
 # The golden file that a command makes.
 recorded() {
     local status=0
-    (set +euo pipefail && cd "$messages" && eval "$1") >"$scratch/out" 2>"$scratch/err" </dev/null || status=$?
+    (set +euo pipefail && cd "$messages" && eval "$1") \
+        >"$scratch/out" 2>"$scratch/err" </dev/null || status=$?
     printf '$ %s\n' "$1"
     LC_ALL=C sed 's/\x1b/␛/g' "$scratch/out"
     [ -z "$(tail -c 1 "$scratch/out")" ] || printf '\n(no line end)\n'

@@ -184,10 +184,10 @@ TEST(HexText, WarnsIfTheCharactersOfARowAreOthers)
 TEST(HexText, MayBeTheOutputOfStrace)
 {
     const std::string escapes =
-        R"(\x3e\x00\x00\x00\x07\x00\x00\x00\x01\x00\x00\x00\x02\x00\x00\x00\x02\x00\x00\x00\x68\x69)"
-        R"(\x03\x00\x00\x00\x06\x00\x00\x00\x07\x00\x00\x00\x04\x00\x00\x00\x05\x00\x00\x00\x59\x01)"
-        R"(\x00\x00\x00\x00\x00\x00\x01\x00\x00\x00\x04\x00\x00\x00\x68\x6f\x6d\x65\x08\x00\x00\x00)"
-        R"(\x2a\x00\x00\x00)";
+        R"(\x3e\x00\x00\x00\x07\x00\x00\x00\x01\x00\x00\x00\x02\x00\x00\x00\x02\x00\x00\x00\x68)"
+        R"(\x69\x03\x00\x00\x00\x06\x00\x00\x00\x07\x00\x00\x00\x04\x00\x00\x00\x05\x00\x00\x00)"
+        R"(\x59\x01\x00\x00\x00\x00\x00\x00\x01\x00\x00\x00\x04\x00\x00\x00\x68\x6f\x6d\x65)"
+        R"(\x08\x00\x00\x00\x2a\x00\x00\x00)";
     const std::string bytes = hex(message());
     EXPECT_EQ(read("sendto(3, \"" + escapes + "\", 70, 0, NULL, 0) = 70\n+++ exited with 0 +++\n"),
               bytes);
@@ -223,6 +223,10 @@ TEST(HexText, TakesTheStringsOfStrace)
              " = 0\n"),
         "01 02");
     EXPECT_EQ(read(R"("\x00\n\t\r\\\"\1\1772" "\e")"), "00 0a 09 0d 5c 22 01 7f 32 1b");
+    EXPECT_EQ(read("[pid 7] read(3,  <unfinished ...>\n[pid 8] write(4, \"\\x01\", 1 <unfinished "
+                   "...>\n[pid 7] <... read resumed>\"\\x02\", 9) = 1\n"
+                   "[pid 8] <... write resumed>) = 1\n"),
+              "01 02");
     EXPECT_EQ(read("poll([{fd=3, events=POLLIN}], 1, 1000) = 1\nread(3, \"a#\", 9) = 2\n"),
               "61 23");
     EXPECT_EQ(read("read(3, \"\\x3g\", 9) = 1\n"), "1:13: 'g' is no hex digit");

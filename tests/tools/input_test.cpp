@@ -102,14 +102,12 @@ TEST_F(InputOf, HexTextIsTheBytesThatItStandsFor)
     EXPECT_THAT(bytes_, ElementsAre(Content{0x3e, 0, 7}));
 }
 
-TEST_F(InputOf, TextIsRawIfItsLengthFieldMakesItOneMessage)
+TEST_F(InputOf, BytesThatAreNoTextAreRaw)
 {
-    const std::string text = "\x20\x20 \x0c then any text";  // in words: 0x0c202020
-    EXPECT_EQ(use({file("a", text)}), malformed);
-    Content looks_like_text(0x2020, ' ');  // length field 0x00002018
-    test::correct_length(looks_like_text);
-    EXPECT_EQ(use({file("a", looks_like_text)}), whole);
-    EXPECT_THAT(used_, ElementsAre("a, 8224"));
+    EXPECT_EQ(use({file("a", Content(52, ' ')), file("b", joined({Content(51, ' '), {0x7f}}))}),
+              whole);
+    EXPECT_THAT(used_, ElementsAre("a, 0: the text has no bytes", "b, 52"));
+    EXPECT_EQ(use({file("a", "any text")}), malformed);
 }
 
 TEST_F(InputOf, OptionsDecideWhetherBytesAreText)

@@ -124,7 +124,8 @@ TEST_F(Show, HasALineForEachPart)
     }
 }
 
-// A message with secrets in place of all texts and raw bytes: "*" is 2a, which is no number in them.
+// A message with secrets in place of all texts and raw bytes. A secret is "*", 2a in hex, because
+// no number of the messages has this byte.
 class Secrets {
 public:
     explicit Secrets(const Content &message)

@@ -54,7 +54,7 @@ private:
         }
         const size_t quote = line.text.find('"');
         if (quote == std::string_view::npos) {
-            if (line.text.find_first_of(")+-") == std::string_view::npos) {
+            if (line.text.find_first_of("()+-") == std::string_view::npos) {
                 fail(line, 0, "this is no line of strace");
             }
             return;
