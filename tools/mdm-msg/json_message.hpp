@@ -11,9 +11,9 @@
 // The fields stand in the order of the bytes, at the places that json_place.hpp shows. The library
 // says which fields a message has (mdm/inspect.h).
 //
-// A text or raw bytes: a string, or {"hex": "..."} if they are no UTF-8 or have a zero byte. A list:
-// an array, or {"count": -5} for a negative count, which announces no elements. "padding" stands
-// there if it is not empty.
+// A text or raw bytes: a string, or {"hex": "..."} if they are no UTF-8 or have a zero byte.
+// A list: an array, or {"count": -5} for a negative count, which announces no elements.
+// "padding" stands there if it is not empty.
 //
 // The JSON of a message that is not whole has what stands in front of the fault, then "rest" and
 // "fault". A text whose bytes are not all there is {"count": 12}, and a list whose elements are not

@@ -177,7 +177,7 @@ bool JsonReader::read_plain(std::string_view &text)
         }
         const size_t size = character_size(text_.substr(position_));
         if (size == 0) {
-            return refuse("the text is no UTF-8; write {\"hex\": \"...\"} for such bytes");
+            return refuse(R"(the text is no UTF-8; write {"hex": "..."} for such bytes)");
         }
         position_ += size;
     }
