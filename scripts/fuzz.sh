@@ -76,6 +76,8 @@ do_fuzz() {
 
 do_fuzz_merge() {
     local target=$1 merged=build/fuzz/$1/merged options=() found=()
+    [ ! -L "fuzz/corpus/$target" ] ||
+        die "$target has the corpus of $(readlink "fuzz/corpus/$target"): merge that one"
     build_fuzzers fuzz
     rm -rf "$merged" build/fuzz/messages
     mkdir -p "$merged" build/fuzz/messages "fuzz/corpus/$target"

@@ -102,9 +102,10 @@ typedef bool (*ipc_visit_t)(const ipc_part_t *part, void *user_data);
  * which have the four bytes of their count.
  *
  * The call accepts the bytes that ipc_open() accepts, and refuses the others with the same fault.
- * It shows the parts that stand before the fault, then the rest as one part. If the fault is that
- * the length field is wrong, everything is the rest. A lack of memory refuses bytes that are whole;
- * it may meet one of the two functions and not the other.
+ * It shows the parts that stand before the fault, then the rest as one part, which begins at the
+ * offset of the fault. If the fault is that the length field is wrong, everything is the rest. A lack
+ * of memory refuses bytes that are whole. It may meet one of the two functions and not the other, and
+ * the rest then begins behind the parts that were shown.
  *
  * Nothing is logged but a refusal: one line at level 3, as ipc_open() logs it.
  *
@@ -127,7 +128,7 @@ MDM_API int32_t ipc_inspect(const uint8_t *buffer, uint32_t length, ipc_visit_t 
  *
  * @param part       the part that the message needs next. `path`, `kind`, `element`, `inner` and
  *                   `offset` are set. For raw bytes and reserved bytes `length` is how many it has to
- *                   be. The function sets `number`, or `bytes` and `length`. `bytes` have to stay
+ *                   be. The function sets `number`, for a byte at most 255, or `bytes` and `length`. `bytes` have to stay
  *                   until the function is called again, or the call of ipc_compose() ends.
  * @param user_data  what was passed to ipc_compose().
  *

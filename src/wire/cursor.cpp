@@ -566,7 +566,7 @@ std::span<char *> Reader::make_array(int32_t count, const char *path)
         const auto size = static_cast<size_t>(std::max(count, 0));
         return {g_new0(char *, size), size};
     }
-    if (!require(bytes_needed(count, word_size), path, Need::elements)) {
+    if (!require(bytes_needed(count, word_size), path, Need::elements) || parts_ != nullptr) {
         return {};
     }
     const auto size = static_cast<uint32_t>(count);

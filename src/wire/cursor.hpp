@@ -294,7 +294,7 @@ public:
     }
 
     // Returns a new zero-filled array for the `count` strings that follow. It is empty for a count
-    // below 1.
+    // below 1, and for a reader of parts.
     std::span<char *> make_array(int32_t count, const char *path);
 
     // The elements of a list on the wire, one after the other.

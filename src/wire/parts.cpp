@@ -80,7 +80,6 @@ void Parts::show(ipc_part_t &part, const uint8_t *bytes)
         break;
     }
     has_stopped_ = !visit_(&part, user_data_);
-    left_ = has_stopped_ ? 0 : left_;
 }
 
 bool Parts::ask_for(ipc_part_t &part)
@@ -94,7 +93,7 @@ bool Parts::ask_for(ipc_part_t &part)
     switch (part.kind) {
     case IPC_PART_U8:
         word[0] = static_cast<uint8_t>(part.number);
-        return add(word.data(), size);
+        return part.number <= UINT8_MAX && add(word.data(), size);
     case IPC_PART_STR:
         text_ = part.bytes;
         store_u32(word.data(), part.length);

@@ -35,11 +35,10 @@ constexpr const char *is_other_dump =
 
 TEST(HexText, HasManyWaysToSeparateBytes)
 {
-    for (const char *text : {"3e00aB07", "3e 00 ab 07", "3E:00:AB:07", "3e,00,ab,07",
-                             "0x3e, 0x00, 0xAB, 0x07,", "0X3e00 0xab07", R"(\x3e\x00\xab\x07)",
-                             "3e00\nab07\n", "3e\r\n00\r\n\r\nab\t07", "3e # 00\n#11\n00ab07# 1",
-                             R"(\x3e \x00#)"
-                             "\nab07"}) {
+    for (const char *text :
+         {"3e00aB07", "3e 00 ab 07", "3E:00:AB:07", "3e,00,ab,07", "0x3e, 0x00, 0xAB, 0x07,",
+          "0X3e00 0xab07", R"(\x3e\x00\xab\x07)", "3e00\nab07\n", "3e\r\n00\r\n\r\nab\t07",
+          "3e # 00\n#11\n00ab07# 1", "\\x3e \\x00#\nab07"}) {
         EXPECT_EQ(read(text), "3e 00 ab 07") << text;
     }
     for (const char *text : {"", "\n", "# nothing", " \n\t# 00\n"}) {

@@ -17,7 +17,6 @@ namespace {
 
 using testing::AnyOf;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 using Content = std::vector<uint8_t>;
 
@@ -250,7 +249,7 @@ TEST_F(Show, ShortensLongTextsBetweenCharacters)
 
 TEST_F(Show, CannotBeUsedAgainstATerminal)
 {
-    const std::string text = shown(pair("\x1b[2J\x07\u202e\xff"), {.full = true});
+    const std::string text = shown(pair("\x1b[2J\x07\xe2\x80\xae\xff"), {.full = true});
     EXPECT_THAT(text, HasSubstr(R"(9 "\x1b[2J\x07\u{202e}\xff")"));
     EXPECT_EQ(text.find('\x1b'), std::string::npos);
 }

@@ -94,11 +94,11 @@ private:
     void refuse_offset(const Line &line, size_t index, std::string_view digits)
     {
         const bool is_zero = digits.find_first_not_of('0') == std::string_view::npos;
-        if (digits.size() == 7) {
-            fail(line, index, use_other_dump);
-        } else if (is_second_row_ && digits.size() == offset_digits_ &&
-                   (is_number(digits, bytes_in_row_ - digits.size() / 2, 16) ||
-                    is_number(digits, bytes_in_row_ - digits.size() / 2, 8))) {
+        const size_t bytes_in_row = bytes_in_row_ - digits.size() / 2;
+        const bool is_offset =
+            is_second_row_ && digits.size() == offset_digits_ &&
+            (is_number(digits, bytes_in_row, 16) || is_number(digits, bytes_in_row, 8));
+        if (digits.size() == 7 || is_offset) {
             fail(line, index, use_other_dump);
         }
         is_second_row_ = offset_digits_ == unknown && is_zero && digits.size() >= 4;

@@ -47,10 +47,10 @@ private:
 
     void read(const Line &line)
     {
-        const auto bad = std::ranges::find_if_not(line.text, is_text);
-        if (bad != line.text.end()) {
-            const auto index = static_cast<size_t>(bad - line.text.begin());
-            return fail(line, index, no_hex_digit(line.text, index));
+        const auto good = std::ranges::find_if_not(line.text, is_text) - line.text.begin();
+        const auto bad = static_cast<size_t>(good);
+        if (bad < line.text.size()) {
+            return fail(line, bad, no_hex_digit(line.text, bad));
         }
         const size_t quote = line.text.find('"');
         if (quote == std::string_view::npos) {

@@ -54,7 +54,7 @@ void Options::print_help() const
     gchar *help = g_option_context_get_help(context_, TRUE, nullptr);
     std::fputs(help, stdout);
     g_free(help);
-    std::exit(finish(whole));
+    std::exit(finish(whole));  // NOLINT(concurrency-mt-unsafe): there is one thread
 }
 
 std::optional<std::vector<std::string>> Options::parse(int argc, char **argv)

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string_view>
@@ -307,7 +306,7 @@ private:
             return std::to_string(length) + " (+ 8 = " + size_text(size_t{length} + uncounted) +
                    ")";
         }
-        const std::string decimal = std::to_string(number_of(part));
+        std::string decimal = std::to_string(number_of(part));
         if (is_at(part, "header.type")) {
             return decimal + " (" + names_.category() + ")";
         }
@@ -344,9 +343,9 @@ std::optional<bool> wants_color(std::string_view when)
     if (when != "auto") {
         return std::nullopt;
     }
-    const char *no_color = std::getenv("NO_COLOR");
+    const char *no_color = g_getenv("NO_COLOR");
     const bool is_unwanted = no_color != nullptr && *no_color != '\0';
-    const char *terminal = std::getenv("TERM");
+    const char *terminal = g_getenv("TERM");
     const bool is_dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
     return !is_unwanted && !is_dumb && isatty(STDOUT_FILENO) != 0;
 }

@@ -12,7 +12,7 @@ namespace {
 // Neither control characters nor format characters, which change how other characters are shown.
 bool is_shown_as_it_is(gunichar character)
 {
-    return g_unichar_isprint(character) && g_unichar_type(character) != G_UNICODE_FORMAT;
+    return g_unichar_isprint(character) != FALSE && g_unichar_type(character) != G_UNICODE_FORMAT;
 }
 
 void append_escape(std::string &out, const char *format, unsigned number)

@@ -164,10 +164,12 @@ bool _set_misc(Writer &out, const Log &log, mdm_body_t *body)
 static char **read_array(Reader &in, int32_t count)
 {
     const auto texts = in.make_array(count, "misc.array");
-    Reader::Elements elements(in, static_cast<int64_t>(texts.size()));
-    for (char *&text : texts) {
-        elements.next();
-        text = in.str("misc.array");
+    Reader::Elements elements(in, count);
+    for (size_t i = 0; elements.next(); ++i) {
+        char *text = in.str("misc.array");
+        if (text != nullptr) {  // the array is zero-filled, and a reader of parts makes none
+            texts[i] = text;
+        }
     }
     return texts.data();
 }
