@@ -290,6 +290,31 @@ TEST(Compose, KeepsNoMemory)
     }
 }
 
+// `data_size` is no number of bytes there, and nothing else bounds it.
+TEST(Compose, TakesNoMemoryForTextsThatAreNotAnswered)
+{
+    const LogRecorder log(MDM_LOG_NONE);
+    Values values{
+        {{"header.type", 17}, {"misc.type", 122}, {"misc.data_size", 0x3FFFFFFF}}, {}, {}};
+    values.answers_left = 12 + 3;
+    const auto from_values = [](ipc_part_t *part, void *all) {
+        return (*static_cast<Values *>(all))(*part);
+    };
+    uint32_t length = 0;
+    AllocationTrace trace;
+    EXPECT_EQ(ipc_compose(from_values, &values, &length, nullptr), nullptr);
+    trace.stop();
+    EXPECT_THAT(trace.allocated_sizes(), ::testing::Each(::testing::Le(65536U)));
+}
+
+TEST(Compose, RefusesAByteAbove255)
+{
+    Values values{{{"header.type", 33}, {"header.hdr_byte", 256}}, {}, {}};
+    const ipc_fault_t fault = refusal_of(values);
+    EXPECT_STREQ(fault.path, "header.hdr_byte");
+    EXPECT_EQ(fault.offset, 5U);
+}
+
 // Takes one allocation after the other away. Returns how many it takes.
 size_t expect_refusals_without_memory(const Bytes &bytes)
 {

@@ -293,7 +293,8 @@ TEST_F(Show, ShowsTheTrueLengthFieldIfAnyLengthIsRight)
                         "are there");
     EXPECT_THAT(line_of(text, "wifi.pair.ssid"), testing::EndsWith("4 \"home\""));
     EXPECT_THAT(lines[lines.size() - 2], HasSubstr("^ malformed: wifi.pair.value at offset 60"));
-    EXPECT_FALSE(is_length_alone(test::first_bytes(message, 39), *faults.fault));
+    EXPECT_TRUE(is_length_alone(test::first_bytes(message, 5), *faults.fault));
+    EXPECT_FALSE(is_length_alone(test::first_bytes(message, 4), *faults.fault));
     EXPECT_EQ(shown(message, {.any_length = true}), shown(message, {}));
 }
 

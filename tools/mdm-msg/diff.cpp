@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include "command.hpp"
 #include "compare.hpp"
 #include "complain.hpp"
@@ -52,24 +50,6 @@ const char *colour_of(Mark mark)
         break;
     }
     return "";
-}
-
-bool is_set(const char *variable)
-{
-    const char *value = g_getenv(variable);
-    return value != nullptr && *value != '\0';
-}
-
-// Without a value `when` is no word that --color takes.
-std::optional<bool> wants_colours(const char *when)
-{
-    if (when == nullptr || std::strcmp(when, "auto") == 0) {
-        return isatty(STDOUT_FILENO) == 1 && !is_set("NO_COLOR");
-    }
-    if (std::strcmp(when, "always") == 0) {
-        return true;
-    }
-    return std::strcmp(when, "never") == 0 ? std::optional(false) : std::nullopt;
 }
 
 void print(Mark mark, const std::string &text, bool in_colours)
@@ -126,23 +106,17 @@ int diff(const Message &a, const Message &b, bool all, bool in_colours)
 int run_diff(int argc, char **argv)
 {
     gboolean all = FALSE;
-    g_autofree gchar *colour = nullptr;
     const GOptionEntry entries[] = {
         {"all", 'a', 0, G_OPTION_ARG_NONE, &all, "Show the equal fields, too", nullptr},
-        {"color", 0, 0, G_OPTION_ARG_STRING, &colour,
-         "Use colours: auto (on a terminal, unless NO_COLOR is set), always or never", "WHEN"},
         {},
     };
     Options options("diff", "A B", summary);
     options.add(entries);
+    options.add_color();
     options.add_input();
     const auto files = options.parse(argc, argv);
     if (!files) {
         return wrong_usage;
-    }
-    const auto in_colours = wants_colours(colour);
-    if (!in_colours) {
-        return wrong_usage_of("diff", "--color takes auto, always or never");
     }
     if (files->size() != 2) {
         return wrong_usage_of("diff", "name two files");
@@ -153,7 +127,7 @@ int run_diff(int argc, char **argv)
     int status = whole;
     const auto a = read_message(files->front(), options.input(), status);
     const auto b = read_message(files->back(), options.input(), status);
-    return a && b ? diff(*a, *b, all != FALSE, *in_colours) : status;
+    return a && b ? diff(*a, *b, all != FALSE, options.has_color()) : status;
 }
 
 }  // namespace mdm::msg

@@ -67,7 +67,7 @@ int run(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    mdm_log_set_enabled(0);  // the program itself says what the library refuses
+    mdm_log_set_enabled(0);         // the program itself says what the library refuses
     std::signal(SIGPIPE, SIG_DFL);  // a parent may have ignored it
     return mdm::msg::finish(mdm::msg::run(argc, argv));
 }

@@ -5,12 +5,35 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
+
+#include <unistd.h>
 
 #include "command.hpp"
 #include "complain.hpp"
 #include "input.hpp"
 
 namespace mdm::msg {
+
+namespace {
+
+// The words of --color. Without a value the word is none of them.
+std::optional<bool> wants_color(std::string_view when)
+{
+    if (when == "always" || when == "never") {
+        return when == "always";
+    }
+    if (when != "auto") {
+        return std::nullopt;
+    }
+    const char *no_color = g_getenv("NO_COLOR");
+    const bool is_unwanted = no_color != nullptr && *no_color != '\0';
+    const char *terminal = g_getenv("TERM");
+    const bool is_dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
+    return !is_unwanted && !is_dumb && isatty(STDOUT_FILENO) != 0;
+}
+
+}  // namespace
 
 Options::Options(const char *command, const char *usage, const char *summary)
     : command_(command), context_(g_option_context_new(usage))
@@ -27,6 +50,7 @@ Options::Options(const char *command, const char *usage, const char *summary)
 
 Options::~Options()
 {
+    g_free(color_);
     g_option_context_free(context_);
 }
 
@@ -47,6 +71,16 @@ void Options::add_input()
     }};
     add(entries.data());
     g_option_context_set_description(context_, input_help);
+}
+
+void Options::add_color()
+{
+    const std::array<GOptionEntry, 2> entries = {{
+        {"color", 0, 0, G_OPTION_ARG_STRING, &color_,
+         "Use colours: always, never or auto (on a terminal, without NO_COLOR)", "WHEN"},
+        {},
+    }};
+    add(entries.data());
 }
 
 void Options::print_help() const
@@ -77,6 +111,12 @@ std::optional<std::vector<std::string>> Options::parse(int argc, char **argv)
         wrong_usage_of(command_, "say --hex or --raw, not both");
         return std::nullopt;
     }
+    const auto has_color = wants_color(color_ == nullptr ? "auto" : color_);
+    if (!has_color) {
+        wrong_usage_of(command_, "--color is always, never or auto, not '%s'", color_);
+        return std::nullopt;
+    }
+    has_color_ = *has_color;
     std::vector<std::string> files(rest + 1, rest + argc);
     // GLib keeps the "--" in front of a word with a hyphen.
     const auto end_of_options = std::ranges::find(files, "--");

@@ -30,12 +30,15 @@ public:
     void add(const GOptionEntry *entries);
     // --hex, --raw and --stream.
     void add_input();
+    // --color.
+    void add_color();
 
     // Returns the words that are no options. Without a value the program ends with the status
     // wrong_usage; the reason is printed. --help ends the program.
     std::optional<std::vector<std::string>> parse(int argc, char **argv);
 
     const InputOptions &input() const { return input_; }
+    bool has_color() const { return has_color_; }
 
 private:
     [[noreturn]] void print_help() const;
@@ -43,6 +46,8 @@ private:
     const char *command_;
     GOptionContext *context_;
     InputOptions input_;
+    gchar *color_ = nullptr;
+    bool has_color_ = false;
     gboolean help_ = FALSE;
 };
 

@@ -8,8 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include <unistd.h>
-
 #include "command.hpp"
 #include "complain.hpp"
 #include "options.hpp"
@@ -334,31 +332,18 @@ private:
     size_t name_width_ = std::string_view("field").size();
 };
 
-// The words of --color. Without a value the word is none of them.
-std::optional<bool> wants_color(std::string_view when)
-{
-    if (when == "always" || when == "never") {
-        return when == "always";
-    }
-    if (when != "auto") {
-        return std::nullopt;
-    }
-    const char *no_color = g_getenv("NO_COLOR");
-    const bool is_unwanted = no_color != nullptr && *no_color != '\0';
-    const char *terminal = g_getenv("TERM");
-    const bool is_dumb = terminal != nullptr && std::string_view(terminal) == "dumb";
-    return !is_unwanted && !is_dumb && isatty(STDOUT_FILENO) != 0;
-}
-
-constexpr const char *summary =
-    "Shows the bytes of messages, a line for each field: its offset, its bytes, what it is, its\n"
-    "name and its value. Of a malformed message it shows the fields in front of the fault, then "
-    "the\n"
-    "rest. Standard error says what is wrong. In a malformed message a number may be a piece of a\n"
-    "text, also with --hide-texts.\n"
-    "\n"
-    "Exit status: 0 if all messages are whole, 1 if one is malformed, 2 for a wrong usage, 3 if a\n"
-    "file cannot be read.";
+constexpr const char *summary = "Shows the bytes of messages, a line for each field: its "
+                                "offset, its bytes, what it is, its\n"
+                                "name and its value. Of a malformed message it shows the "
+                                "fields in front of the fault, then "
+                                "the\n"
+                                "rest. Standard error says what is wrong. In a malformed "
+                                "message a number may be a piece of a\n"
+                                "text, also with --hide-texts.\n"
+                                "\n"
+                                "Exit status: 0 if all messages are whole, 1 if one is "
+                                "malformed, 2 for a wrong usage, 3 if a\n"
+                                "file cannot be read.";
 
 }  // namespace
 
@@ -377,11 +362,8 @@ int run_show(int argc, char **argv)
     gboolean full = FALSE;
     gboolean hide_texts = FALSE;
     gboolean any_length = FALSE;
-    g_autofree gchar *color = nullptr;
-    const std::array<GOptionEntry, 5> entries = {{
+    const std::array<GOptionEntry, 4> entries = {{
         {"full", 0, 0, G_OPTION_ARG_NONE, &full, "Show all bytes and whole texts", nullptr},
-        {"color", 0, 0, G_OPTION_ARG_STRING, &color,
-         "Use colours: always, never or auto (on a terminal, without NO_COLOR)", "WHEN"},
         {"hide-texts", 0, 0, G_OPTION_ARG_NONE, &hide_texts,
          "Show lengths in place of texts and raw bytes, but show numbers", nullptr},
         {"any-length", 0, 0, G_OPTION_ARG_NONE, &any_length,
@@ -390,16 +372,14 @@ int run_show(int argc, char **argv)
     }};
     Options options("show", "[FILE…]", summary);
     options.add(entries.data());
+    options.add_color();
     options.add_input();
     const auto files = options.parse(argc, argv);
     if (!files) {
         return wrong_usage;
     }
-    const auto has_color = wants_color(color == nullptr ? "auto" : color);
-    if (!has_color) {
-        return wrong_usage_of("show", "--color is always, never or auto, not '%s'", color);
-    }
-    const ShowOptions show = {full != FALSE, *has_color, hide_texts != FALSE, any_length != FALSE};
+    const ShowOptions show = {full != FALSE, options.has_color(), hide_texts != FALSE,
+                              any_length != FALSE};
     bool is_first = true;
     return for_each_message(*files, options.input(), [&](const Input &input) {
         if (files->size() > 1 || input.number != 0) {

@@ -9,10 +9,17 @@
 namespace mdm::msg {
 namespace {
 
-// Neither control characters nor format characters, which change how other characters are shown.
+// Neither control characters, nor characters that change how others are shown, nor line ends.
 bool is_shown_as_it_is(gunichar character)
 {
-    return g_unichar_isprint(character) != FALSE && g_unichar_type(character) != G_UNICODE_FORMAT;
+    switch (g_unichar_type(character)) {
+    case G_UNICODE_FORMAT:
+    case G_UNICODE_LINE_SEPARATOR:
+    case G_UNICODE_PARAGRAPH_SEPARATOR:
+        return false;
+    default:
+        return g_unichar_isprint(character) != FALSE;
+    }
 }
 
 void append_escape(std::string &out, const char *format, unsigned number)
