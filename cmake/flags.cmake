@@ -25,10 +25,10 @@ else()
     target_link_options(mdm-shared-flags INTERFACE -Wl,--no-undefined)
 endif()
 
-# For the objects that are measured: counters that threads share, and sources by absolute path.
-set(MDM_COVERAGE_FLAGS)
 if(MDM_COVERAGE)
-    set(MDM_COVERAGE_FLAGS --coverage -fprofile-update=atomic -fprofile-abs-path)
+    # Counters that threads share, and sources found by absolute path. The tests have counters as
+    # well: of an inline function, the linker may keep their copy.
+    add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
     add_link_options(--coverage)
 endif()
 

@@ -50,14 +50,15 @@ build_fuzzers() {
 
 # Fails if the corpus no longer reaches what its target is for.
 check_reach() {
-    local target=$1
+    local target=$1 sources objects=build/coverage/CMakeFiles
     shift
+    sources=$(fuzz_setting sources "$target")
+    [[ $sources != tools/* ]] || objects=build/coverage/tools
     say "Reach of the target $target"
     find build/coverage -name '*.gcda' -delete
     G_SLICE=always-malloc "build/coverage/fuzz/replay-$target" "$@"
-    gcovr --root . --filter "$(fuzz_setting sources "$target")" --exclude-throw-branches \
-        --exclude-unreachable-branches --fail-under-line "$(fuzz_setting reach "$target")" \
-        build/coverage/CMakeFiles build/coverage/tools
+    gcovr --root . --filter "$sources" --exclude-throw-branches --exclude-unreachable-branches \
+        --fail-under-line "$(fuzz_setting reach "$target")" "$objects"
 }
 
 build_replays() {
