@@ -170,7 +170,8 @@ TEST(Json, ShowsBytesAsTextIfTheyAreText)
         EXPECT_EQ(json.substr(0, 2), "\"\\");
         EXPECT_EQ(json.find(letter), std::string::npos);
     }
-    EXPECT_EQ(data_of("\u009b\u202e\u2066\u200b\ufeff"), R"("\u009b\u202e\u2066\u200b\ufeff")");
+    EXPECT_EQ(data_of("\u009b\u202e\u202c\u2066\u2069\u200b\ufeff"),
+              R"("\u009b\u202e\u202c\u2066\u2069\u200b\ufeff")");
     EXPECT_EQ(data_of("\u0085\u2028\u2029"), R"("\u0085\u2028\u2029")");
     EXPECT_EQ(data_of("\U000e0041\U000110bd"), R"("\udb40\udc41\ud804\udcbd")");
     EXPECT_EQ(data_of("\uffff\U0010ffff"), R"("\uffff\udbff\udfff")");
