@@ -59,7 +59,7 @@ static bool keep(const uint8_t *bytes, uint32_t length)
 {
     GError *error = NULL;
     if (request_file == NULL ||
-        g_file_set_contents(request_file, (const gchar *)bytes, length, &error)) {
+        g_file_set_contents(request_file, (const gchar *)bytes, (gssize)length, &error)) {
         return true;
     }
     fprintf(stderr, "%s\n", error->message);

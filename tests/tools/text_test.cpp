@@ -14,7 +14,8 @@ TEST(QuotedText, CannotActOnATerminal)
     EXPECT_EQ(quoted("a\nb\tc\rd\x7f"), R"("a\nb\tc\rd\x7f")");
     EXPECT_EQ(quoted("a\0b"sv), R"("a\x00b")");
     EXPECT_EQ(quoted("\xc2\x85\xc2\x9b"), R"("\u{85}\u{9b}")");
-    EXPECT_EQ(quoted("\xe2\x80\xae\xe2\x81\xa6\xe2\x80\x8b"), R"("\u{202e}\u{2066}\u{200b}")");
+    EXPECT_EQ(quoted("\u202e\u202c\u2066\u2069\u200b"),
+              R"("\u{202e}\u{202c}\u{2066}\u{2069}\u{200b}")");
     EXPECT_EQ(quoted("\xe2\x80\xa8\xe2\x80\xa9"), R"("\u{2028}\u{2029}")");
 }
 
