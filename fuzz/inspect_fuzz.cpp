@@ -104,18 +104,6 @@ void inspect_with(uint8_t letters, Bytes message)
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    using namespace mdm::fuzz;
-    if (size > largest_message) {
-        return 0;
-    }
-    const Bytes message(data, data + size);
-    const uint8_t letters = byte_at(message, second_reserved_offset);
-    if (letters != every_one) {
-        inspect_with(letters, message);
-        return 0;
-    }
-    for (uint8_t i = 0; i <= letters_to_sweep; ++i) {
-        inspect_with(i, message);
-    }
+    mdm::fuzz::sweep({data, size}, mdm::fuzz::letters_to_sweep, mdm::fuzz::inspect_with);
     return 0;
 }

@@ -25,6 +25,11 @@ inline constexpr size_t largest_message = 4096;
 
 uint8_t byte_at(std::span<const uint8_t> bytes, size_t offset);
 
+// Calls with(letters, bytes). `letters`, from 0 to `most`, is the second reserved byte, or each
+// number in turn if that byte is every_one.
+void sweep(std::span<const uint8_t> bytes, uint8_t most,
+           void (*with)(uint8_t letters, Bytes message));
+
 // The last critical line says what the fault says.
 void promise_logged(const ipc_fault_t &fault);
 

@@ -10,6 +10,7 @@
 
 #include "command.hpp"
 #include "mdm/log.h"
+#include "printed.hpp"
 #include "support/messages.hpp"
 #include "text.hpp"
 
@@ -19,25 +20,9 @@ namespace {
 using testing::EndsWith;
 using testing::StartsWith;
 
-struct Result {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-Result check(std::vector<std::string> words)
+Printed check(const std::vector<std::string> &words)
 {
-    words.insert(words.begin(), "check");
-    std::vector<char *> argv;
-    for (std::string &word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = run_check(static_cast<int>(words.size()), argv.data());
-    std::string err = testing::internal::GetCapturedStderr();
-    return {status, testing::internal::GetCapturedStdout(), err};
+    return printed_by(run_check, words);
 }
 
 class Check : public testing::Test {
@@ -67,7 +52,7 @@ TEST_F(Check, AgreesWithTheGuardedPath)
 {
     for (const test::GoodMessage &message : test::good_messages()) {
         const std::string path = file("m", message.bytes);
-        const Result result = check({path});
+        const Printed result = check({path});
         EXPECT_EQ(result.status, whole) << message.name;
         EXPECT_THAT(result.out, StartsWith(path + ": ok ("));
         EXPECT_THAT(result.out, EndsWith(std::to_string(message.bytes.size()) + " bytes)\n"));
@@ -77,7 +62,7 @@ TEST_F(Check, AgreesWithTheGuardedPath)
         if (test::opened(cut, &fault) != nullptr) {
             continue;
         }
-        const Result refused = check({"--raw", file("c", cut)});
+        const Printed refused = check({"--raw", file("c", cut)});
         EXPECT_EQ(refused.status, malformed) << message.name;
         EXPECT_EQ(refused.out, "");
         gchar *sentence = ipc_fault_describe(&fault);
@@ -90,13 +75,13 @@ TEST_F(Check, CountsSeveralMessages)
 {
     const std::string good = file("good", good_);
     const std::string bad = file("bad", bad_);
-    const Result two = check({good, bad});
+    const Printed two = check({good, bad});
     EXPECT_EQ(two.status, malformed);
     EXPECT_THAT(two.out, EndsWith(": ok (roaming_res, roaming_res.head, 52 bytes)\n"
                                   "2 messages: 1 ok, 1 malformed\n"));
     EXPECT_THAT(two.err, EndsWith("/bad: roaming_res.data_size at offset 48 needs 4 bytes, 2 are "
                                   "left\n"));
-    const Result three = check({"--quiet", good, bad, good + "x"});
+    const Printed three = check({"--quiet", good, bad, good + "x"});
     EXPECT_EQ(three.status, unreadable);
     EXPECT_EQ(three.out, "");
     EXPECT_THAT(check({good, bad, good + "x"}).out,
@@ -121,7 +106,7 @@ TEST_F(Check, WritesAnObjectALine)
     std::vector<uint8_t> stream = good_;
     stream.insert(stream.end(), bad_.begin(), bad_.end());
     const std::string path = file("stream", stream);
-    const Result result = check({"--json", "--stream", path, path + "x", file("text", {'x'})});
+    const Printed result = check({"--json", "--stream", path, path + "x", file("text", {'x'})});
     EXPECT_EQ(result.status, unreadable);
     const auto nodes = objects(result.out);
     ASSERT_EQ(nodes.size(), 4U);
@@ -158,7 +143,7 @@ TEST_F(Check, WritesAnObjectALine)
 
 TEST_F(Check, WritesNamesThatAreNoUtf8)
 {
-    const Result result = check({"--json", file("a\xff\n\"b", good_)});
+    const Printed result = check({"--json", file("a\xff\n\"b", good_)});
     EXPECT_EQ(result.status, whole);
     const auto nodes = objects(result.out);
     ASSERT_EQ(nodes.size(), 1U);
@@ -169,7 +154,7 @@ TEST_F(Check, WritesNamesThatAreNoUtf8)
 
 TEST_F(Check, RefusesToBeQuietInJson)
 {
-    const Result result = check({"--json", "--quiet"});
+    const Printed result = check({"--json", "--quiet"});
     EXPECT_EQ(result.status, wrong_usage);
     EXPECT_EQ(result.err, "mdm-msg: say --json or --quiet, not both; see 'mdm-msg check --help'\n");
 }

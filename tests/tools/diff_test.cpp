@@ -15,6 +15,7 @@
 #include "align.hpp"
 #include "command.hpp"
 #include "compare.hpp"
+#include "printed.hpp"
 #include "support/messages.hpp"
 
 namespace mdm::msg {
@@ -359,24 +360,9 @@ TEST(Diff, OfLargeListsFindsWhatHasMoved)
 
 // What the command does.
 
-struct Printed {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-Printed run(std::vector<std::string> words)
+Printed run(const std::vector<std::string> &words)
 {
-    words.insert(words.begin(), "diff");
-    std::vector<char *> argv;
-    for (std::string &word : words) {
-        argv.push_back(word.data());
-    }
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = run_diff(static_cast<int>(argv.size()), argv.data());
-    std::string out = testing::internal::GetCapturedStdout();
-    return {status, std::move(out), testing::internal::GetCapturedStderr()};
+    return printed_by(run_diff, words);
 }
 
 class DiffCommand : public testing::Test {

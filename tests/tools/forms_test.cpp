@@ -9,6 +9,7 @@
 
 #include "command.hpp"
 #include "describe.hpp"
+#include "printed.hpp"
 #include "support/format.hpp"
 
 namespace mdm::msg {
@@ -245,24 +246,9 @@ TEST(Forms, FoldNumbers)
 
 // What the command prints.
 
-struct Printed {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-Printed run(std::vector<std::string> words)
+Printed run(const std::vector<std::string> &words)
 {
-    words.insert(words.begin(), "forms");
-    std::vector<char *> argv;
-    for (std::string &word : words) {
-        argv.push_back(word.data());
-    }
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = run_forms(static_cast<int>(argv.size()), argv.data());
-    std::string out = testing::internal::GetCapturedStdout();
-    return {status, std::move(out), testing::internal::GetCapturedStderr()};
+    return printed_by(run_forms, words);
 }
 
 TEST(FormsCommand, ShowsEveryField)

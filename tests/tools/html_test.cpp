@@ -13,6 +13,7 @@
 
 #include "command.hpp"
 #include "parts.hpp"
+#include "printed.hpp"
 #include "support/messages.hpp"
 
 namespace mdm::msg {
@@ -395,24 +396,9 @@ TEST(HtmlPage, AllowsItsOwnStyleAndScriptAlone)
 }
 
 // The sub-command, and what it has printed.
-struct Outcome {
-    int status;
-    std::string out;
-    std::string error;
-};
-
-Outcome run(std::vector<std::string> words)
+Printed run(const std::vector<std::string> &words)
 {
-    words.insert(words.begin(), "html");
-    std::vector<char *> argv;
-    for (std::string &word : words) {
-        argv.push_back(word.data());
-    }
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = run_html(static_cast<int>(argv.size()), argv.data());
-    std::fflush(stdout);
-    return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+    return printed_by(run_html, words);
 }
 
 std::string file_of(const Buffer &bytes)
@@ -428,10 +414,10 @@ TEST(HtmlCommand, PrintsThePage)
 {
     const Buffer bytes = with_text("office");
     const std::string name = file_of(bytes);
-    const Outcome outcome = run({name});
+    const Printed outcome = run({name});
     EXPECT_EQ(outcome.status, whole);
     EXPECT_EQ(outcome.out, page_of(bytes, false, name).html);
-    EXPECT_EQ(outcome.error, "");
+    EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(run({"--hide-texts", name}).out, page_of(bytes, true, name).html);
 }
 
@@ -439,19 +425,19 @@ TEST(HtmlCommand, PrintsTheFaultOfABrokenMessage)
 {
     const Buffer bytes = test::cut(with_text("office"), 62);
     const std::string name = file_of(bytes);
-    const Outcome outcome = run({name});
+    const Printed outcome = run({name});
     EXPECT_EQ(outcome.status, malformed);
     EXPECT_EQ(outcome.out, page_of(bytes, false, name).html);
-    EXPECT_EQ(outcome.error,
+    EXPECT_EQ(outcome.err,
               "mdm-msg: " + name + ": wifi.ssids at offset 60 needs 6 bytes, 2 are left\n");
 }
 
 TEST(HtmlCommand, TakesOneFile)
 {
-    const Outcome outcome = run({"a", "b"});
+    const Printed outcome = run({"a", "b"});
     EXPECT_EQ(outcome.status, wrong_usage);
     EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.error,
+    EXPECT_EQ(outcome.err,
               "mdm-msg: a page shows one message; name one file; see 'mdm-msg html --help'\n");
 }
 

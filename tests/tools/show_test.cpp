@@ -249,8 +249,8 @@ TEST_F(Show, ShortensLongTextsBetweenCharacters)
 
 TEST_F(Show, CannotBeUsedAgainstATerminal)
 {
-    const std::string text = shown(pair("\x1b[2J\x07\xe2\x80\xae\xff"), {.full = true});
-    EXPECT_THAT(text, HasSubstr(R"(9 "\x1b[2J\x07\u{202e}\xff")"));
+    const std::string text = shown(pair("\x1b[2J\x07\u202e\u202c\xff"), {.full = true});
+    EXPECT_THAT(text, HasSubstr(R"(12 "\x1b[2J\x07\u{202e}\u{202c}\xff")"));
     EXPECT_EQ(text.find('\x1b'), std::string::npos);
 }
 
