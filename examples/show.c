@@ -87,6 +87,9 @@ void show_message(const char *side, const char *direction, const uint8_t *bytes,
 {
     struct row row = {.side = side, .direction = direction, .length = length};
     ipc_inspect(bytes, length, show_part, &row, NULL);
+    if (!row.is_in_body) { /* the message type has no category */
+        begin_row(&row);
+    }
     putchar('\n');
 }
 

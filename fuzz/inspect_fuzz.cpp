@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Inspecting. The parts cover the bytes one after the other, and are those of a second reader. The
-// verdict is that of ipc_open(), and the values are those of the opened message. ipc_compose() makes
-// the same bytes of the parts. All memory comes back.
+// verdict is that of ipc_open(), and the values are those of the opened message. ipc_compose()
+// makes the same bytes of the parts. All memory comes back.
 //
 // The two reserved bytes of the header mean what they mean to the target `open`.
 #include <cstring>

@@ -56,6 +56,7 @@ check_size() {
 }
 
 do_size() {
+    # On armhf 65,281 bytes of text and 348 relocations, and 3 KiB and four for the parts.
     local armhf_text_limit=68353 x86_64_text_limit=106496 armhf_relocations_limit=352
     [ "$(uname -m)" = x86_64 ] || die "only an x86-64 machine builds both libraries"
     need library tools tests arm

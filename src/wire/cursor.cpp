@@ -502,8 +502,8 @@ inline const uint8_t *Reader::read_texts(const uint8_t *position, char **texts, 
     return true;
 }
 
-// The slow path. Texts are skipped: they do not matter to a reader that fails, and a reader of parts
-// makes none. A field that is not there is zero, because the category may look at it.
+// The slow path. Texts are skipped: they do not matter to a reader that fails, and a reader of
+// parts makes none. A field that is not there is zero, because the category may look at it.
 void Reader::fields_one_by_one(uint8_t *record, Fields list)
 {
     for (const Run run : list) {

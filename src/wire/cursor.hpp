@@ -351,8 +351,8 @@ private:
         elements,  // that fit; their parts follow
     };
 
-    // Whether `size` bytes are there. If not, a guarded reader fails. A reader of parts asks for the
-    // part.
+    // Whether `size` bytes are there. If not, a guarded reader fails. A reader of parts asks for
+    // the part.
     bool require(uint64_t size, const char *path, Need need)
     {
         return size <= remaining() || ask(size, path, need);

@@ -14,10 +14,11 @@ const uint8_t *Parts::take(ipc_part_t &part, uint32_t size)
 {
     part.offset = offset_;
     part.size = size;
+    const uint32_t offset = offset_;
     if (answer_ != nullptr) {
-        return ask_for(part) ? new_bytes_ + part.offset : nullptr;
+        return ask_for(part) ? new_bytes_ + offset : nullptr;
     }
-    const uint8_t *bytes = bytes_ + offset_;
+    const uint8_t *bytes = bytes_ + offset;
     offset_ += part.size;
     left_ -= part.size;
     show(part, bytes);
@@ -85,12 +86,13 @@ void Parts::show(ipc_part_t &part, const uint8_t *bytes)
 bool Parts::ask_for(ipc_part_t &part)
 {
     const uint32_t size = part.size;
+    const ipc_part_kind_t kind = part.kind;
     part.length = size;
     if (!answer_(&part, user_data_)) {
         return false;
     }
     std::array<uint8_t, word_size> word{};
-    switch (part.kind) {
+    switch (kind) {
     case IPC_PART_U8:
         word[0] = static_cast<uint8_t>(part.number);
         return part.number <= UINT8_MAX && add(word.data(), size);
@@ -115,7 +117,7 @@ bool Parts::ask_for(ipc_part_t &part)
 
 bool Parts::add(const uint8_t *bytes, uint32_t size)
 {
-    if (size > left_) {
+    if (size > left_ || (bytes == nullptr && size != 0)) {
         return false;
     }
     const uint32_t end = offset_ + size;

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -287,6 +288,40 @@ TEST(Compose, KeepsNoMemory)
         trace.stop();
         EXPECT_EQ(trace.kept().size(), bytes != nullptr ? 1U : 0U);
         g_free(bytes);
+    }
+}
+
+// An answerer may hand over a part that ipc_inspect() has shown of another message.
+TEST(Compose, DoesNotReadTheOtherMembersOfAnAnswer)
+{
+    const Bytes bytes = framed(33, head_bytes(100, 2) + Bytes{'o', 'k'}, "hello");
+    const std::vector<Part> parts = inspected(bytes).parts;
+    size_t next = 0;
+    const Composition made = composed([&](ipc_part_t &part) {
+        static const Part no_padding;
+        const Part &one = next < parts.size() ? parts[next++] : no_padding;
+        part = {nullptr,         IPC_PART_REST, 7,          7,
+                0x10000000,      0x10000000,    one.number, static_cast<uint32_t>(one.bytes.size()),
+                one.bytes.data()};
+        return true;
+    });
+    EXPECT_EQ(made.bytes, bytes);
+}
+
+TEST(Compose, RefusesBytesThatAreNull)
+{
+    for (const char *path : {"header.reserved", "header.hdr_text", "res.data", "padding"}) {
+        SCOPED_TRACE(path);
+        const Composition made = composed([path](ipc_part_t &part) {
+            static const Bytes zeros(8);
+            part.bytes = std::string_view(part.path) == path ? nullptr : zeros.data();
+            part.number = std::string_view(part.path) == "header.type" ? 33 : 2;
+            part.length = 2;
+            return true;
+        });
+        EXPECT_EQ(made.bytes, std::nullopt);
+        EXPECT_STREQ(made.fault.path, path);
+        EXPECT_EQ(made.fault.left, 0U);
     }
 }
 
