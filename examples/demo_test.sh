@@ -17,4 +17,9 @@ for side in client server; do
     grep "^$side" <<<"$output" | grep -Ev "$left_out" |
         diff <(grep -Ev "$left_out" "$here/demo_$side.txt") -
 done
+# The client's last request asks whether it is registered.
+if [ -x "$1/../tools/mdm-msg" ]; then
+    sed -n '/^the client.s last request/,$p' <<<"$output" |
+        grep -E '^0x0039 .* admin\.type +0 \(admin\.query\)$'
+fi
 [ "$(grep -c '^3 MDM_COMMON mdm_ipc_guarded.cpp: ipc_open(.*Refused: ' <<<"$output")" = 5 ]

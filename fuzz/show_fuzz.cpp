@@ -35,7 +35,8 @@ std::string shown(const Bytes &bytes, const msg::ShowOptions &options)
 bool is_inert(std::string_view text)
 {
     return std::none_of(text.begin(), text.end(), [](char letter) {
-        return (letter < ' ' && letter >= 0 && letter != '\n') || letter == '\x7f';
+        const auto byte = static_cast<uint8_t>(letter);
+        return (byte < ' ' && byte != '\n') || byte == 0x7F;
     });
 }
 
