@@ -33,7 +33,8 @@ void promise_hex(std::string_view text)
                 "a bad digit has a place");
         return;
     }
-    promise(hex.bytes.size() <= text.size(), "a byte has at least one character");
+    promise(hex.bytes.size() <= text.size() + msg::most_repeated,
+            "a byte has at least one character, or is repeated");
     const msg::HexText again = msg::read_hex(msg::hex(hex.bytes));
     promise(!again.error && again.bytes == hex.bytes, "the bytes are read again");
 }

@@ -2,7 +2,8 @@
 //
 // What mdm-msg prints of any bytes. Nothing in it acts on a terminal. The bytes that it shows are
 // read again, and are those that were shown. A whole message comes back from its JSON, and the JSON
-// of broken bytes makes no message. The page is whole, and is the same for texts that are hidden.
+// of a malformed one makes no message. The page is whole. If texts are hidden, what is printed of a
+// whole message does not depend on them.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -32,12 +33,17 @@ std::string shown(const Bytes &bytes, const msg::ShowOptions &options)
     return copy;
 }
 
+// Every line is as printable() would write it.
 bool is_inert(std::string_view text)
 {
-    return std::none_of(text.begin(), text.end(), [](char letter) {
-        const auto byte = static_cast<uint8_t>(letter);
-        return (byte < ' ' && byte != '\n') || byte == 0x7F;
-    });
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        if (msg::printable(line) != line) {
+            return false;
+        }
+        text.remove_prefix(std::min(text.size(), line.size() + 1));
+    }
+    return true;
 }
 
 // The bytes of the lines, each of which begins with an offset.
@@ -82,6 +88,25 @@ void promise_json(const Bytes &bytes)
     }
 }
 
+// Compares a whole message with one that has other letters in its texts, its raw bytes and the
+// bytes that belong to no field.
+void promise_hidden(const Bytes &bytes)
+{
+    Bytes other = bytes;
+    const auto fault = msg::inspect(bytes, [&](const ipc_part_t &part) {
+        for (uint32_t i = 0; i < part.length; ++i) {
+            other[static_cast<size_t>(part.bytes - bytes.data()) + i] ^= 0x15;
+        }
+    });
+    if (fault) {
+        return;
+    }
+    const msg::ShowOptions options = {.full = true, .hide_texts = true};
+    promise_same(shown(bytes, options), shown(other, options), "hidden texts are not shown");
+    promise_same(msg::page_of({"bytes", bytes, ""}, true).html,
+                 msg::page_of({"bytes", other, ""}, true).html, "hidden texts are in no page");
+}
+
 void promise_page(const Bytes &bytes)
 {
     const msg::Page page = msg::page_of({"bytes", bytes, ""}, false);
@@ -103,5 +128,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     promise_shown(bytes);
     promise_json(bytes);
     promise_page(bytes);
+    promise_hidden(bytes);
     return 0;
 }

@@ -129,13 +129,12 @@ TEST(HexText, MayNotRepeatRowsWithoutEnd)
 {
     const std::string row =
         "00000000  00 00 00 00 00 00 00 00  00 00 00 00 00 00 00 00  |................|\n";
-    EXPECT_EQ(read(row + "*\n"),
-              "2:1: no row follows '*', so nobody knows how many rows it stands for");
+    EXPECT_EQ(read(row + "*\n"), "2:1: no row follows '*', so the number of its rows is unknown");
     EXPECT_EQ(read(row + "*\nfffffff0\n"),
-              "3:1: '*' stands for too many rows; at most 64 MiB are repeated");
-    EXPECT_EQ(read_hex(row + "*\n04000010\n").bytes.size(), (64U << 20) + 16);
-    EXPECT_EQ(read(row + "*\n04000020\n"),
-              "3:1: '*' stands for too many rows; at most 64 MiB are repeated");
+              "3:1: '*' stands for too many rows; at most 1 MiB is repeated");
+    EXPECT_EQ(read_hex(row + "*\n00100010\n").bytes.size(), (1U << 20) + 16);
+    EXPECT_EQ(read(row + "*\n00100020\n"),
+              "3:1: '*' stands for too many rows; at most 1 MiB is repeated");
     EXPECT_EQ(read(row + "*\n00000015\n"), "3:1: this row does not follow the row in front of it");
     EXPECT_EQ(read(row + "*\n00000010\n"), "3:1: this row does not follow the row in front of it");
     EXPECT_EQ(read("*\n" + row), "1:1: '*' is no hex digit");
@@ -233,6 +232,46 @@ TEST(HexText, TakesTheStringsOfStrace)
     EXPECT_EQ(read("read(3, \"\\x33"), "1:9: the string has no end");
     EXPECT_EQ(read("read(3, \"\\x3"), "1:13: the string has no end");
     EXPECT_EQ(read("3e00\nread(3, \"\\x33\", 1) = 1"), "1:1: this is no line of strace");
+}
+
+TEST(HexText, TakesNoStringsOfOtherCalls)
+{
+    const std::string message = "write(4, \"\\x01\\x02\", 2) = 2\n";
+    for (const char *line : {R"(readlink("/proc/self/exe", "/usr/bin/agent", 4095) = 14)",
+                             R"(readlinkat(3, "a", "b", 9) = 1)", R"(sendfile(1, 2, "x", 9) = 1)",
+                             R"(openat(AT_FDCWD, "file", O_RDONLY) = 3)"}) {
+        EXPECT_EQ(read(line + ("\n" + message)), "01 02") << line;
+    }
+    EXPECT_EQ(
+        read(R"(sendto(5<UNIX-STREAM:[17->18,"/run/server"]>, "\x01\x02", 2, 0, NULL, 0) = 2)"),
+        "01 02");
+}
+
+TEST(HexText, TakesAllBytesOfCallsThatCountMessages)
+{
+    EXPECT_EQ(read(R"(sendmmsg(3, [{msg_hdr={msg_iov=[{iov_base="\x01\x02", iov_len=2}], )"
+                   R"(msg_iovlen=1}, msg_len=2}], 1, 0) = 1)"),
+              "01 02");
+}
+
+TEST(HexText, TakesAFailedCallOnlyIfThereIsNoOther)
+{
+    const std::string failed = "sendto(3, \"\\x01\", 1, 0, NULL, 0) = -1 EAGAIN (again)\n";
+    EXPECT_EQ(read(failed), "01");
+    EXPECT_EQ(read(failed + failed), "01");
+    EXPECT_EQ(read(failed + "sendto(3, \"\\x01\", 1, 0, NULL, 0) = 1\n"), "01");
+}
+
+TEST(HexText, HasNoOctalEscapesAbove377)
+{
+    EXPECT_EQ(read("\"\\377\""), "ff");
+    EXPECT_EQ(read("\"\\400\""), "1:2: an unknown escape");
+}
+
+TEST(HexText, IsNoJson)
+{
+    EXPECT_EQ(read(" {\"header\": {\"type\": 1}}"),
+              "1:2: this is JSON; 'mdm-msg make' makes a message of it");
 }
 
 TEST(HexText, EndsWhereStraceHasCutIt)

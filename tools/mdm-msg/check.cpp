@@ -8,6 +8,7 @@
 
 #include "command.hpp"
 #include "complain.hpp"
+#include "json_message.hpp"
 #include "options.hpp"
 #include "verdict.hpp"
 
@@ -73,7 +74,7 @@ public:
         json_builder_end_object(builder_);
         JsonNode *root = json_builder_get_root(builder_);
         gchar *text = json_to_string(root, FALSE);
-        std::puts(text);
+        std::puts(without_terminal_actions(text).c_str());
         g_free(text);
         json_node_unref(root);
     }
@@ -142,7 +143,7 @@ constexpr const char *summary =
     "Says in one line for each message whether it is whole: on standard output if it is, on\n"
     "standard error if it is not.\n"
     "\n"
-    "Exit status: 0 if all messages are whole, 1 if one is malformed, 2 for a wrong usage, 3 if a\n"
+    "Exit status: 0 if all messages are whole, 1 if one is malformed, 2 for wrong usage, 3 if a\n"
     "file cannot be read.";
 
 }  // namespace

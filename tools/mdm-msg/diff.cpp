@@ -11,7 +11,7 @@
 #include "complain.hpp"
 #include "input.hpp"
 #include "options.hpp"
-#include "parts.hpp"
+#include "verdict.hpp"
 
 namespace mdm::msg {
 namespace {
@@ -28,14 +28,15 @@ constexpr const char *summary =
     "in A and in B.\n"
     "\n"
     "The exit status is 0 if the messages are the same, 1 if they differ or one of them is\n"
-    "malformed, 2 after wrong usage and 3 if there is nothing to compare.";
+    "malformed, 2 for wrong usage and 3 if there is nothing to compare.";
 
 struct Message {
     std::string name;
     std::vector<uint8_t> bytes;
+    std::string warning;
 };
 
-const char *colour_of(Mark mark)
+const char *color_of(Mark mark)
 {
     switch (mark) {
     case Mark::removed:
@@ -52,11 +53,11 @@ const char *colour_of(Mark mark)
     return "";
 }
 
-void print(Mark mark, const std::string &text, bool in_colours)
+void print(Mark mark, const std::string &text, bool in_color)
 {
-    const std::string colour = in_colours ? colour_of(mark) : "";
+    const std::string color = in_color ? color_of(mark) : "";
     const std::string line =
-        colour + static_cast<char>(mark) + ' ' + text + (colour.empty() ? "\n" : "\x1b[0m\n");
+        color + static_cast<char>(mark) + ' ' + text + (color.empty() ? "\n" : "\x1b[0m\n");
     std::fwrite(line.data(), 1, line.size(), stdout);
 }
 
@@ -66,10 +67,7 @@ std::optional<Message> read_message(const std::string &file, const InputOptions 
 {
     std::vector<Message> messages;
     const int read = for_each_message({file}, options, [&](const Input &input) -> int {
-        if (!input.warning.empty()) {
-            complain("%s: %s", input.name.c_str(), input.warning.c_str());
-        }
-        messages.push_back({input.name, {input.bytes.begin(), input.bytes.end()}});
+        messages.push_back({input.name, {input.bytes.begin(), input.bytes.end()}, input.warning});
         return whole;
     });
     if (read != whole || messages.empty()) {
@@ -84,21 +82,14 @@ std::optional<Message> read_message(const std::string &file, const InputOptions 
     return std::move(messages.front());
 }
 
-void complain_about(const Message &message, const std::optional<ipc_fault_t> &fault)
+int diff(const Message &a, const Message &b, bool all, bool in_color)
 {
-    if (fault) {
-        complain("%s: %s", message.name.c_str(), sentence(*fault).c_str());
-    }
-}
-
-int diff(const Message &a, const Message &b, bool all, bool in_colours)
-{
-    const Faults faults = compare(a.bytes, b.bytes, all, [in_colours](Mark mark, const auto &text) {
-        print(mark, text, in_colours);
+    const Faults faults = compare(a.bytes, b.bytes, all, [in_color](Mark mark, const auto &text) {
+        print(mark, text, in_color);
     });
-    complain_about(a, faults.a);
-    complain_about(b, faults.b);
-    return a.bytes != b.bytes || faults.a || faults.b ? malformed : whole;
+    const int status = std::max(judge({a.name, a.bytes, a.warning}, faults.a),
+                                judge({b.name, b.bytes, b.warning}, faults.b));
+    return a.bytes != b.bytes ? malformed : status;
 }
 
 }  // namespace
@@ -122,7 +113,7 @@ int run_diff(int argc, char **argv)
         return wrong_usage_of("diff", "name two files");
     }
     if (files->front() == "-" && files->back() == "-") {
-        return wrong_usage_of("diff", "standard input has one message");
+        return wrong_usage_of("diff", "standard input can be read only once");
     }
     int status = whole;
     const auto a = read_message(files->front(), options.input(), status);

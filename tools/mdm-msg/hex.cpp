@@ -154,6 +154,13 @@ HexText read_hex(std::string_view text)
         if (line->is_empty()) {
             continue;
         }
+        const size_t first = line->text.find_first_not_of(blanks);
+        if (is_first && line->text[first] == '{') {
+            HexText text_of_json;
+            text_of_json.error =
+                line->error(first, "this is JSON; 'mdm-msg make' makes a message of it");
+            return text_of_json;
+        }
         if (is_first && is_dump_row(line->text)) {
             return read_dump(text);
         }

@@ -19,6 +19,10 @@ struct HexError {
     std::string reason;
 };
 
+// The bytes that the rows '*' of a dump may stand for, all together: a few lines could stand for any
+// number of them.
+inline constexpr uint64_t most_repeated = 1 << 20;
+
 struct HexText {
     std::vector<uint8_t> bytes;
     std::string warning = {};  // about a text that can be read

@@ -9,9 +9,6 @@
 namespace mdm::msg {
 namespace {
 
-// A few lines can stand for any number of bytes.
-constexpr uint64_t most_repeated = 64 << 20;
-
 constexpr size_t least_digits = 8;
 constexpr size_t most_digits = 15;
 
@@ -66,7 +63,7 @@ public:
             }
         }
         if (repeating_) {
-            fail(*repeating_, 0, "no row follows '*', so nobody knows how many rows it stands for");
+            fail(*repeating_, 0, "no row follows '*', so the number of its rows is unknown");
         }
         return std::move(text_);
     }
@@ -121,7 +118,7 @@ private:
         }
         repeated_ += size;
         if (repeated_ > most_repeated) {
-            return fail(line, 0, "'*' stands for too many rows; at most 64 MiB are repeated");
+            return fail(line, 0, "'*' stands for too many rows; at most 1 MiB is repeated");
         }
         end_ += size;
         for (; size != 0; size -= row_size_) {

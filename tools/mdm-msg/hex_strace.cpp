@@ -36,6 +36,9 @@ public:
                 read(*line);
             }
         }
+        if (text_.bytes.empty()) {
+            text_.bytes = std::move(failed_);
+        }
         return std::move(text_);
     }
 
@@ -59,39 +62,64 @@ private:
             }
             return;
         }
-        if (!carries_bytes(line.text.substr(0, quote))) {
+        const std::string_view name = name_of_call(line.text);
+        if (!carries_bytes(name)) {
             return;
         }
         const size_t before = text_.bytes.size();
         size_t behind = 0;
-        for (size_t index = quote; index != std::string_view::npos && !text_.error;
-             index = line.text.find('"', behind)) {
+        for (size_t index = first_string(line.text);
+             index != std::string_view::npos && !text_.error; index = line.text.find('"', behind)) {
             behind = read_string(line, index);
         }
-        if (text_.warning.empty()) {
+        if (has_failed(line.text) && text_.warning.empty()) {
+            const auto begin = text_.bytes.begin() + static_cast<ptrdiff_t>(before);
+            failed_.assign(begin, text_.bytes.end());
+            text_.bytes.resize(before);
+        } else if (text_.warning.empty() && !name.ends_with("mmsg")) {  // counts messages
             text_.bytes.resize(
                 std::min(text_.bytes.size(), before + result(line.text.substr(behind))));
         }
     }
 
-    // `text` is what stands in front of the first string.
-    static bool carries_bytes(std::string_view text)
+    // Empty if the line is no call: a string alone, or the end of a call that was interrupted.
+    static std::string_view name_of_call(std::string_view line)
     {
-        const size_t parenthesis = text.find('(');
-        if (parenthesis == std::string_view::npos || parenthesis == 0) {
-            return true;  // the line of a call that was resumed, or no call
+        const size_t parenthesis = std::min(line.find('('), line.find('"'));
+        if (parenthesis == std::string_view::npos || parenthesis == 0 || line[parenthesis] != '(') {
+            return {};
         }
-        const size_t end = parenthesis - 1;
-        const size_t front = text.find_last_not_of(letters, end);
-        const std::string_view name =
-            text.substr(front == std::string_view::npos ? 0 : front + 1).substr(0, end - front);
-        constexpr std::array<std::string_view, 4> names = {"send", "recv", "write", "read"};
-        return std::ranges::any_of(
-                   names, [name](std::string_view one) { return name.starts_with(one); }) ||
-               name.starts_with("pwrite") || name.starts_with("pread");
+        const size_t front = line.find_last_not_of(letters, parenthesis - 1);
+        const size_t begin = front == std::string_view::npos ? 0 : front + 1;
+        return line.substr(begin, parenthesis - begin);
     }
 
-    // How many bytes the call has carried; all of them if it has failed or has not ended.
+    static bool carries_bytes(std::string_view name)
+    {
+        constexpr std::array<std::string_view, 18> names = {
+            "send",     "sendto",   "sendmsg", "sendmmsg", "recv",     "recvfrom",
+            "recvmsg",  "recvmmsg", "write",   "writev",   "pwrite64", "pwritev",
+            "pwritev2", "read",     "readv",   "pread64",  "preadv",   "preadv2"};
+        return name.empty() || std::ranges::find(names, name) != names.end();
+    }
+
+    static bool has_failed(std::string_view line)
+    {
+        const size_t sign = line.rfind(") = ");
+        return sign != std::string_view::npos && line.substr(sign).starts_with(") = -1 ");
+    }
+
+    // Behind the descriptor: strace -yy writes the paths of a socket there, in quotation marks.
+    static size_t first_string(std::string_view line)
+    {
+        const size_t quote = line.find('"');
+        const size_t open = line.find('<');
+        const size_t close = line.find(">, ");
+        const bool is_in_descriptor = open < quote && close != std::string_view::npos;
+        return is_in_descriptor ? line.find('"', close) : quote;
+    }
+
+    // How many bytes the call has carried; all of them if it has not ended.
     static size_t result(std::string_view text)
     {
         const size_t sign = text.rfind(") = ");
@@ -163,6 +191,9 @@ private:
                 }
                 number = number * 8 + static_cast<unsigned>(text[index] - '0');
             }
+            if (number > UINT8_MAX) {
+                fail(line, backslash, "an unknown escape");
+            }
             text_.bytes.push_back(static_cast<uint8_t>(number));
             return index;
         }
@@ -192,6 +223,7 @@ private:
     }
 
     HexText text_;
+    std::vector<uint8_t> failed_;  // the bytes of a call that has failed; mostly it is repeated
 };
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include "command.hpp"
 #include "complain.hpp"
 #include "options.hpp"
-#include "parts.hpp"
+#include "verdict.hpp"
 
 namespace mdm::msg {
 namespace {
@@ -16,14 +16,7 @@ int print_page(const Input &input, bool hides_texts)
 {
     const Page page = page_of(input, hides_texts);
     std::fwrite(page.html.data(), 1, page.html.size(), stdout);
-    if (!input.warning.empty()) {
-        complain("%s: %s", input.name.c_str(), input.warning.c_str());
-    }
-    if (!page.fault) {
-        return whole;
-    }
-    complain("%s: %s", input.name.c_str(), sentence(*page.fault).c_str());
-    return malformed;
+    return judge(input, page.fault);
 }
 
 }  // namespace
@@ -36,9 +29,14 @@ int run_html(int argc, char **argv)
          "Lengths in place of texts and raw bytes", nullptr},
         {},
     }};
-    Options options("html", "[FILE]",
-                    "Writes a page for a browser: the bytes of a message beside its fields. The "
-                    "page needs no network.");
+    Options options(
+        "html", "[FILE]",
+        "Writes a page for a browser: the bytes of a message beside its fields. The "
+        "page needs no network.\n"
+        "\n"
+        "Exit status: 0 if the message is whole, 1 if it is malformed, 2 for wrong usage "
+        "or several\n"
+        "messages, 3 if the file cannot be read.");
     options.add(entries.data());
     options.add_input();
     const auto files = options.parse(argc, argv);

@@ -8,6 +8,7 @@
 #include "json_message.hpp"
 #include "options.hpp"
 #include "parts.hpp"
+#include "verdict.hpp"
 
 namespace mdm::msg {
 namespace {
@@ -17,14 +18,7 @@ int print(const Input &input, bool is_pretty)
     const MessageJson json = to_json(input.bytes, is_pretty);
     std::fwrite(json.text.data(), 1, json.text.size(), stdout);
     std::putchar('\n');
-    if (!input.warning.empty()) {
-        complain("%s: %s", input.name.c_str(), input.warning.c_str());
-    }
-    if (!json.fault) {
-        return whole;
-    }
-    complain("%s: %s", input.name.c_str(), sentence(*json.fault).c_str());
-    return malformed;
+    return judge(input, json.fault);
 }
 
 }  // namespace
@@ -37,7 +31,11 @@ int run_json(int argc, char **argv)
         {},
     }};
     Options options("json", "[FILE…]",
-                    "Prints messages as JSON. 'mdm-msg make' makes the messages again.");
+                    "Prints messages as JSON. 'mdm-msg make' makes the messages again.\n"
+                    "\n"
+                    "Exit status: 0 if all messages are whole, 1 if one is malformed, 2 for wrong "
+                    "usage, 3 if a\n"
+                    "file cannot be read.");
     options.add(entries.data());
     options.add_input();
     const auto files = options.parse(argc, argv);

@@ -269,7 +269,8 @@ bool is_harmless(std::string_view character)
            (printable(character) == character && character != "\u2028" && character != "\u2029");
 }
 
-// json-glib leaves some characters as they are that act on a terminal or end a line.
+}  // namespace
+
 std::string without_terminal_actions(const char *json)
 {
     std::string out;
@@ -288,6 +289,8 @@ std::string without_terminal_actions(const char *json)
     }
     return out;
 }
+
+namespace {
 
 std::string Tree::text(bool is_pretty)
 {

@@ -4,6 +4,8 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <new>
+#include <stdexcept>
 #include <string_view>
 
 #include "command.hpp"
@@ -40,6 +42,17 @@ void print_help()
                stdout);
 }
 
+int run_row(const Row &row, int argc, char **argv)
+{
+    try {
+        return row.run(argc, argv);
+    } catch (const std::bad_alloc &) {
+    } catch (const std::length_error &) {  // where a pointer has 32 bits
+    }
+    complain("this needs more memory than there is");
+    return unreadable;
+}
+
 int run(int argc, char **argv)
 {
     if (argc < 2) {
@@ -56,7 +69,7 @@ int run(int argc, char **argv)
     }
     for (const Row &row : rows) {
         if (row.name == word) {
-            return row.run(argc - 1, argv + 1);
+            return run_row(row, argc - 1, argv + 1);
         }
     }
     return wrong_usage_of(nullptr, "there is no command '%s'", argv[1]);

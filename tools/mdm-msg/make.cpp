@@ -68,7 +68,10 @@ int make_of(const std::string &file, bool is_hex, std::string &out)
     }
     const MadeMessages made = from_json(*text);
     if (!made.error.empty()) {
-        complain("%s: %s", name, made.error.c_str());
+        const char *hint = text->find('\0') != std::string::npos
+                               ? "; is this a message? 'mdm-msg json' makes JSON of it"
+                               : "";
+        complain("%s: %s%s", name, made.error.c_str(), hint);
         return malformed;
     }
     for (const std::vector<uint8_t> &message : made.messages) {
@@ -88,7 +91,7 @@ bool write_into(const char *file, const std::string &bytes)
     return std::fclose(out) == 0 && is_written;
 }
 
-// The file has all bytes, or stays as it was. A symbolic link stays, too.
+// The file has all bytes, or stays as it was. A symbolic link to a file stays, too.
 int write_file(const char *file, const std::string &bytes)
 {
     GStatBuf status;
@@ -146,10 +149,15 @@ int run_make(int argc, char **argv)
          "Write to FILE; '-' is standard output, even if it is a terminal", "FILE"},
         {},
     }};
-    Options options("make", "[FILE…]",
-                    "Makes messages of JSON, as 'mdm-msg json' prints it. Several values make\n"
-                    "several messages, one behind the other. Nothing is written if a value is\n"
-                    "no message.");
+    Options options(
+        "make", "[FILE…]",
+        "Makes messages of JSON, as 'mdm-msg json' prints it. Several values make\n"
+        "several messages, one behind the other. Nothing is written if a value is\n"
+        "no message. The number of \"length\" is not used.\n"
+        "\n"
+        "Exit status: 0 if all messages are made, 1 if a value is no message, 2 for wrong "
+        "usage, 3 if a\n"
+        "file cannot be read or written.");
     options.add(entries.data());
     const auto files = options.parse(argc, argv);
     const MakeOptions how{OwnString(output), is_hex != FALSE};

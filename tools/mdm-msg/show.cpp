@@ -114,7 +114,7 @@ std::optional<ipc_fault_t> inspect_first(Bytes bytes, size_t size,
     return cut ? cut : fault;
 }
 
-// The lines of one message. The parts are visited twice: first to find the widths.
+// The lines of one message. The parts are visited three times: for the fault, for the widths, for the rows.
 class Table {
 public:
     Table(std::FILE *out, Bytes message, const ShowOptions &options)
@@ -342,7 +342,7 @@ constexpr const char *summary = "Shows the bytes of messages, a line for each fi
                                 "text, also with --hide-texts.\n"
                                 "\n"
                                 "Exit status: 0 if all messages are whole, 1 if one is "
-                                "malformed, 2 for a wrong usage, 3 if a\n"
+                                "malformed, 2 for wrong usage, 3 if a\n"
                                 "file cannot be read.";
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is said of a whole message.
+// What is said about a message.
 #pragma once
 
 #include <optional>
