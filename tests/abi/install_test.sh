@@ -44,8 +44,11 @@ case $1 in
 components)
     runtime=("$LIBDIR/libmdm-common.so.1" "$LIBDIR/libmdm-common.so.$VERSION")
     development=libmdm-common.so
+    # The static build is one without the tools.
+    tools=(bin/mdm-msg share/bash-completion/completions/mdm-msg share/man/man1/mdm-msg.1)
     if [ "$kind" = static ]; then
         runtime=()
+        tools=()
         development=libmdm-common.a
     fi
     printf '%s\n' "${runtime[@]}" | sed '/^$/d' | expect_component runtime
@@ -59,10 +62,11 @@ components)
         (cd "$source_dir" && find docs \( -name '*.md' -o -name '*.svg' \) \
             -printf 'share/doc/mdm-common/%p\n')
     } | expect_component doc
+    printf '%s\n' "${tools[@]}" | sed '/^$/d' | expect_component tools
     # Every installed file belongs to a component.
     quietly cmake --install "$build" --prefix "$work/all"
     diff <(files_in "$work/all") \
-        <({ files_in "$work/runtime" && files_in "$work/dev" && files_in "$work/doc"; } |
+        <(for component in runtime dev tools doc; do files_in "$work/$component"; done |
             LC_ALL=C sort)
     ;;
 paths)

@@ -53,7 +53,8 @@ uint32_t number_for(const ipc_part_t &part, const Message &message)
     return part.path == message.selector ? message.selector_value : 0;
 }
 
-// The library asks for raw bytes as long as `data_size` says, which is 1, and for the reserved ones.
+// The library asks for raw bytes as long as `data_size` says, which is 1, and for the reserved
+// ones.
 bool answer(ipc_part_t *part, void *user_data)
 {
     static constexpr std::array<uint8_t, 16> zeros{};

@@ -19,8 +19,8 @@ struct HexError {
     std::string reason;
 };
 
-// The bytes that the rows '*' of a dump may stand for, all together: a few lines could stand for any
-// number of them.
+// How many bytes the rows '*' of a dump may stand for, all together. A few lines could stand for
+// any number of them.
 inline constexpr uint64_t most_repeated = 1 << 20;
 
 struct HexText {

@@ -41,7 +41,8 @@ struct MessageJson {
 // call takes is proportional to the size of the message.
 MessageJson to_json(Bytes message, bool is_pretty);
 
-// Escapes the characters that json-glib leaves as they are, and that act on a terminal or end a line.
+// Escapes the characters that json-glib leaves as they are, and that act on a terminal or end a
+// line.
 std::string without_terminal_actions(const char *json);
 
 struct MadeMessages {

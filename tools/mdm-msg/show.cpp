@@ -114,7 +114,8 @@ std::optional<ipc_fault_t> inspect_first(Bytes bytes, size_t size,
     return cut ? cut : fault;
 }
 
-// The lines of one message. The parts are visited three times: for the fault, for the widths, for the rows.
+// The lines of one message. The parts are visited three times: for the fault, for the widths, for
+// the rows.
 class Table {
 public:
     Table(std::FILE *out, Bytes message, const ShowOptions &options)
