@@ -259,7 +259,26 @@ TEST(HexText, TakesAFailedCallOnlyIfThereIsNoOther)
     const std::string failed = "sendto(3, \"\\x01\", 1, 0, NULL, 0) = -1 EAGAIN (again)\n";
     EXPECT_EQ(read(failed), "01");
     EXPECT_EQ(read(failed + failed), "01");
+    EXPECT_EQ(read_hex(failed).warning, "the call in line 1 has failed");
     EXPECT_EQ(read(failed + "sendto(3, \"\\x01\", 1, 0, NULL, 0) = 1\n"), "01");
+}
+
+TEST(HexText, TakesTheResultBehindBlanks)
+{
+    const std::string failed = "write(3, \"\\x01\\x02\", 2)              = -1 EAGAIN (again)\n";
+    EXPECT_EQ(read(failed + "write(3, \"\\x01\\x02\", 2)              = 1\n"), "01");
+    EXPECT_EQ(read("write(3, \"\\x01\", 1) = ? ERESTARTSYS (To be restarted)\n"
+                   "write(3, \"\\x02\", 1) = 1\n"),
+              "02");
+    EXPECT_EQ(read("write(3, \") = -1 \\x02\", 8) = 8\n"), "29 20 3d 20 2d 31 20 02");
+}
+
+TEST(HexText, KnowsTheNameOfACallThatGoesOn)
+{
+    EXPECT_EQ(read("[pid 7] <... readlink resumed>\"/usr/bin/agent\", 4095) = 14\n"
+                   "[pid 7] <... recvmmsg resumed>[{iov_base=\"\\x01\\x02\"}], 1) = 1\n"
+                   "[pid 7] <... read resumed>\"a>, b\", 9) = 5\n"),
+              "01 02 61 3e 2c 20 62");
 }
 
 TEST(HexText, HasNoOctalEscapesAbove377)

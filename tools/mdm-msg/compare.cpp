@@ -168,7 +168,7 @@ std::vector<Match> pairs_of(Elements a, Elements b)
     if (a.size() == b.size() || a.size() * b.size() > most_compared_pairs) {
         return pairs_by_place(std::min(a.size(), b.size()));
     }
-    constexpr size_t points_for_pair = 1'000'000;  // more than an element has fields
+    constexpr size_t points_for_pair = 1'000'000;  // more than an element mostly has fields
     std::vector<size_t> points(a.size() * b.size());
     std::vector<size_t> best((a.size() + 1) * columns);  // of the elements from there on
     for (size_t i = a.size(); i-- > 0;) {

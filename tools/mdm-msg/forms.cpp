@@ -22,7 +22,9 @@ using Fields = std::span<const FieldDescription>;
 constexpr const char *summary =
     "Shows which messages there are: the categories with their message types, and the forms\n"
     "with their discriminators, the field \"type\" of a body. With a category it also shows the\n"
-    "fields, in the order of the bytes.";
+    "fields, in the order of the bytes.\n"
+    "\n"
+    "Exit status: 0, or 2 for wrong usage.";
 
 constexpr int indentation = 2;
 constexpr int name_width = 36;

@@ -36,8 +36,9 @@ public:
                 read(*line);
             }
         }
-        if (text_.bytes.empty()) {
+        if (text_.bytes.empty() && !failed_.empty()) {
             text_.bytes = std::move(failed_);
+            text_.warning = "the call in line " + std::to_string(failed_line_) + " has failed";
         }
         return std::move(text_);
     }
@@ -72,21 +73,32 @@ private:
              index != std::string_view::npos && !text_.error; index = line.text.find('"', behind)) {
             behind = read_string(line, index);
         }
-        if (has_failed(line.text) && text_.warning.empty()) {
+        const std::string_view end = result(line.text.substr(std::min(behind, line.text.size())));
+        if (!text_.warning.empty()) {
+            return;
+        }
+        if (has_failed(end)) {
             const auto begin = text_.bytes.begin() + static_cast<ptrdiff_t>(before);
             failed_.assign(begin, text_.bytes.end());
+            failed_line_ = line.number;
             text_.bytes.resize(before);
-        } else if (text_.warning.empty() && !name.ends_with("mmsg")) {  // counts messages
-            text_.bytes.resize(
-                std::min(text_.bytes.size(), before + result(line.text.substr(behind))));
+        } else if (!name.ends_with("mmsg")) {  // their result counts messages
+            text_.bytes.resize(std::min(text_.bytes.size(), before + size_of(end)));
         }
     }
 
-    // Empty if the line is no call: a string alone, or the end of a call that was interrupted.
+    // Empty if the line is no call, but a string alone.
     static std::string_view name_of_call(std::string_view line)
     {
-        const size_t parenthesis = std::min(line.find('('), line.find('"'));
-        if (parenthesis == std::string_view::npos || parenthesis == 0 || line[parenthesis] != '(') {
+        constexpr std::string_view resumed = "<... ";
+        const size_t quote = line.find('"');
+        const size_t mark = line.find(resumed);
+        if (mark < quote) {
+            const std::string_view name = line.substr(mark + resumed.size());
+            return name.substr(0, name.find(' '));
+        }
+        const size_t parenthesis = line.find('(');
+        if (parenthesis > quote || parenthesis == 0) {
             return {};
         }
         const size_t front = line.find_last_not_of(letters, parenthesis - 1);
@@ -103,37 +115,49 @@ private:
         return name.empty() || std::ranges::find(names, name) != names.end();
     }
 
-    static bool has_failed(std::string_view line)
-    {
-        const size_t sign = line.rfind(") = ");
-        return sign != std::string_view::npos && line.substr(sign).starts_with(") = -1 ");
-    }
-
     // Behind the descriptor: strace -yy writes the paths of a socket there, in quotation marks.
     static size_t first_string(std::string_view line)
     {
         const size_t quote = line.find('"');
-        const size_t open = line.find('<');
-        const size_t close = line.find(">, ");
-        const bool is_in_descriptor = open < quote && close != std::string_view::npos;
-        return is_in_descriptor ? line.find('"', close) : quote;
+        const size_t parenthesis = std::min(line.find('('), line.size() - 1);
+        const size_t digits = line.find_first_not_of("0123456789", parenthesis + 1);
+        if (digits == std::string_view::npos || digits > quote || line[digits] != '<') {
+            return quote;
+        }
+        return line.find('"', std::min(line.find(">, ", digits), line.size()));
+    }
+
+    // What stands behind "=" at the end of a call; empty if it has not ended. `text` begins behind
+    // the strings. strace fills short lines with blanks.
+    static std::string_view result(std::string_view text)
+    {
+        constexpr std::string_view sign = " = ";
+        for (size_t at = text.rfind(sign); at != std::string_view::npos && at > 0;
+             at = text.rfind(sign, at - 1)) {
+            const size_t front = text.find_last_not_of(' ', at);
+            if (front != std::string_view::npos && text[front] == ')') {
+                return text.substr(at + sign.size());
+            }
+        }
+        return {};
+    }
+
+    // A call that was interrupted, "= ?", is repeated.
+    static bool has_failed(std::string_view result)
+    {
+        return result.starts_with("-1 ") || result.starts_with('?');
     }
 
     // How many bytes the call has carried; all of them if it has not ended.
-    static size_t result(std::string_view text)
+    static size_t size_of(std::string_view result)
     {
-        const size_t sign = text.rfind(") = ");
-        if (sign == std::string_view::npos) {
+        if (result.empty() || result.front() < '0' || result.front() > '9') {
             return SIZE_MAX / 2;
         }
         size_t number = 0;
-        size_t index = sign + 4;
-        if (index >= text.size() || text[index] < '0' || text[index] > '9') {
-            return SIZE_MAX / 2;
-        }
-        for (; index < text.size() && text[index] >= '0' && text[index] <= '9'; ++index) {
-            number = std::min<size_t>(number * 10 + static_cast<size_t>(text[index] - '0'),
-                                      SIZE_MAX / 32);
+        for (const char digit : result.substr(0, result.find_first_not_of("0123456789"))) {
+            number =
+                std::min<size_t>(number * 10 + static_cast<size_t>(digit - '0'), SIZE_MAX / 32);
         }
         return number;
     }
@@ -224,6 +248,7 @@ private:
 
     HexText text_;
     std::vector<uint8_t> failed_;  // the bytes of a call that has failed; mostly it is repeated
+    size_t failed_line_ = 0;
 };
 
 }  // namespace
