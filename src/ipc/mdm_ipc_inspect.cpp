@@ -3,12 +3,11 @@
 // A message part by part: the categories' handlers run over a reader of parts.
 #include "mdm/inspect.h"
 
-#include "log/log.hpp"
-#include "mdm/result.h"
-
 #include "ipc/category.hpp"
 #include "ipc/envelope.hpp"
 #include "ipc/guarded.hpp"
+#include "log/log.hpp"
+#include "mdm/result.h"
 #include "wire/arena.hpp"
 #include "wire/cursor.hpp"
 #include "wire/fault.hpp"

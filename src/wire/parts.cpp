@@ -49,7 +49,7 @@ uint8_t *Parts::release()
     return std::exchange(new_bytes_, nullptr);
 }
 
-// `part` is a copy that the visitor may not change. A text that is not all there is a count.
+// A text that is not all there is a count.
 void Parts::show(ipc_part_t &part, const uint8_t *bytes)
 {
     switch (part.kind) {

@@ -21,7 +21,7 @@ public:
         Lines lines(text);
         while (const auto line = lines.next()) {
             if (is_dump_row(line->text)) {
-                fail(*line, 0, "a row of a dump stands behind other text");
+                refuse(text_, *line, 0, "a row of a dump stands behind other text");
             }
             read(*line);
             if (text_.error) {
@@ -32,13 +32,6 @@ public:
     }
 
 private:
-    void fail(const Line &line, size_t index, std::string reason)
-    {
-        if (!text_.error) {
-            text_.error = line.error(index, std::move(reason));
-        }
-    }
-
     void read(const Line &line)
     {
         const size_t bytes_before = text_.bytes.size();
@@ -73,15 +66,15 @@ private:
         const bool ends_well = end == text.size() || text[end] == '#' || text[end] == '\\' ||
                                separators.find(text[end]) != std::string_view::npos;
         if (!ends_well) {
-            return fail(line, end, no_hex_digit(text, end));
+            return refuse(text_, line, end, no_hex_digit(text, end));
         }
         if (digits == 0) {
             return begin < text.size() && text[begin] == '\\'
-                       ? fail(line, begin, no_hex_digit(text, begin))
-                       : fail(line, begin - 1, "no digits follow");
+                       ? refuse(text_, line, begin, no_hex_digit(text, begin))
+                       : refuse(text_, line, begin - 1, "no digits follow");
         }
         if (digits % 2 != 0) {
-            return fail(line, end - 1, "an odd number of digits");
+            return refuse(text_, line, end - 1, "an odd number of digits");
         }
         for (size_t i = begin; i < end; i += 2) {
             text_.bytes.push_back(
@@ -99,7 +92,7 @@ private:
             is_second_row_ && digits.size() == offset_digits_ &&
             (is_number(digits, bytes_in_row, 16) || is_number(digits, bytes_in_row, 8));
         if (digits.size() == 7 || is_offset) {
-            fail(line, index, use_other_dump);
+            refuse(text_, line, index, use_other_dump);
         }
         is_second_row_ = offset_digits_ == unknown && is_zero && digits.size() >= 4;
         offset_digits_ = digits.size();

@@ -63,19 +63,13 @@ public:
             }
         }
         if (repeating_) {
-            fail(*repeating_, 0, "no row follows '*', so the number of its rows is unknown");
+            refuse(text_, *repeating_, 0,
+                   "no row follows '*', so the number of its rows is unknown");
         }
         return std::move(text_);
     }
 
 private:
-    void fail(const Line &line, size_t index, std::string reason)
-    {
-        if (!text_.error) {
-            text_.error = line.error(index, std::move(reason));
-        }
-    }
-
     void read(const Line &line)
     {
         const std::string_view text = without_blanks_at_end(line.text);
@@ -89,7 +83,7 @@ private:
         } else if (digits != 0 && digits == text.size()) {
             go_to(line, digits);  // the line that ends the output of hexdump
         } else {
-            fail(line, 0, "this is no row of the dump that begins above");
+            refuse(text_, line, 0, "this is no row of the dump that begins above");
         }
     }
 
@@ -107,7 +101,7 @@ private:
             is_any_offset_right_ = false;
         }
         if (offset != end_ || repeating_) {
-            fail(line, 0, "this row does not follow the row in front of it");
+            refuse(text_, line, 0, "this row does not follow the row in front of it");
         }
     }
 
@@ -118,7 +112,8 @@ private:
         }
         repeated_ += size;
         if (repeated_ > most_repeated) {
-            return fail(line, 0, "'*' stands for too many rows; at most 1 MiB is repeated");
+            return refuse(text_, line, 0,
+                          "'*' stands for too many rows; at most 1 MiB is repeated");
         }
         end_ += size;
         for (; size != 0; size -= row_size_) {
@@ -155,7 +150,7 @@ private:
             }
         }
         if (index < text.size() && text[index] != (is_hexdump ? '|' : ' ')) {
-            fail(line, index, no_hex_digit(text, index));
+            refuse(text_, line, index, no_hex_digit(text, index));
         }
         row_size_ = text_.bytes.size() - begin;
         end_ += row_size_;
@@ -169,10 +164,10 @@ private:
         const size_t end = index + count;
         if (end < line.text.size() &&
             std::string_view(" |\r").find(line.text[end]) == std::string_view::npos) {
-            return fail(line, end, no_hex_digit(line.text, end));
+            return refuse(text_, line, end, no_hex_digit(line.text, end));
         }
         if (count % 2 != 0) {
-            return fail(line, end - 1, "an odd number of digits");
+            return refuse(text_, line, end - 1, "an odd number of digits");
         }
         for (size_t i = index; i < end; i += 2) {
             text_.bytes.push_back(
@@ -195,7 +190,8 @@ private:
             std::reverse(first, first + static_cast<std::ptrdiff_t>(size));
         }
         if (ends_with_characters(characters, bytes)) {
-            return fail(line, 0, "the bytes of the words are reversed; use xxd without -e");
+            return refuse(text_, line, 0,
+                          "the bytes of the words are reversed; use xxd without -e");
         }
         if (text_.warning.empty()) {
             text_.warning = "the characters at the end of line " + std::to_string(line.number) +

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string_view>
+#include <utility>
 
 #include "hex.hpp"
 
@@ -27,6 +28,14 @@ struct Line {
         return first == std::string_view::npos || text[first] == '#';
     }
 };
+
+// The first error of a text counts.
+inline void refuse(HexText &text, const Line &line, size_t index, std::string reason)
+{
+    if (!text.error) {
+        text.error = line.error(index, std::move(reason));
+    }
+}
 
 // Takes the lines from a text.
 class Lines {

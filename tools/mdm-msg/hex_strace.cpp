@@ -44,22 +44,17 @@ public:
     }
 
 private:
-    void fail(const Line &line, size_t index, std::string reason)
-    {
-        text_.error = line.error(index, std::move(reason));
-    }
-
     void read(const Line &line)
     {
         const auto good = std::ranges::find_if_not(line.text, is_text) - line.text.begin();
         const auto bad = static_cast<size_t>(good);
         if (bad < line.text.size()) {
-            return fail(line, bad, no_hex_digit(line.text, bad));
+            return refuse(text_, line, bad, no_hex_digit(line.text, bad));
         }
         const size_t quote = line.text.find('"');
         if (quote == std::string_view::npos) {
             if (line.text.find_first_of("()+-") == std::string_view::npos) {
-                fail(line, 0, "this is no line of strace");
+                refuse(text_, line, 0, "this is no line of strace");
             }
             return;
         }
@@ -178,7 +173,7 @@ private:
             }
         }
         if (index >= text.size()) {
-            fail(line, quote, "the string has no end");
+            refuse(text_, line, quote, "the string has no end");
             return index;
         }
         ++index;
@@ -216,7 +211,7 @@ private:
                 number = number * 8 + static_cast<unsigned>(text[index] - '0');
             }
             if (number > UINT8_MAX) {
-                fail(line, backslash, "an unknown escape");
+                refuse(text_, line, backslash, "an unknown escape");
             }
             text_.bytes.push_back(static_cast<uint8_t>(number));
             return index;
@@ -225,7 +220,7 @@ private:
         constexpr std::string_view values = "\n\t\r\v\f\a\b\x1b\"\\'";
         const size_t which = escapes.find(letter);
         if (which == std::string_view::npos) {
-            fail(line, backslash, "an unknown escape");
+            refuse(text_, line, backslash, "an unknown escape");
             return index;
         }
         text_.bytes.push_back(static_cast<uint8_t>(values[which]));
@@ -237,8 +232,8 @@ private:
         const std::string_view text = line.text;
         if (count_digits(text.substr(0, index + 2), index) != 2) {
             const size_t bad = index + count_digits(text, index);
-            fail(line, std::min(bad, text.size()),
-                 bad < text.size() ? no_hex_digit(text, bad) : "the string has no end");
+            refuse(text_, line, std::min(bad, text.size()),
+                   bad < text.size() ? no_hex_digit(text, bad) : "the string has no end");
             return index;
         }
         text_.bytes.push_back(

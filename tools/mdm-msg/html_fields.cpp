@@ -7,21 +7,12 @@
 #include "html.hpp"
 #include "html_parts.hpp"
 #include "parts.hpp"
+#include "verdict.hpp"
 
 namespace mdm::msg {
 namespace {
 
 constexpr size_t bytes_before_fold = 16;
-
-// The first bytes of a text, without half a character at the end.
-Bytes beginning_of(Bytes text)
-{
-    size_t size = text_before_fold;
-    while (size > text_before_fold - 4 && (text[size] & 0xC0) == 0x80) {
-        --size;
-    }
-    return text.first(size);
-}
 
 class Tree {
 public:
@@ -156,18 +147,18 @@ private:
     void append_number(const ipc_part_t &part)
     {
         out_ += "<code>" + std::to_string(number_of(part)) + "</code> ";
+        names_.see(part);
         if (std::string_view(part.path) == "header.type") {
-            type_ = static_cast<uint8_t>(part.number);
-            out_ += std::string("<em>") + ipc_category_name(type_) + "</em> ";
+            out_ += std::string("<em>") + names_.category() + "</em> ";
         } else if (is_discriminator(part)) {
-            out_ += std::string("<em>") + ipc_form_name(type_, part.number) + "</em> ";
+            out_ += std::string("<em>") + names_.form() + "</em> ";
         }
     }
 
     void append_text(Bytes text)
     {
         const bool is_long = text.size() > text_before_fold;
-        const Bytes shown = is_long ? beginning_of(text) : text;
+        const Bytes shown = beginning_of(text, text_before_fold);
         out_ += "<code>" + escaped(quoted(as_text(shown))) + "</code> ";
         out_ += is_long ? "<em>…</em> " : "";
     }
@@ -181,7 +172,7 @@ private:
 
     std::string &out_;
     const Inspected &message_;
-    uint8_t type_ = 0;
+    Names names_;
 };
 
 }  // namespace

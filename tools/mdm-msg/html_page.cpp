@@ -119,11 +119,6 @@ std::string escaped(std::string_view text)
     return out;
 }
 
-std::string counted(uint64_t number, const char *noun)
-{
-    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
-}
-
 char class_of(ipc_part_kind_t kind)
 {
     switch (kind) {

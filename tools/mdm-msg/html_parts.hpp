@@ -26,9 +26,6 @@ struct Inspected {
 // Text for HTML, also between quotation marks.
 std::string escaped(std::string_view text);
 
-// "1 byte", "2 bytes"
-std::string counted(uint64_t number, const char *noun);
-
 // The letter that page.css knows the kind by.
 char class_of(ipc_part_kind_t kind);
 

@@ -19,9 +19,6 @@ struct FreeNode {
 struct FreeGenerator {
     void operator()(JsonGenerator *generator) const { g_object_unref(generator); }
 };
-struct FreeString {
-    void operator()(gchar *text) const { g_free(text); }
-};
 using Node = std::unique_ptr<JsonNode, FreeNode>;
 using Generator = std::unique_ptr<JsonGenerator, FreeGenerator>;
 
@@ -298,8 +295,8 @@ std::string Tree::text(bool is_pretty)
     const Generator generator(json_generator_new());
     json_generator_set_pretty(generator.get(), is_pretty ? TRUE : FALSE);
     json_generator_set_root(generator.get(), root_.get());
-    const std::unique_ptr<gchar, FreeString> json(json_generator_to_data(generator.get(), nullptr));
-    return without_terminal_actions(json.get());
+    g_autofree gchar *json = json_generator_to_data(generator.get(), nullptr);
+    return without_terminal_actions(json);
 }
 
 }  // namespace

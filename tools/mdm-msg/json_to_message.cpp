@@ -45,11 +45,6 @@ std::string described(const JsonValue *value)
     return std::string(text) + end;
 }
 
-std::string bytes_word(size_t count)
-{
-    return std::to_string(count) + (count == 1 ? " byte" : " bytes");
-}
-
 // The name that several members of an object have; empty if there is none.
 std::optional<std::string_view> duplicate_name(const JsonValue &object)
 {
@@ -330,8 +325,8 @@ bool Answers::give_bytes(ipc_part_t &part, JsonValue *value)
     const bool has_length = part.kind == IPC_PART_BYTES || part.kind == IPC_PART_RESERVED;
     if (has_length && part.length != bytes_.size()) {
         const char *why = part.kind == IPC_PART_BYTES ? " as data_size says," : "";
-        return refuse("expected " + bytes_word(part.length) + "," + why + " found " +
-                      bytes_word(bytes_.size()));
+        return refuse("expected " + counted(part.length, "byte") + "," + why + " found " +
+                      counted(bytes_.size(), "byte"));
     }
     if (bytes_.size() > UINT32_MAX) {
         return refuse("this is too long");

@@ -13,6 +13,7 @@
 
 #include "command.hpp"
 #include "complain.hpp"
+#include "file.hpp"
 #include "json_message.hpp"
 #include "options.hpp"
 
@@ -29,46 +30,19 @@ struct MakeOptions {
     bool is_hex = false;
 };
 
-// On failure errno says why.
-std::optional<std::string> read_all(FILE *in)
-{
-    std::string text;
-    std::array<char, 65536> block;
-    size_t size = 0;
-    while ((size = std::fread(block.data(), 1, block.size(), in)) != 0) {
-        text.append(block.data(), size);
-    }
-    return std::ferror(in) == 0 ? std::optional(text) : std::nullopt;
-}
-
-std::optional<std::string> read_file(const std::string &file)
-{
-    if (file == "-") {
-        return read_all(stdin);
-    }
-    FILE *in = std::fopen(file.c_str(), "rbe");
-    if (in == nullptr) {
-        return std::nullopt;
-    }
-    std::optional<std::string> text = read_all(in);
-    const int reason = errno;
-    std::fclose(in);
-    errno = reason;
-    return text;
-}
-
 // Appends what the file's messages are written as. Returns a status; the reason is printed.
 int make_of(const std::string &file, bool is_hex, std::string &out)
 {
     const char *name = file == "-" ? "standard input" : file.c_str();
-    const std::optional<std::string> text = read_file(file);
-    if (!text) {
-        complain("%s: cannot be read: %s", name, g_strerror(errno));
+    const File bytes(file);
+    if (!bytes.reason().empty()) {
+        complain("%s: cannot be read: %s", name, bytes.reason().c_str());
         return unreadable;
     }
-    const MadeMessages made = from_json(*text);
+    const std::string_view text = as_text(bytes.bytes());
+    const MadeMessages made = from_json(text);
     if (!made.error.empty()) {
-        const char *hint = text->find('\0') != std::string::npos
+        const char *hint = text.find('\0') != std::string_view::npos
                                ? "; is this a message? 'mdm-msg json' makes JSON of it"
                                : "";
         complain("%s: %s%s", name, made.error.c_str(), hint);

@@ -68,16 +68,7 @@ std::string shortened(Bytes bytes, bool full)
     if (full || bytes.size() <= most_in_text) {
         return quoted(as_text(bytes));
     }
-    size_t size = most_in_text;
-    while (size > most_in_text - 3 && (bytes[size] & 0xC0) == 0x80) {  // within a character
-        --size;
-    }
-    return quoted(as_text(bytes.first(size))) + "…";
-}
-
-std::string size_text(size_t size)
-{
-    return std::to_string(size) + (size == 1 ? " byte" : " bytes");
+    return quoted(as_text(beginning_of(bytes, most_in_text))) + "…";
 }
 
 // A copy with a true length field, and with zeros behind it if it is too short for a message.
@@ -269,14 +260,14 @@ private:
             return number(part);
         case IPC_PART_STR:
             return options_.hide_texts
-                       ? size_text(part.length)
+                       ? counted(part.length, "byte")
                        : std::to_string(part.length) + " " + shortened(bytes_of(part), full());
         case IPC_PART_RESERVED:
-            return size_text(part.length) + ", ignored";
+            return counted(part.length, "byte") + ", ignored";
         case IPC_PART_PADDING:
             return padding(part);
         case IPC_PART_REST:
-            return size_text(part.length) + ", not decoded";
+            return counted(part.length, "byte") + ", not decoded";
         case IPC_PART_BYTES:
             break;
         }
@@ -286,7 +277,7 @@ private:
 
     std::string content(const ipc_part_t &part) const
     {
-        const std::string size = size_text(part.length);
+        const std::string size = counted(part.length, "byte");
         return options_.hide_texts ? size : size + " " + shortened(bytes_of(part), full());
     }
 
@@ -294,7 +285,7 @@ private:
     {
         const bool is_zero =
             std::ranges::all_of(bytes_of(part), [](uint8_t one) { return one == 0; });
-        return is_zero && !options_.hide_texts ? size_text(part.length) + ", all zero"
+        return is_zero && !options_.hide_texts ? counted(part.length, "byte") + ", all zero"
                                                : content(part);
     }
 
@@ -302,8 +293,8 @@ private:
     {
         if (is_at(part, "header.length")) {  // --any-length has changed the part
             const uint32_t length = first_word(message_);
-            return std::to_string(length) + " (+ 8 = " + size_text(size_t{length} + uncounted) +
-                   ")";
+            return std::to_string(length) +
+                   " (+ 8 = " + counted(size_t{length} + uncounted, "byte") + ")";
         }
         std::string decimal = std::to_string(number_of(part));
         if (is_at(part, "header.type")) {

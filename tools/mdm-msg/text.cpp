@@ -98,6 +98,24 @@ std::string printable(std::string_view text)
     return out;
 }
 
+Bytes beginning_of(Bytes text, size_t most)
+{
+    if (text.size() <= most) {
+        return text;
+    }
+    constexpr size_t longest = 4;  // of a character
+    size_t size = most;
+    while (size > most - (longest - 1) && (text[size] & 0xC0) == 0x80) {
+        --size;
+    }
+    return text.first(size);
+}
+
+std::string counted(uint64_t number, const char *noun)
+{
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
 std::string hex(Bytes bytes)
 {
     constexpr std::string_view digits = "0123456789abcdef";

@@ -25,6 +25,12 @@ std::string quoted(std::string_view text);
 // The same without quotation marks around it, and with quotation marks and backslashes as they are.
 std::string printable(std::string_view text);
 
+// The first bytes of a text, `most` at most, without half a character at the end.
+Bytes beginning_of(Bytes text, size_t most);
+
+// "1 byte", "2 bytes"
+std::string counted(uint64_t number, const char *noun);
+
 // "0a ff 00"
 std::string hex(Bytes bytes);
 
