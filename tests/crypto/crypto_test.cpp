@@ -29,7 +29,7 @@
 #include "support/wipe_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::crypto_test {
 namespace {
 
 using namespace std::string_literals;
@@ -648,4 +648,4 @@ TEST(AesHelper, CallsOfManyThreadsDoNotMeet)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::crypto_test

@@ -23,7 +23,7 @@
 #include "support/typed.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::data_size_test {
 namespace {
 
 // The page.
@@ -481,4 +481,4 @@ TEST(DataSizePage, SaysWhatBecomesOfTheEmptyList)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::data_size_test

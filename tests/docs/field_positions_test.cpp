@@ -17,7 +17,7 @@
 #include "support/format.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::field_positions_test {
 namespace {
 
 // The first line of the text of each field of a record, by the name of the field.
@@ -229,4 +229,4 @@ TEST(FieldPositions, InTheHeaderAreThoseOfAMessage)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::field_positions_test

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-namespace mdm::test {
+namespace mdm::test::quirks_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -247,4 +247,4 @@ TEST(Quirks, HaveTheTestsThatTheListNames)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::quirks_test

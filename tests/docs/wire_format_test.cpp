@@ -17,7 +17,7 @@
 #include "support/format.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::wire_format_test {
 namespace {
 
 const std::vector<std::string> &document()
@@ -266,4 +266,4 @@ TEST(WireFormat, TablesListTheDiscriminatorsOfTheForms)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::wire_format_test

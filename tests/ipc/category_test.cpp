@@ -18,7 +18,7 @@
 #include "support/no_memory.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::category_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -253,4 +253,4 @@ TEST_F(FailingPayloads, AreNotReadWithoutMemoryAndWithTheLoggerOff)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::category_test

@@ -15,7 +15,7 @@
 #include "mdm/guarded.h"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::ciphertext_test {
 namespace {
 
 using ::testing::SizeIs;
@@ -129,4 +129,4 @@ INSTANTIATE_TEST_SUITE_P(On, Ciphertext, ::testing::Values(Path::trusting, Path:
                          ::testing::PrintToStringParamName());
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::ciphertext_test

@@ -20,7 +20,7 @@
 #include "support/parts.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::compose_test {
 namespace {
 
 using ::testing::IsEmpty;
@@ -396,4 +396,4 @@ TEST(NoMemoryToCompose, IsAFaultWhereTheBytesGrow)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::compose_test

@@ -18,7 +18,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::envelope_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -842,4 +842,4 @@ TEST(Envelope, ThreadsWorkOnDifferentMessagesAtOnce)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::envelope_test

@@ -15,7 +15,7 @@
 #include "support/parts.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::inspect_forms_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -449,4 +449,4 @@ TEST(InspectForms, FalseType)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::inspect_forms_test

@@ -26,7 +26,7 @@
 #include "support/parts.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::inspect_test {
 namespace {
 
 using ::testing::Each;
@@ -553,4 +553,4 @@ TEST(InspectNames, OfDiscriminatorsWithASign)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::inspect_test

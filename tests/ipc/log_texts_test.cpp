@@ -20,7 +20,7 @@
 #include "support/messages.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::log_texts_test {
 namespace {
 
 using ::testing::ContainerEq;
@@ -160,4 +160,4 @@ TEST(LogTexts, AreWhereTheDocumentSays)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::log_texts_test

@@ -15,7 +15,7 @@
 #include "support/senders.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::property_test {
 namespace {
 
 // Sends a message, compares its bytes and its trailer, and returns the bytes.
@@ -92,4 +92,4 @@ INSTANTIATE_TEST_SUITE_P(Of, Property, ::testing::ValuesIn(category_formats()),
                          [](const auto &test) { return std::string(test.param.name); });
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::property_test

@@ -21,7 +21,7 @@
 #include "support/typed.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::typed_test {
 namespace {
 
 // Discriminators around and between those that select a form, and some that look like them where
@@ -712,4 +712,4 @@ TEST(TypedFilling, TakesAPayloadThatCannotBeWritten)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::typed_test

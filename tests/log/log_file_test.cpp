@@ -26,7 +26,7 @@
 #include "support/log_recorder.hpp"
 #include "support/private_mounts.hpp"
 
-namespace mdm::test {
+namespace mdm::test::log_file_test {
 namespace {
 
 std::string contents(const std::string &path)
@@ -286,12 +286,12 @@ TEST_F(LogFile, ThatIsAFifoGetsWholeLinesThoughSignalsInterruptThem)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::log_file_test
 
 // In front of the C library's own.
 extern "C" int ftruncate(int file, off_t size) noexcept
 {
-    if (mdm::test::truncating_fails) {
+    if (mdm::test::log_file_test::truncating_fails) {
         errno = EPERM;
         return -1;
     }

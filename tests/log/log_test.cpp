@@ -24,7 +24,7 @@
 #include "support/log_recorder.hpp"
 #include "support/no_memory.hpp"
 
-namespace mdm::test {
+namespace mdm::test::log_test {
 namespace {
 
 using ::testing::Each;
@@ -619,4 +619,4 @@ TEST_F(Log, ALineLeavesTheCancelabilityStateAsItWas)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::log_test

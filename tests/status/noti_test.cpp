@@ -41,7 +41,7 @@
 #include "support/private_mounts.hpp"
 #include "support/unprivileged.hpp"
 
-namespace mdm::test {
+namespace mdm::test::noti_test {
 namespace {
 
 using namespace std::string_literals;
@@ -923,4 +923,4 @@ TEST_P(FullStatusStore, FailedWriteLeavesAnEmptyFile)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::noti_test

@@ -14,7 +14,7 @@
 #include "support/messages.hpp"
 #include "text.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::check_test {
 namespace {
 
 using testing::EndsWith;
@@ -160,4 +160,4 @@ TEST_F(Check, RefusesToBeQuietInJson)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::check_test

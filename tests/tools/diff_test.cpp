@@ -18,7 +18,7 @@
 #include "printed.hpp"
 #include "support/messages.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::diff_test {
 namespace {
 
 using testing::AllOf;
@@ -531,4 +531,4 @@ TEST(CommonSubsequence, OfRepeatedElementsIsACommonOne)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::diff_test

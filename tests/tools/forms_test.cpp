@@ -12,7 +12,7 @@
 #include "printed.hpp"
 #include "support/format.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::forms_test {
 namespace {
 
 using testing::ElementsAre;
@@ -345,4 +345,4 @@ TEST(FormsCommand, RefusesAnUnknownCategory)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::forms_test

@@ -12,7 +12,7 @@
 #include "mdm/log.h"
 #include "support/messages.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::golden_messages_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -87,4 +87,4 @@ TEST(GoldenMessages, AreBrokenInOnePlace)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::golden_messages_test

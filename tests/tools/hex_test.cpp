@@ -7,7 +7,7 @@
 
 #include "text.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::hex_test {
 namespace {
 
 // The message of which the programs have made the dumps below.
@@ -305,4 +305,4 @@ TEST(HexText, EndsWhereStraceHasCutIt)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::hex_test

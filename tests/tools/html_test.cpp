@@ -16,7 +16,7 @@
 #include "printed.hpp"
 #include "support/messages.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::html_test {
 namespace {
 
 using testing::HasSubstr;
@@ -442,4 +442,4 @@ TEST(HtmlCommand, TakesOneFile)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::html_test

@@ -12,7 +12,7 @@
 #include "support/messages.hpp"
 #include "support/unprivileged.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::input_test {
 namespace {
 
 using testing::ElementsAre;
@@ -271,4 +271,4 @@ TEST_F(InputOf, AFileAboveFourGibibytesIsRefusedWithoutStream)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::input_test

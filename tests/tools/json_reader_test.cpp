@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace mdm::msg {
+namespace mdm::msg::json_reader_test {
 namespace {
 
 using namespace std::string_view_literals;
@@ -165,4 +165,4 @@ TEST(JsonReader, RefusesDeepNesting)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::json_reader_test

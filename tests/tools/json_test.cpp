@@ -9,7 +9,7 @@
 #include "parts.hpp"
 #include "support/messages.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::json_test {
 namespace {
 
 using test::framed;
@@ -304,4 +304,4 @@ TEST(Json, IsJsonForJsonGlib)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::json_test

@@ -13,7 +13,7 @@
 
 #include "support/messages.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::make_program_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -284,4 +284,4 @@ TEST_F(MakeProgram, EndsSilentlyIfNobodyReads)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::make_program_test

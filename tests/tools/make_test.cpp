@@ -11,7 +11,7 @@
 #include "mdm/log.h"
 #include "support/messages.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::make_test {
 namespace {
 
 using Message = std::vector<uint8_t>;
@@ -393,4 +393,4 @@ TEST(MakeRefuses, AHugeObjectQuickly)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::make_test

@@ -12,7 +12,7 @@
 #include "mdm/log.h"
 #include "support/messages.hpp"
 
-namespace mdm::msg {
+namespace mdm::msg::show_test {
 namespace {
 
 using testing::AnyOf;
@@ -307,4 +307,4 @@ TEST_F(Show, ShowsAMessageOfNoBytes)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::show_test

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace mdm::msg {
+namespace mdm::msg::text_test {
 namespace {
 
 using namespace std::string_view_literals;
@@ -33,4 +33,4 @@ TEST(QuotedText, KeepsLetters)
 }
 
 }  // namespace
-}  // namespace mdm::msg
+}  // namespace mdm::msg::text_test

@@ -22,7 +22,7 @@
 #include "support/log_recorder.hpp"
 #include "support/no_memory.hpp"
 
-namespace mdm::test {
+namespace mdm::test::util_policy_test {
 namespace {
 
 using ::testing::AllOf;
@@ -1026,4 +1026,4 @@ TEST(PhoneResLimitProperty, ParametersAreSplitAndClampedAsByHand)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::util_policy_test

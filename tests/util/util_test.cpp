@@ -17,7 +17,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::util_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -360,4 +360,4 @@ TEST_F(PackageNameInUtf8, IsJudgedByBytesAndNotByCharacters)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::util_test

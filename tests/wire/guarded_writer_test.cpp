@@ -13,7 +13,7 @@
 #include "support/wire.hpp"
 #include "wire/cursor.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_writer_test {
 namespace {
 
 using ::testing::Each;
@@ -118,4 +118,4 @@ TEST(GuardedWriter, WritesNoRecordForWhoseTextsThereIsNoRoom)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_writer_test

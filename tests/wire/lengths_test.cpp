@@ -21,7 +21,7 @@
 #define __has_feature(feature) 0
 #endif
 
-namespace mdm::test {
+namespace mdm::test::lengths_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -337,4 +337,4 @@ TEST(LengthsOfAHugeText, NeedMoreMemoryThanIsHere)
 #endif
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::lengths_test

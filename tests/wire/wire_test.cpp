@@ -12,7 +12,7 @@
 #include "support/allocation_trace.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::wire_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -273,7 +273,7 @@ TEST(WireFields, StringsAreReleasedInListOrderAndSetToNull)
 
 TEST(WireFields, CarryTheirPaths)
 {
-    const char *path = Fields(sample_fields).paths();
+    const char *path = mdm::Fields(sample_fields).paths();
     for (const char *expected :
          {"sample.first", "sample.number", "sample.byte", "sample.amount", "sample.last"}) {
         EXPECT_STREQ(path, expected);
@@ -285,12 +285,12 @@ TEST(WireFields, AreRunsOfNeighboursOfOneKind)
 {
     constexpr auto pair_fields = MDM_FIELDS(mdm_wifi_pair_t, "pair", ssid, value);
     std::vector<int> counts;
-    for (const mdm::Run run : Fields(pair_fields)) {
+    for (const mdm::Run run : mdm::Fields(pair_fields)) {
         counts.push_back(run.count);
     }
     EXPECT_THAT(counts, ElementsAre(2));
     counts.clear();
-    for (const mdm::Run run : Fields(sample_fields)) {  // in another order than in the record
+    for (const mdm::Run run : mdm::Fields(sample_fields)) {  // in another order than in the record
         counts.push_back(run.count);
     }
     EXPECT_THAT(counts, ElementsAre(1, 1, 1, 1, 1));
@@ -509,4 +509,4 @@ TEST(WireCursors, TellWhetherTheyHaveAPosition)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::wire_test

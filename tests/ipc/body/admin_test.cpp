@@ -10,7 +10,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::admin_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -222,4 +222,4 @@ TEST(Admin, GeneralFormLogsItsTypeOnlyAsASignedNumber)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::admin_test

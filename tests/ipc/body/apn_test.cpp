@@ -13,7 +13,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::apn_test {
 namespace {
 
 using ::testing::Each;
@@ -415,4 +415,4 @@ TEST(Apn, OnlyListsLogTheirProfilesNames)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::apn_test

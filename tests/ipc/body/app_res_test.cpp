@@ -14,7 +14,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::app_res_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -688,4 +688,4 @@ TEST(AppRes, ManyItemsComeBackInOrder)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::app_res_test

@@ -13,7 +13,7 @@
 #include "support/no_memory.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::app_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -542,4 +542,4 @@ TEST(App, WholeMessageKeepsItsPackagesInOrder)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::app_test

@@ -13,7 +13,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::bluetooth_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -344,4 +344,4 @@ TEST(Bluetooth, BothTypesOfTheMessageTravelAndKeepWhatIsNotReleased)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::bluetooth_test

@@ -15,7 +15,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::callback_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -474,4 +474,4 @@ TEST(MiscCb, WithoutAStringIs25Bytes)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::callback_test

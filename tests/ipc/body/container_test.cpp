@@ -13,7 +13,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::container_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -380,4 +380,4 @@ TEST(ContainerMessage, CarriesEveryFormAndLeaksNothing)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::container_test

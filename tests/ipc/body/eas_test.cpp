@@ -13,7 +13,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::eas_test {
 namespace {
 
 using ::testing::Each;
@@ -495,4 +495,4 @@ TEST(Eas, LogsEnterAndExitOnly)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::eas_test

@@ -13,7 +13,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::email_test {
 namespace {
 
 using ::testing::Each;
@@ -488,4 +488,4 @@ TEST(Email, LogsEnterAndExitOnly)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::email_test

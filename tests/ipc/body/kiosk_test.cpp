@@ -14,7 +14,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::kiosk_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -452,4 +452,4 @@ TEST(Kiosk, OnlyTheWriterOfKeysLogsAndNamesTheirPolicy)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::kiosk_test

@@ -8,7 +8,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::location_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -117,4 +117,4 @@ TEST(Location, WriterAndReaderLogEnterAndExit)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::location_test

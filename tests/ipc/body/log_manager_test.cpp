@@ -10,7 +10,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::log_manager_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -243,4 +243,4 @@ TEST(LogManager, LogsEnterAndExit)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::log_manager_test

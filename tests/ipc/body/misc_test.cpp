@@ -18,7 +18,7 @@
 #include "support/no_memory.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::misc_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -963,4 +963,4 @@ TEST(Misc, MissingBookIsRefusedUpToAHeaderTextOf966Bytes)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::misc_test

@@ -14,7 +14,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::phone_res_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -475,4 +475,4 @@ TEST(PhoneRes, HandlersLogNothing)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::phone_res_test

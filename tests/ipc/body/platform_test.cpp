@@ -10,7 +10,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::platform_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -179,4 +179,4 @@ TEST(Platform, OnlyTheWriterLogs)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::platform_test

@@ -10,7 +10,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::pwd_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -183,4 +183,4 @@ TEST(Pwd, LogsEnterAndExitOnly)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::pwd_test

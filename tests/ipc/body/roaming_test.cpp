@@ -10,7 +10,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::roaming_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -227,4 +227,4 @@ TEST(RoamingRes, LogsEnterAndExit)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::roaming_test

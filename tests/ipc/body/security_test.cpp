@@ -12,7 +12,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::security_test {
 namespace {
 
 using ::testing::Each;
@@ -797,4 +797,4 @@ TEST(SecurityMessage, CarriesEveryFormAndLeaksFirstCopiesOfListedStringsOnly)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::security_test

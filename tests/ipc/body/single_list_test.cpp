@@ -11,7 +11,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::single_list_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -185,4 +185,4 @@ INSTANTIATE_TEST_SUITE_P(AllSeven, SingleList,
                          ::testing::PrintToStringParamName());
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::single_list_test

@@ -18,7 +18,7 @@
 #include "support/log_recorder.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::wifi_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -756,4 +756,4 @@ TEST(Wifi, BothTypesOfTheMessageTravelAndLeaveANetworkBehind)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::wifi_test

@@ -11,7 +11,7 @@
 #include "support/messages.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_cleanup_test {
 namespace {
 
 using ::testing::IsEmpty;
@@ -143,4 +143,4 @@ TEST(AutoFree, StandsBesideAutoClose)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_cleanup_test

@@ -21,7 +21,7 @@
 #include "support/messages.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_fault_test {
 namespace {
 
 constexpr uint32_t most = std::numeric_limits<uint32_t>::max();
@@ -481,4 +481,4 @@ TEST(Fault, OfAnArrayIsTheSizeOfTheStringsThatTheHeadClaims)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_fault_test

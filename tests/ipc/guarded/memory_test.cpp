@@ -24,7 +24,7 @@
 #include "support/wire.hpp"
 #include "wire/arena.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_memory_test {
 namespace {
 
 using ::testing::ElementsAre;
@@ -446,4 +446,4 @@ TEST(NoMemoryToSeal, IsNotAskedForZerosThatNoSenderMeans)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_memory_test

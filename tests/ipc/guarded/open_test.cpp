@@ -28,7 +28,7 @@
 #include "support/messages.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_open_test {
 namespace {
 
 using ::testing::Each;
@@ -576,4 +576,4 @@ TEST(Open, NeedsNoMoreThanAFalseWordAsksFor)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_open_test

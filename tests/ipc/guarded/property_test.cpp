@@ -26,7 +26,7 @@
 #include "support/senders.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_property_test {
 namespace {
 
 bool are_same(const mdm_msg_t &left, const mdm_msg_t &right)
@@ -400,4 +400,4 @@ INSTANTIATE_TEST_SUITE_P(Of, GuardedProperty, ::testing::ValuesIn(category_forma
                          [](const auto &test) { return std::string(test.param.name); });
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_property_test

@@ -22,7 +22,7 @@
 #include "support/messages.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_reseal_test {
 namespace {
 
 // The documents.
@@ -332,4 +332,4 @@ TEST(Reseal, TheHeaderListsWhatTheDocumentLists)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_reseal_test

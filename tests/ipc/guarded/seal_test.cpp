@@ -25,7 +25,7 @@
 #include "support/messages.hpp"
 #include "support/wire.hpp"
 
-namespace mdm::test {
+namespace mdm::test::guarded_seal_test {
 namespace {
 
 using ::testing::Each;
@@ -931,4 +931,4 @@ TEST(SealHalvedList, IsRefusedWhereItIsAClients)
 }
 
 }  // namespace
-}  // namespace mdm::test
+}  // namespace mdm::test::guarded_seal_test
