@@ -279,7 +279,7 @@ TEST(JsonOfABrokenMessage, IsJsonWhereverTheMessageEnds)
             EXPECT_EQ(value->member("fault") != nullptr, json.fault.has_value());
             if (json.fault) {
                 EXPECT_EQ(from_json(json.text).error,
-                          "$.fault: the message is not whole, so it cannot be made");
+                          "$.fault: the message is malformed, so it cannot be made");
                 JsonValue *rest = value->member("rest");
                 EXPECT_EQ(rest == nullptr ? 0 : rest->member("hex")->text.size() / 2,
                           test::cut(good.bytes, size).size() - json.fault->offset)

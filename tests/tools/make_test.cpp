@@ -208,7 +208,7 @@ TEST(MakeRefuses, ValuesThatAreNoMessage)
     EXPECT_EQ(error_of(R"({"header":{"type":70},"body":null})"),
               "$.body: expected an object, found null");
     EXPECT_EQ(error_of(R"({"header":{"length":32},"rest":{"hex":""},"fault":{}})"),
-              "$.fault: the message is not whole, so it cannot be made");
+              "$.fault: the message is malformed, so it cannot be made");
 }
 
 TEST(MakeRefuses, NumbersThatAreOutOfRange)

@@ -27,7 +27,7 @@ inline constexpr size_t elements_before_fold = 64;
 
 struct Page {
     std::string html;
-    std::optional<ipc_fault_t> fault;  // of a message that is not whole
+    std::optional<ipc_fault_t> fault;  // of a malformed message
 };
 
 // If `hides_texts`, the page depends on no byte of a text, of raw bytes, or of bytes that belong to

@@ -76,7 +76,7 @@ std::string header(const Input &input, const Inspected &message, const Subject &
                       escaped(subject.numbers) + counted(message.bytes.size(), "byte") +
                       " in <bdi>" + escaped(printable(input.name)) + "</bdi></p>\n";
     if (message.fault) {
-        out += R"(<p class="broken"><strong>Not whole:</strong> <a href="#fault">)" +
+        out += R"(<p class="broken"><strong>Malformed:</strong> <a href="#fault">)" +
                escaped(sentence(*message.fault)) + "</a></p>\n";
     } else {
         out += "<p class=\"whole\"><strong>Whole</strong></p>\n";

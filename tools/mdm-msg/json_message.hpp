@@ -15,7 +15,7 @@
 // A list: an array, or {"count": -5} for a negative count, which announces no elements.
 // "padding" stands there if it is not empty.
 //
-// The JSON of a message that is not whole has what stands in front of the fault, then "rest" and
+// The JSON of a malformed message has what stands in front of the fault, then "rest" and
 // "fault". A text whose bytes are not all there is {"count": 12}, and a list whose elements are not
 // all there is {"count": 3, "elements": [...]}.
 #pragma once
@@ -34,7 +34,7 @@ namespace mdm::msg {
 
 struct MessageJson {
     std::string text;                  // without a line break at its end
-    std::optional<ipc_fault_t> fault;  // of a message that is not whole
+    std::optional<ipc_fault_t> fault;  // of a malformed message
 };
 
 // Nothing in the text acts on a terminal: characters that could are escaped. The memory that the

@@ -169,7 +169,7 @@ bool Answers::may_be_message()
     }
     if (root_.member("fault") != nullptr) {
         place_ = {{"fault"}};
-        return refuse("the message is not whole, so it cannot be made");
+        return refuse("the message is malformed, so it cannot be made");
     }
     if (find_duplicate(root_, place_)) {
         return refuse("this name stands there twice");

@@ -13,7 +13,7 @@
 
 namespace mdm::msg {
 
-// Calls `visit` for each part. Returns the fault of bytes that are not whole; the last part is the
+// Calls `visit` for each part. Returns the fault of malformed bytes; the last part is the
 // rest then, unless no byte is left.
 std::optional<ipc_fault_t> inspect(Bytes message,
                                    const std::function<void(const ipc_part_t &)> &visit);

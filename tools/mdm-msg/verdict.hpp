@@ -26,7 +26,7 @@ private:
     const char *form_ = nullptr;
 };
 
-// Prints the line on standard error about a message that is not whole or whose text is doubtful,
+// Prints the line on standard error about a message that is malformed or whose text is doubtful,
 // if it is. `hint` is added for a fault. Returns whole or malformed.
 int judge(const Input &input, const std::optional<ipc_fault_t> &fault,
           const std::string &hint = "");
