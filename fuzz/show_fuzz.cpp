@@ -3,7 +3,7 @@
 // What mdm-msg prints of any bytes. Nothing in it acts on a terminal. The bytes that it shows are
 // read again, and are those that were shown. A whole message comes back from its JSON, and the JSON
 // of a malformed one makes no message. The page is whole. If texts are hidden, what is printed of a
-// whole message does not depend on them.
+// whole message does not depend on them. Messages differ exactly if their bytes do.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "compare.hpp"
 #include "hex.hpp"
 #include "html.hpp"
 #include "json_message.hpp"
@@ -114,6 +115,29 @@ void promise_page(const Bytes &bytes)
     promise(is_inert(page.html), "no page has control characters");
 }
 
+bool differ(const Bytes &a, const Bytes &b, bool all)
+{
+    bool found = false;
+    msg::compare(a, b, all, [&](msg::Mark mark, const std::string &text) {
+        promise(is_inert(text), "no difference acts on a terminal");
+        found |= mark != msg::Mark::same && mark != msg::Mark::note;
+    });
+    return found;
+}
+
+void promise_differences(const Bytes &bytes)
+{
+    promise(!differ(bytes, bytes, true), "a message does not differ from itself");
+    if (bytes.empty()) {
+        return;
+    }
+    Bytes other = bytes;
+    other[byte_at(bytes, second_reserved_offset) % bytes.size()] ^= 1;
+    promise(differ(bytes, other, false), "another byte is a difference");
+    other.resize(bytes.size() / 2);
+    promise(differ(other, bytes, false), "missing bytes are a difference");
+}
+
 }  // namespace
 }  // namespace mdm::fuzz
 
@@ -129,5 +153,6 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     promise_json(bytes);
     promise_page(bytes);
     promise_hidden(bytes);
+    promise_differences(bytes);
     return 0;
 }
