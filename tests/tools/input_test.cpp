@@ -117,11 +117,6 @@ TEST_F(InputOf, OptionsDecideWhetherBytesAreText)
     EXPECT_THAT(used_, ElementsAre("text, 4"));
     EXPECT_EQ(use({text}, {.hex = TRUE}), whole);
     EXPECT_THAT(used_, ElementsAre("text, 2"));
-    const std::string comment = file("comment", "3e00 # B\u00fcro");
-    EXPECT_EQ(use({comment}), whole);
-    EXPECT_THAT(used_, ElementsAre("comment, 12"));
-    EXPECT_EQ(use({comment}, {.hex = TRUE}), whole);
-    EXPECT_THAT(used_, ElementsAre("comment, 2"));
     EXPECT_EQ(use({file("raw", message_)}, {.hex = TRUE}), malformed);
     EXPECT_EQ(said_, "mdm-msg: raw:1:2: '\\x00' is no hex digit\n");
 }
@@ -132,6 +127,16 @@ TEST_F(InputOf, BadHexTextNamesItsPlace)
     EXPECT_EQ(said_, "mdm-msg: a:3:17: 'g' is no hex digit\n");
     EXPECT_THAT(troubles_, ElementsAre("3:17: 'g' is no hex digit"));
     EXPECT_THAT(used_, ElementsAre("b, 1"));
+}
+
+TEST_F(InputOf, LettersThatAreNoAsciiDoNotMakeTextRaw)
+{
+    EXPECT_EQ(use({file("comment", "3e00 # B\u00fcro")}), whole);
+    EXPECT_THAT(used_, ElementsAre("comment, 2"));
+    EXPECT_EQ(use({file("copied", "3e 00\u00a007")}), malformed);
+    EXPECT_EQ(said_, "mdm-msg: copied:1:6: '\\u{a0}' is no hex digit\n");
+    EXPECT_EQ(use({file("latin", "3e00 # B\xfcro")}), whole);
+    EXPECT_THAT(used_, ElementsAre("latin, 11"));
 }
 
 TEST_F(InputOf, AnEmptyFileIsAMessageOfNoBytes)

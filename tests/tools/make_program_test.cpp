@@ -205,6 +205,10 @@ TEST_F(MakeProgram, ReplacesTheOutputFile)
     EXPECT_EQ(contents("file"), smallest);
     EXPECT_TRUE(fs::is_symlink("link"));
     EXPECT_EQ(fs::status("file").permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("target", "to_nothing");
+    run("mdm_msg make --output to_nothing in");
+    EXPECT_EQ(contents("target"), smallest);
+    EXPECT_TRUE(fs::is_symlink("to_nothing"));
     run("umask 027; mdm_msg make -o new in");
     EXPECT_EQ(contents("new"), smallest);
     struct stat info;
@@ -212,7 +216,7 @@ TEST_F(MakeProgram, ReplacesTheOutputFile)
     EXPECT_EQ(info.st_mode & 0777U, 0640U);
     run("mdm_msg make --output in in");  // the file that it reads
     EXPECT_EQ(contents("in"), smallest);
-    EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), 6);  // nothing is left over
+    EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), 8);  // nothing is left over
 }
 
 // A device is no regular file, either. No test writes to one: a mistake would replace it by a file.

@@ -17,6 +17,7 @@ TEST(QuotedText, CannotActOnATerminal)
     EXPECT_EQ(quoted("\u202e\u202c\u2066\u2069\u200b"),
               R"("\u{202e}\u{202c}\u{2066}\u{2069}\u{200b}")");
     EXPECT_EQ(quoted("\xe2\x80\xa8\xe2\x80\xa9"), R"("\u{2028}\u{2029}")");
+    EXPECT_EQ(quoted(" \u00a0\u2003\u3000"), R"(" \u{a0}\u{2003}\u{3000}")");
 }
 
 TEST(QuotedText, EscapesBytesThatAreNoUtf8)

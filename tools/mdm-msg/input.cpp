@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include <glib.h>
+
 #include "command.hpp"
 #include "complain.hpp"
 #include "file.hpp"
@@ -20,9 +22,8 @@ const char *const input_help =
     "blanks, commas, colons, \"0x\" or \"\\x\" between the bytes and comments behind '#', or the "
     "output\n"
     "of xxd, xxd -p, hexdump -C or strace -xx. Without --hex and --raw, the bytes are raw if the\n"
-    "length field makes them one message; otherwise they are hex text if all of them are "
-    "printable\n"
-    "ASCII characters and white space; otherwise they are raw.";
+    "length field makes them one message; otherwise they are hex text if they are UTF-8 without\n"
+    "control characters; otherwise they are raw.";
 
 namespace {
 
@@ -66,11 +67,14 @@ size_t count_messages(Bytes stream)
     return count;
 }
 
+// UTF-8 without control characters. The length field of a message below 16 MiB has a zero byte.
 bool is_text(Bytes bytes)
 {
-    return std::ranges::all_of(bytes, [](uint8_t byte) {
-        return (byte >= 0x20 && byte < 0x7f) || (byte >= '\t' && byte <= '\r');
+    const bool has_controls = std::ranges::any_of(bytes, [](uint8_t byte) {
+        return (byte < 0x20 && (byte < '\t' || byte > '\r')) || byte == 0x7f;
     });
+    const std::string_view text = as_text(bytes);
+    return !has_controls && g_utf8_validate_len(text.data(), text.size(), nullptr) != FALSE;
 }
 
 bool is_hex(Bytes bytes, const InputOptions &options)

@@ -54,7 +54,7 @@ int make_of(const std::string &file, bool is_hex, std::string &out)
     return whole;
 }
 
-// A device or a pipe cannot be replaced by a new file.
+// For what no new file can replace: a device, a pipe, a symbolic link to nothing.
 bool write_into(const char *file, const std::string &bytes)
 {
     FILE *out = std::fopen(file, "wbe");
@@ -70,7 +70,7 @@ int write_file(const char *file, const std::string &bytes)
 {
     GStatBuf status;
     const bool is_there = g_stat(file, &status) == 0;
-    if (is_there && !S_ISREG(status.st_mode)) {
+    if (is_there ? !S_ISREG(status.st_mode) : g_file_test(file, G_FILE_TEST_IS_SYMLINK) != FALSE) {
         if (write_into(file, bytes)) {
             return whole;
         }

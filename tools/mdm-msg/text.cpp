@@ -9,10 +9,13 @@
 namespace mdm::msg {
 namespace {
 
-// Neither control characters, nor characters that change how others are shown, nor line ends.
+// Neither control characters, nor characters that change how others are shown, nor line ends, nor
+// blanks that look like U+0020.
 bool is_shown_as_it_is(gunichar character)
 {
     switch (g_unichar_type(character)) {
+    case G_UNICODE_SPACE_SEPARATOR:
+        return character == ' ';
     case G_UNICODE_FORMAT:
     case G_UNICODE_LINE_SEPARATOR:
     case G_UNICODE_PARAGRAPH_SEPARATOR:

@@ -18,7 +18,8 @@ std::string_view as_text(Bytes bytes);
 uint32_t first_word(Bytes bytes);
 
 // The text between quotation marks. Control characters, bytes that are no UTF-8, characters that
-// are invisible or change the direction of others, quotation marks and backslashes are escaped:
+// are invisible or change the direction of others, blanks other than U+0020, quotation marks and
+// backslashes are escaped:
 // "\n", "\x1b", "\u{202e}".
 std::string quoted(std::string_view text);
 
