@@ -105,6 +105,14 @@ TEST(HexText, MayBeTheOutputOfHexdump)
         "7c 23 22");
 }
 
+TEST(HexText, HasAsManyCharactersAsBytesInARowOfHexdump)
+{
+    EXPECT_EQ(read("00000000  3e 00 |0 07  |>...|\n"), "1:17: '|' is no hex digit");
+    EXPECT_EQ(read("00000000  3e 00  |>..|\n"), "1:18: '|' is no hex digit");
+    EXPECT_EQ(read("00000000  3e 00  |x.|  \n"), "3e 00");  // a byte was changed by hand
+    EXPECT_EQ(read("00000000  3e 00  |>\n"), "3e 00");
+}
+
 TEST(HexText, MayHaveRepeatedRows)
 {
     constexpr const char *hexdump =
@@ -232,6 +240,14 @@ TEST(HexText, TakesTheStringsOfStrace)
     EXPECT_EQ(read("read(3, \"\\x33"), "1:9: the string has no end");
     EXPECT_EQ(read("read(3, \"\\x3"), "1:13: the string has no end");
     EXPECT_EQ(read("3e00\nread(3, \"\\x33\", 1) = 1"), "1:1: this is no line of strace");
+}
+
+TEST(HexText, MayHaveRemarksOfStrace)
+{
+    EXPECT_EQ(read("strace: Process 7 attached\nstrace: Process 8 attached with 2 threads\n"
+                   "[pid 7] write(4, \"\\x01\\x02\", 2) = 2\n"
+                   "strace: Process 7 detached\n <detached ...>\n"),
+              "01 02");
 }
 
 TEST(HexText, TakesNoStringsOfOtherCalls)

@@ -154,9 +154,22 @@ private:
         }
         row_size_ = text_.bytes.size() - begin;
         end_ += row_size_;
-        if (!is_hexdump && !text_.error) {
-            compare_characters(line, text.substr(std::min(index, text.size())), begin, group);
+        if (text_.error) {
+            return;
         }
+        const std::string_view rest = text.substr(std::min(index, text.size()));
+        if (!is_hexdump) {
+            compare_characters(line, rest, begin, group);
+        } else if (!are_characters(without_blanks_at_end(rest), row_size_)) {
+            refuse(text_, line, index, no_hex_digit(text, index));
+        }
+    }
+
+    // Whether the end of a row of hexdump, "|>...|", has as many characters as the row has bytes.
+    // Otherwise its first '|' is a wrong digit.
+    static bool are_characters(std::string_view text, size_t count)
+    {
+        return text.size() == count + 2 || !text.ends_with('|');
     }
 
     void take(const Line &line, size_t index, size_t count)

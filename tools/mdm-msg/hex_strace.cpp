@@ -51,6 +51,9 @@ private:
         if (bad < line.text.size()) {
             return refuse(text_, line, bad, no_hex_digit(line.text, bad));
         }
+        if (is_remark(line.text)) {
+            return;
+        }
         const size_t quote = line.text.find('"');
         if (quote == std::string_view::npos) {
             if (line.text.find_first_of("()+-") == std::string_view::npos) {
@@ -80,6 +83,12 @@ private:
         } else if (!name.ends_with("mmsg")) {  // their result counts messages
             text_.bytes.resize(std::min(text_.bytes.size(), before + size_of(end)));
         }
+    }
+
+    // What strace says of processes that it follows or leaves.
+    static bool is_remark(std::string_view line)
+    {
+        return line.starts_with("strace: ") || line == " <detached ...>";
     }
 
     // Empty if the line is no call, but a string alone.
