@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// mdm-msg json and make, called as programs.
+// mdm-msg, called as a program.
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
 #include "support/messages.hpp"
 
-namespace mdm::msg::make_program_test {
+namespace mdm::msg::program_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -68,6 +70,13 @@ protected:
     std::string err;
 };
 
+// script(1) makes a terminal.
+bool has_script()
+{
+    return std::system("script -qec true /dev/null > /dev/null 2>&1") == 0;
+}
+
+using ShowProgram = Program;
 using JsonProgram = Program;
 using MakeProgram = Program;
 
@@ -260,7 +269,7 @@ TEST_F(MakeProgram, NamesStandardInput)
 TEST_F(MakeProgram, WritesNoBytesToATerminal)
 {
     write("in", smallest_json);
-    if (std::system("script -qec true /dev/null > /dev/null 2>&1") != 0) {
+    if (!has_script()) {
         GTEST_SKIP() << "there is no script(1), which makes a terminal";
     }
     run("script -qec '" MDM_MSG " make in' /dev/null");
@@ -275,7 +284,8 @@ TEST_F(MakeProgram, WritesNoBytesToATerminal)
     EXPECT_EQ(out.size(), smallest.size());
 }
 
-// A reader that has seen enough is no failure.
+// A reader that has seen enough is no failure: the program ends as others do, even if its parent
+// ignores the signal.
 TEST_F(MakeProgram, EndsSilentlyIfNobodyReads)
 {
     std::string json;
@@ -283,9 +293,46 @@ TEST_F(MakeProgram, EndsSilentlyIfNobodyReads)
         json += smallest_json;
     }
     write("in", json);
-    run("mdm_msg make in | head -c 1 > /dev/null");
-    EXPECT_EQ(err, "");
+    for (const char *signal : {"", "trap '' PIPE; "}) {
+        run(std::string(signal) + "{ mdm_msg make in; echo $? > ended; } | head -c 1 > /dev/null");
+        EXPECT_EQ(err, "");
+        EXPECT_EQ(contents("ended"), std::to_string(128 + SIGPIPE) + "\n");
+    }
+}
+
+TEST_F(ShowProgram, HasColoursOnATerminalAlone)
+{
+    write("a", smallest);
+    if (!has_script()) {
+        GTEST_SKIP() << "there is no script(1), which makes a terminal";
+    }
+    const auto is_coloured = [this](const std::string &environment) {
+        run("unset NO_COLOR; export TERM=xterm" + environment +
+            "; script -qec '" MDM_MSG " show a' /dev/null");
+        EXPECT_EQ(status, 0);
+        EXPECT_THAT(out, testing::HasSubstr("header.type"));
+        return out.find("\x1b[") != std::string::npos;
+    };
+    EXPECT_TRUE(is_coloured(""));
+    EXPECT_TRUE(is_coloured(" NO_COLOR="));
+    EXPECT_FALSE(is_coloured(" NO_COLOR=1"));
+    EXPECT_FALSE(is_coloured(" TERM=dumb"));
+}
+
+TEST_F(ShowProgram, SaysOfAHugeFileWhatIsWrong)
+{
+    write("huge", "");
+    fs::resize_file("huge", 1 << 30);
+    for (const char *command : {"show", "check"}) {
+        run(std::string("mdm_msg ") + command + " huge");
+        EXPECT_EQ(status, 1) << command;
+        EXPECT_THAT(err,
+                    testing::StartsWith("mdm-msg: huge: header.length announces a message of 8 "
+                                        "bytes, 1073741824 are there"));
+        EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1);
+        EXPECT_LT(out.size(), 1000);
+    }
 }
 
 }  // namespace
-}  // namespace mdm::msg::make_program_test
+}  // namespace mdm::msg::program_test
