@@ -59,7 +59,8 @@ components)
     } | expect_component dev
     {
         printf 'share/doc/mdm-common/%s\n' README.md CHANGELOG.md LICENSE
-        (cd "$source_dir" && find docs \( -name '*.md' -o -name '*.svg' -o -path 'docs/debugging/*' \) \
+        (cd "$source_dir" &&
+            find docs -type f \( -name '*.md' -o -name '*.svg' -o -path 'docs/debugging/*' \) \
             -printf 'share/doc/mdm-common/%p\n')
     } | expect_component doc
     printf '%s\n' "${tools[@]}" | sed '/^$/d' | expect_component tools

@@ -109,6 +109,7 @@ TEST(HexText, HasAsManyCharactersAsBytesInARowOfHexdump)
 {
     EXPECT_EQ(read("00000000  3e 00 |0 07  |>...|\n"), "1:17: '|' is no hex digit");
     EXPECT_EQ(read("00000000  3e 00  |>..|\n"), "1:18: '|' is no hex digit");
+    EXPECT_EQ(read("00000000  3e 00 |0 07\n"), "1:17: '|' is no hex digit");
     EXPECT_EQ(read("00000000  3e 00  |x.|  \n"), "3e 00");  // a byte was changed by hand
     EXPECT_EQ(read("00000000  3e 00  |>\n"), "3e 00");
 }
@@ -248,6 +249,9 @@ TEST(HexText, MayHaveRemarksOfStrace)
                    "[pid 7] write(4, \"\\x01\\x02\", 2) = 2\n"
                    "strace: Process 7 detached\n <detached ...>\n"),
               "01 02");
+    EXPECT_EQ(read("[pid 7] vfork(strace: Process 8 attached\r\n <unfinished ...>\r\n"
+                   "[pid 8] write(4, \"\\x03\", 1) = 1\r\n[pid 7]  <detached ...>\r\n"),
+              "03");
 }
 
 TEST(HexText, TakesNoStringsOfOtherCalls)

@@ -108,6 +108,8 @@ TEST_F(InputOf, BytesThatAreNoTextAreRaw)
               whole);
     EXPECT_THAT(used_, ElementsAre("a, 0: the text has no bytes", "b, 52"));
     EXPECT_EQ(use({file("a", "any text")}), malformed);
+    EXPECT_EQ(use({file("latin", "3e00 # B\xfcro"), file("c1", "3e00 # \u0085")}), whole);
+    EXPECT_THAT(used_, ElementsAre("latin, 11", "c1, 9"));
 }
 
 TEST_F(InputOf, OptionsDecideWhetherBytesAreText)
@@ -135,8 +137,6 @@ TEST_F(InputOf, LettersThatAreNoAsciiDoNotMakeTextRaw)
     EXPECT_THAT(used_, ElementsAre("comment, 2"));
     EXPECT_EQ(use({file("copied", "3e 00\u00a007")}), malformed);
     EXPECT_EQ(said_, "mdm-msg: copied:1:6: '\\u{a0}' is no hex digit\n");
-    EXPECT_EQ(use({file("latin", "3e00 # B\xfcro")}), whole);
-    EXPECT_THAT(used_, ElementsAre("latin, 11"));
 }
 
 TEST_F(InputOf, AnEmptyFileIsAMessageOfNoBytes)

@@ -216,6 +216,8 @@ TEST_F(MakeProgram, ReplacesTheOutputFile)
     EXPECT_EQ(fs::status("file").permissions(), fs::perms::owner_read | fs::perms::owner_write);
     fs::create_symlink("target", "to_nothing");
     run("mdm_msg make --output to_nothing in");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(err + out, "");
     EXPECT_EQ(contents("target"), smallest);
     EXPECT_TRUE(fs::is_symlink("to_nothing"));
     run("umask 027; mdm_msg make -o new in");

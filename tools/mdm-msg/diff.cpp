@@ -28,7 +28,8 @@ constexpr const char *summary =
     "in A and in B.\n"
     "\n"
     "The exit status is 0 if the messages are the same, 1 if they differ or one of them is\n"
-    "malformed, 2 for wrong usage and 3 if there is nothing to compare.";
+    "malformed, 2 for wrong usage or, with --stream, several messages in a file, and 3 if\n"
+    "there is nothing to compare.";
 
 struct Message {
     std::string name;

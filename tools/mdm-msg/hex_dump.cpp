@@ -165,11 +165,11 @@ private:
         }
     }
 
-    // Whether the end of a row of hexdump, "|>...|", has as many characters as the row has bytes.
-    // Otherwise its first '|' is a wrong digit.
+    // Whether the end of a row of hexdump, "|>...|", has as many characters as the row has bytes;
+    // fewer if its last '|' has got lost. Otherwise its first '|' is a wrong digit.
     static bool are_characters(std::string_view text, size_t count)
     {
-        return text.size() == count + 2 || !text.ends_with('|');
+        return text.ends_with('|') ? text.size() == count + 2 : text.size() < count + 2;
     }
 
     void take(const Line &line, size_t index, size_t count)

@@ -85,10 +85,14 @@ private:
         }
     }
 
-    // What strace says of processes that it follows or leaves.
+    // What strace says of processes that it follows or leaves, and the rest of a call that such a
+    // line has interrupted.
     static bool is_remark(std::string_view line)
     {
-        return line.starts_with("strace: ") || line == " <detached ...>";
+        const std::string_view text = line.substr(0, line.find_last_not_of(blanks) + 1);
+        return text.starts_with("strace: ") ||
+               (text.find('"') == std::string_view::npos &&
+                (text.ends_with("<unfinished ...>") || text.ends_with("<detached ...>")));
     }
 
     // Empty if the line is no call, but a string alone.

@@ -35,8 +35,8 @@ int run_html(int argc, char **argv)
         "page needs no network.\n"
         "\n"
         "Exit status: 0 if the message is whole, 1 if it is malformed, 2 for wrong usage "
-        "or several\n"
-        "messages, 3 if the file cannot be read.");
+        "or, with\n"
+        "--stream, several messages, 3 if the file cannot be read.");
     options.add(entries.data());
     options.add_input();
     const auto files = options.parse(argc, argv);

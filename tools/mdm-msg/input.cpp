@@ -23,7 +23,7 @@ const char *const input_help =
     "output\n"
     "of xxd, xxd -p, hexdump -C or strace -xx. Without --hex and --raw, the bytes are raw if the\n"
     "length field makes them one message; otherwise they are hex text if they are UTF-8 without\n"
-    "control characters; otherwise they are raw.";
+    "control characters other than white space; otherwise they are raw.";
 
 namespace {
 
@@ -67,14 +67,22 @@ size_t count_messages(Bytes stream)
     return count;
 }
 
-// UTF-8 without control characters. The length field of a message below 16 MiB has a zero byte.
+// UTF-8 whose only control characters are white space. A message is none: the length field of one
+// below 16 MiB has a zero byte.
 bool is_text(Bytes bytes)
 {
-    const bool has_controls = std::ranges::any_of(bytes, [](uint8_t byte) {
-        return (byte < 0x20 && (byte < '\t' || byte > '\r')) || byte == 0x7f;
-    });
     const std::string_view text = as_text(bytes);
-    return !has_controls && g_utf8_validate_len(text.data(), text.size(), nullptr) != FALSE;
+    if (g_utf8_validate_len(text.data(), text.size(), nullptr) == FALSE) {
+        return false;
+    }
+    const char *end = text.data() + text.size();
+    for (const char *at = text.data(); at < end; at = g_utf8_next_char(at)) {
+        const gunichar character = g_utf8_get_char(at);
+        if (g_unichar_iscntrl(character) != FALSE && (character < '\t' || character > '\r')) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool is_hex(Bytes bytes, const InputOptions &options)

@@ -37,8 +37,8 @@ struct MessageJson {
     std::optional<ipc_fault_t> fault;  // of a malformed message
 };
 
-// Nothing in the text acts on a terminal: characters that could are escaped. The memory that the
-// call takes is proportional to the size of the message.
+// Nothing in the text acts on a terminal: the characters that quoted() escapes are escaped. The
+// memory that the call takes is proportional to the size of the message.
 MessageJson to_json(Bytes message, bool is_pretty);
 
 // Escapes the characters that json-glib leaves as they are, and that act on a terminal or end a

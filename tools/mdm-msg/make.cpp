@@ -54,7 +54,7 @@ int make_of(const std::string &file, bool is_hex, std::string &out)
     return whole;
 }
 
-// For what no new file can replace: a device, a pipe, a symbolic link to nothing.
+// For what a new file must not replace: a device, a pipe, a symbolic link to nothing.
 bool write_into(const char *file, const std::string &bytes)
 {
     FILE *out = std::fopen(file, "wbe");
@@ -65,12 +65,13 @@ bool write_into(const char *file, const std::string &bytes)
     return std::fclose(out) == 0 && is_written;
 }
 
-// The file has all bytes, or stays as it was. A symbolic link to a file stays, too.
+// A regular file has all bytes, or stays as it was. A symbolic link stays.
 int write_file(const char *file, const std::string &bytes)
 {
     GStatBuf status;
     const bool is_there = g_stat(file, &status) == 0;
-    if (is_there ? !S_ISREG(status.st_mode) : g_file_test(file, G_FILE_TEST_IS_SYMLINK) != FALSE) {
+    const bool is_dangling = !is_there && g_file_test(file, G_FILE_TEST_IS_SYMLINK) != FALSE;
+    if (is_dangling || (is_there && !S_ISREG(status.st_mode))) {
         if (write_into(file, bytes)) {
             return whole;
         }

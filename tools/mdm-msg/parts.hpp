@@ -13,8 +13,8 @@
 
 namespace mdm::msg {
 
-// Calls `visit` for each part. Returns the fault of malformed bytes; the last part is the
-// rest then, unless no byte is left.
+// Calls `visit` for each part. Returns the fault of malformed bytes; the last part is the rest
+// then, unless no byte is left.
 std::optional<ipc_fault_t> inspect(Bytes message,
                                    const std::function<void(const ipc_part_t &)> &visit);
 

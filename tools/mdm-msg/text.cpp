@@ -10,7 +10,7 @@ namespace mdm::msg {
 namespace {
 
 // Neither control characters, nor characters that change how others are shown, nor line ends, nor
-// blanks that look like U+0020.
+// blanks other than U+0020.
 bool is_shown_as_it_is(gunichar character)
 {
     switch (g_unichar_type(character)) {

@@ -17,10 +17,9 @@ std::string_view as_text(Bytes bytes);
 // The little-endian word in the first four bytes.
 uint32_t first_word(Bytes bytes);
 
-// The text between quotation marks. Control characters, bytes that are no UTF-8, characters that
-// are invisible or change the direction of others, blanks other than U+0020, quotation marks and
-// backslashes are escaped:
-// "\n", "\x1b", "\u{202e}".
+// The text between quotation marks. Escaped are control characters, bytes that are no UTF-8, format
+// characters such as those that change the direction of others, blanks other than U+0020, quotation
+// marks and backslashes: "\n", "\x1b", "\u{202e}".
 std::string quoted(std::string_view text);
 
 // The same without quotation marks around it, and with quotation marks and backslashes as they are.
