@@ -81,7 +81,8 @@ void promise_json(const Bytes &bytes)
         promise(is_inert(json.text), "no JSON acts on a terminal");
         const msg::MadeMessages made = msg::from_json(json.text);
         if (json.fault) {
-            promise(made.messages.empty() && !made.error.empty(), "a broken message is not made");
+            promise(made.messages.empty() && !made.error.empty(),
+                    "a malformed message is not made");
         } else {
             promise(made.error.empty() && made.messages.size() == 1 && made.messages[0] == bytes,
                     "the JSON makes the bytes again");
@@ -131,8 +132,10 @@ void promise_differences(const Bytes &bytes)
     if (bytes.empty()) {
         return;
     }
+    const size_t place =
+        size_t{byte_at(bytes, first_reserved_offset)} << 8 | byte_at(bytes, second_reserved_offset);
     Bytes other = bytes;
-    other[byte_at(bytes, second_reserved_offset) % bytes.size()] ^= 1;
+    other[place % bytes.size()] ^= 1;
     promise(differ(bytes, other, false), "another byte is a difference");
     other.resize(bytes.size() / 2);
     promise(differ(other, bytes, false), "missing bytes are a difference");
