@@ -119,6 +119,8 @@ TEST_F(InputOf, OptionsDecideWhetherBytesAreText)
     EXPECT_THAT(used_, ElementsAre("text, 4"));
     EXPECT_EQ(use({text}, {.hex = TRUE}), whole);
     EXPECT_THAT(used_, ElementsAre("text, 2"));
+    EXPECT_EQ(use({file("latin", "3e00 # B\xfcro")}, {.hex = TRUE}), whole);
+    EXPECT_THAT(used_, ElementsAre("latin, 2"));
     EXPECT_EQ(use({file("raw", message_)}, {.hex = TRUE}), malformed);
     EXPECT_EQ(said_, "mdm-msg: raw:1:2: '\\x00' is no hex digit\n");
 }

@@ -207,19 +207,16 @@ TEST_F(MakeProgram, ReplacesTheOutputFile)
     write("in", smallest_json);
     write("file", "an older and longer content, of which nothing may stay behind");
     fs::permissions("file", fs::perms::owner_read | fs::perms::owner_write);
-    fs::create_symlink("file", "link");
-    run("mdm_msg make --output link in");
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(err + out, "");
-    EXPECT_EQ(contents("file"), smallest);
-    EXPECT_TRUE(fs::is_symlink("link"));
+    for (const std::string target : {"file", "nothing"}) {  // the second is made
+        fs::create_symlink(target, "link");
+        run("mdm_msg make --output link in");
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(err + out, "");
+        EXPECT_EQ(contents(target), smallest);
+        EXPECT_TRUE(fs::is_symlink("link"));
+        fs::remove("link");
+    }
     EXPECT_EQ(fs::status("file").permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    fs::create_symlink("target", "to_nothing");
-    run("mdm_msg make --output to_nothing in");
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(err + out, "");
-    EXPECT_EQ(contents("target"), smallest);
-    EXPECT_TRUE(fs::is_symlink("to_nothing"));
     run("umask 027; mdm_msg make -o new in");
     EXPECT_EQ(contents("new"), smallest);
     struct stat info;
@@ -227,7 +224,7 @@ TEST_F(MakeProgram, ReplacesTheOutputFile)
     EXPECT_EQ(info.st_mode & 0777U, 0640U);
     run("mdm_msg make --output in in");  // the file that it reads
     EXPECT_EQ(contents("in"), smallest);
-    EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), 8);  // nothing is left over
+    EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), 6);  // nothing is left over
 }
 
 // A device is no regular file, either. No test writes to one: a mistake would replace it by a file.

@@ -273,7 +273,7 @@ TEST(WireFields, StringsAreReleasedInListOrderAndSetToNull)
 
 TEST(WireFields, CarryTheirPaths)
 {
-    const char *path = mdm::Fields(sample_fields).paths();  // support/format.hpp has others
+    const char *path = mdm::Fields(sample_fields).paths();  // not those of support/format.hpp
     for (const char *expected :
          {"sample.first", "sample.number", "sample.byte", "sample.amount", "sample.last"}) {
         EXPECT_STREQ(path, expected);
