@@ -12,6 +12,8 @@ install(TARGETS mdm-common EXPORT mdm-common
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY include/mdm DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(FILES format/mdm.ksy format/mdm.lua COMPONENT dev
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/mdm-common)
 
 # The prefix may still change when the library is installed, so the file is made in two steps.
 foreach(directory LIBDIR INCLUDEDIR)
@@ -49,4 +51,4 @@ install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONE
 install(FILES LICENSES/Apache-2.0.txt DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
     RENAME LICENSE)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc
-    FILES_MATCHING PATTERN *.md PATTERN *.svg REGEX "/docs/debugging/.+")
+    FILES_MATCHING PATTERN *.md PATTERN *.svg REGEX "/docs/(debugging|other-languages)/.+")

@@ -54,13 +54,14 @@ components)
     printf '%s\n' "${runtime[@]}" | sed '/^$/d' | expect_component runtime
     {
         (cd "$source_dir" && find include -name '*.h*')
+        printf 'share/mdm-common/%s\n' mdm.ksy mdm.lua
         printf "$LIBDIR/%s\n" "$development" pkgconfig/mdm-common.pc \
             cmake/mdm-common/mdm-common{Config,ConfigVersion,Targets,Targets-TYPE}.cmake
     } | expect_component dev
     {
         printf 'share/doc/mdm-common/%s\n' README.md CHANGELOG.md LICENSE
         (cd "$source_dir" &&
-            find docs -type f \( -name '*.md' -o -name '*.svg' -o -path 'docs/debugging/*' \) \
+            find docs -type f \( -name '*.md' -o -name '*.svg' -o -path 'docs/*/*' \) \
             -printf 'share/doc/mdm-common/%p\n')
     } | expect_component doc
     printf '%s\n' "${tools[@]}" | sed '/^$/d' | expect_component tools

@@ -44,7 +44,7 @@ expect '' nothing
 expect '--help --version' -
 expect '--version' --v
 
-expect '--help --json' forms -
+expect '--help --json --kaitai --wireshark' forms -
 expect '--all' diff --a
 expect '--color=' diff --col
 expect '--hex' diff A --hex

@@ -210,15 +210,12 @@ TEST_P(FormsOf, SayWhichSizeAnnouncesAPayload)
             GetParam().data_size == test::no_offset) {
             continue;
         }
-        const bool has_length =
-            form.payload == test::Payload::raw || form.payload == test::Payload::array;
         const auto is_announced = [&form](int32_t data_size) {
             return test::is_announced(GetParam(), form, data_size);
         };
-        const PayloadFollows follows = is_announced(0) ? PayloadFollows::always
-                                       : is_announced(-1) && !has_length
-                                           ? PayloadFollows::if_not_zero
-                                           : PayloadFollows::if_positive;
+        const PayloadFollows follows = is_announced(0)    ? PayloadFollows::always
+                                       : is_announced(-1) ? PayloadFollows::if_not_zero
+                                                          : PayloadFollows::if_positive;
         const uint32_t discriminator = test::discriminators_of(GetParam(), form).front();
         EXPECT_EQ(form_with(description_of(GetParam()), discriminator).payload, follows)
             << form.name;
@@ -332,6 +329,24 @@ TEST(FormsCommand, ShowsJson)
     EXPECT_STREQ(json_object_get_string_member(network, "payload_if_data_size"), "above 0");
     EXPECT_THAT(members(network, "fields", "kind"), ElementsAre("u32", "u32", "i32", "str", "i32"));
     EXPECT_EQ(json_array_get_length(json_object_get_array_member(network, "variants")), 5);
+}
+
+// The whole texts are compared with the files of format/.
+TEST(FormsCommand, DescribesAllFormsToOtherPrograms)
+{
+    EXPECT_THAT(run({"--kaitai"}).out, HasSubstr("\n  id: mdm\n"));
+    EXPECT_THAT(run({"--wireshark"}).out, HasSubstr("\nlocal header = {\n"));
+    for (const char *option : {"--kaitai", "--wireshark"}) {
+        EXPECT_EQ(run({option}).status, whole);
+        const Printed printed = run({option, "wifi"});
+        EXPECT_EQ(printed.status, wrong_usage);
+        EXPECT_EQ(printed.out, "");
+        EXPECT_THAT(printed.err, HasSubstr("--kaitai and --wireshark describe all categories"));
+    }
+    for (const char *option : {"--kaitai", "--json"}) {
+        EXPECT_THAT(run({option, "--wireshark"}).err,
+                    HasSubstr("say --json, --kaitai or --wireshark, not several"));
+    }
 }
 
 TEST(FormsCommand, RefusesAnUnknownCategory)

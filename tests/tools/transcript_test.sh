@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Runs the commands of a page's ```console blocks, and compares what they print with the page. A
 # command is the rest of a line that begins with "$ "; what it prints follows.
-# usage: transcript_test.sh PAGE DIRECTORY
+# usage: transcript_test.sh PAGE DIRECTORY...
 # environment: MDM_MSG, the program; MDM_EMULATOR, what to run programs of another processor with;
-# MDM_RENEW_GOLDEN=1 writes what is printed into the page
+# MDM_PYTHON, what the page calls python3; MDM_RENEW_GOLDEN=1 writes what is printed into the page
 set -uo pipefail
 
 page=$(realpath "$1")
@@ -12,8 +12,14 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/bin" "$scratch/files"
 printf '#!/bin/sh\nexec %s "%s" "$@"\n' "${MDM_EMULATOR:-}" "$MDM_MSG" >"$scratch/bin/mdm-msg"
-chmod +x "$scratch/bin/mdm-msg"
-cp -R "$2"/. "$scratch/files"
+# tshark says on standard error if root runs it.
+printf '#!/bin/bash\n%s "$@" 2> >(grep -v "^Running as user " >&2)\n' "$(command -v tshark)" \
+    >"$scratch/bin/tshark"
+chmod +x "$scratch/bin/"*
+[ -z "${MDM_PYTHON-}" ] || ln -s "$MDM_PYTHON" "$scratch/bin/python3"
+for directory in "${@:2}"; do
+    cp -R "$directory"/. "$scratch/files"
+done
 cd "$scratch/files" || exit 1
 export PATH=$scratch/bin:$PATH LC_ALL=C.UTF-8 NO_COLOR=1
 

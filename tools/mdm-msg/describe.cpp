@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "parts.hpp"
+#include "text.hpp"
 
 namespace mdm::msg {
 namespace {
@@ -105,10 +106,11 @@ PayloadFollows when_payload_follows(const Message &message)
         return fields_of(other_size);
     };
     const auto announced = fields(1);
-    if (fields(0) == announced) {
+    const auto head = fields(0);
+    if (head == announced) {
         return PayloadFollows::always;
     }
-    return fields(-1) == announced ? PayloadFollows::if_not_zero : PayloadFollows::if_positive;
+    return fields(-1) == head ? PayloadFollows::if_positive : PayloadFollows::if_not_zero;
 }
 
 // What follows a field, by its value. One variant if the value selects nothing.
@@ -148,10 +150,15 @@ void fold(Selectors &selectors)
     }
 }
 
-void add_fields(FormDescription &form, uint32_t type)
+Message message_of(const FormDescription &form, uint32_t type)
 {
     const Selectors &selectors = form.discriminators;
-    const Message message{type, selectors.others ? other : selectors.numbers.front()};
+    return {type, selectors.others ? other : selectors.numbers.front()};
+}
+
+void add_fields(FormDescription &form, uint32_t type)
+{
+    const Message message = message_of(form, type);
     form.fields = body_of(fields_of(message).value_or(FieldDescriptions()));
     form.payload = when_payload_follows(message);
     for (size_t i = 0; i < form.fields.size(); ++i) {
@@ -172,20 +179,34 @@ void add_fields(FormDescription &form, uint32_t type)
     }
 }
 
+mdm_form_t form_id(uint8_t type, uint32_t discriminator)
+{
+    mdm_msg_t msg{};
+    msg.type = type;
+    msg.body.res.type = discriminator;  // every body begins with its discriminator
+    return mdm_form_of(&msg);
+}
+
+// How many fields both begin with.
+size_t common_size(const FieldDescriptions &one, const FieldDescriptions &two)
+{
+    return static_cast<size_t>(std::ranges::mismatch(one, two).in1 - one.begin());
+}
+
 // In the order of their first discriminators, the form of all others at the end.
 std::vector<FormDescription> forms_of(uint8_t type)
 {
     std::vector<FormDescription> forms;
     for (uint32_t i = 0; i <= last_discriminator; ++i) {
-        const char *name = ipc_form_name(type, i);
-        auto form = std::ranges::find(forms, name, &FormDescription::name);
+        const mdm_form_t id = form_id(type, i);
+        auto form = std::ranges::find(forms, id, &FormDescription::id);
         if (form == forms.end()) {
-            form = forms.insert(forms.end(), {name, {}, {}});
+            form = forms.insert(forms.end(), {mdm_form_name(id), id, {}, {}});
         }
         form->discriminators.numbers.push_back(i);
     }
     for (FormDescription &form : forms) {
-        form.discriminators.others = form.name == ipc_form_name(type, other);
+        form.discriminators.others = form.id == form_id(type, other);
         fold(form.discriminators);
     }
     std::ranges::stable_sort(
@@ -194,29 +215,33 @@ std::vector<FormDescription> forms_of(uint8_t type)
 }
 
 // "8", "8, 9", "8 to 10"
-std::string run_text(uint32_t first, uint32_t last)
+std::string run_text(const Run &run)
 {
-    std::string text = std::to_string(first);
-    if (first == last) {
+    std::string text = std::to_string(run.first);
+    if (run.first == run.last) {
         return text;
     }
-    return text + (last == first + 1 ? ", " : " to ") + std::to_string(last);
+    return text + (run.last == run.first + 1 ? ", " : " to ") + std::to_string(run.last);
 }
 
 }  // namespace
 
+std::vector<Run> Selectors::runs() const
+{
+    std::vector<Run> runs;
+    for (const uint32_t number : numbers) {
+        if (!runs.empty() && number == runs.back().last + 1) {
+            runs.back().last = number;
+        } else {
+            runs.push_back({number, number});
+        }
+    }
+    return runs;
+}
+
 std::string Selectors::text() const
 {
-    std::string text;
-    for (size_t i = 0; i < numbers.size();) {
-        size_t end = i + 1;
-        while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) {
-            ++end;
-        }
-        text += (text.empty() ? "" : ", ") + run_text(numbers[i], numbers[end - 1]);
-        i = end;
-    }
-    return others ? "any other" : text;
+    return others ? "any other" : joined(runs(), ", ", run_text);
 }
 
 std::vector<CategoryDescription> describe_categories()
@@ -242,6 +267,14 @@ void add_fields(CategoryDescription &category)
     for (FormDescription &form : category.forms) {
         add_fields(form, category.types.front());
     }
+    category.head = category.forms.front().fields.size();
+    for (const FormDescription &form : category.forms) {
+        Message message = message_of(form, category.types.front());
+        message.data_size = 0;
+        const FieldDescriptions head = body_of(fields_of(message).value_or(FieldDescriptions()));
+        category.head = std::min({category.head, common_size(head, category.forms.front().fields),
+                                  common_size(head, form.fields)});
+    }
 }
 
 FieldDescriptions describe_header()
@@ -250,16 +283,34 @@ FieldDescriptions describe_header()
     return fields_of({types.front(), 0}).value_or(FieldDescriptions());
 }
 
+Run message_types()
+{
+    Run types = {last_type + 1, 0};
+    for (uint32_t type = 0; type <= last_type; ++type) {
+        if (fields_of({type, 0})) {
+            types = {std::min(types.first, type), type};
+        }
+    }
+    return types;
+}
+
 std::vector<uint32_t> types_without_category()
 {
     std::vector<uint32_t> types;
-    for (uint32_t type = 0; type <= last_type; ++type) {
-        if (mdm_category_of(static_cast<uint8_t>(type)) == MDM_CATEGORY_NONE &&
-            fields_of({type, 0})) {
+    const Run all = message_types();
+    for (uint32_t type = all.first; type <= all.last; ++type) {
+        if (mdm_category_of(static_cast<uint8_t>(type)) == MDM_CATEGORY_NONE) {
             types.push_back(type);
         }
     }
     return types;
+}
+
+size_t elements_size(std::span<const FieldDescription> fields, int depth)
+{
+    const auto end = std::ranges::find_if(
+        fields, [depth](const FieldDescription &field) { return field.depth <= depth; });
+    return static_cast<size_t>(end - fields.begin());
 }
 
 bool is_data_size(const FieldDescription &field)

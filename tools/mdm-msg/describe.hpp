@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,11 +14,18 @@
 
 namespace mdm::msg {
 
+// The numbers from the first to the last.
+struct Run {
+    uint32_t first;
+    uint32_t last;
+};
+
 // What selects something: numbers, or every number that selects nothing else.
 struct Selectors {
     std::vector<uint32_t> numbers;  // none if it is the others
     bool others = false;
 
+    std::vector<Run> runs() const;
     std::string text() const;  // "281, 283, 394 to 421", "any other"
 };
 
@@ -41,11 +49,12 @@ struct Variant {
 enum class PayloadFollows : uint8_t {
     always,  // or never
     if_positive,
-    if_not_zero,
+    if_not_zero,  // also if a negative size announces more than there can be
 };
 
 struct FormDescription {
     std::string name;  // "wifi.pair"
+    mdm_form_t id;
     Selectors discriminators;
     FieldDescriptions fields;  // in wire order, without the header
     PayloadFollows payload = PayloadFollows::always;
@@ -57,6 +66,8 @@ struct CategoryDescription {
     std::string name;
     std::vector<uint32_t> types;
     std::vector<FormDescription> forms;
+    // How many fields all forms have in common at the beginning, whether or not a payload follows.
+    size_t head = 0;
 };
 
 // In the order of their message types. The forms have no fields yet.
@@ -66,9 +77,15 @@ void add_fields(CategoryDescription &category);
 
 FieldDescriptions describe_header();
 
+// The message types that there are.
+Run message_types();
+
 // The message types whose body is not read.
 std::vector<uint32_t> types_without_category();
 
 bool is_data_size(const FieldDescription &field);
+
+// How many fields the elements of a list have. They stand in front of the others.
+size_t elements_size(std::span<const FieldDescription> fields, int depth);
 
 }  // namespace mdm::msg

@@ -11,8 +11,10 @@
 #include "command.hpp"
 #include "complain.hpp"
 #include "describe.hpp"
+#include "languages.hpp"
 #include "options.hpp"
 #include "parts.hpp"
+#include "text.hpp"
 
 namespace mdm::msg {
 namespace {
@@ -28,14 +30,6 @@ constexpr const char *summary =
 
 constexpr int indentation = 2;
 constexpr int name_width = 36;
-
-// How many fields the elements of a list have. They stand in front of the others.
-size_t elements_size(Fields fields, int depth)
-{
-    const auto end = std::ranges::find_if(
-        fields, [depth](const FieldDescription &field) { return field.depth <= depth; });
-    return static_cast<size_t>(end - fields.begin());
-}
 
 // As text
 
@@ -258,11 +252,8 @@ void print_json(const std::vector<CategoryDescription> &categories)
 
 std::string names_of(const std::vector<CategoryDescription> &categories)
 {
-    std::string names;
-    for (const CategoryDescription &category : categories) {
-        names += (names.empty() ? "" : ", ") + category.name;
-    }
-    return names;
+    return joined(categories, ", ",
+                  [](const CategoryDescription &category) { return category.name; });
 }
 
 // False, with a line that says so, if no category has the name.
@@ -283,8 +274,14 @@ bool keep_category(std::vector<CategoryDescription> &categories, const std::stri
 int run_forms(int argc, char **argv)
 {
     gboolean as_json = FALSE;
+    gboolean as_kaitai = FALSE;
+    gboolean as_wireshark = FALSE;
     const GOptionEntry entries[] = {
         {"json", 0, 0, G_OPTION_ARG_NONE, &as_json, "Show JSON, with the fields", nullptr},
+        {"kaitai", 0, 0, G_OPTION_ARG_NONE, &as_kaitai,
+         "Print a Kaitai Struct description of all forms", nullptr},
+        {"wireshark", 0, 0, G_OPTION_ARG_NONE, &as_wireshark,
+         "Print a Wireshark dissector of all forms", nullptr},
         {},
     };
     Options options("forms", "[CATEGORY]", summary);
@@ -296,17 +293,29 @@ int run_forms(int argc, char **argv)
     if (words->size() > 1) {
         return wrong_usage_of("forms", "name one category");
     }
+    const bool as_language = as_kaitai != FALSE || as_wireshark != FALSE;
+    if (as_json + as_kaitai + as_wireshark > 1) {
+        return wrong_usage_of("forms", "say --json, --kaitai or --wireshark, not several");
+    }
+    if (as_language && !words->empty()) {
+        return wrong_usage_of("forms", "--kaitai and --wireshark describe all categories");
+    }
     auto categories = describe_categories();
     if (!words->empty() && !keep_category(categories, words->front())) {
         return wrong_usage;
     }
-    if (as_json == FALSE && words->empty()) {
+    if (as_json == FALSE && !as_language && words->empty()) {
         print_overview(categories);
         return whole;
     }
     std::ranges::for_each(categories, [](CategoryDescription &category) { add_fields(category); });
     if (as_json != FALSE) {
         print_json(categories);
+    } else if (as_language) {
+        std::fputs(
+            (as_kaitai != FALSE ? kaitai_description(categories) : wireshark_dissector(categories))
+                .c_str(),
+            stdout);
     } else {
         print_forms(categories.front());
     }

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "parts.hpp"
 
-#include <cstring>
-#include <string_view>
-
 #include "mdm/result.h"
 
 namespace mdm::msg {
@@ -78,12 +75,15 @@ const char *kind_name(ipc_part_kind_t kind)
     return "rest";
 }
 
+bool has_sign(std::string_view path, ipc_part_kind_t kind)
+{
+    return kind == IPC_PART_I32 || (kind == IPC_PART_COUNT && path != "misc.param_list");
+}
+
 int64_t number_of(const ipc_part_t &part)
 {
-    const bool has_sign =
-        part.kind == IPC_PART_I32 ||
-        (part.kind == IPC_PART_COUNT && std::strcmp(part.path, "misc.param_list") != 0);
-    return has_sign ? static_cast<int32_t>(part.number) : int64_t{part.number};
+    return has_sign(part.path, part.kind) ? static_cast<int32_t>(part.number)
+                                          : int64_t{part.number};
 }
 
 Bytes bytes_of(const ipc_part_t &part)

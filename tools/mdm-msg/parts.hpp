@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "mdm/inspect.h"
 #include "text.hpp"
@@ -28,8 +29,10 @@ std::string name_of(const ipc_part_t &part, const std::string &element, const st
 // "u8", "u32", "i32", "count", "str", "bytes", "reserved", "padding", "rest"
 const char *kind_name(ipc_part_kind_t kind);
 
-// The number of U8, U32, I32 and COUNT, with its sign. A count has a sign, unless it is one of
-// "misc.param_list" (Q-MISC-7).
+// Whether a number has a sign. A count has one, unless it is one of "misc.param_list" (Q-MISC-7).
+bool has_sign(std::string_view path, ipc_part_kind_t kind);
+
+// The number of U8, U32, I32 and COUNT, with its sign.
 int64_t number_of(const ipc_part_t &part);
 
 // The bytes of the other kinds, without the count of a text.

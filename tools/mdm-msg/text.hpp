@@ -34,4 +34,15 @@ std::string counted(uint64_t number, const char *noun);
 // "0a ff 00"
 std::string hex(Bytes bytes);
 
+// The texts of elements with something between them.
+template <class Elements, class Text>
+std::string joined(const Elements &elements, const char *between, Text text_of)
+{
+    std::string all;
+    for (const auto &element : elements) {
+        all += (all.empty() ? "" : between) + text_of(element);
+    }
+    return all;
+}
+
 }  // namespace mdm::msg

@@ -1,0 +1,11 @@
+# SPDX-License-Identifier: Apache-2.0
+import sys
+
+from mdm import Mdm
+
+for file in sys.argv[1:]:
+    body = Mdm.from_file(file).body
+    print(file, body.form.name)
+    if body.form == Mdm.Form.wifi_ssids:
+        for ssid in body.ssids:
+            print(' ', ssid.text)

@@ -1,0 +1,149 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Reads messages with the reader that is made of format/mdm.ksy, and compares it with mdm-msg.
+
+Usage: kaitai_test.py MDM_MSG MESSAGE_SEEDS READER CORPUS...
+
+READER is the directory of the generated mdm.py, CORPUS a directory of messages.
+"""
+import re
+import sys
+import unittest
+from io import BytesIO
+
+from messages import (as_hex, changes, corrected_cuts, count_values, cuts, faults_of, is_whole,
+                      json_of, kept_messages, seeds, skip, text_or_hex)
+
+try:
+    import kaitaistruct
+except ImportError:
+    skip('python3-kaitaistruct is not installed')
+
+
+class TracingStream(kaitaistruct.KaitaiStream):
+    """Knows which bytes were asked for last."""
+
+    last = None
+
+    def read_bytes(self, n):
+        TracingStream.last = (self, self.pos(), n)
+        return super().read_bytes(n)
+
+
+# The names of values that a record has in two kinds.
+TWO_KINDS = re.compile('(value|w[0-9])_(?:byte|number|text)')
+
+
+def json_value(value, name):
+    if isinstance(value, list):
+        return [json_value(element, name) for element in value]
+    if isinstance(value, bytes):
+        return as_hex(value) if name == 'reserved' else text_or_hex(value)
+    if not isinstance(value, kaitaistruct.KaitaiStruct):
+        return value
+    if type(value).__name__ == 'CountedText':
+        return text_or_hex(value.bytes)
+    members = {}
+    for member, inner in vars(value).items():
+        if member.startswith('_') or member == 'padding':
+            continue
+        two_kinds = TWO_KINDS.fullmatch(member)
+        members[two_kinds[1] if two_kinds else member] = json_value(inner, member)
+    for member in [member for member in members if member[:4] == 'num_' and member[4:] in members]:
+        count = members.pop(member)
+        if count < 0:
+            assert members[member[4:]] == []
+            members[member[4:]] = {'count': count}
+    return members
+
+
+def names_of(message):
+    """The category and the form, as the generated reader names them."""
+    return [message['category'].replace('_', ''), message['form'].replace('.', '_')]
+
+
+def names_of_read(message):
+    category = type(message.body).__name__.lower()
+    return ['none' if category == 'nocategory' else category, message.body.form.name]
+
+
+def json_message(message):
+    printed = {'header': json_value(message.header, 'header')}
+    if names_of_read(message)[0] != 'none':
+        printed['body'] = json_value(message.body, 'body')
+    if message.body.padding:
+        printed['padding'] = as_hex(message.body.padding)
+    return printed
+
+
+def fault_offset(error, message):
+    """Where the reader has stopped. A count that does not fit has been read; a length field or a
+    type that is wrong is the fault itself."""
+    stream, begin, count = TracingStream.last
+    # What a message counts is compared with what is left before it is read.
+    assert isinstance(error, kaitaistruct.ValidationExprError) or count <= 4
+    before_body = 0 if stream.size() == len(message) else len(message) - stream.size()
+    if isinstance(error, EOFError) or error.src_path.startswith('/types/header/'):
+        return before_body + begin
+    return before_body + error.io.pos()
+
+
+class KaitaiTest(unittest.TestCase):
+    def read(self, message):
+        """The message and None, or None and the offset of its fault."""
+        try:
+            return reader.Mdm(TracingStream(BytesIO(message))), None
+        except (EOFError, kaitaistruct.ValidationExprError) as error:
+            return None, fault_offset(error, message)
+
+    def compare(self, message, expected):
+        read, offset = self.read(message)
+        if not is_whole(expected):
+            self.assertIsNone(read, message.hex())
+            self.assertEqual(offset, expected['fault']['offset'], message.hex())
+            return 0
+        self.assertIsNone(offset, message.hex())
+        self.assertEqual(names_of_read(read), names_of(expected))
+        values = {name: expected[name] for name in ('header', 'body', 'padding')
+                  if name in expected}
+        found = json_message(read)
+        self.assertEqual(found, values, message.hex())
+        for name, value in values.items():
+            self.assertEqual(list(found[name]), list(value))  # in the order of the bytes
+        return count_values(values)
+
+    def test_reads_what_the_library_reads(self):
+        expected = json_of(mdm_msg, messages)
+        values = sum(map(self.compare, messages, expected))
+        number = sum(map(is_whole, expected))
+        print(f'{number} whole messages with {values} values, {len(messages) - number} malformed')
+        self.assertGreater(number, 600)
+        self.assertGreater(len(messages) - number, 400)
+
+    def test_stops_where_the_library_does(self):
+        cut = [one for message in messages for one in cuts(message)]
+        for message, fault in cut:
+            self.assertEqual(self.read(message), (None, fault['offset']), message.hex())
+        others = changes(whole) + [one for message in messages for one in corrected_cuts(message)]
+        for message, fault in zip(others, faults_of(mdm_msg, others)):
+            read, offset = self.read(message)
+            self.assertEqual(offset, fault and fault['offset'], message.hex())
+            self.assertEqual(read is None, fault is not None, message.hex())
+        print(f'{len(cut)} messages with a wrong length field, {len(others)} others')
+
+    def test_reads_texts(self):
+        read, _ = self.read(bytes.fromhex('2a000000' '33000000' '0000000000000000' '02000000c3a4'
+                                          '0000000000000000000000000000000000000000'
+                                          '7e02000000000000'))
+        self.assertEqual(read.header.hdr_text.text, 'ä')
+        self.assertEqual(read.header.hdr_text.bytes, b'\xc3\xa4')
+
+
+if __name__ == '__main__':
+    mdm_msg, message_seeds, reader_directory, *corpus = sys.argv[1:]
+    sys.path.insert(0, reader_directory)
+    import mdm as reader
+
+    reader.KaitaiStream = TracingStream  # of a body, too
+    whole = seeds(message_seeds)
+    messages = whole + kept_messages(corpus)
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,131 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The messages that other readers are compared with, and what mdm-msg says about them."""
+import json
+import os
+import struct
+import subprocess
+import sys
+import tempfile
+
+SMALLEST_MESSAGE = 40
+UNCOUNTED = 8  # the bytes that the length field does not count
+
+
+def skip(reason):
+    print(f'{os.path.basename(sys.argv[0])}: Skipped\n{reason}')
+    sys.exit(77)
+
+
+def kept_messages(directories):
+    """The bytes of each file, and at least one file."""
+    paths = [os.path.join(directory, name)
+             for directory in directories for name in sorted(os.listdir(directory))]
+    messages = []
+    for path in paths:
+        with open(path, 'rb') as file:
+            messages.append(file.read())
+    assert messages
+    return messages
+
+
+def seeds(program):
+    """A whole message of every form, several of most."""
+    with tempfile.TemporaryDirectory() as directory:
+        subprocess.run([program, directory], check=True)
+        return kept_messages([directory])
+
+
+def is_whole(message):
+    return 'fault' not in message
+
+
+def json_of(mdm_msg, messages):
+    """What `mdm-msg json` prints for each message."""
+    with tempfile.TemporaryDirectory() as directory:
+        names = [f'{directory}/{i}' for i in range(len(messages))]
+        for name, message in zip(names, messages):
+            with open(name, 'wb') as file:
+                file.write(message)
+        run = subprocess.run([mdm_msg, 'json', '--lines', '--raw', *names], check=False,
+                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    assert run.returncode in (0, 1)
+    printed = [json.loads(line) for line in run.stdout.splitlines()]
+    assert len(printed) == len(messages)
+    return printed
+
+
+def fault(path, offset, needed, left):
+    return {'path': path, 'offset': offset, 'needed': min(needed, 0xFFFFFFFF), 'left': left}
+
+
+def with_true_length(message):
+    return struct.pack('<I', len(message) - UNCOUNTED) + message[4:]
+
+
+def cuts(message):
+    """Each beginning of a message, but for the empty one, and its fault: the length field is
+    wrong, or not there."""
+    for size in range(1, len(message)):
+        announced = struct.unpack('<I', message[:4])[0] + UNCOUNTED if size >= 4 else 4
+        if announced != size:
+            yield message[:size], fault('header.length', 0, announced, size)
+    for size in range(UNCOUNTED, SMALLEST_MESSAGE):
+        yield (with_true_length(message[:size].ljust(size, b'x')),
+               fault('header.length', 0, SMALLEST_MESSAGE, size))
+
+
+def corrected_cuts(message):
+    """Each beginning of a message that has a header, with a true length field."""
+    return [with_true_length(message[:size]) for size in range(SMALLEST_MESSAGE, len(message))]
+
+
+def changed(message):
+    """The message with another word at each offset: a count, a length, a size or a selector may
+    be there."""
+    for offset in range(UNCOUNTED, len(message) - 3):
+        for word in (0xFFFFFFFF, 0x80000000, 2):
+            yield message[:offset] + struct.pack('<I', word) + message[offset + 4:]
+
+
+def changes(messages):
+    """The changes of messages that differ not only in the bytes that no reader looks at, and a
+    message of each type."""
+    different = {message[:6] + message[8:]: message for message in messages}.values()
+    return [one for message in different for one in changed(message)] + \
+        [messages[0][:4] + bytes([number]) + messages[0][5:] for number in range(256)]
+
+
+def faults_of(mdm_msg, messages):
+    """The fault of each message, whose length field is true; None if it is whole."""
+    run = subprocess.run([mdm_msg, 'check', '--json', '--raw', '--stream', '-'], check=False,
+                         input=b''.join(messages), stdout=subprocess.PIPE,
+                         stderr=subprocess.DEVNULL)
+    assert run.returncode in (0, 1)
+    printed = [json.loads(line) for line in run.stdout.splitlines()]
+    assert [one['length'] for one in printed] == [len(message) for message in messages]
+    return [one.get('fault') for one in printed]
+
+
+def text_or_hex(value):
+    """As mdm-msg prints a text or raw bytes."""
+    try:
+        text = value.decode('utf-8')
+    except UnicodeDecodeError:
+        return as_hex(value)
+    return as_hex(value) if '\0' in text else text
+
+
+def as_hex(value):
+    return {'hex': value.hex()}
+
+
+def count_values(printed):
+    """How many numbers, texts and bytes a message has, without what the program adds to them."""
+    if isinstance(printed, dict):
+        if set(printed) == {'hex'}:
+            return 1
+        return sum(count_values(value) for name, value in printed.items()
+                   if name not in ('category', 'form', 'fault'))
+    if isinstance(printed, list):
+        return sum(count_values(value) for value in printed)
+    return 1
