@@ -84,15 +84,17 @@ std::string is_in(const std::string &number, const Selectors &selectors)
 {
     const std::vector<Run> runs = selectors.runs();
     return joined(runs, " or ", [&](const Run &run) {
-        const std::string first = number + " == " + std::to_string(run.first);
+        const std::string first = std::to_string(run.first);
+        const std::string last = std::to_string(run.last);
         if (run.first == run.last) {
-            return first;
+            return number + " == " + first;
         }
         if (run.last == run.first + 1) {
-            return first + " or " + number + " == " + std::to_string(run.last);
+            return number + " == " + first + " or " + number + " == " + last;
         }
-        const std::string both = number + " >= " + std::to_string(run.first) + " and " + number +
-                                 " <= " + std::to_string(run.last);
+        std::string both = number;
+        both.append(" >= ").append(first).append(" and ").append(number).append(" <= ").append(
+            last);
         return runs.size() == 1 ? both : in_brackets(both);
     });
 }
@@ -112,14 +114,14 @@ std::string is_one_of(const Forms &forms)
 std::string condition(const Forms &forms, const CategoryDescription &category)
 {
     const PayloadFollows payload = forms.front()->payload;
-    const std::string is_form = forms.size() == category.forms.size() ? "" : is_one_of(forms);
+    const char *is_announced =
+        payload == PayloadFollows::if_positive ? "data_size > 0" : "data_size != 0";
+    if (forms.size() == category.forms.size()) {
+        return payload == PayloadFollows::always ? "" : is_announced;
+    }
+    std::string is_form = is_one_of(forms);
     if (payload == PayloadFollows::always) {
         return is_form;
-    }
-    const std::string is_announced =
-        payload == PayloadFollows::if_positive ? "data_size > 0" : "data_size != 0";
-    if (is_form.empty()) {
-        return is_announced;
     }
     return (forms.size() == 1 ? is_form : in_brackets(is_form)) + " and " + is_announced;
 }
@@ -324,7 +326,7 @@ std::string Types::attributes_of(const Node &node, const std::string &condition,
 // The path of the field whose number selects a variant; empty if there are no variants.
 std::string_view selector_of(const Node &node)
 {
-    return node.variants.empty() ? "" : std::string_view(node.forms.front()->fields.back().path);
+    return node.variants.empty() ? std::string_view() : node.forms.front()->fields.back().path;
 }
 
 // The number of bytes or elements that `data_size` counts has to fit; empty if it counts none.
@@ -337,10 +339,10 @@ std::string data_size_check(const Nodes &nodes, const CategoryDescription &categ
         }
         std::string check = fits(node.kind == Node::Kind::bytes ? 1 : smallest_size(node.nodes));
         if (node.forms.front()->payload == PayloadFollows::if_not_zero) {
-            check = in_brackets("_ >= 0 and " + check);
+            check = in_brackets(check.insert(0, "_ >= 0 and "));
         }
         if (node.forms.size() < category.forms.size()) {
-            check = "not " + in_brackets(is_one_of(node.forms)) + " or " + check;
+            check.insert(0, "not " + in_brackets(is_one_of(node.forms)) + " or ");
         }
         checks.push_back(check);
     }

@@ -22,11 +22,16 @@ std::string_view names_from(std::string_view path, size_t level)
     return path;
 }
 
-bool is_same(const Node &one, const Node &other)
+// Whether both are the same but for what is in them.
+bool is_alike(const Node &one, const Node &two)
 {
-    return one.kind == other.kind && one.name == other.name && one.is_byte == other.is_byte &&
-           one.has_sign == other.has_sign && one.type == other.type &&
-           std::ranges::equal(one.nodes, other.nodes, is_same);
+    return one.kind == two.kind && one.name == two.name && one.is_byte == two.is_byte &&
+           one.has_sign == two.has_sign && one.type == two.type;
+}
+
+bool is_same(const Node &one, const Node &two)
+{
+    return is_alike(one, two) && std::ranges::equal(one.nodes, two.nodes, is_same);
 }
 
 // The first names of a longer path: "wifi_network" for two of "wifi.network.ssid"
@@ -116,7 +121,7 @@ void merge(Nodes &all, const Nodes &added, IsThere is_there, Join join)
     };
     for (const Node &node : added) {
         const auto found =
-            std::find_if(rest, all.end(), [&](const Node &other) { return is_there(other, node); });
+            std::find_if(rest, all.end(), [&](const Node &old) { return is_there(old, node); });
         if (found == all.end()) {
             new_ones.push_back(node);
             join(new_ones.back(), node);
@@ -135,10 +140,7 @@ void merge(Nodes &all, const Nodes &added, IsThere is_there, Join join)
 
 void merge_variant(Nodes &all, const Nodes &added, const Variant &variant)
 {
-    const auto is_there = [](const Node &one, const Node &other) {
-        return one.kind == other.kind && one.name == other.name;
-    };
-    merge(all, added, is_there, [&variant](Node &node, const Node &also) {
+    merge(all, added, is_alike, [&variant](Node &node, const Node &also) {
         node.variants.push_back(&variant);
         merge_variant(node.nodes, also.nodes, variant);
     });
