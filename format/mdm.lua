@@ -848,9 +848,12 @@ end
 local read = {}  -- the functions that read a field, by its kind
 local read_fields
 
--- A list of texts has the path of the texts; a list of records, the paths of their fields.
+-- Reads so many elements, if there are bytes for them. A list of texts has the path of the texts; a
+-- list of records, the paths of their fields.
 local function read_elements(reader, tree, field, count)
     local elements = field.elements
+    require_bytes(reader, field.path, count < 0 and largest_number
+                                      or count * smallest_size(elements))
     if elements[1].path == field.path then
         for i = 0, count - 1 do
             read[elements[1].kind](reader, tree, elements[1]):prepend_text("[" .. i .. "] ")
@@ -866,22 +869,12 @@ local function read_elements(reader, tree, field, count)
     end
 end
 
-function read.u8(reader, tree, field)
-    local range = take(reader, field.path, 1)
-    reader.numbers[field.path] = range:uint()
-    return tree:add(field.value, range)
-end
-
-function read.u32(reader, tree, field)
-    local range = take(reader, field.path, 4)
-    reader.numbers[field.path] = range:le_uint()
-    return tree:add_le(field.value, range)
-end
-
-function read.i32(reader, tree, field)
-    local range = take(reader, field.path, 4)
-    reader.numbers[field.path] = range:le_int()
-    return tree:add_le(field.value, range)
+for kind, number_of in pairs({u8 = "le_uint", u32 = "le_uint", i32 = "le_int"}) do
+    read[kind] = function(reader, tree, field)
+        local range = take(reader, field.path, smallest_sizes[kind])
+        reader.numbers[field.path] = range[number_of](range)
+        return tree:add_le(field.value, range)
+    end
 end
 
 -- What one or more bytes of UTF-8 look like, apart from the zero byte.
@@ -945,7 +938,6 @@ function read.count(reader, tree, field)
         item:add_proto_expert_info(negative_count)
         return item
     end
-    require_bytes(reader, field.path, count * smallest_size(field.elements))
     read_elements(reader, item, field, count)
     return item
 end
@@ -953,18 +945,13 @@ end
 function read.unsigned_count(reader, tree, field)
     local range = take(reader, field.path, 4)
     local item = tree:add_le(field.count, range)
-    local count = range:le_uint()
-    require_bytes(reader, field.path, count * smallest_size(field.elements))
-    read_elements(reader, item, field, count)
+    read_elements(reader, item, field, range:le_uint())
     return item
 end
 
 -- A list without a count of its own.
 function read.array(reader, tree, field)
-    local count = reader.numbers[field.counted_by]
-    require_bytes(reader, field.path,
-                  count < 0 and largest_number or count * smallest_size(field.elements))
-    read_elements(reader, tree, field, count)
+    read_elements(reader, tree, field, reader.numbers[field.counted_by])
 end
 
 local function is_in(number, numbers)
@@ -1068,7 +1055,7 @@ local function sentence(found)
     local is = found.left == 1 and "is" or "are"
     local plural = found.needed == 1 and "" or "s"
     local or_more = found.needed == largest_number and " or more" or ""
-    if found.path == "header.type" and found.offset == 4 and found.left > 0 then
+    if found.path == "header.type" then
         return "header.type at offset 4 is no message type"
     end
     if found.path == "header.length" and found.needed ~= 4 then
