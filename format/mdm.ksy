@@ -162,7 +162,7 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::pwd_data) or _ <= _io.size - _io.pos
+          expr: form != form::pwd_data or _ < 0 or _ <= _io.size - _io.pos
       - id: policy
         type: pwd_policy
         if: form == form::pwd_policy and data_size > 0
@@ -211,14 +211,14 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::security_data) or _ <= _io.size - _io.pos
+          expr: form != form::security_data or _ < 0 or _ <= _io.size - _io.pos
       - id: item
         type: security_item
         if: form == form::security_item and data_size > 0
       - id: num_strings
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 4
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 4
         if: form == form::security_strings and data_size > 0
       - id: strings
         type: counted_text
@@ -228,7 +228,7 @@ types:
       - id: num_accounts
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 104
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 104
         if: form == form::security_accounts and data_size > 0
       - id: accounts
         type: security_account
@@ -322,14 +322,14 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::wifi_data) or _ <= _io.size - _io.pos
+          expr: form != form::wifi_data or _ < 0 or _ <= _io.size - _io.pos
       - id: dhcp
         type: wifi_dhcp
         if: form == form::wifi_dhcp and data_size > 0
       - id: num_ssids
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 4
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 4
         if: form == form::wifi_ssids and data_size > 0
       - id: ssids
         type: counted_text
@@ -397,7 +397,7 @@ types:
         type: s4
       - id: detail
         type: wifi_network_detail
-        if: detail_kind >= 1 and detail_kind <= 9
+        if: (detail_kind >= 1 and detail_kind <= 9)
   wifi_network_detail:
     seq:
       - id: w0_number
@@ -405,13 +405,13 @@ types:
         if: _parent.detail_kind == 1 or _parent.detail_kind == 8 or _parent.detail_kind == 9
       - id: w0_text
         type: counted_text
-        if: _parent.detail_kind >= 2 and _parent.detail_kind <= 7
+        if: (_parent.detail_kind >= 2 and _parent.detail_kind <= 7)
       - id: w1
         type: counted_text
-        if: _parent.detail_kind >= 5 and _parent.detail_kind <= 7
+        if: (_parent.detail_kind >= 5 and _parent.detail_kind <= 7)
       - id: w2
         type: counted_text
-        if: _parent.detail_kind >= 5 and _parent.detail_kind <= 7
+        if: (_parent.detail_kind >= 5 and _parent.detail_kind <= 7)
       - id: w3_number
         type: u4
         if: _parent.detail_kind == 5 or _parent.detail_kind == 7
@@ -420,10 +420,10 @@ types:
         if: _parent.detail_kind == 6
       - id: w4
         type: counted_text
-        if: _parent.detail_kind >= 5 and _parent.detail_kind <= 7
+        if: (_parent.detail_kind >= 5 and _parent.detail_kind <= 7)
       - id: w5
         type: counted_text
-        if: _parent.detail_kind >= 5 and _parent.detail_kind <= 7
+        if: (_parent.detail_kind >= 5 and _parent.detail_kind <= 7)
       - id: w6
         type: counted_text
         if: _parent.detail_kind == 6
@@ -437,11 +437,11 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::bluetooth_data) or _ <= _io.size - _io.pos
+          expr: form != form::bluetooth_data or _ < 0 or _ <= _io.size - _io.pos
       - id: num_names
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 4
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 4
         if: form == form::bluetooth_names and data_size > 0
       - id: names
         type: counted_text
@@ -478,7 +478,7 @@ types:
       - id: num_accounts
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 60
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 60
         if: form == form::eas_accounts and data_size != 0
       - id: accounts
         type: eas_account
@@ -556,11 +556,11 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::app_data) or _ <= _io.size - _io.pos
+          expr: form != form::app_data or _ < 0 or _ <= _io.size - _io.pos
       - id: num_packages
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 4
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 4
         if: form == form::app_packages and data_size > 0
       - id: packages
         type: counted_text
@@ -610,11 +610,11 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::app_res_data) or _ <= _io.size - _io.pos
+          expr: form != form::app_res_data or _ < 0 or _ <= _io.size - _io.pos
       - id: num_packages
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 4
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 4
         if: form == form::app_res_packages and data_size > 0
       - id: packages
         type: counted_text
@@ -624,7 +624,7 @@ types:
       - id: num_items
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 8
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 8
         if: form == form::app_res_items and data_size > 0
       - id: items
         type: app_res_item
@@ -634,7 +634,7 @@ types:
       - id: num_controls
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 8
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 8
         if: form == form::app_res_controls and data_size > 0
       - id: controls
         type: app_res_control
@@ -652,8 +652,8 @@ types:
         value: >-
           type == 3 or type == 155 or type == 159 or type == 162 or (type >= 168 and type <= 171)
           or type == 176 or type == 177 ? form::app_res_packages :
-          type >= 140 and type <= 142 ? form::app_res_items :
-          type >= 172 and type <= 175 ? form::app_res_controls :
+          (type >= 140 and type <= 142) ? form::app_res_items :
+          (type >= 172 and type <= 175) ? form::app_res_controls :
           form::app_res_data
   app_res_item:
     seq:
@@ -668,7 +668,7 @@ types:
       - id: num_pkg_list
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 4
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 4
       - id: pkg_list
         type: counted_text
         repeat: expr
@@ -689,8 +689,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::roaming_record
+        value: form::roaming_record
   roaming_data:
     seq:
       - id: name
@@ -709,8 +708,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::roaming_res_head
+        value: form::roaming_res_head
   misc:
     doc: Message types 17, 18.
     seq:
@@ -722,8 +720,8 @@ types:
         type: s4
         valid:
           expr: >-
-            (not (form == form::misc_array) or (_ >= 0 and _ <= (_io.size - _io.pos) / 4))
-            and (not (form == form::misc_data) or (_ >= 0 and _ <= _io.size - _io.pos))
+            (form != form::misc_array or (_ >= 0 and _ <= (_io.size - _io.pos) / 4))
+            and (form != form::misc_data or (_ >= 0 and _ <= _io.size - _io.pos))
       - id: array
         type: counted_text
         repeat: expr
@@ -759,7 +757,7 @@ types:
         value: >-
           type == 122 ? form::misc_array :
           type == 123 ? form::misc_head :
-          type >= 124 and type <= 126 ? form::misc_text :
+          (type >= 124 and type <= 126) ? form::misc_text :
           type == 127 or type == 128 ? form::misc_strings :
           type == 281 or type == 283 ? form::misc_book :
           type == 288 or type == 289 ? form::misc_pair :
@@ -790,14 +788,14 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::apn_data) or (_ >= 0 and _ <= _io.size - _io.pos)
+          expr: form != form::apn_data or (_ >= 0 and _ <= _io.size - _io.pos)
       - id: profile
         type: apn_profile
         if: form == form::apn_profile and data_size != 0
       - id: num_profiles
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 60
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 60
         if: form == form::apn_profiles and data_size != 0
       - id: profiles
         type: apn_profile
@@ -814,7 +812,7 @@ types:
       form:
         value: >-
           type == 387 or type == 393 ? form::apn_profile :
-          type >= 389 and type <= 391 ? form::apn_profiles :
+          (type >= 389 and type <= 391) ? form::apn_profiles :
           form::apn_data
   apn_profile:
     seq:
@@ -862,8 +860,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::browser_data
+        value: form::browser_data
   date_time:
     doc: Message types 25, 26.
     seq:
@@ -874,7 +871,7 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: _ <= _io.size - _io.pos
+          expr: _ < 0 or _ <= _io.size - _io.pos
       - id: data
         size: data_size
         if: data_size > 0
@@ -883,8 +880,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::date_time_data
+        value: form::date_time_data
   remote:
     doc: Message types 27, 28.
     seq:
@@ -895,7 +891,7 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: _ <= _io.size - _io.pos
+          expr: _ < 0 or _ <= _io.size - _io.pos
       - id: data
         size: data_size
         if: data_size > 0
@@ -904,8 +900,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::remote_data
+        value: form::remote_data
   vpn:
     doc: Message types 29, 30.
     seq:
@@ -916,7 +911,7 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: _ <= _io.size - _io.pos
+          expr: _ < 0 or _ <= _io.size - _io.pos
       - id: data
         size: data_size
         if: data_size > 0
@@ -925,8 +920,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::vpn_data
+        value: form::vpn_data
   firewall:
     doc: Message types 31, 32.
     seq:
@@ -937,7 +931,7 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: _ <= _io.size - _io.pos
+          expr: _ < 0 or _ <= _io.size - _io.pos
       - id: data
         size: data_size
         if: data_size > 0
@@ -946,8 +940,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::firewall_data
+        value: form::firewall_data
   res:
     doc: Message types 33, 34.
     seq:
@@ -958,7 +951,7 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: _ <= _io.size - _io.pos
+          expr: _ < 0 or _ <= _io.size - _io.pos
       - id: data
         size: data_size
         if: data_size > 0
@@ -967,8 +960,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::res_data
+        value: form::res_data
   phone_res:
     doc: Message types 35, 36.
     seq:
@@ -980,8 +972,7 @@ types:
         type: s4
         valid:
           expr: >-
-            not (form == form::phone_res_raw_item or form == form::phone_res_data)
-            or _ <= _io.size - _io.pos
+            form != form::phone_res_raw_item and form != form::phone_res_data or _ < 0 or _ <= _io.size - _io.pos
       - id: item
         type: phone_res_item
         if: form == form::phone_res_item and data_size > 0
@@ -997,8 +988,8 @@ types:
     instances:
       form:
         value: >-
-          (type >= 394 and type <= 421) or (type >= 423 and type <= 438) or (type >= 441
-          and type <= 449) or (type >= 452 and type <= 455) ? form::phone_res_item :
+          (type >= 394 and type <= 421) or (type >= 423 and type <= 438)
+          or (type >= 441 and type <= 449) or (type >= 452 and type <= 455) ? form::phone_res_item :
           type == 422 ? form::phone_res_ext :
           type == 439 or type == 440 ? form::phone_res_raw_item :
           form::phone_res_data
@@ -1036,8 +1027,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::enterprise_data
+        value: form::enterprise_data
   email:
     doc: Message types 39, 40.
     seq:
@@ -1056,7 +1046,7 @@ types:
       - id: num_accounts
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 88
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 88
         if: form == form::email_accounts and data_size != 0
       - id: accounts
         type: email_account_of_accounts
@@ -1180,14 +1170,14 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::kiosk_data) or (_ >= 0 and _ <= _io.size - _io.pos)
+          expr: form != form::kiosk_data or (_ >= 0 and _ <= _io.size - _io.pos)
       - id: text
         type: counted_text
         if: form == form::kiosk_text and data_size != 0
       - id: num_keys
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 4
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 4
         if: form == form::kiosk_keys and data_size != 0
       - id: keys
         type: kiosk_key
@@ -1197,7 +1187,7 @@ types:
       - id: num_key_pairs
         type: s4
         valid:
-          expr: _ <= (_io.size - _io.pos) / 8
+          expr: _ < 0 or _ <= (_io.size - _io.pos) / 8
         if: form == form::kiosk_key_pairs and data_size != 0
       - id: key_pairs
         type: kiosk_key_pair
@@ -1237,7 +1227,7 @@ types:
       - id: data_size
         type: s4
         valid:
-          expr: not (form == form::container_data) or (_ >= 0 and _ <= _io.size - _io.pos)
+          expr: form != form::container_data or (_ >= 0 and _ <= _io.size - _io.pos)
       - id: item
         type: container_item
         if: form == form::container_item and data_size != 0
@@ -1255,7 +1245,7 @@ types:
         value: >-
           type == 628 ? form::container_item :
           type == 629 ? form::container_short_item :
-          type >= 630 and type <= 632 ? form::container_data :
+          (type >= 630 and type <= 632) ? form::container_data :
           form::container_head
   container_item:
     seq:
@@ -1285,8 +1275,7 @@ types:
         size-eos: true
     instances:
       form:
-        value: >-
-          form::location_head
+        value: form::location_head
   log_manager:
     doc: Message types 51, 52.
     seq:

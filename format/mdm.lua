@@ -9,10 +9,15 @@
 -- `mdm-msg forms --wireshark` prints this file, and makes the tables of what the library answers.
 
 local first_type, last_type = 1, 80
+local smallest_message = 40
+local uncounted = 8  -- bytes of a message that its length field does not count
 
--- A field has a path and a kind. A list has the fields of an element. Variants are what follows
--- by the number of another field, the selector. Two numbers in braces stand for all from the first
--- to the last. The last form of a category takes all discriminators that no other form lists.
+-- A field has a path and a kind. A list has the fields of an element, and the bytes that an element
+-- takes at least. Variants are what follows by the number of another field, the selector. Two
+-- numbers in braces stand for all from the first to the last. The last form of a category takes all
+-- discriminators that no other form lists. `payload` says which `data_size` announces the fields of
+-- a form; without it they are always there. `counted_by` names the field that counts bytes or
+-- elements.
 
 local header = {
     {path = "header.length", kind = "u32"},
@@ -34,11 +39,13 @@ local categories = {
         {path = "admin.type", kind = "u32"},
     }, forms = {
         {name = "admin.query",
-         types = {0}, fields = {
+         discriminators = {0},
+         fields = {
             {path = "admin.pkg", kind = "str"},
             {path = "admin.status", kind = "i32"},
         }},
-        {name = "admin.general", fields = {
+        {name = "admin.general",
+         fields = {
             {path = "admin.value", kind = "u32"},
             {path = "admin.pkg", kind = "str"},
             {path = "admin.text", kind = "str"},
@@ -49,8 +56,9 @@ local categories = {
         {path = "pwd.param", kind = "u32"},
         {path = "pwd.data_size", kind = "i32"},
     }, forms = {
-        {name = "pwd.policy", payload = "above 0",
-         types = {40}, fields = {
+        {name = "pwd.policy", payload = "if_positive",
+         discriminators = {40},
+         fields = {
             {path = "pwd.policy.num0", kind = "u32"},
             {path = "pwd.policy.num1", kind = "u32"},
             {path = "pwd.policy.num2", kind = "u32"},
@@ -63,7 +71,8 @@ local categories = {
             {path = "pwd.policy.str9", kind = "str"},
             {path = "pwd.policy.str10", kind = "str"},
         }},
-        {name = "pwd.data", payload = "above 0", fields = {
+        {name = "pwd.data", payload = "if_positive",
+         fields = {
             {path = "pwd.data", kind = "bytes", counted_by = "pwd.data_size"},
         }},
     }},
@@ -72,22 +81,27 @@ local categories = {
         {path = "security.param", kind = "u32"},
         {path = "security.data_size", kind = "i32"},
     }, forms = {
-        {name = "security.item", payload = "above 0",
-         types = {56, 76}, fields = {
+        {name = "security.item", payload = "if_positive",
+         discriminators = {56, 76},
+         fields = {
             {path = "security.item.num0", kind = "u32"},
             {path = "security.item.str1", kind = "str"},
             {path = "security.item.str4", kind = "str"},
             {path = "security.item.str3", kind = "str"},
         }},
-        {name = "security.strings", payload = "above 0",
-         types = {{68, 69}}, fields = {
-            {path = "security.strings", kind = "count", elements = {
+        {name = "security.strings", payload = "if_positive",
+         discriminators = {{68, 69}},
+         fields = {
+            {path = "security.strings", kind = "count",
+             element_size = 4, elements = {
                 {path = "security.strings", kind = "str"},
             }},
         }},
-        {name = "security.accounts", payload = "above 0",
-         types = {{70, 71}}, fields = {
-            {path = "security.accounts", kind = "count", elements = {
+        {name = "security.accounts", payload = "if_positive",
+         discriminators = {{70, 71}},
+         fields = {
+            {path = "security.accounts", kind = "count",
+             record = "security.account", element_size = 104, elements = {
                 {path = "security.account.num0", kind = "u32"},
                 {path = "security.account.num1", kind = "u32"},
                 {path = "security.account.num2", kind = "u32"},
@@ -116,7 +130,8 @@ local categories = {
                 {path = "security.account.str25", kind = "str"},
             }},
         }},
-        {name = "security.data", payload = "above 0", fields = {
+        {name = "security.data", payload = "if_positive",
+         fields = {
             {path = "security.data", kind = "bytes", counted_by = "security.data_size"},
         }},
     }},
@@ -125,33 +140,39 @@ local categories = {
         {path = "wifi.param", kind = "u32"},
         {path = "wifi.data_size", kind = "i32"},
     }, forms = {
-        {name = "wifi.dhcp", payload = "above 0",
-         types = {88}, fields = {
+        {name = "wifi.dhcp", payload = "if_positive",
+         discriminators = {88},
+         fields = {
             {path = "wifi.dhcp.str0", kind = "str"},
             {path = "wifi.dhcp.str1", kind = "str"},
             {path = "wifi.dhcp.str2", kind = "str"},
             {path = "wifi.dhcp.str3", kind = "str"},
             {path = "wifi.dhcp.str4", kind = "str"},
         }},
-        {name = "wifi.ssids", payload = "above 0",
-         types = {290, 344, 346, {348, 350}, 352}, fields = {
-            {path = "wifi.ssids", kind = "count", elements = {
+        {name = "wifi.ssids", payload = "if_positive",
+         discriminators = {290, 344, 346, {348, 350}, 352},
+         fields = {
+            {path = "wifi.ssids", kind = "count",
+             element_size = 4, elements = {
                 {path = "wifi.ssids", kind = "str"},
             }},
         }},
-        {name = "wifi.pair", payload = "above 0",
-         types = {305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339}, fields = {
+        {name = "wifi.pair", payload = "if_positive",
+         discriminators = {305, 307, 309, 311, 313, 315, 317, 324, 326, 328, 330, 332, 339},
+         fields = {
             {path = "wifi.pair.ssid", kind = "str"},
             {path = "wifi.pair.value", kind = "str"},
         }},
-        {name = "wifi.triple", payload = "above 0",
-         types = {319}, fields = {
+        {name = "wifi.triple", payload = "if_positive",
+         discriminators = {319},
+         fields = {
             {path = "wifi.triple.str0", kind = "str"},
             {path = "wifi.triple.str1", kind = "str"},
             {path = "wifi.triple.str2", kind = "str"},
         }},
-        {name = "wifi.network", payload = "above 0",
-         types = {345}, fields = {
+        {name = "wifi.network", payload = "if_positive",
+         discriminators = {345},
+         fields = {
             {path = "wifi.network.ssid", kind = "str"},
             {path = "wifi.network.detail_kind", kind = "i32"},
             {selector = "wifi.network.detail_kind",
@@ -180,7 +201,8 @@ local categories = {
                 }},
             },
         }},
-        {name = "wifi.data", payload = "above 0", fields = {
+        {name = "wifi.data", payload = "if_positive",
+         fields = {
             {path = "wifi.data", kind = "bytes", counted_by = "wifi.data_size"},
         }},
     }},
@@ -189,13 +211,16 @@ local categories = {
         {path = "bluetooth.param", kind = "u32"},
         {path = "bluetooth.data_size", kind = "i32"},
     }, forms = {
-        {name = "bluetooth.names", payload = "above 0",
-         types = {91, {220, 225}, 227, {230, 231}, {233, 235}, 237}, fields = {
-            {path = "bluetooth.names", kind = "count", elements = {
+        {name = "bluetooth.names", payload = "if_positive",
+         discriminators = {91, {220, 225}, 227, {230, 231}, {233, 235}, 237},
+         fields = {
+            {path = "bluetooth.names", kind = "count",
+             element_size = 4, elements = {
                 {path = "bluetooth.names", kind = "str"},
             }},
         }},
-        {name = "bluetooth.data", payload = "above 0", fields = {
+        {name = "bluetooth.data", payload = "if_positive",
+         fields = {
             {path = "bluetooth.data", kind = "bytes", counted_by = "bluetooth.data_size"},
         }},
     }},
@@ -204,8 +229,9 @@ local categories = {
         {path = "eas.param", kind = "u32"},
         {path = "eas.data_size", kind = "i32"},
     }, forms = {
-        {name = "eas.account", payload = "not 0",
-         types = {98}, fields = {
+        {name = "eas.account", payload = "if_not_zero",
+         discriminators = {98},
+         fields = {
             {path = "eas.account.num0", kind = "u32"},
             {path = "eas.account.num1", kind = "u32"},
             {path = "eas.account.num2", kind = "u32"},
@@ -222,15 +248,18 @@ local categories = {
             {path = "eas.account.str13", kind = "str"},
             {path = "eas.account.str14", kind = "str"},
         }},
-        {name = "eas.settings", payload = "not 0",
-         types = {104}, fields = {
+        {name = "eas.settings", payload = "if_not_zero",
+         discriminators = {104},
+         fields = {
             {path = "eas.settings.str8", kind = "str"},
             {path = "eas.settings.str10", kind = "str"},
             {path = "eas.settings.str13", kind = "str"},
         }},
-        {name = "eas.accounts", payload = "not 0",
-         types = {106}, fields = {
-            {path = "eas.accounts", kind = "count", elements = {
+        {name = "eas.accounts", payload = "if_not_zero",
+         discriminators = {106},
+         fields = {
+            {path = "eas.accounts", kind = "count",
+             record = "eas.account", element_size = 60, elements = {
                 {path = "eas.account.num0", kind = "u32"},
                 {path = "eas.account.num1", kind = "u32"},
                 {path = "eas.account.num2", kind = "u32"},
@@ -248,7 +277,8 @@ local categories = {
                 {path = "eas.account.str14", kind = "str"},
             }},
         }},
-        {name = "eas.value", payload = "not 0", fields = {
+        {name = "eas.value", payload = "if_not_zero",
+         fields = {
             {path = "eas.value.num0", kind = "u32"},
             {path = "eas.value.str1", kind = "str"},
         }},
@@ -259,23 +289,28 @@ local categories = {
         {path = "app.pkg", kind = "str"},
         {path = "app.data_size", kind = "i32"},
     }, forms = {
-        {name = "app.packages", payload = "above 0",
-         types = {4, 15}, fields = {
-            {path = "app.packages", kind = "count", elements = {
+        {name = "app.packages", payload = "if_positive",
+         discriminators = {4, 15},
+         fields = {
+            {path = "app.packages", kind = "count",
+             element_size = 4, elements = {
                 {path = "app.packages", kind = "str"},
             }},
         }},
-        {name = "app.num_pair", payload = "above 0",
-         types = {{140, 141}}, fields = {
+        {name = "app.num_pair", payload = "if_positive",
+         discriminators = {{140, 141}},
+         fields = {
             {path = "app.num_pair.num1", kind = "u32"},
             {path = "app.num_pair.num2", kind = "u32"},
         }},
-        {name = "app.pair", payload = "above 0",
-         types = {{184, 185}}, fields = {
+        {name = "app.pair", payload = "if_positive",
+         discriminators = {{184, 185}},
+         fields = {
             {path = "app.pair.first", kind = "str"},
             {path = "app.pair.second", kind = "str"},
         }},
-        {name = "app.data", payload = "above 0", fields = {
+        {name = "app.data", payload = "if_positive",
+         fields = {
             {path = "app.data", kind = "bytes", counted_by = "app.data_size"},
         }},
     }},
@@ -285,29 +320,37 @@ local categories = {
         {path = "app_res.pkg", kind = "str"},
         {path = "app_res.data_size", kind = "i32"},
     }, forms = {
-        {name = "app_res.packages", payload = "above 0",
-         types = {3, 155, 159, 162, {168, 171}, {176, 177}}, fields = {
-            {path = "app_res.packages", kind = "count", elements = {
+        {name = "app_res.packages", payload = "if_positive",
+         discriminators = {3, 155, 159, 162, {168, 171}, {176, 177}},
+         fields = {
+            {path = "app_res.packages", kind = "count",
+             element_size = 4, elements = {
                 {path = "app_res.packages", kind = "str"},
             }},
         }},
-        {name = "app_res.items", payload = "above 0",
-         types = {{140, 142}}, fields = {
-            {path = "app_res.items", kind = "count", elements = {
+        {name = "app_res.items", payload = "if_positive",
+         discriminators = {{140, 142}},
+         fields = {
+            {path = "app_res.items", kind = "count",
+             record = "app_res.item", element_size = 8, elements = {
                 {path = "app_res.item.name", kind = "str"},
                 {path = "app_res.item.value", kind = "u32"},
             }},
         }},
-        {name = "app_res.controls", payload = "above 0",
-         types = {{172, 175}}, fields = {
-            {path = "app_res.controls", kind = "count", elements = {
+        {name = "app_res.controls", payload = "if_positive",
+         discriminators = {{172, 175}},
+         fields = {
+            {path = "app_res.controls", kind = "count",
+             record = "app_res.control", element_size = 8, elements = {
                 {path = "app_res.control.client_id", kind = "i32"},
-                {path = "app_res.control.pkg_list", kind = "count", elements = {
+                {path = "app_res.control.pkg_list", kind = "count",
+                 element_size = 4, elements = {
                     {path = "app_res.control.pkg_list", kind = "str"},
                 }},
             }},
         }},
-        {name = "app_res.data", payload = "above 0", fields = {
+        {name = "app_res.data", payload = "if_positive",
+         fields = {
             {path = "app_res.data", kind = "bytes", counted_by = "app_res.data_size"},
         }},
     }},
@@ -317,7 +360,8 @@ local categories = {
         {path = "roaming.data_size", kind = "i32"},
         {path = "roaming.data.name", kind = "str"},
     }, forms = {
-        {name = "roaming.record", fields = {
+        {name = "roaming.record",
+         fields = {
         }},
     }},
     {name = "roaming_res", types = {16}, head = {
@@ -325,7 +369,8 @@ local categories = {
         {path = "roaming_res.param", kind = "u32"},
         {path = "roaming_res.data_size", kind = "i32"},
     }, forms = {
-        {name = "roaming_res.head", fields = {
+        {name = "roaming_res.head",
+         fields = {
         }},
     }},
     {name = "misc", types = {17, 18}, head = {
@@ -333,36 +378,45 @@ local categories = {
         {path = "misc.param", kind = "u32"},
         {path = "misc.data_size", kind = "i32"},
     }, forms = {
-        {name = "misc.array", payload = "not 0",
-         types = {122}, fields = {
-            {path = "misc.array", kind = "array", counted_by = "misc.data_size", elements = {
+        {name = "misc.array", payload = "if_not_zero",
+         discriminators = {122},
+         fields = {
+            {path = "misc.array", kind = "array", counted_by = "misc.data_size",
+             element_size = 4, elements = {
                 {path = "misc.array", kind = "str"},
             }},
         }},
         {name = "misc.head",
-         types = {123}, fields = {
+         discriminators = {123},
+         fields = {
         }},
-        {name = "misc.text", payload = "not 0",
-         types = {{124, 126}}, fields = {
+        {name = "misc.text", payload = "if_not_zero",
+         discriminators = {{124, 126}},
+         fields = {
             {path = "misc.text.value", kind = "str"},
         }},
         {name = "misc.strings",
-         types = {{127, 128}}, fields = {
-            {path = "misc.param_list", kind = "unsigned_count", elements = {
+         discriminators = {{127, 128}},
+         fields = {
+            {path = "misc.param_list", kind = "unsigned_count",
+             element_size = 4, elements = {
                 {path = "misc.param_list", kind = "str"},
             }},
         }},
-        {name = "misc.book", payload = "not 0",
-         types = {281, 283}, fields = {
+        {name = "misc.book", payload = "if_not_zero",
+         discriminators = {281, 283},
+         fields = {
             {path = "misc.book.url", kind = "str"},
             {path = "misc.book.title", kind = "str"},
         }},
-        {name = "misc.pair", payload = "not 0",
-         types = {{288, 289}}, fields = {
+        {name = "misc.pair", payload = "if_not_zero",
+         discriminators = {{288, 289}},
+         fields = {
             {path = "misc.pair.first", kind = "str"},
             {path = "misc.pair.second", kind = "str"},
         }},
-        {name = "misc.data", payload = "not 0", fields = {
+        {name = "misc.data", payload = "if_not_zero",
+         fields = {
             {path = "misc.data", kind = "bytes", counted_by = "misc.data_size"},
         }},
     }},
@@ -371,8 +425,9 @@ local categories = {
         {path = "apn.param", kind = "u32"},
         {path = "apn.data_size", kind = "i32"},
     }, forms = {
-        {name = "apn.profile", payload = "not 0",
-         types = {387, 393}, fields = {
+        {name = "apn.profile", payload = "if_not_zero",
+         discriminators = {387, 393},
+         fields = {
             {path = "apn.profile.num0", kind = "u32"},
             {path = "apn.profile.num1", kind = "u32"},
             {path = "apn.profile.profile_name", kind = "str"},
@@ -389,9 +444,11 @@ local categories = {
             {path = "apn.profile.str13", kind = "str"},
             {path = "apn.profile.str14", kind = "str"},
         }},
-        {name = "apn.profiles", payload = "not 0",
-         types = {{389, 391}}, fields = {
-            {path = "apn.profiles", kind = "count", elements = {
+        {name = "apn.profiles", payload = "if_not_zero",
+         discriminators = {{389, 391}},
+         fields = {
+            {path = "apn.profiles", kind = "count",
+             record = "apn.profile", element_size = 60, elements = {
                 {path = "apn.profile.num0", kind = "u32"},
                 {path = "apn.profile.num1", kind = "u32"},
                 {path = "apn.profile.profile_name", kind = "str"},
@@ -409,7 +466,8 @@ local categories = {
                 {path = "apn.profile.str14", kind = "str"},
             }},
         }},
-        {name = "apn.data", payload = "not 0", fields = {
+        {name = "apn.data", payload = "if_not_zero",
+         fields = {
             {path = "apn.data", kind = "bytes", counted_by = "apn.data_size"},
         }},
     }},
@@ -418,7 +476,8 @@ local categories = {
         {path = "browser.param", kind = "u32"},
         {path = "browser.data_size", kind = "i32"},
     }, forms = {
-        {name = "browser.data", fields = {
+        {name = "browser.data",
+         fields = {
         }},
     }},
     {name = "date_time", types = {25, 26}, head = {
@@ -426,7 +485,8 @@ local categories = {
         {path = "date_time.param", kind = "u32"},
         {path = "date_time.data_size", kind = "i32"},
     }, forms = {
-        {name = "date_time.data", payload = "above 0", fields = {
+        {name = "date_time.data", payload = "if_positive",
+         fields = {
             {path = "date_time.data", kind = "bytes", counted_by = "date_time.data_size"},
         }},
     }},
@@ -435,7 +495,8 @@ local categories = {
         {path = "remote.param", kind = "u32"},
         {path = "remote.data_size", kind = "i32"},
     }, forms = {
-        {name = "remote.data", payload = "above 0", fields = {
+        {name = "remote.data", payload = "if_positive",
+         fields = {
             {path = "remote.data", kind = "bytes", counted_by = "remote.data_size"},
         }},
     }},
@@ -444,7 +505,8 @@ local categories = {
         {path = "vpn.param", kind = "u32"},
         {path = "vpn.data_size", kind = "i32"},
     }, forms = {
-        {name = "vpn.data", payload = "above 0", fields = {
+        {name = "vpn.data", payload = "if_positive",
+         fields = {
             {path = "vpn.data", kind = "bytes", counted_by = "vpn.data_size"},
         }},
     }},
@@ -453,7 +515,8 @@ local categories = {
         {path = "firewall.param", kind = "u32"},
         {path = "firewall.data_size", kind = "i32"},
     }, forms = {
-        {name = "firewall.data", payload = "above 0", fields = {
+        {name = "firewall.data", payload = "if_positive",
+         fields = {
             {path = "firewall.data", kind = "bytes", counted_by = "firewall.data_size"},
         }},
     }},
@@ -462,7 +525,8 @@ local categories = {
         {path = "res.param", kind = "u32"},
         {path = "res.data_size", kind = "i32"},
     }, forms = {
-        {name = "res.data", payload = "above 0", fields = {
+        {name = "res.data", payload = "if_positive",
+         fields = {
             {path = "res.data", kind = "bytes", counted_by = "res.data_size"},
         }},
     }},
@@ -471,23 +535,27 @@ local categories = {
         {path = "phone_res.param", kind = "u32"},
         {path = "phone_res.data_size", kind = "i32"},
     }, forms = {
-        {name = "phone_res.item", payload = "above 0",
-         types = {{394, 421}, {423, 438}, {441, 449}, {452, 455}}, fields = {
+        {name = "phone_res.item", payload = "if_positive",
+         discriminators = {{394, 421}, {423, 438}, {441, 449}, {452, 455}},
+         fields = {
             {path = "phone_res.item.str0", kind = "str"},
             {path = "phone_res.item.str2", kind = "str"},
         }},
-        {name = "phone_res.ext", payload = "above 0",
-         types = {422}, fields = {
+        {name = "phone_res.ext", payload = "if_positive",
+         discriminators = {422},
+         fields = {
             {path = "phone_res.ext.str0", kind = "str"},
             {path = "phone_res.ext.detail.num0", kind = "u32"},
             {path = "phone_res.ext.detail.num1", kind = "u32"},
             {path = "phone_res.ext.detail.str2", kind = "str"},
         }},
-        {name = "phone_res.raw_item", payload = "above 0",
-         types = {{439, 440}}, fields = {
+        {name = "phone_res.raw_item", payload = "if_positive",
+         discriminators = {{439, 440}},
+         fields = {
             {path = "phone_res.data", kind = "bytes", counted_by = "phone_res.data_size"},
         }},
-        {name = "phone_res.data", payload = "above 0", fields = {
+        {name = "phone_res.data", payload = "if_positive",
+         fields = {
             {path = "phone_res.data", kind = "bytes", counted_by = "phone_res.data_size"},
         }},
     }},
@@ -496,7 +564,8 @@ local categories = {
         {path = "enterprise.param", kind = "u32"},
         {path = "enterprise.data_size", kind = "i32"},
     }, forms = {
-        {name = "enterprise.data", fields = {
+        {name = "enterprise.data",
+         fields = {
         }},
     }},
     {name = "email", types = {39, 40}, head = {
@@ -504,8 +573,9 @@ local categories = {
         {path = "email.param", kind = "u32"},
         {path = "email.data_size", kind = "i32"},
     }, forms = {
-        {name = "email.account", payload = "not 0",
-         types = {359}, fields = {
+        {name = "email.account", payload = "if_not_zero",
+         discriminators = {359},
+         fields = {
             {path = "email.account.num0", kind = "u32"},
             {path = "email.account.num1", kind = "u32"},
             {path = "email.account.num2", kind = "u32"},
@@ -523,15 +593,18 @@ local categories = {
             {path = "email.account.str20", kind = "str"},
             {path = "email.account.str21", kind = "str"},
         }},
-        {name = "email.settings", payload = "not 0",
-         types = {362}, fields = {
+        {name = "email.settings", payload = "if_not_zero",
+         discriminators = {362},
+         fields = {
             {path = "email.settings.str16", kind = "str"},
             {path = "email.settings.str15", kind = "str"},
             {path = "email.settings.str14", kind = "str"},
         }},
-        {name = "email.accounts", payload = "not 0",
-         types = {363}, fields = {
-            {path = "email.accounts", kind = "count", elements = {
+        {name = "email.accounts", payload = "if_not_zero",
+         discriminators = {363},
+         fields = {
+            {path = "email.accounts", kind = "count",
+             record = "email.account", element_size = 88, elements = {
                 {path = "email.account.num0", kind = "u32"},
                 {path = "email.account.num1", kind = "u32"},
                 {path = "email.account.num2", kind = "u32"},
@@ -556,7 +629,8 @@ local categories = {
                 {path = "email.account.str21", kind = "str"},
             }},
         }},
-        {name = "email.value", payload = "not 0", fields = {
+        {name = "email.value", payload = "if_not_zero",
+         fields = {
             {path = "email.value.num0", kind = "u32"},
             {path = "email.value.str1", kind = "str"},
         }},
@@ -566,24 +640,30 @@ local categories = {
         {path = "kiosk.param", kind = "u32"},
         {path = "kiosk.data_size", kind = "i32"},
     }, forms = {
-        {name = "kiosk.text", payload = "not 0",
-         types = {612, 614}, fields = {
+        {name = "kiosk.text", payload = "if_not_zero",
+         discriminators = {612, 614},
+         fields = {
             {path = "kiosk.text", kind = "str"},
         }},
-        {name = "kiosk.keys", payload = "not 0",
-         types = {618, 621}, fields = {
-            {path = "kiosk.keys", kind = "count", elements = {
+        {name = "kiosk.keys", payload = "if_not_zero",
+         discriminators = {618, 621},
+         fields = {
+            {path = "kiosk.keys", kind = "count",
+             record = "kiosk.key", element_size = 4, elements = {
                 {path = "kiosk.key.number", kind = "u32"},
             }},
         }},
-        {name = "kiosk.key_pairs", payload = "not 0",
-         types = {619}, fields = {
-            {path = "kiosk.key_pairs", kind = "count", elements = {
+        {name = "kiosk.key_pairs", payload = "if_not_zero",
+         discriminators = {619},
+         fields = {
+            {path = "kiosk.key_pairs", kind = "count",
+             record = "kiosk.key_pair", element_size = 8, elements = {
                 {path = "kiosk.key_pair.key", kind = "u32"},
                 {path = "kiosk.key_pair.value", kind = "u32"},
             }},
         }},
-        {name = "kiosk.data", payload = "not 0", fields = {
+        {name = "kiosk.data", payload = "if_not_zero",
+         fields = {
             {path = "kiosk.data", kind = "bytes", counted_by = "kiosk.data_size"},
         }},
     }},
@@ -592,22 +672,26 @@ local categories = {
         {path = "container.param", kind = "u32"},
         {path = "container.data_size", kind = "i32"},
     }, forms = {
-        {name = "container.item", payload = "not 0",
-         types = {628}, fields = {
+        {name = "container.item", payload = "if_not_zero",
+         discriminators = {628},
+         fields = {
             {path = "container.item.num0", kind = "u32"},
             {path = "container.item.str1", kind = "str"},
             {path = "container.item.str2", kind = "str"},
         }},
-        {name = "container.short_item", payload = "not 0",
-         types = {629}, fields = {
+        {name = "container.short_item", payload = "if_not_zero",
+         discriminators = {629},
+         fields = {
             {path = "container.short_item.num0", kind = "u32"},
             {path = "container.short_item.str1", kind = "str"},
         }},
-        {name = "container.data", payload = "not 0",
-         types = {{630, 632}}, fields = {
+        {name = "container.data", payload = "if_not_zero",
+         discriminators = {{630, 632}},
+         fields = {
             {path = "container.data", kind = "bytes", counted_by = "container.data_size"},
         }},
-        {name = "container.head", fields = {
+        {name = "container.head",
+         fields = {
         }},
     }},
     {name = "location", types = {49, 50}, head = {
@@ -615,17 +699,20 @@ local categories = {
         {path = "location.param", kind = "u32"},
         {path = "location.data_size", kind = "i32"},
     }, forms = {
-        {name = "location.head", fields = {
+        {name = "location.head",
+         fields = {
         }},
     }},
     {name = "log_manager", types = {51, 52}, head = {
         {path = "log_manager.type", kind = "u32"},
     }, forms = {
         {name = "log_manager.text",
-         types = {638}, fields = {
+         discriminators = {638},
+         fields = {
             {path = "log_manager.value", kind = "str"},
         }},
-        {name = "log_manager.byte", fields = {
+        {name = "log_manager.byte",
+         fields = {
             {path = "log_manager.value", kind = "u8"},
         }},
     }},
@@ -634,15 +721,18 @@ local categories = {
         {path = "platform.text", kind = "str"},
     }, forms = {
         {name = "platform.flag",
-         types = {439}, fields = {
+         discriminators = {439},
+         fields = {
             {path = "platform.number", kind = "u32"},
             {path = "platform.flag", kind = "u8"},
         }},
         {name = "platform.number",
-         types = {440}, fields = {
+         discriminators = {440},
+         fields = {
             {path = "platform.number", kind = "u32"},
         }},
-        {name = "platform.text", fields = {
+        {name = "platform.text",
+         fields = {
         }},
     }},
     {name = "app_cb", types = {61}, head = {
@@ -651,13 +741,15 @@ local categories = {
         {path = "app_cb.param", kind = "u32"},
         {path = "app_cb.param2", kind = "u32"},
     }, forms = {
-        {name = "app_cb.detail", payload = "not 0",
-         types = {{0, 1}}, fields = {
+        {name = "app_cb.detail", payload = "if_not_zero",
+         discriminators = {{0, 1}},
+         fields = {
             {path = "app_cb.num6", kind = "u32"},
             {path = "app_cb.str8", kind = "str"},
             {path = "app_cb.str7", kind = "str"},
         }},
-        {name = "app_cb.head", fields = {
+        {name = "app_cb.head",
+         fields = {
         }},
     }},
     {name = "misc_cb", types = {63}, head = {
@@ -666,20 +758,22 @@ local categories = {
         {path = "misc_cb.param", kind = "u32"},
         {path = "misc_cb.param2", kind = "u32"},
     }, forms = {
-        {name = "misc_cb.detail", payload = "not 0",
-         types = {{0, 1}}, fields = {
+        {name = "misc_cb.detail", payload = "if_not_zero",
+         discriminators = {{0, 1}},
+         fields = {
             {path = "misc_cb.flag6", kind = "u8"},
             {path = "misc_cb.num7", kind = "u32"},
             {path = "misc_cb.str8", kind = "str"},
         }},
-        {name = "misc_cb.head", fields = {
+        {name = "misc_cb.head",
+         fields = {
         }},
     }},
 }
 
 -- The fields that Wireshark knows. A field of the message has the name of its path. The count of a
--- list or of a text ends in ".count". A path with two kinds ends in the member of the C union. A
--- filter has "mdm." in front of the name.
+-- list ends in ".count", the length of a text whose bytes are not all there in ".length". A path
+-- with two kinds ends in the member of the C union. A filter has "mdm." in front of the name.
 
 local protocol = Proto("mdm", "Device management message")
 
@@ -758,7 +852,7 @@ for_each_field_of_all(function(field)
         field.value = declare(path .. member, kind,
                               path == "header.type" and category_names or nil)
         if kind == "str" then
-            field.count = declare(path .. ".count", "unsigned_count")
+            field.length = declare(path .. ".length", "u32")
         end
     end
 end)
@@ -794,8 +888,6 @@ protocol.experts = {malformed, cut, padded, negative_count, zero_in_text}
 -- cannot go on raises a table: the fault, or `is_cut` if the capture ends there.
 
 local largest_number = 0xFFFFFFFF
-local smallest_message = 40
-local uncounted = 8  -- the bytes of a message that its length field does not count
 
 local function fault(reader, path, needed)
     error({path = path, offset = reader.at, needed = math.min(needed, largest_number),
@@ -820,16 +912,6 @@ local function take(reader, path, count)
     return range
 end
 
-local smallest_sizes = {u8 = 1, u32 = 4, i32 = 4, count = 4, unsigned_count = 4, str = 4}
-
-local function smallest_size(list)
-    local size = 0
-    for _, field in ipairs(list) do
-        size = size + smallest_sizes[field.kind]
-    end
-    return size
-end
-
 -- A tree item for what the reader reads next. It reaches to the end of the message until
 -- close_item() is called, so a fault within it stands in it.
 local function open_item(reader, tree, label)
@@ -848,32 +930,30 @@ end
 local read = {}  -- the functions that read a field, by its kind
 local read_fields
 
--- Reads so many elements, if there are bytes for them. A list of texts has the path of the texts; a
--- list of records, the paths of their fields.
+-- Reads so many elements, if there are bytes for them: records or texts.
 local function read_elements(reader, tree, field, count)
     local elements = field.elements
-    require_bytes(reader, field.path, count < 0 and largest_number
-                                      or count * smallest_size(elements))
-    if elements[1].path == field.path then
+    require_bytes(reader, field.path, count < 0 and largest_number or count * field.element_size)
+    if not field.record then
         for i = 0, count - 1 do
-            read[elements[1].kind](reader, tree, elements[1]):prepend_text("[" .. i .. "] ")
+            read.str(reader, tree, elements[1], "[" .. i .. "] ")
         end
         return
     end
-    local record = elements[1].path:match("^[^.]*%.[^.]*")
     for i = 0, count - 1 do
         local begin = reader.at
-        local item = open_item(reader, tree, record .. "[" .. i .. "]")
+        local item = open_item(reader, tree, field.record .. "[" .. i .. "]")
         read_fields(reader, item, elements)
         close_item(reader, item, begin)
     end
 end
 
 for kind, number_of in pairs({u8 = "le_uint", u32 = "le_uint", i32 = "le_int"}) do
+    local size = kind == "u8" and 1 or 4
     read[kind] = function(reader, tree, field)
-        local range = take(reader, field.path, smallest_sizes[kind])
+        local range = take(reader, field.path, size)
         reader.numbers[field.path] = range[number_of](range)
-        return tree:add_le(field.value, range)
+        tree:add_le(field.value, range)
     end
 end
 
@@ -901,33 +981,35 @@ local function shown(text)
     return table.concat(parts)
 end
 
-function read.str(reader, tree, field)
+-- The position in a list stands in front of the item's label.
+function read.str(reader, tree, field, position)
     local begin = reader.at
     local count = take(reader, field.path, 4)
     local length = count:le_uint()
     if length > reader.size - reader.at then
-        tree:add_le(field.count, count)
+        tree:add_le(field.length, count):prepend_text(position or "")
         fault(reader, field.path, length)
     end
     if length == 0 then
-        return tree:add(field.value, count, "")
+        tree:add(field.value, count, ""):prepend_text(position or "")
+        return
     end
     local text = take(reader, field.path, length):raw()
     local item = tree:add(field.value, reader.buffer(begin, 4 + length), shown(text))
+    item:prepend_text(position or "")
     if text:find("\0", 1, true) then
         item:add_proto_expert_info(zero_in_text)
     end
-    return item
 end
 
 -- The payload `data_size` counts bytes. A negative number of bytes is more than there can be.
 function read.bytes(reader, tree, field)
     local size = reader.numbers[field.counted_by]
-    return tree:add(field.value, take(reader, field.path, size < 0 and largest_number or size))
+    tree:add(field.value, take(reader, field.path, size < 0 and largest_number or size))
 end
 
 function read.reserved(reader, tree, field)
-    return tree:add(field.value, take(reader, field.path, 2))
+    tree:add(field.value, take(reader, field.path, 2))
 end
 
 function read.count(reader, tree, field)
@@ -936,17 +1018,15 @@ function read.count(reader, tree, field)
     local count = range:le_int()
     if count < 0 then
         item:add_proto_expert_info(negative_count)
-        return item
+        return
     end
     read_elements(reader, item, field, count)
-    return item
 end
 
 function read.unsigned_count(reader, tree, field)
     local range = take(reader, field.path, 4)
     local item = tree:add_le(field.count, range)
     read_elements(reader, item, field, range:le_uint())
-    return item
 end
 
 -- A list without a count of its own.
@@ -973,7 +1053,7 @@ local function read_variants(reader, tree, variants)
 end
 
 local function read_field(reader, tree, field)
-    return read[field.kind](reader, tree, field)
+    read[field.kind](reader, tree, field)
 end
 
 function read_fields(reader, tree, list, first)
@@ -989,15 +1069,15 @@ end
 -- The form that the discriminator selects; the last form takes all numbers that are not listed.
 local function form_of(category, discriminator)
     for _, form in ipairs(category.forms) do
-        if not form.types or is_in(discriminator, form.types) then
+        if not form.discriminators or is_in(discriminator, form.discriminators) then
             return form
         end
     end
 end
 
 local function is_announced(form, data_size)
-    return not form.payload or form.payload == "above 0" and data_size > 0
-           or form.payload == "not 0" and data_size ~= 0
+    return not form.payload or form.payload == "if_positive" and data_size > 0
+           or form.payload == "if_not_zero" and data_size ~= 0
 end
 
 local function read_body(reader, tree, category)

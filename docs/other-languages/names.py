@@ -6,6 +6,5 @@ from mdm import Mdm
 for file in sys.argv[1:]:
     body = Mdm.from_file(file).body
     print(file, body.form.name)
-    if body.form == Mdm.Form.wifi_ssids:
-        for ssid in body.ssids:
-            print(' ', ssid.text)
+    for ssid in getattr(body, 'ssids', []):
+        print(' ', ssid.text)

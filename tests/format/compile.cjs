@@ -3,26 +3,32 @@
 // usage: node compile.cjs DESCRIPTION DIRECTORY
 // environment: NODE_PATH, where the packages of package.json are
 //
-// DIRECTORY gets the reader in Python that the older version makes: the runtime of Debian 12 is as
-// old. The newer version compiles for every language that has a type for each value.
+// DIRECTORY gets the reader in Python that the older version makes, because the runtime of Debian
+// 12 is as old, and the reader in JavaScript that the newer version makes.
 'use strict';
 const fs = require('fs');
 const path = require('path');
-const yaml = require('js-yaml');
-const older = require('kaitai-struct-compiler-0.10');
-const newer = require('kaitai-struct-compiler');
 
-const languages = ['cpp_stl', 'csharp', 'go', 'java', 'javascript', 'python', 'ruby', 'rust'];
+let yaml, older, newer;
+try {
+    yaml = require('js-yaml');
+    older = require('kaitai-struct-compiler-0.10');
+    newer = require('kaitai-struct-compiler');
+} catch (error) {
+    console.log(`compile.cjs: Skipped\n${error.message.split('\n')[0]}`);
+    process.exit(77);
+}
 
-async function main(description, directory) {
-    const source = yaml.load(fs.readFileSync(description, 'utf8'));
-    const files = await new older().compile('python', source, null, false);
+function write(directory, files) {
     for (const [name, text] of Object.entries(files)) {
         fs.writeFileSync(path.join(directory, name), text);
     }
-    for (const language of languages) {
-        await newer.compile(language, source, null, false);
-    }
+}
+
+async function main(description, directory) {
+    const source = yaml.load(fs.readFileSync(description, 'utf8'));
+    write(directory, await new older().compile('python', source, null, false));
+    write(directory, await newer.compile('javascript', source, null, false));
 }
 
 main(...process.argv.slice(2)).catch((error) => {

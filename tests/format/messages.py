@@ -2,6 +2,7 @@
 """The messages that other readers are compared with, and what mdm-msg says about them."""
 import json
 import os
+import re
 import struct
 import subprocess
 import sys
@@ -33,6 +34,10 @@ def seeds(program):
     with tempfile.TemporaryDirectory() as directory:
         subprocess.run([program, directory], check=True)
         return kept_messages([directory])
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, stdout=subprocess.PIPE).stdout
 
 
 def is_whole(message):
@@ -88,11 +93,35 @@ def changed(message):
 
 
 def changes(messages):
-    """The changes of messages that differ not only in the bytes that no reader looks at, and a
-    message of each type."""
+    """The changes of messages that differ not only in the bytes that no reader looks at."""
     different = {message[:6] + message[8:]: message for message in messages}.values()
-    return [one for message in different for one in changed(message)] + \
-        [messages[0][:4] + bytes([number]) + messages[0][5:] for number in range(256)]
+    return [one for message in different for one in changed(message)]
+
+
+def discriminators_of(category):
+    """Each discriminator that a form lists, and its neighbours."""
+    listed = {number for form in category['forms'] for number in form.get('discriminators', ())}
+    return sorted({number + distance for number in listed for distance in (-1, 0, 1)
+                   if number + distance >= 0} | {0, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF})
+
+
+# What follows the discriminator: a parameter and a `data_size`, or a `data_size` and a parameter.
+# In the last one, a text without bytes stands between them.
+HEADS = ([0xFFFFFFFF, 1], [0x80000000, 0xFFFFFFFF], [1, 0x80000000], [0, 0], [0xFFFFFFFE, 0, 1])
+
+
+def messages_of_all_types(mdm_msg):
+    """A message of each type and each discriminator, for some values of `data_size`. Words of the
+    header look negative."""
+    categories = json.loads(output_of(mdm_msg, 'forms', '--json'))['categories']
+    bodies = {number: [struct.pack(f'<{len(head) + 1}I', discriminator, *head) + bytes(104)
+                       for discriminator in discriminators_of(category) for head in HEADS]
+              for category in categories for number in category['types']}
+    for number in range(256):
+        head = bytes([0, 0, 0, 0, number, 255, 1, 2]) + 8 * b'\xff\xff\xff\x8f'
+        head = head[:16] + bytes(4) + head[20:]
+        for body in bodies.get(number, [b'abc']):
+            yield with_true_length(head + body)
 
 
 def faults_of(mdm_msg, messages):
@@ -104,6 +133,25 @@ def faults_of(mdm_msg, messages):
     printed = [json.loads(line) for line in run.stdout.splitlines()]
     assert [one['length'] for one in printed] == [len(message) for message in messages]
     return [one.get('fault') for one in printed]
+
+
+def forms(mdm_msg):
+    """The names of all forms."""
+    return {form['name']
+            for category in json.loads(output_of(mdm_msg, 'forms', '--json'))['categories']
+            for form in category['forms']} | {'none'}
+
+
+def without_member(name):
+    """The name of a value without the member of the C union, if a record has it in two kinds."""
+    return re.sub('^(value|w[0-9])[._](byte|number|text)$', r'\1', name)
+
+
+def compared_messages(mdm_msg, message_seeds, corpus):
+    """Whole messages of every form, and all messages whose values are compared."""
+    whole = seeds(message_seeds)
+    return whole, whole + kept_messages(corpus) + list(messages_of_all_types(mdm_msg)) + \
+        changes(whole)[::20]
 
 
 def text_or_hex(value):

@@ -14,17 +14,15 @@ import sys
 import unittest
 import xml.etree.ElementTree as xml
 
-from messages import (as_hex, changes, corrected_cuts, count_values, cuts, faults_of, is_whole,
-                      json_of, kept_messages, seeds, skip, text_or_hex, with_true_length)
+from messages import (as_hex, changes, compared_messages, corrected_cuts, count_values, cuts,
+                      faults_of, forms, is_whole, json_of, kept_messages, skip, text_or_hex,
+                      with_true_length, without_member)
 
 LINK_TYPE = '147'
 
 # Expert entries, and the errors of a dissector in Lua.
 EXPERTS = ('mdm.malformed', 'mdm.cut', '_ws.lua.error', 'mdm.padded', 'mdm.negative_count',
            'mdm.zero_in_text')
-
-# The members of a value that a record has in two kinds.
-MEMBERS = ('byte', 'number', 'text')
 
 
 def tshark(*arguments):
@@ -70,9 +68,10 @@ def columns(path, *names):
 
 # Each one's bytes or characters have to be shown in another way.
 TEXTS = [
-    'Büro 東京 😀'.encode(), 'ÿĀ߿ࠀ퟿\ue000\uffee\U00010000\U0010fffd'.encode(), b'a\0b\0', b'\0', b'\x80',
-    b'\xc0\x80', b'\xc1\xbf', b'\xc2', b'\xe0\x9f\xbf', b'\xe2\x82', b'\xed\xa0\x80',
-    b'\xf0\x8f\xbf\xbf', b'\xf4\x90\x80\x80', b'\xf5\x80\x80\x80', b'\xf0\x9f\x98', b'a\xffb\xfe', bytes(9),
+    'Büro 東京'.encode(), '\x7f\x80\u07ff\u0800\ud7ff\ue000\uffee\U00010000\U0010fffd'.encode(),
+    b'C:\\x00', b'a\0b\0', b'\0', bytes(9), b'\x80', b'\xc0\x80', b'\xc1\xbf', b'\xc2',
+    b'\xe0\x9f\xbf', b'\xe2\x82', b'\xed\xa0\x80', b'\xf0\x8f\xbf\xbf', b'\xf4\x90\x80\x80',
+    b'\xf5\x80\x80\x80', b'\xf0\x9f\x98', b'a\xffb\xfe',
 ]
 
 
@@ -88,6 +87,17 @@ def text_of(value):
     return value[4:]
 
 
+def is_count(names):
+    """Whether it is the count of a list, or the length of a text that is not all there."""
+    return names[-1] in ('count', 'length') and len(names) > 2
+
+
+def names_of_field(names):
+    """The names in the path of the field that an item shows."""
+    is_member = without_member('.'.join(names[-2:])) in names[:-1]
+    return names[:-1] if is_count(names) or is_member else names
+
+
 class Printed:
     """What tshark prints of a message, as the JSON that mdm-msg prints of it.
 
@@ -98,6 +108,7 @@ class Printed:
         self.json = {}
         self.fault = None
         self.end = 0
+        self.is_closed = True  # each item without a field ends where its last field does
         for item in items:
             label = item.get('showname')
             if item.get('name') != '_ws.lua.text':
@@ -112,8 +123,10 @@ class Printed:
 
     def add_members(self, item, record, level):
         """The items of a record, whose names in a path begin at the level."""
+        begin = self.end
         for inner in item:
             self.add(inner, record, level)
+        self.is_closed = self.is_closed and int(item.get('size')) == self.end - begin
         return record
 
     def add(self, item, record, level):
@@ -125,16 +138,13 @@ class Printed:
         elif name not in EXPERTS and name.startswith('mdm.'):
             names = name.split('.')[1:]
             value = self.value_of(item, names)
-            if names[-1] in MEMBERS and re.fullmatch('value|w[0-9]', names[-2]):
-                names.pop()
-            if names[-1] == 'count':
-                names.pop()
+            names = names_of_field(names)
             if names == ['header', 'type']:
                 category = re.search(r': (\w+) \(', item.get('showname'))
                 self.json['category'] = category[1] if category else 'none'
             for inner in names[level:-1]:
                 record = record.setdefault(inner, {})
-            if item.get('showname').startswith('['):  # of a list without a count
+            if item.get('showname').startswith('['):  # an element of a list without a count
                 record.setdefault(names[-1], []).append(value)
             else:
                 record[names[-1]] = value
@@ -147,7 +157,7 @@ class Printed:
         return value
 
     def value_of(self, item, names):
-        if names[-1] == 'count':
+        if is_count(names):
             return self.list_of(item)
         value = self.take(item)
         kind = kinds[item.get('name')]
@@ -193,6 +203,7 @@ class WiresharkTest(unittest.TestCase):
         self.assertEqual('mdm.malformed' in experts, not is_whole(expected))
         if is_whole(expected):
             self.assertIsNone(printed.fault)
+            self.assertTrue(printed.is_closed)
         else:
             fault = expected['fault']
             self.assertEqual(fault_of(printed.fault), fault)
@@ -211,16 +222,18 @@ class WiresharkTest(unittest.TestCase):
         for message, items, one in zip(messages, packets, expected):
             with self.subTest(message.hex()):
                 values += self.compare(message, items, one)
+        self.assertEqual({one['form'] for one in expected if is_whole(one)}, forms(mdm_msg))
         number = sum(map(is_whole, expected))
         print(f'{number} whole messages, {len(messages) - number} malformed, {values} values')
         self.assertEqual(self.notes,
                          {'mdm.malformed', 'mdm.padded', 'mdm.negative_count', 'mdm.zero_in_text'})
-        self.assertGreater(number, 600)
-        self.assertGreater(len(messages) - number, 400)
+        self.assertGreater(number, 4000)
+        self.assertGreater(len(messages) - number, 1500)
+        self.assertGreater(values, 80000)
 
     def test_shows_the_fault_of_every_cut_and_change(self):
-        cut = [one for message in messages for one in cuts(message)]
-        others = changes(whole) + [one for message in messages for one in corrected_cuts(message)]
+        cut = [one for message in kept for one in cuts(message)]
+        others = changes(whole) + [one for message in kept for one in corrected_cuts(message)]
         expected = [fault for _, fault in cut] + faults_of(mdm_msg, others)
         path = capture('changed.pcap', [(message, len(message)) for message in
                                         [message for message, _ in cut] + others])
@@ -235,10 +248,10 @@ class WiresharkTest(unittest.TestCase):
         print(f'{len(cut)} messages with a wrong length field, {len(others)} others')
 
     def test_says_what_a_capture_has_cut(self):
-        packets = [(message[:size], message) for message in messages
+        packets = [(message[:size], message) for message in kept
                    for size in range(1, len(message))]
         faults = {message: one.get('fault') for message, one in
-                  zip(messages, json_of(mdm_msg, messages))}
+                  zip(kept, json_of(mdm_msg, kept))}
         path = capture('short.pcap', [(captured, len(message)) for captured, message in packets])
         shown = columns(path, 'mdm.fault.offset', *EXPERTS[:3])
         self.assertEqual(len(shown), len(packets))
@@ -261,9 +274,9 @@ if __name__ == '__main__':
             skip(f'{program} is not installed')
     mdm_msg, message_seeds, dissector, directory, *corpus = sys.argv[1:]
     os.makedirs(directory, exist_ok=True)
-    whole = seeds(message_seeds)
-    messages = whole + [message for message in kept_messages(corpus) if message]
-    messages += map(message_with_text, TEXTS)
-    kinds = {field[2]: field[3] for field in
-             (line.split('\t') for line in tshark('-G', 'fields').decode().splitlines()) if field[0] == 'F'}
+    whole, messages = compared_messages(mdm_msg, message_seeds, corpus)
+    messages = [message for message in messages if message] + [*map(message_with_text, TEXTS)]
+    kept = whole + kept_messages(corpus)
+    rows = [line.split('\t') for line in tshark('-G', 'fields').decode().splitlines()]
+    kinds = {row[2]: row[3] for row in rows if row[0] == 'F'}
     unittest.main(argv=sys.argv[:1])

@@ -9,6 +9,7 @@
 
 #include "command.hpp"
 #include "describe.hpp"
+#include "languages.hpp"
 #include "printed.hpp"
 #include "support/format.hpp"
 
@@ -341,12 +342,38 @@ TEST(FormsCommand, DescribesAllFormsToOtherPrograms)
         const Printed printed = run({option, "wifi"});
         EXPECT_EQ(printed.status, wrong_usage);
         EXPECT_EQ(printed.out, "");
-        EXPECT_THAT(printed.err, HasSubstr("--kaitai and --wireshark describe all categories"));
+        EXPECT_THAT(printed.err, HasSubstr("name no category with --kaitai and --wireshark"));
     }
     for (const char *option : {"--kaitai", "--json"}) {
         EXPECT_THAT(run({option, "--wireshark"}).err,
                     HasSubstr("say --json, --kaitai or --wireshark, not several"));
     }
+}
+
+// Forms that the library does not have.
+
+CategoryDescription category_with(const FieldDescriptions &fields,
+                                  const std::vector<Variant> &variants = {})
+{
+    return {"badge",
+            {90},
+            {{"badge.item", MDM_FORM_NONE, {}, fields, PayloadFollows::always, variants}}};
+}
+
+TEST(OtherPrograms, AreToldOnlyFormsThatTheDescriptionsHaveWordsFor)
+{
+    const FieldDescription word = {"badge.number", IPC_PART_U32, 0};
+    const FieldDescription list = {"badge.names", IPC_PART_COUNT, 0};
+    const auto check = [](const CategoryDescription &category) { check_forms({&category, 1}); };
+    check(category_with({word, list, {"badge.names", IPC_PART_STR, 1}}, {{{{1}}, {word}}}));
+    EXPECT_DEATH(check(category_with({list, {"badge.names", IPC_PART_U32, 1}})),
+                 "badge.names: it is a list of something else than texts and records");
+    EXPECT_DEATH(check(category_with({list, {"badge.name.data", IPC_PART_BYTES, 1}})),
+                 "badge.names: the size of an element is unknown");
+    EXPECT_DEATH(check(category_with({word, {"badge.number", IPC_PART_I32, 0}})),
+                 "badge.number: it has a sign in some forms");
+    EXPECT_DEATH(check(category_with({word}, {{{{}, true}, {word}}})),
+                 "badge.item: a number that is not listed selects fields");
 }
 
 TEST(FormsCommand, RefusesAnUnknownCategory)

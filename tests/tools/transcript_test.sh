@@ -8,6 +8,12 @@
 set -uo pipefail
 
 page=$(realpath "$1")
+for program in tshark text2pcap xxd; do
+    if grep -q "^\$ .*\b$program " "$page" && ! command -v "$program" >/dev/null; then
+        printf 'transcript_test.sh: Skipped\n%s is not installed\n' "$program"
+        exit 77
+    fi
+done
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 mkdir "$scratch/bin" "$scratch/files"

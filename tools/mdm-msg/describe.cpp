@@ -73,18 +73,31 @@ bool answer(ipc_part_t *part, void *user_data)
     return true;
 }
 
+struct Composed {
+    FieldDescriptions fields;  // without the padding
+    uint32_t size;
+    uint32_t length;  // in the header
+};
+
 // Without a value there is no such message.
-std::optional<FieldDescriptions> fields_of(const Message &message)
+std::optional<Composed> compose(const Message &message)
 {
     Questions questions{message};
-    uint32_t length = 0;
-    uint8_t *bytes = ipc_compose(answer, &questions, &length, nullptr);
+    uint32_t size = 0;
+    uint8_t *bytes = ipc_compose(answer, &questions, &size, nullptr);
     if (bytes == nullptr) {
         return std::nullopt;
     }
+    const uint32_t length = first_word({bytes, size});
     g_free(bytes);
-    questions.fields.pop_back();  // the padding
-    return questions.fields;
+    questions.fields.pop_back();
+    return Composed{std::move(questions.fields), size, length};
+}
+
+std::optional<FieldDescriptions> fields_of(const Message &message)
+{
+    auto composed = compose(message);
+    return composed ? std::optional(std::move(composed->fields)) : std::nullopt;
 }
 
 bool is_in_header(const FieldDescription &field)
@@ -193,6 +206,19 @@ size_t common_size(const FieldDescriptions &one, const FieldDescriptions &two)
     return static_cast<size_t>(std::ranges::mismatch(one, two).in1 - one.begin());
 }
 
+size_t head_size(const CategoryDescription &category)
+{
+    const FieldDescriptions &first = category.forms.front().fields;
+    size_t size = first.size();
+    for (const FormDescription &form : category.forms) {
+        Message message = message_of(form, category.types.front());
+        message.data_size = 0;
+        const auto head = body_of(fields_of(message).value_or(FieldDescriptions()));
+        size = std::min({size, common_size(head, first), common_size(head, form.fields)});
+    }
+    return size;
+}
+
 // In the order of their first discriminators, the form of all others at the end.
 std::vector<FormDescription> forms_of(uint8_t type)
 {
@@ -267,14 +293,7 @@ void add_fields(CategoryDescription &category)
     for (FormDescription &form : category.forms) {
         add_fields(form, category.types.front());
     }
-    category.head = category.forms.front().fields.size();
-    for (const FormDescription &form : category.forms) {
-        Message message = message_of(form, category.types.front());
-        message.data_size = 0;
-        const FieldDescriptions head = body_of(fields_of(message).value_or(FieldDescriptions()));
-        category.head = std::min({category.head, common_size(head, category.forms.front().fields),
-                                  common_size(head, form.fields)});
-    }
+    category.head = head_size(category);
 }
 
 FieldDescriptions describe_header()
@@ -294,6 +313,13 @@ Run message_types()
     return types;
 }
 
+EnvelopeSizes envelope_sizes()
+{
+    const auto composed = compose({types_without_category().front(), 0});
+    return composed ? EnvelopeSizes{composed->size, composed->size - composed->length}
+                    : EnvelopeSizes{};
+}
+
 std::vector<uint32_t> types_without_category()
 {
     std::vector<uint32_t> types;
@@ -311,6 +337,17 @@ size_t elements_size(std::span<const FieldDescription> fields, int depth)
     const auto end = std::ranges::find_if(
         fields, [depth](const FieldDescription &field) { return field.depth <= depth; });
     return static_cast<size_t>(end - fields.begin());
+}
+
+uint32_t element_size(std::span<const FieldDescription> elements)
+{
+    uint32_t size = 0;
+    for (const FieldDescription &field : elements) {
+        if (field.depth == elements.front().depth) {
+            size += field.kind == IPC_PART_U8 ? 1 : 4;
+        }
+    }
+    return size;
 }
 
 bool is_data_size(const FieldDescription &field)

@@ -49,7 +49,7 @@ struct Variant {
 enum class PayloadFollows : uint8_t {
     always,  // or never
     if_positive,
-    if_not_zero,  // also if a negative size announces more than there can be
+    if_not_zero,
 };
 
 struct FormDescription {
@@ -77,8 +77,16 @@ void add_fields(CategoryDescription &category);
 
 FieldDescriptions describe_header();
 
-// The message types that there are.
+// The message types that there are, without a gap.
 Run message_types();
+
+// The size of a message without a body, and how many bytes of a message its length field does not
+// count.
+struct EnvelopeSizes {
+    uint32_t smallest_message;
+    uint32_t uncounted;
+};
+EnvelopeSizes envelope_sizes();
 
 // The message types whose body is not read.
 std::vector<uint32_t> types_without_category();
@@ -87,5 +95,8 @@ bool is_data_size(const FieldDescription &field);
 
 // How many fields the elements of a list have. They stand in front of the others.
 size_t elements_size(std::span<const FieldDescription> fields, int depth);
+
+// The bytes that an element of a list takes at least.
+uint32_t element_size(std::span<const FieldDescription> elements);
 
 }  // namespace mdm::msg

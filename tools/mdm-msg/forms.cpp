@@ -269,6 +269,18 @@ bool keep_category(std::vector<CategoryDescription> &categories, const std::stri
     return true;
 }
 
+void print(const std::string &text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void add_all_fields(std::vector<CategoryDescription> &categories)
+{
+    for (CategoryDescription &category : categories) {
+        add_fields(category);
+    }
+}
+
 }  // namespace
 
 int run_forms(int argc, char **argv)
@@ -293,29 +305,29 @@ int run_forms(int argc, char **argv)
     if (words->size() > 1) {
         return wrong_usage_of("forms", "name one category");
     }
-    const bool as_language = as_kaitai != FALSE || as_wireshark != FALSE;
     if (as_json + as_kaitai + as_wireshark > 1) {
         return wrong_usage_of("forms", "say --json, --kaitai or --wireshark, not several");
     }
-    if (as_language && !words->empty()) {
-        return wrong_usage_of("forms", "--kaitai and --wireshark describe all categories");
-    }
     auto categories = describe_categories();
+    if (as_kaitai != FALSE || as_wireshark != FALSE) {
+        if (!words->empty()) {
+            return wrong_usage_of("forms", "name no category with --kaitai and --wireshark");
+        }
+        add_all_fields(categories);
+        print(as_kaitai != FALSE ? kaitai_description(categories)
+                                 : wireshark_dissector(categories));
+        return whole;
+    }
     if (!words->empty() && !keep_category(categories, words->front())) {
         return wrong_usage;
     }
-    if (as_json == FALSE && !as_language && words->empty()) {
+    if (as_json == FALSE && words->empty()) {
         print_overview(categories);
         return whole;
     }
-    std::ranges::for_each(categories, [](CategoryDescription &category) { add_fields(category); });
+    add_all_fields(categories);
     if (as_json != FALSE) {
         print_json(categories);
-    } else if (as_language) {
-        std::fputs(
-            (as_kaitai != FALSE ? kaitai_description(categories) : wireshark_dissector(categories))
-                .c_str(),
-            stdout);
     } else {
         print_forms(categories.front());
     }

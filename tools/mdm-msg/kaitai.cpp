@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <map>
-#include <numeric>
+#include <set>
+
+#include <glib.h>
 
 #include "kaitai_nodes.hpp"
 #include "languages.hpp"
@@ -75,28 +76,63 @@ constexpr size_t line_width = 100;
 
 // Expressions
 
+using Terms = std::vector<std::string>;
+
 std::string in_brackets(const std::string &text)
 {
     return '(' + text + ')';
 }
 
-std::string is_in(const std::string &number, const Selectors &selectors)
+std::string chained(const Terms &terms, const char *between)
 {
-    const std::vector<Run> runs = selectors.runs();
-    return joined(runs, " or ", [&](const Run &run) {
-        const std::string first = std::to_string(run.first);
-        const std::string last = std::to_string(run.last);
-        if (run.first == run.last) {
-            return number + " == " + first;
+    return joined(terms, between, [](const std::string &term) { return term; });
+}
+
+std::string comparison(const std::string &number, const char *sign, uint32_t with)
+{
+    return number + sign + std::to_string(with);
+}
+
+// Of the terms, one is true.
+Terms is_in(const std::string &number, const Selectors &selectors)
+{
+    Terms terms;
+    for (const Run &run : selectors.runs()) {
+        if (run.last - run.first > 1) {
+            terms.push_back(in_brackets(comparison(number, " >= ", run.first) + " and " +
+                                        comparison(number, " <= ", run.last)));
+            continue;
         }
-        if (run.last == run.first + 1) {
-            return number + " == " + first + " or " + number + " == " + last;
+        terms.push_back(comparison(number, " == ", run.first));
+        if (run.last != run.first) {
+            terms.push_back(comparison(number, " == ", run.last));
         }
-        std::string both = number;
-        both.append(" >= ").append(first).append(" and ").append(number).append(" <= ").append(
-            last);
-        return runs.size() == 1 ? both : in_brackets(both);
-    });
+    }
+    return terms;
+}
+
+// The pieces in lines that are as long as they may be. A piece is not broken.
+std::string lines_of(const Terms &pieces, const std::string &indent)
+{
+    std::string lines;
+    std::string line = indent;
+    for (const std::string &piece : pieces) {
+        if (line != indent && line.size() + 1 + piece.size() > line_width) {
+            lines += line + '\n';
+            line = indent;
+        }
+        line.append(line == indent ? "" : " ").append(piece);
+    }
+    return lines + line + '\n';
+}
+
+// The terms with a word in front of each but the first one.
+Terms pieces_of(Terms terms, const std::string &word)
+{
+    for (std::string &term : std::span(terms).subspan(1)) {
+        term.insert(0, word + ' ');
+    }
+    return terms;
 }
 
 std::string enumerator(const FormDescription &form)
@@ -140,24 +176,23 @@ std::string condition(const Variants &variants, const std::string &selector, siz
     for (; levels > 0; --levels) {
         number += "_parent.";
     }
-    return is_in(number + selector, selectors);
+    return chained(is_in(number + selector, selectors), " or ");
 }
 
-// "8" for two words
-uint32_t smallest_size(const Nodes &nodes)
+// Whether so many bytes or elements are left. A number below 0 is no number of them, and is compared
+// first, because sizes have no sign in some languages.
+std::string fits(const Node &counted, bool is_negative_right)
 {
-    return std::accumulate(nodes.begin(), nodes.end(), 0U, [](uint32_t size, const Node &node) {
-        if (node.kind == Node::Kind::record) {
-            return size + smallest_size(node.nodes);
-        }
-        return size + (node.is_byte ? 1 : 4);
-    });
+    const std::string left = counted.element_size == 1 ? "_ <= _io.size - _io.pos"
+                                                       : "_ <= (_io.size - _io.pos) / " +
+                                                             std::to_string(counted.element_size);
+    return (is_negative_right ? "_ < 0 or " : "_ >= 0 and ") + left;
 }
 
-std::string fits(uint32_t element_size)
+std::string fits(const Node &list)
 {
-    return element_size == 1 ? "_ <= _io.size - _io.pos"
-                             : "_ <= (_io.size - _io.pos) / " + std::to_string(element_size);
+    return list.has_sign ? fits(list, true)
+                         : "_ <= (_io.size - _io.pos) / " + std::to_string(list.element_size);
 }
 
 // Types
@@ -179,42 +214,14 @@ std::string type_line(std::string_view type)
     return "        type: " + std::string(type) + '\n';
 }
 
-// Where a long expression may begin a new line: at the next " or ", " and " or " ? ".
-size_t next_break(const std::string &text, size_t begin)
+// All of the terms are true.
+std::string valid_lines(const Terms &terms)
 {
-    size_t next = std::string::npos;
-    for (const char *word : {" or ", " and ", " ? "}) {
-        next = std::min(next, text.find(word, begin));
-    }
-    return next;
-}
-
-// The lines of an expression, each with the indentation and a line end.
-std::string wrapped(std::string text, const std::string &indent)
-{
-    std::string lines;
-    size_t last = 0;
-    for (size_t i = next_break(text, 0); indent.size() + text.size() > line_width;
-         i = next_break(text, i + 1)) {
-        if (last != 0 && indent.size() + std::min(i, text.size()) > line_width) {
-            lines += indent + text.substr(0, last) + '\n';
-            text.erase(0, last + 1);
-            i = 0;
-        } else if (i == std::string::npos) {
-            break;
-        }
-        last = i;
-    }
-    return lines + indent + text + '\n';
-}
-
-std::string valid_lines(const std::string &expression)
-{
-    const std::string line = "          expr: " + expression + '\n';
+    const std::string line = "          expr: " + chained(terms, " and ") + '\n';
     return "        valid:\n" +
            (line.size() <= line_width
                 ? line
-                : "          expr: >-\n" + wrapped(expression, "            "));
+                : "          expr: >-\n" + lines_of(pieces_of(terms, "and"), "            "));
 }
 
 std::string repeat_lines(const std::string &times)
@@ -229,24 +236,41 @@ struct Place {
     std::string_view selector = {};  // the path of the field that selects the variant
 };
 
+// Types in the order of the description: a type stands in front of those that it uses.
 class Types {
 public:
+    // Adds a type without lines, and returns its place.
+    size_t add(const std::string &name, const Nodes &nodes);
+    void set_lines(size_t place, const std::string &lines) { types_[place].lines = lines; }
+
     std::string attributes_of(const Node &node, const std::string &condition, const Place &place);
-    // Adds a type in front of those that were added since `begin`: the types that it uses.
-    void add(size_t begin, const std::string &name, const std::string &text)
+    std::string text() const
     {
-        text_.insert(begin, "  " + name + ":\n" + text);
+        return joined(types_, "",
+                      [](const Type &type) { return "  " + type.name + ":\n" + type.lines; });
     }
-    size_t end() const { return text_.size(); }
-    const std::string &text() const { return text_; }
 
 private:
+    struct Type {
+        std::string name;
+        Nodes nodes;
+        std::string lines = {};
+    };
+
     std::string sequence_of(const Nodes &nodes, const Place &place);
     std::string record_type(const Node &node, const Place &place);
 
-    std::map<std::string, std::string> records_;
-    std::string text_;
+    std::vector<Type> types_;
 };
+
+size_t Types::add(const std::string &name, const Nodes &nodes)
+{
+    if (std::ranges::find(types_, name, &Type::name) != types_.end()) {
+        g_error("two types have the name %s", name.c_str());
+    }
+    types_.push_back({name, nodes});
+    return types_.size() - 1;
+}
 
 // When a value is there whose sequence is there.
 std::string condition_in(const Node &node, const Place &place)
@@ -268,31 +292,36 @@ std::string Types::sequence_of(const Nodes &nodes, const Place &place)
     return text;
 }
 
-// The name of the type of a record or of elements. Records with the same fields share a type; a
-// type whose name is taken is one of elements, and is named like their list.
+// The name of the type of a record or of elements. Records with the same fields share a type. If
+// only the name is the same, the name of the field is added.
 std::string Types::record_type(const Node &node, const Place &place)
 {
     if (node.type == kaitai_text) {
         return node.type;
     }
-    const size_t begin = end();
-    const size_t level = node.kind == Node::Kind::record ? place.level + 1 : 2;
-    const std::string text = sequence_of(node.nodes, {level, node.variants, place.selector});
     std::string name = node.type;
-    const auto [known, is_new] = records_.try_emplace(name, text);
-    if (!is_new && known->second != text) {
+    const auto known = std::ranges::find(types_, name, &Type::name);
+    if (known != types_.end()) {
+        if (std::ranges::equal(known->nodes, node.nodes, is_same)) {
+            return name;
+        }
         name += "_of_" + node.name;
     }
-    if (is_new || known->second != text) {
-        add(begin, name, text);
-    }
+    const size_t level = node.kind == Node::Kind::record ? place.level + 1 : element_level;
+    const size_t added = add(name, node.nodes);
+    set_lines(added, sequence_of(node.nodes, {level, node.variants, place.selector}));
     return name;
+}
+
+std::string count_name(const Node &list)
+{
+    return "num_" + list.name;
 }
 
 // A list is two attributes.
 std::string Types::attributes_of(const Node &node, const std::string &condition, const Place &place)
 {
-    const std::string count = "num_" + node.name;
+    const std::string count = count_name(node);
     switch (node.kind) {
     case Node::Kind::number:
         return attribute(node.name, type_line(number_type(node)), condition);
@@ -306,9 +335,7 @@ std::string Types::attributes_of(const Node &node, const std::string &condition,
         return attribute(node.name, type_line(record_type(node, place)) + repeat_lines("data_size"),
                          condition);
     case Node::Kind::list:
-        return attribute(count,
-                         type_line(number_type(node)) +
-                             valid_lines(fits(smallest_size(node.nodes))),
+        return attribute(count, type_line(number_type(node)) + valid_lines({fits(node)}),
                          condition) +
                attribute(node.name,
                          type_line(record_type(node, place)) +
@@ -329,26 +356,29 @@ std::string_view selector_of(const Node &node)
     return node.variants.empty() ? std::string_view() : node.forms.front()->fields.back().path;
 }
 
-// The number of bytes or elements that `data_size` counts has to fit; empty if it counts none.
-std::string data_size_check(const Nodes &nodes, const CategoryDescription &category)
+// What has to be true of a `data_size` that counts bytes or elements.
+Terms data_size_terms(const Nodes &payload, const CategoryDescription &category)
 {
-    std::vector<std::string> checks;
-    for (const Node &node : nodes) {
+    Terms terms;
+    for (const Node &node : payload) {
         if (node.kind != Node::Kind::bytes && node.kind != Node::Kind::array) {
             continue;
         }
-        std::string check = fits(node.kind == Node::Kind::bytes ? 1 : smallest_size(node.nodes));
-        if (node.forms.front()->payload == PayloadFollows::if_not_zero) {
-            check = in_brackets(check.insert(0, "_ >= 0 and "));
+        const bool is_announced_by_all = node.forms.front()->payload == PayloadFollows::if_not_zero;
+        const std::string check = fits(node, !is_announced_by_all);
+        if (node.forms.size() == category.forms.size()) {
+            terms.push_back(check);
+            continue;
         }
-        if (node.forms.size() < category.forms.size()) {
-            check.insert(0, "not " + in_brackets(is_one_of(node.forms)) + " or ");
-        }
-        checks.push_back(check);
+        terms.push_back(
+            joined(node.forms, " and ",
+                   [](const FormDescription *form) { return "form != " + enumerator(*form); }) +
+            " or " + (is_announced_by_all ? in_brackets(check) : check));
     }
-    return joined(checks, " and ", [&checks](const std::string &check) {
-        return checks.size() == 1 ? check : in_brackets(check);
-    });
+    if (terms.size() > 1) {
+        std::ranges::transform(terms, terms.begin(), in_brackets);
+    }
+    return terms;
 }
 
 std::string head_of(const CategoryDescription &category, const Nodes &payload, Types &types)
@@ -356,9 +386,9 @@ std::string head_of(const CategoryDescription &category, const Nodes &payload, T
     std::string text;
     for (const Node &node : head_nodes_of(category)) {
         text += types.attributes_of(node, "", {});
-        const std::string check = data_size_check(payload, category);
-        if (node.name == "data_size" && !check.empty()) {
-            text += valid_lines(check);
+        const Terms terms = data_size_terms(payload, category);
+        if (node.name == "data_size" && !terms.empty()) {
+            text += valid_lines(terms);
         }
     }
     return text;
@@ -367,12 +397,20 @@ std::string head_of(const CategoryDescription &category, const Nodes &payload, T
 // The form that the discriminator selects.
 std::string form_instance(const CategoryDescription &category)
 {
-    std::string text = "    instances:\n      form:\n        value: >-\n";
+    const std::string indent = "          ";
+    std::string text = "    instances:\n      form:\n        value: ";
+    if (category.forms.size() == 1) {
+        return text + enumerator(category.forms.front()) + '\n';
+    }
+    text += ">-\n";
     for (const FormDescription &form : category.forms) {
-        const std::string line = form.discriminators.others ? enumerator(form)
-                                                            : is_in("type", form.discriminators) +
-                                                                  " ? " + enumerator(form) + " :";
-        text += wrapped(line, "          ");
+        if (form.discriminators.others) {
+            text += indent + enumerator(form) + '\n';
+            continue;
+        }
+        Terms pieces = pieces_of(is_in("type", form.discriminators), "or");
+        pieces.push_back("? " + enumerator(form) + " :");
+        text += lines_of(pieces, indent);
     }
     return text;
 }
@@ -383,34 +421,57 @@ std::string doc_of(const CategoryDescription &category)
            Selectors{category.types}.text() + ".\n";
 }
 
+// The compiler would refuse two attributes with one name.
+void check_names(const Nodes &nodes, std::set<std::string> names)
+{
+    for (const Node &node : nodes) {
+        const bool is_new =
+            names.insert(node.name).second &&
+            (node.kind != Node::Kind::list || names.insert(count_name(node)).second);
+        if (!is_new) {
+            g_error("two attributes have the name %s", node.name.c_str());
+        }
+        check_names(node.nodes, {});
+    }
+}
+
 void add_body(const CategoryDescription &category, Types &types)
 {
+    const size_t place = types.add(category.name, {});
     const Nodes payload = payload_nodes_of(category);
-    const size_t begin = types.end();
+    std::set<std::string> names = {"padding", "form"};
+    for (const Node &node : head_nodes_of(category)) {
+        names.insert(node.name);
+    }
+    check_names(payload, names);
     std::string text = doc_of(category) + "    seq:\n" + head_of(category, payload, types);
     for (const Node &node : payload) {
-        const Place place = {1, node.variants, selector_of(node)};
-        text += types.attributes_of(node, condition(node.forms, category), place);
+        text += types.attributes_of(node, condition(node.forms, category),
+                                    {1, node.variants, selector_of(node)});
     }
-    types.add(begin, category.name, text + std::string(padding) + form_instance(category));
+    types.set_lines(place, text + std::string(padding) + form_instance(category));
 }
 
 // The header. Two of its numbers are checked.
-std::string header_of(Types &types)
+void add_header(Types &types)
 {
+    const size_t place = types.add("header", {});
+    const auto [smallest, uncounted] = envelope_sizes();
+    const Run run = message_types();
     std::string text = "    seq:\n";
     for (const Node &node : header_nodes()) {
         text += types.attributes_of(node, "", {});
         if (node.name == "length") {
-            text += "        doc: The size of the message without 8 bytes.\n";
-            text += valid_lines("_ >= 32 and _ == _io.size - 8");
+            text += "        doc: The size of the message without " + std::to_string(uncounted) +
+                    " bytes.\n";
+            text += valid_lines({comparison("_", " >= ", smallest - uncounted),
+                                 "_ == _io.size - " + std::to_string(uncounted)});
         } else if (node.name == "type") {
-            const Run run = message_types();
-            text += valid_lines("_ >= " + std::to_string(run.first) +
-                                " and _ <= " + std::to_string(run.last));
+            text += valid_lines(
+                {comparison("_", " >= ", run.first), comparison("_", " <= ", run.last)});
         }
     }
-    return text;
+    types.set_lines(place, text);
 }
 
 std::string cases_of(Categories categories)
@@ -439,8 +500,9 @@ std::string enums_of(Categories categories)
 
 std::string kaitai_description(Categories categories)
 {
+    check_forms(categories);
     Types types;
-    types.add(types.end(), "header", header_of(types));
+    add_header(types);
     for (const CategoryDescription &category : categories) {
         add_body(category, types);
     }

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <map>
 
+#include "languages.hpp"
 #include "parts.hpp"
 
 namespace mdm::msg {
@@ -27,11 +28,6 @@ bool is_alike(const Node &one, const Node &two)
 {
     return one.kind == two.kind && one.name == two.name && one.is_byte == two.is_byte &&
            one.has_sign == two.has_sign && one.type == two.type;
-}
-
-bool is_same(const Node &one, const Node &two)
-{
-    return is_alike(one, two) && std::ranges::equal(one.nodes, two.nodes, is_same);
 }
 
 // The first names of a longer path: "wifi_network" for two of "wifi.network.ssid"
@@ -58,14 +54,17 @@ Node node_of(const FieldDescription &field, size_t level)
     return node;
 }
 
-// The elements of a list have its path, or they are records with a path of two names.
 Node list_of(const FieldDescription &field, Node::Kind kind, Fields elements, size_t level)
 {
     Node list = {kind, name_at(field.path, level)};
     list.has_sign = has_sign(field.path, field.kind);
-    const bool has_texts = elements.front().path == field.path;
-    list.nodes = nodes_of(elements, has_texts ? level : 2, elements.front().depth);
-    list.type = has_texts ? kaitai_text : type_name(elements.front().path, 2);
+    list.element_size = element_size(elements);
+    if (has_texts(field, elements)) {
+        list.type = kaitai_text;
+    } else {
+        list.nodes = nodes_of(elements, element_level, elements.front().depth);
+        list.type = identifier(record_path(elements));
+    }
     return list;
 }
 
@@ -195,6 +194,11 @@ std::string identifier(std::string path)
     return path;
 }
 
+bool is_same(const Node &one, const Node &two)
+{
+    return is_alike(one, two) && std::ranges::equal(one.nodes, two.nodes, is_same);
+}
+
 Nodes header_nodes()
 {
     return nodes_of(describe_header(), 1, 0);
@@ -209,7 +213,11 @@ Nodes payload_nodes_of(const CategoryDescription &category)
 {
     Nodes all;
     for (const FormDescription &form : category.forms) {
-        merge(all, nodes_of(form, category.head), is_same,
+        const auto is_there = [&form](const Node &old, const Node &node) {
+            return is_same(old, node) && old.forms.front()->payload == form.payload &&
+                   old.variants.empty() && node.variants.empty();
+        };
+        merge(all, nodes_of(form, category.head), is_there,
               [&form](Node &node, const Node &) { node.forms.push_back(&form); });
     }
     tell_apart(all);

@@ -22,4 +22,13 @@ std::string wireshark_dissector(Categories categories);
 // What the dissector does with its tables: wireshark.lua.
 extern const std::string_view wireshark_functions;
 
+// The elements of a list are texts with the path of the list, or records.
+bool has_texts(const FieldDescription &list, std::span<const FieldDescription> elements);
+
+// The path of the record that an element is: "apn.profile" of "apn.profile.num0".
+std::string record_path(std::span<const FieldDescription> elements);
+
+// Ends the program if a form has what the descriptions have no words for.
+void check_forms(Categories categories);
+
 }  // namespace mdm::msg

@@ -39,8 +39,10 @@ template <class Elements, class Text>
 std::string joined(const Elements &elements, const char *between, Text text_of)
 {
     std::string all;
+    const char *before = "";
     for (const auto &element : elements) {
-        all += (all.empty() ? "" : between) + text_of(element);
+        all += before + text_of(element);
+        before = between;
     }
     return all;
 }

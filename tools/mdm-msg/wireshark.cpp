@@ -24,9 +24,12 @@ constexpr std::string_view beginning =
 )";
 
 constexpr std::string_view about_tables =
-    R"(-- A field has a path and a kind. A list has the fields of an element. Variants are what follows
--- by the number of another field, the selector. Two numbers in braces stand for all from the first
--- to the last. The last form of a category takes all discriminators that no other form lists.
+    R"(-- A field has a path and a kind. A list has the fields of an element, and the bytes that an element
+-- takes at least. Variants are what follows by the number of another field, the selector. Two
+-- numbers in braces stand for all from the first to the last. The last form of a category takes all
+-- discriminators that no other form lists. `payload` says which `data_size` announces the fields of
+-- a form; without it they are always there. `counted_by` names the field that counts bytes or
+-- elements.
 )";
 
 std::string quoted(const std::string &text)
@@ -61,10 +64,15 @@ std::string category_of(const std::string &path)
 
 void append_fields(std::string &out, Fields fields, int depth, const std::string &indent);
 
-void append_elements(std::string &out, Fields elements, int depth, const std::string &indent)
+void append_elements(std::string &out, const FieldDescription &list, Fields elements,
+                     const std::string &indent)
 {
-    out += ", elements = {\n";
-    append_fields(out, elements, depth, indent + "    ");
+    out += ",\n" + indent + " ";
+    if (!has_texts(list, elements)) {
+        out += "record = " + quoted(record_path(elements)) + ", ";
+    }
+    out += "element_size = " + std::to_string(element_size(elements)) + ", elements = {\n";
+    append_fields(out, elements, elements.front().depth, indent + "    ");
     out += indent + '}';
 }
 
@@ -81,7 +89,7 @@ void append_fields(std::string &out, Fields fields, int depth, const std::string
         fields = fields.subspan(has_no_count ? 0 : 1);
         const size_t size = elements_size(fields, depth);
         if (size != 0) {
-            append_elements(out, fields.first(size), depth + 1, indent);
+            append_elements(out, field, fields.first(size), indent);
             fields = fields.subspan(size);
         }
         out += "},\n";
@@ -105,9 +113,9 @@ std::string payload_text(PayloadFollows payload)
 {
     switch (payload) {
     case PayloadFollows::if_positive:
-        return ", payload = \"above 0\"";
+        return ", payload = \"if_positive\"";
     case PayloadFollows::if_not_zero:
-        return ", payload = \"not 0\"";
+        return ", payload = \"if_not_zero\"";
     case PayloadFollows::always:
         break;
     }
@@ -119,9 +127,9 @@ void append_form(std::string &out, const FormDescription &form, size_t head)
     const std::string indent = "            ";
     out += "        {name = " + quoted(form.name) + payload_text(form.payload);
     if (!form.discriminators.others) {
-        out += ",\n         types = " + runs_text(form.discriminators);
+        out += ",\n         discriminators = " + runs_text(form.discriminators);
     }
-    out += ", fields = {\n";
+    out += ",\n         fields = {\n";
     append_fields(out, Fields(form.fields).subspan(head), 0, indent);
     if (!form.variants.empty()) {
         append_variants(out, form, indent);
@@ -146,10 +154,15 @@ void append_category(std::string &out, const CategoryDescription &category)
 
 std::string wireshark_dissector(Categories categories)
 {
+    check_forms(categories);
     const auto [first, last] = message_types();
+    const auto [smallest, uncounted] = envelope_sizes();
     std::string out(beginning);
     out += "local first_type, last_type = " + std::to_string(first) + ", " + std::to_string(last) +
-           "\n\n";
+           '\n';
+    out += "local smallest_message = " + std::to_string(smallest) + '\n';
+    out += "local uncounted = " + std::to_string(uncounted) +
+           "  -- bytes of a message that its length field does not count\n\n";
     out += about_tables;
     out += "\nlocal header = {\n";
     append_fields(out, describe_header(), 0, "    ");

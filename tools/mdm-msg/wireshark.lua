@@ -1,6 +1,6 @@
 -- The fields that Wireshark knows. A field of the message has the name of its path. The count of a
--- list or of a text ends in ".count". A path with two kinds ends in the member of the C union. A
--- filter has "mdm." in front of the name.
+-- list ends in ".count", the length of a text whose bytes are not all there in ".length". A path
+-- with two kinds ends in the member of the C union. A filter has "mdm." in front of the name.
 
 local protocol = Proto("mdm", "Device management message")
 
@@ -79,7 +79,7 @@ for_each_field_of_all(function(field)
         field.value = declare(path .. member, kind,
                               path == "header.type" and category_names or nil)
         if kind == "str" then
-            field.count = declare(path .. ".count", "unsigned_count")
+            field.length = declare(path .. ".length", "u32")
         end
     end
 end)
@@ -115,8 +115,6 @@ protocol.experts = {malformed, cut, padded, negative_count, zero_in_text}
 -- cannot go on raises a table: the fault, or `is_cut` if the capture ends there.
 
 local largest_number = 0xFFFFFFFF
-local smallest_message = 40
-local uncounted = 8  -- the bytes of a message that its length field does not count
 
 local function fault(reader, path, needed)
     error({path = path, offset = reader.at, needed = math.min(needed, largest_number),
@@ -141,16 +139,6 @@ local function take(reader, path, count)
     return range
 end
 
-local smallest_sizes = {u8 = 1, u32 = 4, i32 = 4, count = 4, unsigned_count = 4, str = 4}
-
-local function smallest_size(list)
-    local size = 0
-    for _, field in ipairs(list) do
-        size = size + smallest_sizes[field.kind]
-    end
-    return size
-end
-
 -- A tree item for what the reader reads next. It reaches to the end of the message until
 -- close_item() is called, so a fault within it stands in it.
 local function open_item(reader, tree, label)
@@ -169,32 +157,30 @@ end
 local read = {}  -- the functions that read a field, by its kind
 local read_fields
 
--- Reads so many elements, if there are bytes for them. A list of texts has the path of the texts; a
--- list of records, the paths of their fields.
+-- Reads so many elements, if there are bytes for them: records or texts.
 local function read_elements(reader, tree, field, count)
     local elements = field.elements
-    require_bytes(reader, field.path, count < 0 and largest_number
-                                      or count * smallest_size(elements))
-    if elements[1].path == field.path then
+    require_bytes(reader, field.path, count < 0 and largest_number or count * field.element_size)
+    if not field.record then
         for i = 0, count - 1 do
-            read[elements[1].kind](reader, tree, elements[1]):prepend_text("[" .. i .. "] ")
+            read.str(reader, tree, elements[1], "[" .. i .. "] ")
         end
         return
     end
-    local record = elements[1].path:match("^[^.]*%.[^.]*")
     for i = 0, count - 1 do
         local begin = reader.at
-        local item = open_item(reader, tree, record .. "[" .. i .. "]")
+        local item = open_item(reader, tree, field.record .. "[" .. i .. "]")
         read_fields(reader, item, elements)
         close_item(reader, item, begin)
     end
 end
 
 for kind, number_of in pairs({u8 = "le_uint", u32 = "le_uint", i32 = "le_int"}) do
+    local size = kind == "u8" and 1 or 4
     read[kind] = function(reader, tree, field)
-        local range = take(reader, field.path, smallest_sizes[kind])
+        local range = take(reader, field.path, size)
         reader.numbers[field.path] = range[number_of](range)
-        return tree:add_le(field.value, range)
+        tree:add_le(field.value, range)
     end
 end
 
@@ -222,33 +208,35 @@ local function shown(text)
     return table.concat(parts)
 end
 
-function read.str(reader, tree, field)
+-- The position in a list stands in front of the item's label.
+function read.str(reader, tree, field, position)
     local begin = reader.at
     local count = take(reader, field.path, 4)
     local length = count:le_uint()
     if length > reader.size - reader.at then
-        tree:add_le(field.count, count)
+        tree:add_le(field.length, count):prepend_text(position or "")
         fault(reader, field.path, length)
     end
     if length == 0 then
-        return tree:add(field.value, count, "")
+        tree:add(field.value, count, ""):prepend_text(position or "")
+        return
     end
     local text = take(reader, field.path, length):raw()
     local item = tree:add(field.value, reader.buffer(begin, 4 + length), shown(text))
+    item:prepend_text(position or "")
     if text:find("\0", 1, true) then
         item:add_proto_expert_info(zero_in_text)
     end
-    return item
 end
 
 -- The payload `data_size` counts bytes. A negative number of bytes is more than there can be.
 function read.bytes(reader, tree, field)
     local size = reader.numbers[field.counted_by]
-    return tree:add(field.value, take(reader, field.path, size < 0 and largest_number or size))
+    tree:add(field.value, take(reader, field.path, size < 0 and largest_number or size))
 end
 
 function read.reserved(reader, tree, field)
-    return tree:add(field.value, take(reader, field.path, 2))
+    tree:add(field.value, take(reader, field.path, 2))
 end
 
 function read.count(reader, tree, field)
@@ -257,17 +245,15 @@ function read.count(reader, tree, field)
     local count = range:le_int()
     if count < 0 then
         item:add_proto_expert_info(negative_count)
-        return item
+        return
     end
     read_elements(reader, item, field, count)
-    return item
 end
 
 function read.unsigned_count(reader, tree, field)
     local range = take(reader, field.path, 4)
     local item = tree:add_le(field.count, range)
     read_elements(reader, item, field, range:le_uint())
-    return item
 end
 
 -- A list without a count of its own.
@@ -294,7 +280,7 @@ local function read_variants(reader, tree, variants)
 end
 
 local function read_field(reader, tree, field)
-    return read[field.kind](reader, tree, field)
+    read[field.kind](reader, tree, field)
 end
 
 function read_fields(reader, tree, list, first)
@@ -310,15 +296,15 @@ end
 -- The form that the discriminator selects; the last form takes all numbers that are not listed.
 local function form_of(category, discriminator)
     for _, form in ipairs(category.forms) do
-        if not form.types or is_in(discriminator, form.types) then
+        if not form.discriminators or is_in(discriminator, form.discriminators) then
             return form
         end
     end
 end
 
 local function is_announced(form, data_size)
-    return not form.payload or form.payload == "above 0" and data_size > 0
-           or form.payload == "not 0" and data_size ~= 0
+    return not form.payload or form.payload == "if_positive" and data_size > 0
+           or form.payload == "if_not_zero" and data_size ~= 0
 end
 
 local function read_body(reader, tree, category)
