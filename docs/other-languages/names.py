@@ -4,7 +4,7 @@ import sys
 from mdm import Mdm
 
 for file in sys.argv[1:]:
-    body = Mdm.from_file(file).body
-    print(file, body.form.name)
-    for ssid in getattr(body, 'ssids', []):
-        print(' ', ssid.text)
+    with Mdm.from_file(file) as message:
+        print(file, message.body.form.name)
+        for ssid in getattr(message.body, 'ssids', []):
+            print(' ', ssid.text)

@@ -68,8 +68,8 @@ def with_true_length(message):
 
 
 def cuts(message):
-    """Each beginning of a message, but for the empty one, and its fault: the length field is
-    wrong, or not there."""
+    """Each beginning of a message, but for the empty one, with its fault. The length field is wrong
+    or not there, or it is true and the message is too small."""
     for size in range(1, len(message)):
         announced = struct.unpack('<I', message[:4])[0] + UNCOUNTED if size >= 4 else 4
         if announced != size:
@@ -96,6 +96,13 @@ def changes(messages):
     """The changes of messages that differ not only in the bytes that no reader looks at."""
     different = {message[:6] + message[8:]: message for message in messages}.values()
     return [one for message in different for one in changed(message)]
+
+
+def cut_and_changed(whole, kept):
+    """The cuts of the kept messages with their faults, and messages whose length field is true: the
+    changes of whole ones, and the other cuts."""
+    return ([one for message in kept for one in cuts(message)],
+            changes(whole) + [one for message in kept for one in corrected_cuts(message)])
 
 
 def discriminators_of(category):

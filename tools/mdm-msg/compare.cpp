@@ -274,15 +274,6 @@ std::string_view last_name(std::string_view path)
     return path.substr(path.rfind('.') + 1);
 }
 
-std::string joined(const std::vector<std::string> &texts)
-{
-    std::string all;
-    for (const std::string &text : texts) {
-        all += (all.empty() ? "" : ", ") + text;
-    }
-    return all;
-}
-
 // An item of an element: `num0 1`, `pkg_list ["a", "b"]`
 std::string short_text(const Item &item)
 {
@@ -294,7 +285,7 @@ std::string short_text(const Item &item)
     for (const Parts &element : item.elements) {
         elements.push_back(value_text(element.front()));
     }
-    return text + " [" + joined(elements) + "]";
+    return text + " [" + joined(elements, ", ") + "]";
 }
 
 // An element in one line: `wifi.ssids[2]: "home"`, `app_res.item[1]: {name "a", value 1}`
@@ -310,7 +301,7 @@ std::string element_text(Parts element)
         fields.push_back(short_text(item));
     }
     name.erase(name.find(']') + 1);
-    return name + ": {" + joined(fields) + "}";
+    return name + ": {" + joined(fields, ", ") + "}";
 }
 
 // Whether the count says what the elements show.

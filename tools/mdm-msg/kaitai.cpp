@@ -83,11 +83,6 @@ std::string in_brackets(const std::string &text)
     return '(' + text + ')';
 }
 
-std::string chained(const Terms &terms, const char *between)
-{
-    return joined(terms, between, [](const std::string &term) { return term; });
-}
-
 std::string comparison(const std::string &number, const char *sign, uint32_t with)
 {
     return number + sign + std::to_string(with);
@@ -146,7 +141,8 @@ std::string is_one_of(const Forms &forms)
                   [](const FormDescription *form) { return "form == " + enumerator(*form); });
 }
 
-// When an attribute is there that some forms of a category have; empty if always.
+// When an attribute is there that some forms of a category have; empty if always. A payload follows
+// all these forms by the same rule.
 std::string condition(const Forms &forms, const CategoryDescription &category)
 {
     const PayloadFollows payload = forms.front()->payload;
@@ -176,23 +172,28 @@ std::string condition(const Variants &variants, const std::string &selector, siz
     for (; levels > 0; --levels) {
         number += "_parent.";
     }
-    return chained(is_in(number + selector, selectors), " or ");
+    return joined(is_in(number + selector, selectors), " or ");
 }
 
-// Whether so many bytes or elements are left. A number below 0 is no number of them, and is compared
+// Whether so many bytes or elements are left.
+std::string fits(const Node &counted)
+{
+    const std::string left = "_io.size - _io.pos";
+    return counted.element_size == 1
+               ? "_ <= " + left
+               : "_ <= " + in_brackets(left) + " / " + std::to_string(counted.element_size);
+}
+
+// The same for a number with a sign. A number below 0 counts nothing, or is refused. It is compared
 // first, because sizes have no sign in some languages.
-std::string fits(const Node &counted, bool is_negative_right)
+std::string fits_or_is_negative(const Node &counted)
 {
-    const std::string left = counted.element_size == 1 ? "_ <= _io.size - _io.pos"
-                                                       : "_ <= (_io.size - _io.pos) / " +
-                                                             std::to_string(counted.element_size);
-    return (is_negative_right ? "_ < 0 or " : "_ >= 0 and ") + left;
+    return "_ < 0 or " + fits(counted);
 }
 
-std::string fits(const Node &list)
+std::string fits_and_is_not_negative(const Node &counted)
 {
-    return list.has_sign ? fits(list, true)
-                         : "_ <= (_io.size - _io.pos) / " + std::to_string(list.element_size);
+    return "_ >= 0 and " + fits(counted);
 }
 
 // Types
@@ -217,7 +218,7 @@ std::string type_line(std::string_view type)
 // All of the terms are true.
 std::string valid_lines(const Terms &terms)
 {
-    const std::string line = "          expr: " + chained(terms, " and ") + '\n';
+    const std::string line = "          expr: " + joined(terms, " and ") + '\n';
     return "        valid:\n" +
            (line.size() <= line_width
                 ? line
@@ -335,7 +336,9 @@ std::string Types::attributes_of(const Node &node, const std::string &condition,
         return attribute(node.name, type_line(record_type(node, place)) + repeat_lines("data_size"),
                          condition);
     case Node::Kind::list:
-        return attribute(count, type_line(number_type(node)) + valid_lines({fits(node)}),
+        return attribute(count,
+                         type_line(number_type(node)) +
+                             valid_lines({node.has_sign ? fits_or_is_negative(node) : fits(node)}),
                          condition) +
                attribute(node.name,
                          type_line(record_type(node, place)) +
@@ -364,8 +367,10 @@ Terms data_size_terms(const Nodes &payload, const CategoryDescription &category)
         if (node.kind != Node::Kind::bytes && node.kind != Node::Kind::array) {
             continue;
         }
-        const bool is_announced_by_all = node.forms.front()->payload == PayloadFollows::if_not_zero;
-        const std::string check = fits(node, !is_announced_by_all);
+        // A `data_size` below 0 that announces a payload counts more than there can be.
+        const bool is_refused_below_0 = node.forms.front()->payload == PayloadFollows::if_not_zero;
+        const std::string check =
+            is_refused_below_0 ? fits_and_is_not_negative(node) : fits_or_is_negative(node);
         if (node.forms.size() == category.forms.size()) {
             terms.push_back(check);
             continue;
@@ -373,7 +378,7 @@ Terms data_size_terms(const Nodes &payload, const CategoryDescription &category)
         terms.push_back(
             joined(node.forms, " and ",
                    [](const FormDescription *form) { return "form != " + enumerator(*form); }) +
-            " or " + (is_announced_by_all ? in_brackets(check) : check));
+            " or " + (is_refused_below_0 ? in_brackets(check) : check));
     }
     if (terms.size() > 1) {
         std::ranges::transform(terms, terms.begin(), in_brackets);

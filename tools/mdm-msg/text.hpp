@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts and bytes of a message, written so that they cannot act on a terminal.
+// Texts and bytes of a message, written so that they cannot act on a terminal, and pieces of which
+// other texts are made.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -35,13 +37,13 @@ std::string counted(uint64_t number, const char *noun);
 std::string hex(Bytes bytes);
 
 // The texts of elements with something between them.
-template <class Elements, class Text>
-std::string joined(const Elements &elements, const char *between, Text text_of)
+template <class Elements, class Text = std::identity>
+std::string joined(const Elements &elements, const char *between, Text text_of = {})
 {
     std::string all;
     const char *before = "";
     for (const auto &element : elements) {
-        all += before + text_of(element);
+        all.append(before).append(text_of(element));
         before = between;
     }
     return all;

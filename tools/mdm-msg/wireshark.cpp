@@ -32,11 +32,6 @@ constexpr std::string_view about_tables =
 -- elements.
 )";
 
-std::string quoted(const std::string &text)
-{
-    return '"' + text + '"';
-}
-
 // "{88, {290, 293}}"
 std::string runs_text(const Selectors &selectors)
 {

@@ -357,7 +357,8 @@ local function read_message(reader, tree)
     end
 end
 
--- The sentence of the library's own log.
+-- The sentence of the library's own log. %.0f prints numbers that are too large for %d where it has
+-- 32 bits.
 local function sentence(found)
     local is = found.left == 1 and "is" or "are"
     local plural = found.needed == 1 and "" or "s"
@@ -370,7 +371,7 @@ local function sentence(found)
             return string.format("header.length: a message has %d bytes or more, %d %s there",
                                  smallest_message, found.left, is)
         end
-        return string.format("header.length announces a message of %d byte%s%s, %d %s there",
+        return string.format("header.length announces a message of %.0f byte%s%s, %d %s there",
                              found.needed, plural, or_more, found.left, is)
     end
     if found.needed == largest_number and found.path:match("%.data$") then
