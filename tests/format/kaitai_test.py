@@ -138,7 +138,9 @@ class KaitaiTest(unittest.TestCase):
         offsets = json.loads(run.stdout)
         faults = [one.get('fault') for one in json_of(mdm_msg, messages)] + \
             [fault for _, fault in cut] + faults_of(mdm_msg, others)
-        self.assertEqual(offsets, [fault and fault['offset'] for fault in faults])
+        self.assertEqual(len(offsets), len(read))
+        for message, offset, fault in zip(read, offsets, faults):
+            self.assertEqual(offset, fault and fault['offset'], message.hex())
         print(f'{len(read)} messages with the reader in JavaScript')
 
     def test_a_value_that_is_not_there_is_no_attribute(self):
