@@ -40,8 +40,8 @@ def output_of(*command):
     return subprocess.run(command, check=True, stdout=subprocess.PIPE).stdout
 
 
-def is_whole(message):
-    return 'fault' not in message
+def is_whole(printed):
+    return 'fault' not in printed
 
 
 def json_of(mdm_msg, messages):
@@ -65,6 +65,12 @@ def fault(path, offset, needed, left):
 
 def with_true_length(message):
     return struct.pack('<I', len(message) - UNCOUNTED) + message[4:]
+
+
+def message_with_text(text):
+    """A message of the type log_manager."""
+    head = bytes(4) + b'\x33' + bytes(35)
+    return with_true_length(head + struct.pack('<II', 638, len(text)) + text)
 
 
 def cuts(message):

@@ -15,7 +15,7 @@ import unittest
 import xml.etree.ElementTree as xml
 
 from messages import (as_hex, compared_messages, count_values, cut_and_changed, faults_of, forms,
-                      is_whole, json_of, kept_messages, skip, text_or_hex, with_true_length,
+                      is_whole, json_of, kept_messages, message_with_text, skip, text_or_hex,
                       without_member)
 
 LINK_TYPE = '147'
@@ -75,16 +75,15 @@ TEXTS = [
 ]
 
 
-def message_with_text(text):
-    """A message of the type log_manager."""
-    head = bytes(4) + b'\x33' + bytes(35)
-    return with_true_length(head + struct.pack('<II', 638, len(text)) + text)
-
-
 def text_of(value):
     """The bytes of a text, behind the four of their count."""
     assert struct.unpack('<I', value[:4])[0] == len(value) - 4
     return value[4:]
+
+
+def has_note(item, name):
+    return any(note.get('name') == name for inner in item if inner.get('name') == '_ws.expert'
+               for note in inner)
 
 
 def is_count(names):
@@ -146,6 +145,7 @@ class Printed:
                 record = record.setdefault(inner, {})
             if item.get('showname').startswith('['):  # an element of a list without a count
                 record.setdefault(names[-1], []).append(value)
+                assert item.get('showname').startswith(f'[{len(record[names[-1]]) - 1}] ')
             else:
                 record[names[-1]] = value
 
@@ -163,6 +163,7 @@ class Printed:
         kind = kinds[item.get('name')]
         if kind == 'FT_STRING':
             text = text_of(value)
+            assert has_note(item, 'mdm.zero_in_text') == (0 in text), item.attrib
             shown = text.decode('utf-8', 'backslashreplace').replace('\0', '\\x00')
             if shown.isprintable():  # tshark escapes the others
                 assert item.get('show') == shown, item.attrib
@@ -176,14 +177,25 @@ class Printed:
         self.take(item)
         elements = []
         for inner in item:
+            label = inner.get('showname')
             if inner.get('name') == '_ws.lua.text':
+                path = '.'.join(inner[0].get('name').split('.')[1:3]) if len(inner) else ''
+                assert label.startswith(path) and label.endswith(f'[{len(elements)}]'), label
                 elements.append(self.add_members(inner, {}, 2))
             elif inner.get('name') not in EXPERTS and inner.get('name').startswith('mdm.'):
+                assert label.startswith(f'[{len(elements)}] '), label
                 elements.append(self.value_of(inner, inner.get('name').split('.')[1:]))
         count = int(item.get('show'))
+        assert has_note(item, 'mdm.negative_count') == (count < 0)
         if len(elements) == count:
             return elements
         return {'count': count, 'elements': elements} if elements else {'count': count}
+
+
+def packet_line(printed):
+    """How the list of packets shows a message."""
+    name = printed.get('form') or printed.get('category', 'no message')
+    return ['MDM', name if is_whole(printed) else f'{name} [malformed]']
 
 
 def fault_of(item):
@@ -215,8 +227,13 @@ class WiresharkTest(unittest.TestCase):
 
     def test_shows_what_mdm_msg_shows(self):
         expected = json_of(mdm_msg, messages)
-        packets = packets_in(capture_of_dump('messages.pcap', messages))
+        path = capture_of_dump('messages.pcap', messages)
+        packets = packets_in(path)
         self.assertEqual(len(packets), len(messages))
+        lines = columns(path, '_ws.col.Protocol', '_ws.col.Info')
+        self.assertEqual(len(lines), len(messages))
+        for line, one in zip(lines, expected):
+            self.assertEqual(line, packet_line(one))
         values = 0
         self.notes = set()
         for message, items, one in zip(messages, packets, expected):
@@ -227,9 +244,9 @@ class WiresharkTest(unittest.TestCase):
         print(f'{number} whole messages, {len(messages) - number} malformed, {values} values')
         self.assertEqual(self.notes,
                          {'mdm.malformed', 'mdm.padded', 'mdm.negative_count', 'mdm.zero_in_text'})
-        self.assertGreater(len(messages), 7700)
+        self.assertGreater(len(messages), 8400)
         self.assertGreater(len(messages) - number, 1500)
-        self.assertGreater(values, 100000)
+        self.assertGreater(values, 110000)
 
     def test_shows_the_fault_of_every_cut_and_change(self):
         cut, others = cut_and_changed(whole, kept)
@@ -245,7 +262,7 @@ class WiresharkTest(unittest.TestCase):
             self.assertEqual(row[:4], [str(fault[name]) for name in
                                        ('path', 'offset', 'needed', 'left')] if fault else [''] * 4)
         print(f'{len(cut)} messages with a wrong length field, {len(others)} others')
-        self.assertGreater(len(expected), 220000)
+        self.assertGreater(len(expected), 330000)
 
     def test_says_what_a_capture_has_cut(self):
         # The last packet is an empty one.

@@ -8,10 +8,16 @@
 set -uo pipefail
 
 page=$(realpath "$1")
+uses() {
+    grep -q "^\$ .*\b$1 " "$page"
+}
+skip() {
+    printf 'transcript_test.sh: Skipped\n%s\n' "$1"
+    exit 77
+}
 for program in tshark text2pcap xxd; do
-    if grep -q "^\$ .*\b$program " "$page" && ! command -v "$program" >/dev/null; then
-        printf 'transcript_test.sh: Skipped\n%s is not installed\n' "$program"
-        exit 77
+    if uses "$program" && ! command -v "$program" >/dev/null; then
+        skip "$program is not installed"
     fi
 done
 scratch=$(mktemp -d)
@@ -28,6 +34,9 @@ for directory in "${@:2}"; do
 done
 cd "$scratch/files" || exit 1
 export PATH=$scratch/bin:$PATH LC_ALL=C.UTF-8 NO_COLOR=1
+if uses python3 && ! python3 -c 'import mdm' 2>/dev/null; then
+    skip 'python3 has no reader, or not what it imports'
+fi
 
 in_block=false commands=0
 while IFS= read -r line; do

@@ -47,7 +47,7 @@ struct Variant {
 
 // When the payload follows the head.
 enum class PayloadFollows : uint8_t {
-    always,  // or never
+    always,  // also if there is no payload
     if_positive,
     if_not_zero,  // a number below 0 announces bytes or elements, and is refused if it counts them
 };

@@ -30,7 +30,8 @@ doc: |
   Some senders count more bytes than they write, and some receivers read fewer bytes than were sent.
   These bytes are the `padding` at the end of the body.
 
-  A count below 0 announces no elements.
+  A count of a list announces no elements if it is below 0. The one list that `data_size` counts is
+  refused then.
 seq:
   - id: header
     type: header
@@ -41,7 +42,7 @@ seq:
       cases:
 )";
 
-constexpr std::string_view first_types =
+constexpr std::string_view default_case_and_types =
     R"(        _: no_category
 types:
   counted_text:
@@ -388,10 +389,10 @@ Terms data_size_terms(const Nodes &payload, const CategoryDescription &category)
 
 std::string head_of(const CategoryDescription &category, const Nodes &payload, Types &types)
 {
+    const Terms terms = data_size_terms(payload, category);
     std::string text;
     for (const Node &node : head_nodes_of(category)) {
         text += types.attributes_of(node, "", {});
-        const Terms terms = data_size_terms(payload, category);
         if (node.name == "data_size" && !terms.empty()) {
             text += valid_lines(terms);
         }
@@ -511,8 +512,8 @@ std::string kaitai_description(Categories categories)
     for (const CategoryDescription &category : categories) {
         add_body(category, types);
     }
-    return std::string(beginning) + cases_of(categories) + std::string(first_types) + types.text() +
-           enums_of(categories);
+    return std::string(beginning) + cases_of(categories) + std::string(default_case_and_types) +
+           types.text() + enums_of(categories);
 }
 
 }  // namespace mdm::msg
