@@ -1175,7 +1175,7 @@ end
 function protocol.dissector(buffer, pinfo, root)
     local reader = {buffer = buffer, size = buffer:reported_len(),
                     captured = buffer:captured_len(), at = 0, numbers = {}}
-    local tree = reader.captured > 0 and root:add(protocol, buffer()) or root:add(protocol)
+    local tree = root:add(protocol, buffer())
     local ok, stop = pcall(read_message, reader, tree)
     local info = reader.form or category_names[reader.numbers["header.type"]] or "no message"
     if reader.form then

@@ -3,7 +3,7 @@ import sys
 
 from mdm import Mdm
 
-LARGEST = 1_000_000  # bytes that this program takes for one message
+LARGEST = 1_000_000  # bytes that this program reads at once
 
 with open(sys.argv[1], 'rb') as stream:
     while word := stream.read(4):

@@ -104,13 +104,6 @@ def changes(messages):
     return [one for message in different for one in changed(message)]
 
 
-def cut_and_changed(whole, kept):
-    """The cuts of the kept messages with their faults, and messages whose length field is true: the
-    changes of whole ones, and the other cuts."""
-    return ([one for message in kept for one in cuts(message)],
-            changes(whole) + [one for message in kept for one in corrected_cuts(message)])
-
-
 def discriminators_of(category):
     """Each discriminator that a form lists, and its neighbours."""
     listed = {number for form in category['forms'] for number in form.get('discriminators', ())}
@@ -146,6 +139,13 @@ def faults_of(mdm_msg, messages):
     printed = [json.loads(line) for line in run.stdout.splitlines()]
     assert [one['length'] for one in printed] == [len(message) for message in messages]
     return [one.get('fault') for one in printed]
+
+
+def cut_and_changed(mdm_msg, whole, kept):
+    """The cuts of the kept messages and the changes of whole ones. Each has its fault, or None."""
+    others = changes(whole) + [one for message in kept for one in corrected_cuts(message)]
+    return [one for message in kept for one in cuts(message)] + \
+        list(zip(others, faults_of(mdm_msg, others)))
 
 
 def forms(mdm_msg):

@@ -34,8 +34,8 @@ for directory in "${@:2}"; do
 done
 cd "$scratch/files" || exit 1
 export PATH=$scratch/bin:$PATH LC_ALL=C.UTF-8 NO_COLOR=1
-if uses python3 && ! python3 -c 'import mdm' 2>/dev/null; then
-    skip 'python3 has no reader, or not what it imports'
+if grep -q '^from mdm import' "$page" && ! python3 -c 'import mdm' 2>/dev/null; then
+    skip 'python3 has no mdm.py, or not its runtime'
 fi
 
 in_block=false commands=0

@@ -49,7 +49,7 @@ struct Variant {
 enum class PayloadFollows : uint8_t {
     always,  // also if there is no payload
     if_positive,
-    if_not_zero,  // a number below 0 announces bytes or elements, and is refused if it counts them
+    if_not_zero,  // also if `data_size` is below 0; it is refused then if it counts the payload
 };
 
 struct FormDescription {
@@ -96,7 +96,8 @@ bool is_data_size(const FieldDescription &field);
 // How many fields the elements of a list have. They stand in front of the others.
 size_t elements_size(std::span<const FieldDescription> fields, int depth);
 
-// The bytes that an element of a list takes at least. It has no `bytes` and no `reserved`.
+// The bytes that an element of a list takes at least. An element has no `bytes` and no
+// `reserved`.
 uint32_t element_size(std::span<const FieldDescription> elements);
 
 }  // namespace mdm::msg

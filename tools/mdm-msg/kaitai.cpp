@@ -30,8 +30,7 @@ doc: |
   Some senders count more bytes than they write, and some receivers read fewer bytes than were sent.
   These bytes are the `padding` at the end of the body.
 
-  A count of a list announces no elements if it is below 0. The one list that `data_size` counts is
-  refused then.
+  A count below 0 announces no elements. A `data_size` below 0 that counts elements is refused.
 seq:
   - id: header
     type: header
