@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts and bytes of a message, written so that they cannot act on a terminal, and helpers for other
-// texts.
+// Texts and bytes of a message, written so that they cannot act on a terminal, and helpers for
+// other texts.
 #pragma once
 
 #include <cstdint>
