@@ -44,7 +44,7 @@ make_sysroot() {
 
 make_arm_sysroot() {
     make_sysroot armhf libc6-dev libstdc++6 libglib2.0-dev libssl-dev libgtest-dev libgmock-dev \
-        librapidcheck-dev libjson-glib-dev
+        librapidcheck-dev libjson-glib-dev libsqlite3-dev libsystemd-dev
 }
 
 make_i386_sysroot() {
