@@ -19,8 +19,6 @@
 
 #define DEFAULT_SOCKET "/run/mdm/socket"
 #define DEFAULT_TIMEOUT 5000
-#define TEXT_OF(number) TEXT_OF_2(number)
-#define TEXT_OF_2(number) #number
 
 struct options {
     char *socket;
@@ -103,7 +101,7 @@ static bool parse(struct options *options, int argc, char **argv, GError **error
         {"socket", 0, 0, G_OPTION_ARG_FILENAME, &options->socket,
          "the socket of the server (default " DEFAULT_SOCKET ")", "PATH"},
         {"timeout", 0, 0, G_OPTION_ARG_INT, &options->timeout,
-         "how long to wait (default " TEXT_OF(DEFAULT_TIMEOUT) ")", "MS"},
+         "how long to wait (default " G_STRINGIFY(DEFAULT_TIMEOUT) ")", "MS"},
         {G_OPTION_REMAINING, 0, 0, G_OPTION_ARG_FILENAME_ARRAY, &options->words, NULL, NULL},
         {0},
     };
@@ -127,7 +125,8 @@ static void print_error(const GError *error)
 static bool run(const struct options *options)
 {
     GError *error = NULL;
-    mdm_client_t *client = mdm_client_new(options->socket);
+    mdm_client_t *client =
+        mdm_client_new(options->socket != NULL ? options->socket : DEFAULT_SOCKET);
     const bool is_answered =
         find_command(options->words)(client, options, options->words[1], &error);
     if (!is_answered) {
@@ -140,7 +139,7 @@ static bool run(const struct options *options)
 
 int main(int argc, char **argv)
 {
-    struct options options = {.socket = g_strdup(DEFAULT_SOCKET), .timeout = DEFAULT_TIMEOUT};
+    struct options options = {.timeout = DEFAULT_TIMEOUT};
     GError *error = NULL;
     int status = EXIT_SUCCESS;
     if (!parse(&options, argc, argv, &error)) {

@@ -22,6 +22,8 @@ else
     echo "no private mounts ($reason): statuses go to the machine's /opt/etc/mdm/, if it is there"
 fi
 
+[ -x "$1/mdm-server" ] || { echo "$1 has no mdm-server" >&2 && exit 1; }
+
 # A command of several words, hence unquoted below.
 emulator=${MDM_EMULATOR:-}
 programs=$1
@@ -38,7 +40,7 @@ log_manager;platform" >"$scratch/rules.conf"
 start_server() {
     # shellcheck disable=SC2086
     $emulator "$programs/mdm-server" --socket "$scratch/socket" --state "$scratch/policies.db" \
-        --rules "$scratch/rules.conf" --log-file "$scratch/log" --fault-delay 0 2>/dev/null &
+        --rules "$scratch/rules.conf" --log-file "$scratch/log" --fault-delay 0 2>"$scratch/stderr" &
     server=$!
 }
 
@@ -53,7 +55,10 @@ start_server
 $emulator "$programs/mdm-demo" --after-restart "$@" "$scratch/socket"
 
 kill -TERM "$server"
-wait "$server"
+if ! wait "$server"; then
+    cat "$scratch/stderr"
+    exit 1
+fi
 server=
 echo "what the servers logged:"
 cut -d '>' -f 2- "$scratch/log"

@@ -45,18 +45,29 @@ struct program {
 #define DEFAULT_DIRECTORY_MODE "0755"
 #define DEFAULT_STATE "/var/lib/mdm/policies.db"
 #define DEFAULT_RULES "/etc/mdm/rules.conf"
+#define DEFAULT_LOG_LEVEL 2
 
 static void options_init(struct options *options)
 {
-    *options = (struct options){
-        .listener.path = g_strdup(DEFAULT_SOCKET),
-        .socket_mode = g_strdup(DEFAULT_SOCKET_MODE),
-        .directory_mode = g_strdup(DEFAULT_DIRECTORY_MODE),
-        .state = g_strdup(DEFAULT_STATE),
-        .rules = g_strdup(DEFAULT_RULES),
-        .log_level = MDM_LOG_WARN,
-    };
+    *options = (struct options){.log_level = DEFAULT_LOG_LEVEL};
     limits_init(&options->limits);
+}
+
+static void set_default(char **option, const char *value)
+{
+    if (*option == NULL) {
+        *option = g_strdup(value);
+    }
+}
+
+/* GLib does not release the values that an option replaces, so the defaults come afterwards. */
+static void options_complete(struct options *options)
+{
+    set_default(&options->listener.path, DEFAULT_SOCKET);
+    set_default(&options->socket_mode, DEFAULT_SOCKET_MODE);
+    set_default(&options->directory_mode, DEFAULT_DIRECTORY_MODE);
+    set_default(&options->state, DEFAULT_STATE);
+    set_default(&options->rules, DEFAULT_RULES);
 }
 
 static void options_clear(struct options *options)
@@ -102,25 +113,36 @@ static bool options_parse(struct options *options, int argc, char **argv, GError
         {"log-file", 0, 0, G_OPTION_ARG_FILENAME, &options->log_file,
          "a file that gets the log lines, too", "PATH"},
         {"log-level", 0, 0, G_OPTION_ARG_INT, &options->log_level,
-         "0 debug, 1 info, 2 warnings, 3 failures, 4 nothing (default 2)", "LEVEL"},
+         "0 debug, 1 info, 2 warnings, 3 failures, 4 nothing" DEFAULT_TEXT(
+             G_STRINGIFY(DEFAULT_LOG_LEVEL)),
+         "LEVEL"},
         {0},
     };
     GOptionContext *context = g_option_context_new(NULL);
     g_option_context_set_summary(context, "Serves requests of device management.");
     g_option_context_add_main_entries(context, entries, NULL);
     g_option_context_add_main_entries(context, limits_options(&options->limits), NULL);
-    const bool is_parsed =
-        g_option_context_parse(context, &argc, &argv, error) &&
-        parse_mode("socket-mode", options->socket_mode, &options->listener.mode, error) &&
-        parse_mode("directory-mode", options->directory_mode, &options->listener.directory_mode,
-                   error) &&
-        limits_check(&options->limits, error);
+    const bool is_parsed = g_option_context_parse(context, &argc, &argv, error);
     g_option_context_free(context);
     if (is_parsed && argc > 1) {
         g_set_error(error, G_OPTION_ERROR, G_OPTION_ERROR_FAILED, "%s is no option", argv[1]);
         return false;
     }
     return is_parsed;
+}
+
+static bool options_check(struct options *options, GError **error)
+{
+    if (options->log_level < (int)MDM_LOG_DEBUG || options->log_level > (int)MDM_LOG_NONE) {
+        g_set_error(error, G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
+                    "--log-level=%d is not between %d and %d", options->log_level, MDM_LOG_DEBUG,
+                    MDM_LOG_NONE);
+        return false;
+    }
+    return parse_mode("socket-mode", options->socket_mode, &options->listener.mode, error) &&
+           parse_mode("directory-mode", options->directory_mode, &options->listener.directory_mode,
+                      error) &&
+           limits_check(&options->limits, error);
 }
 
 static void start_log(const struct options *options)
@@ -244,7 +266,9 @@ int main(int argc, char **argv)
     struct program program = {0};
     GError *error = NULL;
     options_init(&program.options);
-    if (!options_parse(&program.options, argc, argv, &error)) {
+    const bool is_parsed = options_parse(&program.options, argc, argv, &error);
+    options_complete(&program.options);
+    if (!is_parsed || !options_check(&program.options, &error)) {
         g_printerr("mdm-server: %s\n", error->message);
         g_error_free(error);
         options_clear(&program.options);

@@ -1,7 +1,8 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 # Uses an installed copy of the library as another project would.
-# usage: installed_test.sh pkg-config|cmake|readme|values SOURCE_DIR INSTALLED_DIR WORK_DIR
+# usage: installed_test.sh pkg-config|cmake|readme|values|examples-cmake|examples-meson \
+#            SOURCE_DIR INSTALLED_DIR WORK_DIR
 # environment: CC, CXX, MDM_BUILD_DIR; LIBDIR, the library's folder below INSTALLED_DIR; and
 # README_SHOWS, what README's example prints
 set -eu
@@ -60,6 +61,18 @@ values)
     blocks_of docs/values.md text >"$work/shown"
     build_and_run "$CXX" -std=c++11 "$work/example.cpp" >"$work/printed"
     diff "$work/shown" "$work/printed"
+    ;;
+examples-cmake)
+    cp -r "$source_dir/examples" "$work"
+    "$source_dir/tests/configure_once.sh" -B "$work/build" -G Ninja -S "$work/examples" \
+        -D CMAKE_PREFIX_PATH="$installed" -D CMAKE_COMPILE_WARNING_AS_ERROR=ON
+    cmake --build "$work/build"
+    ctest --test-dir "$work/build" --output-on-failure --no-tests=error
+    ;;
+examples-meson)
+    cp -r "$source_dir/examples" "$work"
+    meson setup --werror "$work/build" "$work/examples"
+    meson test -C "$work/build" --print-errorlogs
     ;;
 *)
     echo "$0: no such test: $1" >&2
