@@ -45,7 +45,7 @@
 mdm_log_level_t log_pause(void);
 void log_resume(mdm_log_level_t level);
 
-/* The request that the next lines are about: fields of each line in the journal. */
+/* The user and the category that the next lines are about: fields of each line in the journal. */
 void log_begin_request(uid_t uid);
 void log_set_category(mdm_category_t category);
 void log_end_request(void);

@@ -52,8 +52,10 @@ static void print(const struct notice *notice)
     char *more = notice->held_back > 1
                      ? g_strdup_printf("; %u more in the last minute", notice->held_back - 1)
                      : g_strdup("");
+    log_begin_request(peer->uid);
     log_warn("uid %lu: %s, refused pid %ld (%s)%s", (unsigned long)peer->uid, excess,
              (long)peer->pid, peer->program, more);
+    log_end_request();
     g_free(more);
     g_free(excess);
 }
