@@ -1,7 +1,9 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 #include "policies.h"
 
+#include <fcntl.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <sqlite3.h>
 
@@ -107,8 +109,18 @@ static int prepare_queries(struct policies *policies)
     return SQLITE_OK;
 }
 
+/* Messages may hold secrets. The files that SQLite puts beside this one get its permissions. */
+static void make_private_file(const char *path)
+{
+    const int fd = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (fd >= 0) {
+        close(fd);
+    }
+}
+
 static int open_database(struct policies *policies, const char *path)
 {
+    make_private_file(path);
     int result = sqlite3_open_v2(path, &policies->database,
                                  SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, NULL);
     if (result == SQLITE_OK) {

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -96,6 +97,24 @@ static void keeps_what_is_committed(files_t *files, gconstpointer data)
     policies = open_policies(files);
     expect(policies, 1, "one");
     expect(policies, 2, NULL);
+    policies_close(policies);
+}
+
+static void is_for_one_user_alone(files_t *files, gconstpointer data)
+{
+    (void)data;
+    const mode_t old = umask(0);
+    struct policies *policies = open_policies(files);
+    umask(old);
+    g_assert_cmpint(set(policies, 1, "one"), ==, POLICIES_DONE);
+    g_assert_true(policies_commit(policies));
+    char *names[] = {g_strdup(files->state), g_strconcat(files->state, "-wal", NULL)};
+    for (size_t i = 0; i < G_N_ELEMENTS(names); ++i) {
+        GStatBuf status;
+        g_assert_cmpint(g_stat(names[i], &status), ==, 0);
+        g_assert_cmpuint(status.st_mode & 07777, ==, 0600);
+        g_free(names[i]);
+    }
     policies_close(policies);
 }
 
@@ -400,6 +419,7 @@ int main(int argc, char **argv)
 {
     g_test_init(&argc, &argv, NULL);
     ADD(keeps_what_is_committed);
+    ADD(is_for_one_user_alone);
     ADD(keeps_users_apart);
     ADD(registers_a_package_once);
     ADD(charges_as_long_as_it_keeps);
