@@ -6,6 +6,7 @@
 #include <stdio.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -110,17 +111,27 @@ static struct parts split(char *line)
     return (struct parts){function + strlen(": "), text + strlen(") > ")};
 }
 
+/* Without a request the fields of a request are left out. */
 static void send_to_journal(int priority, const char *tag, char *line)
 {
     const struct parts parts = split(line);
-    char uid[32] = "";
-    if (request.is_there) {
-        snprintf(uid, sizeof uid, "%lu", (unsigned long)request.uid);
+    char *fields[] = {
+        g_strdup_printf("MESSAGE=%s", parts.text),
+        g_strdup_printf("PRIORITY=%d", severity_of(priority)),
+        g_strdup_printf("SYSLOG_IDENTIFIER=%s", tag),
+        g_strdup_printf("CODE_FUNC=%s", parts.function),
+        g_strdup_printf("PEER_UID=%lu", (unsigned long)request.uid),
+        g_strdup_printf("MDM_CATEGORY=%s", mdm_category_name(request.category)),
+    };
+    enum { ALL = G_N_ELEMENTS(fields), OF_EVERY_LINE = ALL - 2 };
+    struct iovec vector[ALL];
+    for (size_t i = 0; i < ALL; ++i) {
+        vector[i] = (struct iovec){fields[i], strlen(fields[i])};
     }
-    sd_journal_send("MESSAGE=%s", parts.text, "PRIORITY=%d", severity_of(priority),
-                    "SYSLOG_IDENTIFIER=%s", tag, "CODE_FUNC=%s", parts.function, "PEER_UID=%s", uid,
-                    "MDM_CATEGORY=%s", request.is_there ? mdm_category_name(request.category) : "",
-                    NULL);
+    sd_journal_sendv(vector, request.is_there ? ALL : OF_EVERY_LINE);
+    for (size_t i = 0; i < ALL; ++i) {
+        g_free(fields[i]);
+    }
 }
 
 int platform_log_vprint(int buffer_id, int priority, const char *tag, const char *format,

@@ -172,7 +172,7 @@ static void raise_descriptor_limit(const struct limits *limits)
 static gboolean stop(gpointer data)
 {
     struct program *program = data;
-    sd_notify(0, "STOPPING=1");
+    sd_notify(0, "STOPPING=1\nSTATUS=Answering the last requests");
     server_stop(program->server);
     return G_SOURCE_CONTINUE;
 }
@@ -195,6 +195,7 @@ static gboolean reload(gpointer data)
         g_error_free(error);
         return G_SOURCE_CONTINUE;
     }
+    log_warn("the rules of %s are in force", program->options.rules);
     rules_free(program->rules);
     program->rules = rules;
     program->service.rules = rules;
@@ -241,7 +242,7 @@ static void run(struct program *program)
     g_unix_signal_add(SIGINT, stop, program);
     g_unix_signal_add(SIGHUP, reload, program);
     start_watchdog();
-    sd_notify(0, "READY=1");
+    sd_notify(0, "READY=1\nSTATUS=Serving");
     g_main_loop_run(program->loop);
     g_main_loop_unref(program->loop);
 }

@@ -45,7 +45,7 @@ void notices_free(struct notices *notices)
     g_free(notices);
 }
 
-static void print(const struct notice *notice)
+static void log_notice(const struct notice *notice)
 {
     const struct peer *peer = &notice->peer;
     char *excess = excess_describe(&notice->excess);
@@ -67,7 +67,7 @@ void notices_add(struct notices *notices, const struct peer *peer, const struct 
     *notice = (struct notice){*peer, *excess, 0, now + MINUTE * CLOCK_SECOND};
     const struct notice *known = g_hash_table_lookup(notices->notices, notice);
     if (known == NULL) {
-        print(notice);
+        log_notice(notice);
     } else {
         notice->held_back = known->held_back + 1;
         notice->due = known->due;
@@ -86,7 +86,7 @@ static gboolean tell_if_due(gpointer key, gpointer value, gpointer data)
     if (notice->held_back == 0) {
         return TRUE;
     }
-    print(notice);
+    log_notice(notice);
     notice->held_back = 0;
     notice->due = now + MINUTE * CLOCK_SECOND;
     return FALSE;

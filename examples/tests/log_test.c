@@ -56,7 +56,7 @@ static void goes_to_the_journal_with_fields(void)
     mdm_log_set_level(MDM_LOG_DEBUG);
     log_warn("%s", "a line");
     expect_entry(journal, "MESSAGE=a line\nPRIORITY=4\nSYSLOG_IDENTIFIER=MDM_SERVER\n"
-                          "CODE_FUNC=goes_to_the_journal_with_fields\nPEER_UID=\nMDM_CATEGORY=\n");
+                          "CODE_FUNC=goes_to_the_journal_with_fields\n");
 
     log_begin_request(1000);
     log_set_category(MDM_CATEGORY_WIFI);
@@ -70,10 +70,9 @@ static void goes_to_the_journal_with_fields(void)
 
     __mdm_log_print(MDM_LOG_INFO, "OTHER", "without a place");
     expect_entry(journal, "MESSAGE=without a place\nPRIORITY=6\nSYSLOG_IDENTIFIER=OTHER\n"
-                          "CODE_FUNC=\nPEER_UID=\nMDM_CATEGORY=\n");
+                          "CODE_FUNC=\n");
     __mdm_log_print(MDM_LOG_DEBUG, "OTHER", "more");
-    expect_entry(journal, "MESSAGE=more\nPRIORITY=7\nSYSLOG_IDENTIFIER=OTHER\nCODE_FUNC=\n"
-                          "PEER_UID=\nMDM_CATEGORY=\n");
+    expect_entry(journal, "MESSAGE=more\nPRIORITY=7\nSYSLOG_IDENTIFIER=OTHER\nCODE_FUNC=\n");
     close(journal);
 }
 

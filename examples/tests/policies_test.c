@@ -1,6 +1,5 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* What the database keeps: after crashes at every write, on a full disk, and when it is broken. */
-#include <errno.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
@@ -14,6 +13,7 @@
 #include <mdm/log.h>
 
 #include "server/policies.h"
+#include "tests/disk.h"
 
 enum { USER = 1000, OTHER_USER = 1001, TYPE = 33, ROUNDS = 6 };
 
@@ -209,81 +209,6 @@ static void says_what_is_broken(files_t *files, gconstpointer data)
     g_clear_error(&error);
 }
 
-/* What happens at the write to the file that is the last one. */
-static struct {
-    unsigned left; /* writes until then */
-    bool is_full;  /* from then on the disk is full; otherwise the process is killed */
-    bool is_half;  /* half of the last write is done */
-} fate;
-
-static sqlite3_syscall_ptr real_pwrite;
-static sqlite3_syscall_ptr real_ftruncate;
-
-typedef ssize_t pwrite_t(int fd, const void *bytes, size_t size, off_t offset);
-typedef int ftruncate_t(int fd, off_t size);
-
-static bool is_last(void)
-{
-    if (fate.left > 0) {
-        --fate.left;
-    }
-    return fate.left == 0;
-}
-
-static ssize_t write_or_die(int fd, const void *bytes, size_t size, off_t offset)
-{
-    pwrite_t *really = (pwrite_t *)(void (*)(void))real_pwrite;
-    if (!is_last()) {
-        return really(fd, bytes, size, offset);
-    }
-    if (fate.is_half) {
-        really(fd, bytes, size / 2, offset);
-    }
-    if (fate.is_full) {
-        errno = ENOSPC;
-        return -1;
-    }
-    raise(SIGKILL);
-    return -1;
-}
-
-static int truncate_or_die(int fd, off_t size)
-{
-    ftruncate_t *really = (ftruncate_t *)(void (*)(void))real_ftruncate;
-    if (!is_last() || fate.is_full) {
-        return really(fd, size);
-    }
-    raise(SIGKILL);
-    return -1;
-}
-
-/* SQLite lets tests stand between it and the system. It has one of the two names of pwrite(). */
-static void choose_fate(unsigned writes, bool is_full, bool is_half)
-{
-    fate.left = writes;
-    fate.is_full = is_full;
-    fate.is_half = is_half;
-    sqlite3_vfs *vfs = sqlite3_vfs_find(NULL);
-    const char *const names[] = {"pwrite", "pwrite64"};
-    for (size_t i = 0; i < G_N_ELEMENTS(names); ++i) {
-        sqlite3_syscall_ptr found = vfs->xGetSystemCall(vfs, names[i]);
-        if (found != NULL && real_pwrite == NULL) {
-            real_pwrite = found;
-        }
-        vfs->xSetSystemCall(vfs, names[i], (sqlite3_syscall_ptr)(void (*)(void))write_or_die);
-    }
-    if (real_ftruncate == NULL) {
-        real_ftruncate = vfs->xGetSystemCall(vfs, "ftruncate");
-    }
-    vfs->xSetSystemCall(vfs, "ftruncate", (sqlite3_syscall_ptr)(void (*)(void))truncate_or_die);
-}
-
-static void restore_system(void)
-{
-    sqlite3_vfs *vfs = sqlite3_vfs_find(NULL);
-    vfs->xSetSystemCall(vfs, NULL, NULL);
-}
-
 /* Both policies of a round change together. */
 static bool change(struct policies *policies, int round)
 {
@@ -311,13 +236,13 @@ static void change_and_tell(const files_t *files, int tell)
 }
 
 /* Returns how many rounds the child has committed; `is_whole` tells whether it came to its end. */
-static int run_child(const files_t *files, unsigned writes, bool is_half, bool *is_whole)
+static int run_child(const files_t *files, unsigned writes, disk_fate_t fate, bool *is_whole)
 {
     int ends[2];
     g_assert_cmpint(pipe(ends), ==, 0);
     const pid_t child = fork();
     if (child == 0) {
-        choose_fate(writes, false, is_half);
+        disk_choose(fate, writes);
         change_and_tell(files, ends[1]);
     }
     close(ends[1]);
@@ -348,7 +273,7 @@ static int rounds_in(const files_t *files)
     return rounds;
 }
 
-static void kill_at_every_write(files_t *files, bool is_half)
+static void kill_at_every_write(files_t *files, disk_fate_t fate)
 {
     bool is_whole = false;
     unsigned writes = 0;
@@ -358,7 +283,7 @@ static void kill_at_every_write(files_t *files, bool is_half)
         g_remove(log);
         g_remove(files->state);
         g_free(log);
-        const int committed = run_child(files, writes, is_half, &is_whole);
+        const int committed = run_child(files, writes, fate, &is_whole);
         const int found = rounds_in(files);
         /* A round may be whole, although the process died before it could tell. */
         g_assert_cmpint(found, >=, committed);
@@ -372,13 +297,13 @@ static void kill_at_every_write(files_t *files, bool is_half)
 static void is_never_half_if_killed_before_a_write(files_t *files, gconstpointer data)
 {
     (void)data;
-    kill_at_every_write(files, false);
+    kill_at_every_write(files, DISK_KILLS);
 }
 
 static void is_never_half_if_killed_in_a_write(files_t *files, gconstpointer data)
 {
     (void)data;
-    kill_at_every_write(files, true);
+    kill_at_every_write(files, DISK_KILLS_HALFWAY);
 }
 
 /* The disk is full from some write on. When there is room again, changes are taken again. */
@@ -386,7 +311,7 @@ static void fill_disk_at(const files_t *files, unsigned writes)
 {
     struct policies *policies = open_policies(files);
     g_assert_true(change(policies, 1));
-    choose_fate(writes, true, true);
+    disk_choose(DISK_IS_FULL, writes);
     int committed = 1;
     while (committed < ROUNDS && change(policies, committed + 1)) {
         ++committed;
@@ -396,7 +321,7 @@ static void fill_disk_at(const files_t *files, unsigned writes)
     expect(policies, 1, expected);
     expect(policies, 2, expected);
     g_assert_false(policies_have_changed(policies));
-    restore_system();
+    disk_restore();
     g_assert_true(change(policies, ROUNDS));
     policies_close(policies);
     g_assert_cmpint(rounds_in(files), ==, ROUNDS);
@@ -410,6 +335,28 @@ static void takes_back_what_a_full_disk_refuses(files_t *files, gconstpointer da
     for (unsigned writes = 1; writes < MORE_THAN_ALL; ++writes) {
         fill_disk_at(files, writes);
     }
+    mdm_log_set_enabled(1);
+}
+
+/* A large policy does not fit into the cache, so it is written before the commit. */
+static void changes_nothing_after_a_failure(files_t *files, gconstpointer data)
+{
+    (void)data;
+    enum { LARGE = 16 << 20 };
+    mdm_log_set_enabled(0);
+    limits.policy = 2 * LARGE;
+    struct policies *policies = open_policies(files);
+    g_assert_true(change(policies, 1));
+    char *large = g_strnfill(LARGE, 'x');
+    disk_choose(DISK_IS_FULL_ONCE, 1);
+    g_assert_cmpint(set(policies, 1, large), ==, POLICIES_FAILED);
+    g_assert_cmpint(set(policies, 3, "more"), ==, POLICIES_FAILED);
+    g_assert_false(policies_commit(policies));
+    expect(policies, 1, "round 1");
+    expect(policies, 3, NULL);
+    g_assert_true(change(policies, 2));
+    g_free(large);
+    policies_close(policies);
     mdm_log_set_enabled(1);
 }
 
@@ -428,5 +375,6 @@ int main(int argc, char **argv)
     ADD(is_never_half_if_killed_before_a_write);
     ADD(is_never_half_if_killed_in_a_write);
     ADD(takes_back_what_a_full_disk_refuses);
+    ADD(changes_nothing_after_a_failure);
     return g_test_run();
 }

@@ -13,6 +13,7 @@
 
 #include "common/packet.h"
 #include "server/clock.h"
+#include "tests/disk.h"
 
 enum { OTHER_USER = 12345 };
 
@@ -724,6 +725,213 @@ static void forgets_who_vanishes(world_t *world, gconstpointer data)
     g_assert_cmpint(count_descriptors(), ==, descriptors);
 }
 
+/* What others changed in the same turn is taken back, too; a refusal stays what it is. */
+static void says_that_nothing_could_be_stored(world_t *world, gconstpointer data)
+{
+    (void)data;
+    const int fd = world_connect(world);
+    const int other = world_connect(world);
+    const int liar = world_connect(world);
+    world_register(world, fd, "com.example.agent");
+    disk_choose(DISK_IS_FULL, 1);
+    mdm_msg_t request = world_policy(5, 1, 10);
+    world_post(fd, &request);
+    request = world_policy(6, 2, 10);
+    world_post(other, &request);
+    const uint8_t lie = 0;
+    g_assert_cmpint(packet_send(liar, &lie, 1), ==, PACKET_DONE);
+    world_run(world);
+    world_expect_refusal(fd, 5, PROTOCOL_NOT_STORED, "the policies cannot be stored now");
+    world_expect_refusal(other, 6, PROTOCOL_NOT_STORED, "the policies cannot be stored now");
+    world_expect_refusal(liar, 0, PROTOCOL_MALFORMED,
+                         "header.length at offset 0 needs 4 bytes, 1 is left");
+    expect_log(world, "the database failed: database or disk is full");
+
+    disk_restore();
+    ask_for_policy(world, fd, 1, PROTOCOL_UNSET, 0);
+    set_policy(world, fd, 1, 10);
+    close(liar);
+    close(other);
+    close(fd);
+}
+
+static void answers_who_waits_when_it_stops(world_t *world, gconstpointer data)
+{
+    (void)data;
+    const int before = world_connect(world);
+    world_register(world, before, "com.example.agent");
+    const int fd = world_connect_unseen(world);
+    mdm_msg_t request = world_policy(1, 1, 1);
+    world_post(fd, &request);
+    server_stop(world->server);
+    world_run(world);
+    mdm_msg_t *answer = world_receive(fd);
+    g_assert_nonnull(answer);
+    ipc_close(answer);
+    close(fd);
+    close(before);
+}
+
+/* The socket of a newcomer has no error, although his request was not served. */
+static void refuses_a_newcomer_who_has_asked(world_t *world, gconstpointer data)
+{
+    (void)data;
+    world->limits.clients = 1;
+    world_start(world);
+    const int first = world_connect(world);
+    const int fd = world_connect_unseen(world);
+    mdm_msg_t request = world_policy(1, 1, 1);
+    world_post(fd, &request);
+    world_run(world);
+    uint8_t bytes[256];
+    uint32_t length = 0;
+    g_assert_cmpint(packet_receive(fd, bytes, sizeof bytes, &length), ==, PACKET_DONE);
+    close(fd);
+    close(first);
+}
+
+static void accepts_again_after_a_while(world_t *world, gconstpointer data)
+{
+    (void)data;
+    close(world->listener.spare);
+    world->listener.spare = -1;
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    struct sockaddr_un address;
+    g_assert_true(packet_address(&address, world->socket));
+    const rlim_t old = set_descriptors(next_descriptor());
+    g_assert_cmpint(connect(fd, (const struct sockaddr *)&address, sizeof address), ==, 0);
+    world_run(world);
+    set_descriptors(old);
+    g_assert_cmpuint(server_count(world->server), ==, 0);
+    world_wait(world, CLOCK_SECOND - 1);
+    g_assert_cmpuint(server_count(world->server), ==, 0);
+    world_wait(world, 1);
+    world_register(world, fd, "com.example.agent");
+    g_assert_cmpint(world->listener.spare, >=, 0);
+    close(fd);
+}
+
+static gboolean note_time(gpointer data)
+{
+    *(bool *)data = true;
+    return G_SOURCE_REMOVE;
+}
+
+/* Runs the main loop for a while, as a program does. */
+static void run_for(guint milliseconds)
+{
+    bool is_over = false;
+    g_timeout_add(milliseconds, note_time, &is_over);
+    while (!is_over) {
+        g_main_context_iteration(NULL, TRUE);
+    }
+}
+
+/* By the clock of the machine, with a margin for a slow one. */
+static void looks_at_the_clock_by_itself(world_t *world, gconstpointer data)
+{
+    (void)data;
+    const int64_t time = world_time;
+    world_time = CLOCK_NEVER;
+    world->limits.first_timeout = 1;
+    world->limits.stop_timeout = 1;
+    world_start(world);
+    const int liar = world_connect(world);
+    const int silent = world_connect(world);
+    send_lie(world, liar);
+    ipc_close(world_receive(liar));
+    mdm_msg_t request = world_policy(1, 1, 1);
+    world_post(liar, &request);
+    run_for(500);
+    world_expect_refusal(liar, 1, PROTOCOL_NOT_REGISTERED, "this user has not registered a client");
+    world_register(world, liar, "com.example.agent");
+    run_for(1000);
+    world_expect_refusal(silent, 0, PROTOCOL_LIMIT, "1 of 1 seconds without a request");
+    g_assert_true(world_is_closed(silent));
+
+    fill_answers(world, liar, 10000);
+    server_stop(world->server);
+    run_for(1500);
+    g_assert_true(world->has_ended);
+    close(silent);
+    close(liar);
+    world_time = time;
+}
+
+/* A request whose head alone is answered, because no receiver reads the payload. */
+static void answers_with_the_size_of_what_nobody_reads(world_t *world, gconstpointer data)
+{
+    (void)data;
+    const int fd = world_connect(world);
+    world_register(world, fd, "com.example.agent");
+    mdm_msg_t request = {0};
+    g_assert_true(mdm_browser_set_data(&request, 1, "12345", 5));
+    mdm_msg_t *answer = world_ask(world, fd, &request);
+    g_assert_cmpuint(answer->type, ==, MDM_TYPE_BROWSER_2);
+    g_assert_cmpuint(answer->body.browser.param, ==, 5);
+    g_assert_cmpint(answer->body.browser.data_size, ==, 0);
+    ipc_close(answer);
+
+    request = (mdm_msg_t){0};
+    g_assert_true(mdm_enterprise_set_data(&request, 1, "123", 3));
+    answer = world_ask(world, fd, &request);
+    g_assert_cmpuint(answer->type, ==, MDM_TYPE_ENTERPRISE_2);
+    g_assert_cmpuint(answer->body.enterprise.param, ==, 3);
+    ipc_close(answer);
+
+    request = (mdm_msg_t){0};
+    mdm_app_set_head(&request, 77);
+    request.body.app.pkg = mdm_text("com.example.game");
+    answer = world_ask(world, fd, &request);
+    g_assert_cmpuint(answer->type, ==, MDM_TYPE_APP_RES);
+    g_assert_cmpint(answer->body.app_res.type, ==, 77);
+    g_assert_cmpstr(answer->body.app_res.pkg, ==, "com.example.game");
+    ipc_close(answer);
+
+    const mdm_roaming_data_t roaming = {.name = mdm_text("data")};
+    request = (mdm_msg_t){0};
+    g_assert_true(mdm_roaming_set_record(&request, 3, &roaming));
+    answer = world_ask(world, fd, &request);
+    g_assert_cmpuint(answer->type, ==, MDM_TYPE_ROAMING_RES);
+    g_assert_cmpuint(answer->body.roaming_res.type, ==, 3);
+    ipc_close(answer);
+    close(fd);
+}
+
+/* Raw bytes of phone_res 439 can be opened, but not sealed. The library's line about it would let
+ * a client fill the log. */
+static void refuses_quietly_what_cannot_be_sent_back(world_t *world, gconstpointer data)
+{
+    (void)data;
+    const int fd = world_connect(world);
+    world_register(world, fd, "com.example.agent");
+    const uint8_t bytes[56] = {[0] = 48, [4] = 35, [8] = 9, [40] = 0xB7, [41] = 1, [48] = 4};
+    world_send_bytes(world, fd, bytes, sizeof bytes);
+    mdm_msg_t *refusal = world_receive(fd);
+    g_assert_nonnull(refusal);
+    g_assert_cmpuint(mdm_admin_general(refusal)->value, ==, PROTOCOL_INVALID);
+    g_assert_nonnull(strstr(mdm_admin_general(refusal)->text, "phone_res.type"));
+    ipc_close(refusal);
+    expect_no_log(world, "Refused");
+    close(fd);
+}
+
+static void logs_each_user(world_t *world, gconstpointer data)
+{
+    (void)data;
+    if (!can_change_user()) {
+        return;
+    }
+    world->limits.clients = 1;
+    world_start(world);
+    const int fd = world_connect(world);
+    close(world_connect(world));
+    close(world_connect_as(world, OTHER_USER));
+    expect_log(world, "uid 0: 1 of 1 connections of all users used");
+    expect_log(world, "uid 12345: 1 of 1 connections of all users used");
+    close(fd);
+}
+
 #define ADD(name) g_test_add("/server/" #name, world_t, NULL, set_up, name, tear_down)
 #define ADD_STOPPED(name) \
     g_test_add("/server/" #name, world_t, NULL, set_up_stopped, name, tear_down)
@@ -757,5 +965,13 @@ int main(int argc, char **argv)
     ADD(stops_in_spite_of_who_does_not_read);
     ADD(answers_who_has_said_all);
     ADD(forgets_who_vanishes);
+    ADD(says_that_nothing_could_be_stored);
+    ADD(answers_who_waits_when_it_stops);
+    ADD_STOPPED(refuses_a_newcomer_who_has_asked);
+    ADD(accepts_again_after_a_while);
+    ADD_STOPPED(looks_at_the_clock_by_itself);
+    ADD(answers_with_the_size_of_what_nobody_reads);
+    ADD(refuses_quietly_what_cannot_be_sent_back);
+    ADD_STOPPED(logs_each_user);
     return g_test_run();
 }

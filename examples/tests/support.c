@@ -20,7 +20,7 @@ int64_t world_time = INT64_C(1) << 60;
 
 int64_t clock_now(void)
 {
-    return world_time;
+    return world_time != CLOCK_NEVER ? world_time : g_get_monotonic_time();
 }
 
 int32_t world_status;
@@ -158,13 +158,19 @@ char *world_log(const struct world *world)
     return g_file_get_contents(world->log, &text, NULL, NULL) ? text : g_strdup("");
 }
 
-int world_connect(struct world *world)
+int world_connect_unseen(const struct world *world)
 {
     struct sockaddr_un address;
     g_assert_true(packet_address(&address, world->socket));
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     g_assert_cmpint(fd, >=, 0);
     g_assert_cmpint(connect(fd, (const struct sockaddr *)&address, sizeof address), ==, 0);
+    return fd;
+}
+
+int world_connect(struct world *world)
+{
+    const int fd = world_connect_unseen(world);
     world_run(world);
     return fd;
 }
@@ -173,8 +179,9 @@ int world_connect_as(struct world *world, uid_t uid)
 {
     const uid_t own = geteuid();
     g_assert_cmpint(seteuid(uid), ==, 0);
-    const int fd = world_connect(world);
+    const int fd = world_connect_unseen(world);
     g_assert_cmpint(seteuid(own), ==, 0);
+    world_run(world);
     return fd;
 }
 

@@ -49,15 +49,17 @@ void world_run(struct world *world);
 /* Moves the clock, and does what is then due. */
 void world_wait(struct world *world, int64_t microseconds);
 
-/* The clock of the test, in microseconds. */
+/* The clock of the test, in microseconds. CLOCK_NEVER stands for the clock of the machine. */
 extern int64_t world_time;
 
 /* The lines of the log. The caller releases them with g_free(). */
 char *world_log(const struct world *world);
 
-/* Connects, as this user or as another one, and lets the server accept. Returns a socket. */
+/* Connects, as this user or as another one, and lets the server accept. Returns a socket. The
+ * server does not see the third one until the main loop runs. */
 int world_connect(struct world *world);
 int world_connect_as(struct world *world, uid_t uid);
+int world_connect_unseen(const struct world *world);
 
 /* Sends bytes in one packet, and lets the server serve them. */
 void world_send_bytes(struct world *world, int fd, const uint8_t *bytes, uint32_t length);
