@@ -40,7 +40,8 @@ log_manager;platform" >"$scratch/rules.conf"
 start_server() {
     # shellcheck disable=SC2086
     $emulator "$programs/mdm-server" --socket "$scratch/socket" --state "$scratch/policies.db" \
-        --rules "$scratch/rules.conf" --log-file "$scratch/log" --fault-delay 0 2>"$scratch/stderr" &
+        --rules "$scratch/rules.conf" --log-file "$scratch/log" --fault-delay 0 \
+        2>"$scratch/stderr" &
     server=$!
 }
 
