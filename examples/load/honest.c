@@ -334,7 +334,8 @@ struct honest *honest_new(struct load *load, int number)
     struct honest *honest = g_new0(struct honest, 1);
     honest->load = load;
     honest->number = number;
-    honest->package = g_strdup_printf("load.client.%d", number);
+    honest->package =
+        g_strdup_printf("load.client.%u.%d", load_uid(load, LOAD_HONEST, number), number);
     honest->packets = g_ptr_array_new_with_free_func(unref_bytes);
     honest->pause = FIRST_PAUSE;
     choose_policies(honest);

@@ -143,7 +143,8 @@ static void send_forbidden(struct hostile *hostile)
         bytes = corpus_request(any_policy(hostile), PROTOCOL_SET, 7, &length);
         hostile->expected = (struct expected){.number = 7, .reason = PROTOCOL_FORBIDDEN};
     } else {
-        char *package = g_strdup_printf("load.forbidden.%d", hostile->number);
+        char *package =
+            g_strdup_printf("load.forbidden.%d.%u", hostile->number, hostile->load->first_uid);
         mdm_msg_t request = {0};
         if (mdm_admin_set_general(&request, ADMIN_REGISTER, 0, package, NULL)) {
             bytes = ipc_seal(&request, &length, NULL);
@@ -154,7 +155,7 @@ static void send_forbidden(struct hostile *hostile)
     g_free(bytes);
 }
 
-/* Half of the stalled clients send nothing. The others send as much as the kernel takes, and read
+/* Half of the stalled clients send nothing. The others send as much as the server takes, and read
  * nothing. */
 static void stall(struct hostile *hostile)
 {
@@ -163,8 +164,12 @@ static void stall(struct hostile *hostile)
     }
     uint32_t length = 0;
     uint8_t *bytes = corpus_request(any_policy(hostile), PROTOCOL_SET, 1, &length);
-    while (connection_send(hostile->connection, bytes, length) == PACKET_DONE) {}
+    bool is_sent = true;
+    while (is_sent) {
+        is_sent = connection_send(hostile->connection, bytes, length) == PACKET_DONE;
+    }
     g_free(bytes);
+    act_later(hostile, PAUSE);
 }
 
 static void vanish(struct hostile *hostile)

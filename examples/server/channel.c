@@ -57,6 +57,11 @@ bool channel_count_fault(struct channel *channel, int64_t now, struct excess *ex
     return channel->faults < channel->limits->faults;
 }
 
+static int64_t charge_for(GBytes *answer)
+{
+    return (int64_t)g_bytes_get_size(answer) + CHANNEL_CHARGE;
+}
+
 void channel_queue(struct channel *channel, GQueue *answers, int64_t now)
 {
     if (channel->queued == 0) {
@@ -64,7 +69,7 @@ void channel_queue(struct channel *channel, GQueue *answers, int64_t now)
     }
     for (GBytes *answer = g_queue_pop_head(answers); answer != NULL;
          answer = g_queue_pop_head(answers)) {
-        channel->queued += (int64_t)g_bytes_get_size(answer);
+        channel->queued += charge_for(answer);
         g_queue_push_tail(&channel->answers, answer);
     }
 }
@@ -82,7 +87,7 @@ void channel_release(struct channel *channel)
 
 static void drop(struct channel *channel, GBytes *answer)
 {
-    channel->queued -= (int64_t)g_bytes_get_size(answer);
+    channel->queued -= charge_for(answer);
     g_bytes_unref(answer);
 }
 

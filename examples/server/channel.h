@@ -18,13 +18,18 @@
 #include "peer.h"
 #include "users.h"
 
+enum {
+    /* What an answer in the queue is charged besides its bytes. */
+    CHANNEL_CHARGE = 128,
+};
+
 struct channel {
     int fd;
     struct peer peer;
     const struct limits *limits;
     struct users *users;
     GQueue answers; /* of GBytes */
-    int64_t queued; /* their bytes */
+    int64_t queued; /* what they are charged */
     guint held;     /* how many of the last answers wait for a commit */
     uint32_t held_number;
     int faults;

@@ -1,6 +1,9 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 #include "exchange.h"
 
+#include <malloc.h>
+#include <string.h>
+
 #include "common/packet.h"
 #include "handlers.h"
 #include "log.h"
@@ -8,7 +11,7 @@
 enum {
     /* The memory that must be left beside that of a message. Without it a request is refused: GLib
      * ends a process that has no memory for something small. */
-    SPARE_MEMORY = 256 * 1024,
+    SPARE_MEMORY = 512 * 1024,
     /* What a message and its answers take at most, as a multiple of its length. mdm/guarded.h has
      * the bound of an opened message. */
     MEMORY_FOR_A_BYTE = 16,
@@ -75,9 +78,15 @@ bool exchange_refuse_limit(struct exchange *exchange, const struct excess *exces
     return false;
 }
 
+/* The library refuses without memory, whatever the message. */
 static bool refuse_fault(struct exchange *exchange, protocol_reason_t reason,
                          const ipc_fault_t *fault)
 {
+    if (strcmp(fault->path, "memory") == 0) {
+        const struct excess excess = {"bytes of memory free", 0, fault->needed};
+        exchange->lacks_memory = true;
+        return exchange_refuse_limit(exchange, &excess);
+    }
     char *text = ipc_fault_describe(fault);
     exchange_refuse(exchange, reason, text);
     g_free(text);
@@ -216,19 +225,26 @@ static bool serve_request(struct exchange *exchange, const uint8_t *bytes, uint3
                                           : serve_policy(exchange, handler, bytes, length);
 }
 
+/* Blocks that were released before are free, too, though they may be small. */
+static bool has_free_blocks(void)
+{
+    return mallinfo2().fordblks >= SPARE_MEMORY;
+}
+
 bool exchange_has_memory_for(uint32_t length, struct excess *excess)
 {
     const gsize needed = SPARE_MEMORY + (gsize)length * MEMORY_FOR_A_BYTE;
     void *memory = g_try_malloc(needed);
     g_free(memory);
     *excess = (struct excess){"bytes of memory free", 0, (int64_t)needed};
-    return memory != NULL;
+    return memory != NULL || has_free_blocks();
 }
 
 static bool open_and_serve(struct exchange *exchange, const uint8_t *bytes, uint32_t length)
 {
     struct excess excess;
     if (!exchange_has_memory_for(length, &excess)) {
+        exchange->lacks_memory = true;
         return exchange_refuse_limit(exchange, &excess);
     }
     ipc_fault_t fault;

@@ -31,6 +31,7 @@ struct exchange {
     GQueue answers;           /* the sealed messages, each a GBytes, in their order */
     protocol_reason_t reason; /* of the refusal; 0 if the request is not refused */
     struct excess excess;     /* if the reason is PROTOCOL_LIMIT */
+    bool lacks_memory;        /* whether that limit is memory */
 };
 
 /*

@@ -19,6 +19,7 @@ struct server {
     struct notices *notices;
     GHashTable *connections; /* a set */
     GQueue held;             /* the connections whose answers wait for the commit */
+    GQueue committed;        /* those whose answers may now be sent */
     GSource *accepting;      /* null while nobody is accepted */
     GSource *committing;     /* null if there is nothing to commit */
     GSource *alarm;
@@ -61,6 +62,7 @@ static void drop(struct connection *connection)
 {
     struct server *server = connection->server;
     g_queue_remove(&server->held, connection);
+    g_queue_remove(&server->committed, connection);
     g_hash_table_remove(server->connections, connection);
     channel_free(connection->channel);
     connection->channel = NULL;
@@ -121,10 +123,10 @@ static gboolean commit(gpointer data)
     struct server *server = data;
     g_clear_pointer(&server->committing, g_source_unref);
     const bool is_done = policies_commit(server->service->policies);
-    GQueue held = server->held; /* a server that stops reads on, for the next commit */
+    server->committed = server->held; /* a server that stops reads on, for the next commit */
     g_queue_init(&server->held);
-    for (struct connection *connection = g_queue_pop_head(&held); connection != NULL;
-         connection = g_queue_pop_head(&held)) {
+    for (struct connection *connection = g_queue_pop_head(&server->committed); connection != NULL;
+         connection = g_queue_pop_head(&server->committed)) {
         struct channel *channel = connection->channel;
         if (is_done) {
             channel_release(channel);
@@ -176,6 +178,29 @@ static void queue_answers(struct connection *connection, struct exchange *exchan
     commit_soon(server);
 }
 
+/* Makes room in memory: ends the connection whose answers take most, but not this one. */
+static void drop_greediest(struct server *server, const struct connection *except)
+{
+    struct connection *greediest = NULL;
+    GHashTableIter connections;
+    gpointer key = NULL;
+    g_hash_table_iter_init(&connections, server->connections);
+    while (g_hash_table_iter_next(&connections, &key, NULL)) {
+        struct connection *connection = key;
+        if (connection != except && connection->channel->queued > 0 &&
+            (greediest == NULL || connection->channel->queued > greediest->channel->queued)) {
+            greediest = connection;
+        }
+    }
+    if (greediest != NULL) {
+        const struct channel *channel = greediest->channel;
+        const struct excess excess = {"bytes queued while memory is short", channel->queued,
+                                      channel->limits->queued};
+        note(greediest, &excess);
+        drop(greediest);
+    }
+}
+
 static void serve_packet(struct connection *connection, uint32_t length)
 {
     const struct server *server = connection->server;
@@ -184,6 +209,9 @@ static void serve_packet(struct connection *connection, uint32_t length)
     queue_answers(connection, &exchange);
     if (exchange.reason == PROTOCOL_LIMIT) {
         note(connection, &exchange.excess);
+    }
+    if (exchange.lacks_memory) {
+        drop_greediest(connection->server, connection);
     }
     if (exchange.reason == PROTOCOL_MALFORMED) {
         count_fault(connection, exchange.number);
@@ -303,8 +331,10 @@ static void admit(struct server *server, int fd)
         return;
     }
     struct excess excess;
-    if (exchange_has_memory_for(0, &excess) &&
-        users_connect(server->users, peer.uid, clock_now(), &excess)) {
+    if (!exchange_has_memory_for(0, &excess)) {
+        turn_away(server, fd, &peer, &excess);
+        drop_greediest(server, NULL);
+    } else if (users_connect(server->users, peer.uid, clock_now(), &excess)) {
         add_connection(server, fd, &peer);
     } else {
         turn_away(server, fd, &peer, &excess);
@@ -318,7 +348,8 @@ static void turn_away_without_descriptor(struct server *server, int fd)
         close(fd);
         return;
     }
-    const struct excess excess = {"descriptors used", server_count(server), sysconf(_SC_OPEN_MAX)};
+    const int64_t limit = sysconf(_SC_OPEN_MAX);
+    const struct excess excess = {"descriptors used", limit, limit};
     turn_away(server, fd, &peer, &excess);
 }
 
@@ -487,7 +518,10 @@ void server_stop(struct server *server)
     }
     GList *connections = g_hash_table_get_keys(server->connections);
     for (const GList *cell = connections; cell != NULL; cell = cell->next) {
-        serve(cell->data, (GIOCondition)0);
+        /* Another one's packet may have ended it, without memory. */
+        if (g_hash_table_contains(server->connections, cell->data)) {
+            serve(cell->data, (GIOCondition)0);
+        }
     }
     g_list_free(connections);
 }
