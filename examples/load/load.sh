@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Sends loads to the server and lets things fail meanwhile.
 # usage: load.sh BUILD_DIR CORPUS_DIR REPORT_DIR CASE...
-# cases: many, quick, sanitized, beside: loads, with a report for each in REPORT_DIR/CASE
+# cases: many, quick, tiny, sanitized, beside: loads, with a report for each in REPORT_DIR/CASE
 #        kill, disk, memory, descriptors, freeze, path: faults
 set -euo pipefail
 
@@ -110,6 +110,10 @@ run_load() {
 load_many() { run_load many --clients 1000 --requests 1000000 "${others_beside[@]}"; }
 
 load_quick() { run_load quick --clients 1000 --requests 100000 "${others_beside[@]}" --hostile 2; }
+
+load_tiny() {
+    run_load tiny --clients 50 --requests 5000 --request-timeout 30 "${others_beside[@]}" --hostile 2
+}
 
 load_sanitized() {
     run_load sanitized --clients 200 --requests 100000 --request-timeout 60 "${others_beside[@]}"
@@ -242,7 +246,7 @@ fault_path() {
 
 for case; do
     case $case in
-    many | quick | sanitized | beside) "load_$case" ;;
+    many | quick | tiny | sanitized | beside) "load_$case" ;;
     kill | disk | memory | descriptors | freeze | path) "fault_$case" ;;
     *) fail "no such case: $case" ;;
     esac
