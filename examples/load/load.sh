@@ -107,21 +107,21 @@ run_load() {
     stop_server
 }
 
-load_many() { run_load many --clients 1000 --requests 1000000 "${others_beside[@]}"; }
+load_many() { run_load many --time-limit 600 --request-timeout 30 --clients 1000 --requests 1000000 "${others_beside[@]}"; }
 
-load_quick() { run_load quick --clients 1000 --requests 100000 "${others_beside[@]}" --hostile 2; }
+load_quick() { run_load quick --request-timeout 30 --clients 1000 --requests 100000 "${others_beside[@]}" --hostile 2; }
 
 load_tiny() {
     run_load tiny --clients 50 --requests 5000 --request-timeout 30 "${others_beside[@]}" --hostile 2
 }
 
 load_sanitized() {
-    run_load sanitized --clients 200 --requests 100000 --request-timeout 60 "${others_beside[@]}"
+    run_load sanitized --time-limit 600 --clients 200 --requests 100000 --request-timeout 60 "${others_beside[@]}"
 }
 
 # The slices end by the clock, not by the number of requests.
 load_beside() {
-    run_load beside --clients 50 --think 2 --requests 1000000000 --hostile 1 \
+    run_load beside --time-limit 600 --clients 50 --think 2 --requests 1000000000 --hostile 1 \
         --hostile-clients 100 --stalled-clients 100 --phases "${PHASES:-10}"
 }
 

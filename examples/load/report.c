@@ -210,9 +210,11 @@ static bool write_file(const char *directory, const char *name, const char *text
 static char *make_curve(const GArray *latencies)
 {
     GString *curve = g_string_new(NULL);
-    for (double rest = 1; rest * latencies->len >= 1; rest /= 1.05) {
+    double rest = 1; /* of the requests take longer */
+    while (rest * latencies->len >= 1) {
         g_string_append_printf(curve, "%.3f\t%.3f\n", 1 / rest,
                                milliseconds_at(latencies, 1 - rest));
+        rest /= 1.05;
     }
     return g_string_free(curve, FALSE);
 }

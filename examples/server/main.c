@@ -133,7 +133,7 @@ static bool options_parse(struct options *options, int argc, char **argv, GError
 
 static bool options_check(struct options *options, GError **error)
 {
-    if (options->log_level < (int)MDM_LOG_DEBUG || options->log_level > (int)MDM_LOG_NONE) {
+    if (options->log_level < MDM_LOG_DEBUG || options->log_level > MDM_LOG_NONE) {
         g_set_error(error, G_OPTION_ERROR, G_OPTION_ERROR_BAD_VALUE,
                     "--log-level=%d is not between %d and %d", options->log_level, MDM_LOG_DEBUG,
                     MDM_LOG_NONE);
