@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Sends loads to the server and lets things fail meanwhile.
 # usage: load.sh BUILD_DIR CORPUS_DIR REPORT_DIR CASE...
-# cases: many, quick, tiny, sanitized, beside: loads, with a report for each in REPORT_DIR/CASE
+# cases: many, speed, quick, tiny, sanitized, beside: loads, with a report for each in REPORT_DIR/CASE
 #        kill, disk, memory, descriptors, freeze, path: faults
 set -euo pipefail
 
@@ -107,16 +107,31 @@ run_load() {
     stop_server
 }
 
-load_many() { run_load many --time-limit 600 --request-timeout 30 --clients 1000 --requests 1000000 "${others_beside[@]}"; }
+# The honest clients pause, so that they are at work as long as the hostile ones are.
+load_many() {
+    run_load many --time-limit 600 --request-timeout 30 --clients 1000 --requests 1000000 \
+        --think 90 "${others_beside[@]}"
+}
 
-load_quick() { run_load quick --request-timeout 30 --clients 1000 --requests 100000 "${others_beside[@]}" --hostile 2; }
+# As fast as the server can.
+load_speed() {
+    run_load speed --time-limit 600 --request-timeout 30 --clients 1000 --requests 1000000 \
+        "${others_beside[@]}" --hostile 2
+}
+
+load_quick() {
+    run_load quick --request-timeout 30 --clients 1000 --requests 100000 "${others_beside[@]}" \
+        --hostile 2
+}
 
 load_tiny() {
-    run_load tiny --clients 50 --requests 5000 --request-timeout 30 "${others_beside[@]}" --hostile 2
+    run_load tiny --request-timeout 30 --clients 50 --requests 5000 "${others_beside[@]}" \
+        --hostile 2
 }
 
 load_sanitized() {
-    run_load sanitized --time-limit 600 --clients 200 --requests 100000 --request-timeout 60 "${others_beside[@]}"
+    run_load sanitized --time-limit 600 --request-timeout 60 --clients 200 --requests 100000 \
+        "${others_beside[@]}"
 }
 
 # The slices end by the clock, not by the number of requests.
@@ -246,7 +261,7 @@ fault_path() {
 
 for case; do
     case $case in
-    many | quick | tiny | sanitized | beside) "load_$case" ;;
+    many | speed | quick | tiny | sanitized | beside) "load_$case" ;;
     kill | disk | memory | descriptors | freeze | path) "fault_$case" ;;
     *) fail "no such case: $case" ;;
     esac

@@ -41,7 +41,7 @@ rate(time, count) = (result = (count - last_count) / (time - last_time), last_ti
 plot "many/memory.tsv" using 1:(rate($1, $4)) every ::1 with lines linewidth 2 notitle'
 fi
 
-for run in many sanitized-asan sanitized-tsan; do
+for run in many speed sanitized-asan sanitized-tsan; do
     [ -d "$run" ] || continue
     printf '\n### %s\n\n' "$run"
     printf '| figure | measured |\n|---|---|\n'
