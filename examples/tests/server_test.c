@@ -12,6 +12,7 @@
 #include <mdm/log.h>
 
 #include "common/packet.h"
+#include "server/channel.h"
 #include "server/clock.h"
 #include "tests/disk.h"
 
@@ -551,6 +552,35 @@ static void does_not_read_from_who_does_not_read(world_t *world, gconstpointer d
     close(fd);
 }
 
+/* Whether a channel with an answer of that size in its queue reads on. */
+static bool reads_with(world_t *world, int64_t charge)
+{
+    const struct peer peer = {.uid = OTHER_USER};
+    struct users *users = users_new(&world->limits);
+    struct excess excess;
+    g_assert_true(users_connect(users, peer.uid, world_time, &excess));
+    struct channel *channel =
+        channel_new(open("/dev/null", O_RDONLY | O_CLOEXEC), &peer, &world->limits, users, 0);
+    GQueue answers = G_QUEUE_INIT;
+    const gsize size = (gsize)(charge - CHANNEL_CHARGE);
+    g_queue_push_tail(&answers, g_bytes_new_take(g_malloc(size), size));
+    channel_queue(channel, &answers, 0);
+    const bool reads = channel_wants_packet(channel, 0);
+    channel_free(channel);
+    g_assert_cmpint(users_connections(users), ==, 0);
+    users_free(users);
+    return reads;
+}
+
+static void reads_until_the_queue_is_full(world_t *world, gconstpointer data)
+{
+    (void)data;
+    world->limits.queued = 1000;
+    g_assert_true(reads_with(world, 999));
+    g_assert_false(reads_with(world, 1000));
+    g_assert_false(reads_with(world, 1001));
+}
+
 static void drops_who_does_not_read(world_t *world, gconstpointer data)
 {
     (void)data;
@@ -957,6 +987,7 @@ int main(int argc, char **argv)
     ADD(drops_who_does_not_ask);
     ADD(drops_who_asks_no_more);
     ADD_STOPPED(does_not_read_from_who_does_not_read);
+    ADD_STOPPED(reads_until_the_queue_is_full);
     ADD(drops_who_does_not_read);
     ADD_STOPPED(logs_once_a_minute);
     ADD(turns_away_without_a_descriptor);
