@@ -492,10 +492,20 @@ struct server *server_new(const struct service *service, struct listener *listen
 }
 
 /* Clients that wait at systemd's socket are the next server's. Those at an own socket have no
- * other. */
+ * other. There may be no end of them. */
+static void accept_last_clients(struct server *server)
+{
+    int left = server->service->limits->clients;
+    while (left > 0 && server->accepting != NULL && accept_one(server)) {
+        --left;
+    }
+}
+
 static void stop_accepting(struct server *server)
 {
-    while (server->accepting != NULL && server->listener->path != NULL && accept_one(server)) {}
+    if (server->listener->path != NULL) {
+        accept_last_clients(server);
+    }
     if (server->accepting != NULL) {
         g_source_destroy(server->accepting);
         g_clear_pointer(&server->accepting, g_source_unref);
