@@ -34,9 +34,8 @@ static bool do_register(mdm_client_t *client, const struct options *options, con
                         GError **error)
 {
     mdm_msg_t request = {0};
-    if (!mdm_admin_set_general(&request, ADMIN_REGISTER, 0, word, NULL)) {
-        return false;
-    }
+    const bool is_filled = mdm_admin_set_general(&request, ADMIN_REGISTER, 0, word, NULL);
+    g_assert_true(is_filled);
     MDM_AUTO_CLOSE mdm_msg_t *answer = mdm_client_call(client, &request, options->timeout, error);
     const mdm_admin_info_t *admin = answer != NULL ? mdm_admin_general(answer) : NULL;
     if (admin != NULL) {

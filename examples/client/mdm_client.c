@@ -107,7 +107,6 @@ static bool connect_until(mdm_client_t *client, int64_t deadline, GError **error
 {
     struct sockaddr_un address;
     if (!packet_address(&address, client->path)) {
-        errno = ENAMETOOLONG;
         fail(error, MDM_CLIENT_ERROR_CONNECT, "the path is too long for a socket");
         return false;
     }
@@ -146,33 +145,6 @@ static void trace(const mdm_client_t *client, bool is_sent, const uint8_t *bytes
     }
 }
 
-/* The connection may have ended since the last call, for example with the server. Nothing of the
- * request has then been sent, so a new connection may send it. */
-static bool send_until(mdm_client_t *client, const uint8_t *bytes, uint32_t length,
-                       int64_t deadline, GError **error)
-{
-    while (connect_until(client, deadline, error)) {
-        switch (packet_send(client->fd, bytes, length)) {
-        case PACKET_DONE:
-            trace(client, true, bytes, length);
-            return true;
-        case PACKET_LATER:
-            if (!wait_for(client, POLLOUT, deadline)) {
-                fail(error, MDM_CLIENT_ERROR_CONNECT, "the server takes no request");
-                return false;
-            }
-            break;
-        case PACKET_TOO_LONG:
-            fail(error, MDM_CLIENT_ERROR_INVALID, "the request is too long for a packet");
-            return false;
-        case PACKET_CLOSED:
-            disconnect(client);
-            break;
-        }
-    }
-    return false;
-}
-
 static mdm_msg_t *fail_refused(GError **error, const mdm_msg_t *refusal)
 {
     char *text = text_escaped(mdm_admin_general(refusal)->text);
@@ -187,8 +159,9 @@ static bool is_refusal(const mdm_msg_t *msg)
     return admin != NULL && admin->type == ADMIN_REFUSED;
 }
 
-/* Whether a message is the answer to the request. A refusal without a number ends the connection,
- * so it answers every request. Others may be the answers of calls that have timed out. */
+/* Whether a message is the answer to the request. A refusal without a number may answer any
+ * request: a newcomer is refused, or the packet was too short. Other messages may be the answers of
+ * calls that have timed out. */
 static bool is_answer(mdm_client_t *client, const mdm_msg_t *msg, uint32_t number)
 {
     if (msg->hdr_word1 == 0 && is_refusal(msg)) {
@@ -213,6 +186,61 @@ static packet_result_t receive(mdm_client_t *client, uint32_t *length)
     return result == PACKET_CLOSED && errno == ECONNRESET
                ? packet_receive(client->fd, client->buffer, BUFFER_SIZE, length)
                : result;
+}
+
+/* A server that turns a client away says why before it closes the new connection. */
+static bool is_turned_away(mdm_client_t *client, GError **error)
+{
+    uint32_t length = 0;
+    if (receive(client, &length) != PACKET_DONE) {
+        return false;
+    }
+    MDM_AUTO_CLOSE mdm_msg_t *msg = ipc_open(client->buffer, length, NULL);
+    if (msg == NULL || !is_refusal(msg)) {
+        return false;
+    }
+    trace(client, false, client->buffer, length);
+    fail_refused(error, msg);
+    return true;
+}
+
+/* The connection may have ended since the last call, for example with the server. Nothing of the
+ * request has then been sent, so a new connection may send it. A new one that ends at once is
+ * followed by a pause. */
+static bool send_until(mdm_client_t *client, const uint8_t *bytes, uint32_t length,
+                       int64_t deadline, GError **error)
+{
+    bool is_new = client->fd < 0;
+    while (connect_until(client, deadline, error)) {
+        switch (packet_send(client->fd, bytes, length)) {
+        case PACKET_DONE:
+            trace(client, true, bytes, length);
+            return true;
+        case PACKET_LATER:
+            if (!wait_for(client, POLLOUT, deadline)) {
+                fail(error, MDM_CLIENT_ERROR_CONNECT, "the server takes no request");
+                return false;
+            }
+            break;
+        case PACKET_TOO_LONG:
+            fail(error, MDM_CLIENT_ERROR_INVALID, "the request is too long for a packet");
+            return false;
+        case PACKET_CLOSED:
+            if (is_new && is_turned_away(client, error)) {
+                disconnect(client);
+                return false;
+            }
+            disconnect(client);
+            if (is_new && milliseconds() + FIRST_PAUSE >= deadline) {
+                fail(error, MDM_CLIENT_ERROR_CONNECT, "the server closes each connection");
+                return false;
+            }
+            g_usleep(is_new ? FIRST_PAUSE * 1000UL : 0);
+            is_new = true;
+            break;
+        }
+    }
+    return false;
 }
 
 /* The next message. Null with `error` set if there is none. */

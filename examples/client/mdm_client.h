@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
- * A client of the server: a piece to copy into a program. It needs common/packet.c, GLib and the
- * library.
+ * A client of the server: a piece to copy into a program. It needs common/packet.c, common/text.c,
+ * common/protocol.h, GLib and the library.
  *
  *     mdm_client_t *client = mdm_client_new("/run/mdm/socket");
  *     mdm_msg_t request = {0};
@@ -14,7 +14,8 @@
  *
  * It uses the guarded path only: a server that lies, or somebody in its place, can do no harm.
  *
- * Thread safety: one thread at a time may use a client. Different threads may use different clients.
+ * Thread safety: one thread at a time may use a client. Different threads may use different
+ * clients.
  */
 #ifndef MDM_CLIENT_H
 #define MDM_CLIENT_H
@@ -32,7 +33,7 @@ typedef enum mdm_client_error {
     MDM_CLIENT_ERROR_REFUSED,
     /* Nothing was sent: the request is no message that can travel. */
     MDM_CLIENT_ERROR_INVALID,
-    /* Nothing was sent: there was no connection in time. */
+    /* Nothing was sent: in time there was no connection, or no room in its socket. */
     MDM_CLIENT_ERROR_CONNECT,
     /* The request was sent, but no answer came in time. The server may carry it out. */
     MDM_CLIENT_ERROR_TIMEOUT,

@@ -19,8 +19,6 @@ static packet_result_t result_of(int error)
     switch (error) {
     case EAGAIN:
     case EINTR:
-    case ENOBUFS:
-    case ENOMEM:
         return PACKET_LATER;
     case EMSGSIZE:
         return PACKET_TOO_LONG;

@@ -25,14 +25,18 @@
  *              MDM_RESULT_FAILED in a refusal.
  *
  * The body of an answer is the policy that is now in force. Each user has policies of his own, one
- * for each category and discriminator. Three categories answer otherwise: app with app_res, roaming
- * with roaming_res, and browser and enterprise, whose payload no receiver reads, with its size in
- * `param`.
+ * for each category and discriminator. Four categories answer otherwise. roaming answers with
+ * roaming_res. browser and enterprise, whose payload no receiver reads, answer with its size in
+ * `param`. app answers with app_res: for a list of packages the value of each item is the length of
+ * its name.
+ *
+ * A network of wifi needs a name, and phone_res.ext the text of a limit.
  *
  * The body of a refusal is the general form of admin. Its `type` is ADMIN_REFUSED, its `value` is
  * the reason, and its `text` is a sentence for a person.
  *
- * A callback has a message type of its own. It comes before the answer, with the same number.
+ * A callback has a message type of its own. It comes before the answer, with the same number and
+ * the text "done": for a list of packages of app, with how many there are, and for a book of misc.
  */
 #ifndef PROTOCOL_H
 #define PROTOCOL_H

@@ -7,8 +7,8 @@
 
 /*
  * Returns the text with backslashes escaped, and every byte that is no printable ASCII character: a
- * terminal would act on control characters. A null text becomes an empty one. The caller releases the result with
- * g_free().
+ * terminal would act on control characters. A null text becomes an empty one. The caller releases
+ * the result with g_free().
  */
 char *text_escaped(const char *text);
 

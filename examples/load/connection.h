@@ -11,7 +11,7 @@
 
 struct connection;
 
-/* What its owner hears of it. After `closed` the connection is gone. */
+/* What its owner hears of it. When it is `closed`, the owner has to call connection_close(). */
 struct connection_owner {
     void (*received)(void *owner, const uint8_t *bytes, uint32_t length);
     void (*closed)(void *owner);

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Sends loads to the server and lets things fail meanwhile.
 # usage: load.sh BUILD_DIR CORPUS_DIR REPORT_DIR CASE...
-# cases: many, speed, quick, tiny, sanitized, beside: loads, with a report for each in REPORT_DIR/CASE
-#        kill, disk, memory, descriptors, freeze, path: faults
+# cases: many, speed, quick, tiny, sanitized, beside: loads, with a report in REPORT_DIR/CASE
+#        kill, disk, memory, descriptors, freeze, stop, path: faults
 set -euo pipefail
 
 # Statuses, the users of the clients and a small disk need a mount namespace of their own, and root.
@@ -72,7 +72,8 @@ begin() {
     limits=("${@:2}")
 }
 
-# The clients of each load are users who were not there before.
+# The clients of each load are users who were not there before. The rule above is for the
+# forbidden ones of the first load.
 start_load() {
     first_uid=$((first_uid + 1000000))
     "$programs/mdm-load" --socket "$scratch/socket" --corpus "$corpus" --first-uid "$first_uid" \
@@ -237,9 +238,22 @@ fault_freeze() {
     stop_server
 }
 
+# Clients who go on asking do not keep the server from stopping.
+fault_stop() {
+    begin stop --max-clients 200 --stop-timeout 2
+    start_server
+    start_load --clients 30 --requests 100000000 --stalled-clients 20 --survive
+    sleep 0.5
+    kill -TERM "$server"
+    timeout 5 tail --pid="$server" -f /dev/null || fail "the server does not stop"
+    wait "$server" || fail "the server ended with status $?"
+    kill -KILL "${others[-1]}"
+}
+
 expect_no_start() {
     local said
-    said=$("$programs/mdm-server" --rules "$scratch/rules" "${@:2}" 2>&1) && fail "it started"
+    said=$(timeout 5 "$programs/mdm-server" --rules "$scratch/rules" "${@:2}" 2>&1) &&
+        fail "it started"
     [[ $said == *"$1"* ]] || fail "it said: $said"
 }
 
@@ -262,7 +276,7 @@ fault_path() {
 for case; do
     case $case in
     many | speed | quick | tiny | sanitized | beside) "load_$case" ;;
-    kill | disk | memory | descriptors | freeze | path) "fault_$case" ;;
+    kill | disk | memory | descriptors | freeze | stop | path) "fault_$case" ;;
     *) fail "no such case: $case" ;;
     esac
 done

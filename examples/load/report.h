@@ -46,7 +46,8 @@ void report_sample(struct report *report);
 /* Prints the table. */
 void report_print(const struct report *report);
 
-/* Writes summary.tsv, latency.tsv and memory.tsv. Returns false with `error` set on failure. */
+/* Writes summary.tsv, calm.tsv, hostile.tsv and memory.tsv. Returns false with `error` set on
+ * failure. */
 bool report_write(struct report *report, const char *directory, GError **error);
 
 /* Whether every honest client has got every answer. */

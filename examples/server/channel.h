@@ -3,7 +3,7 @@
  * A connection: its socket, the queue of its answers, and its limits. It owns the socket, and gives
  * its charge back when it ends.
  *
- * Answers of a request that has changed the state are held back until the change is committed.
+ * Answers that come after a change of the state are held back until the change is committed.
  */
 #ifndef CHANNEL_H
 #define CHANNEL_H

@@ -12,9 +12,9 @@ enum {
     /* The memory that must be left beside that of a message. Without it a request is refused: GLib
      * ends a process that has no memory for something small. */
     SPARE_MEMORY = 512 * 1024,
-    /* What a message and its answers take at most, as a multiple of its length. mdm/guarded.h has
-     * the bound of an opened message. */
-    MEMORY_FOR_A_BYTE = 16,
+    /* What a message and its answers take at most, as a multiple of its length. A list of short
+     * names takes most. */
+    MEMORY_FOR_A_BYTE = 32,
 };
 
 static void unref_bytes(gpointer bytes)
@@ -226,9 +226,9 @@ static bool serve_request(struct exchange *exchange, const uint8_t *bytes, uint3
 }
 
 /* Blocks that were released before are free, too, though they may be small. */
-static bool has_free_blocks(void)
+static bool has_free_blocks(gsize needed)
 {
-    return mallinfo2().fordblks >= SPARE_MEMORY;
+    return mallinfo2().fordblks >= needed;
 }
 
 bool exchange_has_memory_for(uint32_t length, struct excess *excess)
@@ -237,7 +237,7 @@ bool exchange_has_memory_for(uint32_t length, struct excess *excess)
     void *memory = g_try_malloc(needed);
     g_free(memory);
     *excess = (struct excess){"bytes of memory free", 0, (int64_t)needed};
-    return memory != NULL || has_free_blocks();
+    return memory != NULL || has_free_blocks(needed);
 }
 
 static bool open_and_serve(struct exchange *exchange, const uint8_t *bytes, uint32_t length)

@@ -29,20 +29,27 @@ static bool refuse_stored(struct exchange *exchange)
     return exchange_refuse(exchange, PROTOCOL_NOT_STORED, "the clients cannot be stored now");
 }
 
-/* A failure is in the log when the number changes, and no more often. */
+/* Whether the status differs from what the database has, as far as this process knows. */
+static bool is_status_due = true;
+
+/* Of many failures in a row only the first is logged. */
 static void write_status(uint32_t clients)
 {
-    static uint32_t written = UINT32_MAX;
-    if (clients != written) {
-        written = clients;
-        mdm_write_noti(PROTOCOL_STATUS_CLIENTS, (int32_t)clients);
+    static bool has_failed = false;
+    const mdm_log_level_t level = log_pause();
+    const int32_t result = mdm_write_noti(PROTOCOL_STATUS_CLIENTS, (int32_t)clients);
+    log_resume(level);
+    if (result != MDM_RESULT_SUCCESS && !has_failed) {
+        log_warn("the status %s cannot be written", PROTOCOL_STATUS_CLIENTS);
     }
+    has_failed = result != MDM_RESULT_SUCCESS;
 }
 
 void handlers_publish_status(struct policies *policies)
 {
     uint32_t clients = 0;
-    if (policies_count(policies, &clients) == POLICIES_DONE) {
+    if (is_status_due && policies_count(policies, &clients) == POLICIES_DONE) {
+        is_status_due = false;
         write_status(clients);
     }
 }
@@ -53,7 +60,7 @@ static bool answer_registration(struct exchange *exchange, const mdm_admin_info_
     if (policies_count(exchange->service->policies, &clients) != POLICIES_DONE) {
         return refuse_stored(exchange);
     }
-    write_status(clients);
+    is_status_due = true;
     mdm_msg_t answer = answer_to(exchange);
     return mdm_admin_set_general(&answer, ADMIN_REGISTER, clients, asked->pkg, asked->text) &&
            exchange_answer(exchange, &answer);
@@ -197,7 +204,8 @@ static bool is_limit(const char *text)
 {
     int32_t type = 0;
     int32_t limit[MDM_PHONE_RES_LIMIT_VALUES] = {0};
-    const mdm_log_level_t level = log_pause(); /* the text would be logged */
+    const mdm_log_level_t level = mdm_log_get_level();
+    mdm_log_set_level(MDM_LOG_NONE); /* the text would be logged */
     const int32_t result = mdm_phone_res_limit_deserialize(text, &type, limit);
     log_resume(level);
     return result == MDM_RESULT_SUCCESS;

@@ -21,7 +21,8 @@ handler_t *handlers_find(mdm_category_t category);
 /* Answers a request of admin, which registers a client or asks about one. */
 bool handlers_serve_admin(struct exchange *exchange);
 
-/* Writes the number of registered clients to their status, if it has changed. */
+/* Writes the number of registered clients to their status, if somebody has registered since. Every
+ * user may read it, so this comes after the commit. */
 void handlers_publish_status(struct policies *policies);
 
 #endif

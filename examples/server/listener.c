@@ -48,12 +48,32 @@ static bool adopt(struct listener *listener, int count, GError **error)
     return g_unix_set_fd_nonblocking(listener->fd, TRUE, error);
 }
 
-/* Makes the directory of the socket, and nothing above it. */
+static bool give_to_group(const char *path, const char *name, GError **error)
+{
+    if (name == NULL) {
+        return true;
+    }
+    /* NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread */
+    const struct group *group = getgrnam(name);
+    if (group == NULL) {
+        return fail(error, name, "no such group");
+    }
+    return lchown(path, (uid_t)-1, group->gr_gid) == 0 || fail_errno(error, path);
+}
+
+/* Makes the directory of the socket, and nothing above it. One that is there stays as it is. */
 static bool make_directory(const struct listener_options *options, GError **error)
 {
     char *directory = g_path_get_dirname(options->path);
-    const bool is_there = g_mkdir(directory, options->directory_mode) == 0 || errno == EEXIST;
-    const bool is_done = is_there || fail_errno(error, directory);
+    bool is_done = false;
+    if (g_mkdir(directory, options->directory_mode) == 0) {
+        /* The mask of the process does not count. */
+        is_done =
+            (chmod(directory, options->directory_mode) == 0 || fail_errno(error, directory)) &&
+            give_to_group(directory, options->group, error);
+    } else {
+        is_done = errno == EEXIST || fail_errno(error, directory);
+    }
     g_free(directory);
     return is_done;
 }
@@ -75,27 +95,31 @@ static bool take_lock(struct listener *listener, const char *path, GError **erro
     return is_taken;
 }
 
-/* Only a socket may be in the way. */
+/* Nobody listens at a socket that a crash has left. */
+static bool is_stale(const char *path)
+{
+    struct sockaddr_un address;
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const bool is_refused = fd >= 0 && packet_address(&address, path) &&
+                            connect(fd, (const struct sockaddr *)&address, sizeof address) != 0 &&
+                            errno == ECONNREFUSED;
+    if (fd >= 0) {
+        close(fd);
+    }
+    return is_refused;
+}
+
+/* Only a stale socket may be in the way. */
 static bool is_free_or_stale(const char *path, GError **error)
 {
     struct stat status;
     if (lstat(path, &status) != 0) {
         return errno == ENOENT || fail_errno(error, path);
     }
-    return S_ISSOCK(status.st_mode) || fail(error, path, "is there, and is no socket");
-}
-
-static bool give_to_group(const char *path, const char *name, GError **error)
-{
-    if (name == NULL) {
-        return true;
+    if (!S_ISSOCK(status.st_mode)) {
+        return fail(error, path, "is there, and is no socket");
     }
-    /* NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread */
-    const struct group *group = getgrnam(name);
-    if (group == NULL) {
-        return fail(error, name, "no such group");
-    }
-    return lchown(path, (uid_t)-1, group->gr_gid) == 0 || fail_errno(error, path);
+    return is_stale(path) || fail(error, path, "another program serves it");
 }
 
 /* The socket gets its name once it listens and has its mode: a client that sees the name may
@@ -180,7 +204,7 @@ static void close_if_open(int *fd)
     }
 }
 
-/* The number of a file may be that of an older one. */
+/* Inode numbers are used again, so the time counts, too. */
 static bool is_own(const struct listener *listener, const struct stat *status)
 {
     return status->st_ino == listener->inode && status->st_mtim.tv_sec == listener->made.tv_sec &&
@@ -225,12 +249,11 @@ listener_result_t listener_accept(struct listener *listener, int *fd)
         }
     }
     switch (errno) {
-    case EMFILE:
-    case ENFILE:
-    case ENOBUFS:
-    case ENOMEM:
-        return LISTENER_EXHAUSTED;
-    default:
+    case EAGAIN:
+    case EINTR:
+    case ECONNABORTED:
         return LISTENER_NOBODY;
+    default:
+        return LISTENER_EXHAUSTED;
     }
 }

@@ -1,10 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 #include "notices.h"
 
-#include "clock.h"
 #include "log.h"
-
-enum { MINUTE = 60 };
 
 /* The last time that a user reached a limit. */
 struct notice {
@@ -64,7 +61,7 @@ void notices_add(struct notices *notices, const struct peer *peer, const struct 
                  int64_t now)
 {
     struct notice *notice = g_new0(struct notice, 1);
-    *notice = (struct notice){*peer, *excess, 0, now + MINUTE * CLOCK_SECOND};
+    *notice = (struct notice){*peer, *excess, 0, now + NOTICES_PERIOD};
     const struct notice *known = g_hash_table_lookup(notices->notices, notice);
     if (known == NULL) {
         log_notice(notice);
@@ -88,7 +85,7 @@ static gboolean tell_if_due(gpointer key, gpointer value, gpointer data)
     }
     log_notice(notice);
     notice->held_back = 0;
-    notice->due = now + MINUTE * CLOCK_SECOND;
+    notice->due = now + NOTICES_PERIOD;
     return FALSE;
 }
 

@@ -10,8 +10,11 @@
 
 #include <stdint.h>
 
+#include "clock.h"
 #include "limits.h"
 #include "peer.h"
+
+#define NOTICES_PERIOD (60 * CLOCK_SECOND)
 
 struct notices;
 
@@ -25,7 +28,7 @@ void notices_add(struct notices *notices, const struct peer *peer, const struct 
 /* Logs what the minutes that have passed held back. */
 void notices_tick(struct notices *notices, int64_t now);
 
-/* When the next line is due; CLOCK_NEVER if none is held back. */
+/* When something is next due: a line, or the end of a minute. CLOCK_NEVER if nothing is. */
 int64_t notices_due(const struct notices *notices);
 
 #endif

@@ -69,6 +69,7 @@ struct policies {
     sqlite3_stmt *statements[QUERIES];
     bool is_changing;
     bool has_failed; /* since the last commit */
+    bool has_logged; /* that it failed, since the last commit that succeeded */
 };
 
 static int run_text(struct policies *policies, const char *text)
@@ -176,9 +177,13 @@ static sqlite3_stmt *ready(struct policies *policies, query_t query)
     return statement;
 }
 
+/* A full disk fails each transaction. Only the first one is logged. */
 static policies_result_t fail(struct policies *policies)
 {
-    log_error("the database failed: %s", sqlite3_errmsg(policies->database));
+    if (!policies->has_logged) {
+        policies->has_logged = true;
+        log_error("the database failed: %s", sqlite3_errmsg(policies->database));
+    }
     return POLICIES_FAILED;
 }
 
@@ -229,6 +234,7 @@ bool policies_commit(struct policies *policies)
     const bool is_done = run(policies, ready(policies, COMMIT)) == POLICIES_DONE;
     policies->has_failed = false;
     policies->is_changing = false;
+    policies->has_logged = policies->has_logged && !is_done;
     /* Some failures have rolled back already. */
     if (!is_done && sqlite3_get_autocommit(policies->database) == 0) {
         run(policies, ready(policies, ROLLBACK));

@@ -7,6 +7,7 @@
 
 #include "channel.h"
 #include "clock.h"
+#include "handlers.h"
 #include "log.h"
 #include "notices.h"
 
@@ -98,9 +99,15 @@ static void flush(struct connection *connection)
     }
 }
 
+static void note_peer(struct server *server, const struct peer *peer, const struct excess *excess)
+{
+    notices_add(server->notices, peer, excess, clock_now());
+    alarm_at(server, clock_now() + NOTICES_PERIOD);
+}
+
 static void note(struct connection *connection, const struct excess *excess)
 {
-    notices_add(connection->server->notices, &connection->channel->peer, excess, clock_now());
+    note_peer(connection->server, &connection->channel->peer, excess);
 }
 
 /* Queues a refusal that names a limit. */
@@ -123,6 +130,9 @@ static gboolean commit(gpointer data)
     struct server *server = data;
     g_clear_pointer(&server->committing, g_source_unref);
     const bool is_done = policies_commit(server->service->policies);
+    if (is_done) {
+        handlers_publish_status(server->service->policies);
+    }
     server->committed = server->held; /* a server that stops reads on, for the next commit */
     g_queue_init(&server->held);
     for (struct connection *connection = g_queue_pop_head(&server->committed); connection != NULL;
@@ -145,7 +155,10 @@ static void commit_soon(struct server *server)
 {
     if (server->committing == NULL) {
         server->committing = g_idle_source_new();
-        g_source_set_priority(server->committing, G_PRIORITY_HIGH);
+        /* A server that stops reads on after each commit. Its deadline must not wait for that. */
+        if (!is_stopping(server)) {
+            g_source_set_priority(server->committing, G_PRIORITY_HIGH);
+        }
         g_source_set_callback(server->committing, commit, server, NULL);
         g_source_attach(server->committing, NULL);
     }
@@ -320,7 +333,7 @@ static void turn_away(struct server *server, int fd, const struct peer *peer,
     packet_receive(fd, server->buffer, (uint32_t)server->service->limits->message, &length);
     close(fd);
     g_free(text);
-    notices_add(server->notices, peer, excess, clock_now());
+    note_peer(server, peer, excess);
 }
 
 static void admit(struct server *server, int fd)
@@ -492,7 +505,7 @@ struct server *server_new(const struct service *service, struct listener *listen
 }
 
 /* Clients that wait at systemd's socket are the next server's. Those at an own socket have no
- * other. There may be no end of them. */
+ * other. More may keep coming, so their number is bounded. */
 static void accept_last_clients(struct server *server)
 {
     int left = server->service->limits->clients;

@@ -20,8 +20,8 @@ struct server;
 struct server *server_new(const struct service *service, struct listener *listener,
                           GSourceFunc ended, gpointer data);
 
-/* Stops: accepts nobody, serves the packets that are there, sends their answers, and ends. Takes at
- * most the time of the option. Closes the listener. */
+/* Stops: accepts those who already wait at an own socket, serves the packets that are there, sends
+ * their answers, and ends. Takes at most the time of the option. Closes the listener. */
 void server_stop(struct server *server);
 
 /* Does what is due by the clock. The server calls it by itself. */

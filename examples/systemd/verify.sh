@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Lets systemd's own programs check the files of this directory, in a directory that stands for the
 # root of a machine. Exits with 77 if they are not there.
-# usage: verify.sh DIR_WITH_UNITS PATH_OF_SERVER [PATH_OF_CLIENT]
+# usage: verify.sh DIR_WITH_UNITS PATH_OF_SERVER
 set -euo pipefail
 
 skip() {

@@ -341,6 +341,32 @@ static void believes_no_server(stage_t *stage, gconstpointer data)
     end(stage);
 }
 
+static void turn_away_at_once(int listener)
+{
+    const int fd = accept_client(listener);
+    refuse(fd, 0, "2 of 2 connections used");
+    close(fd);
+    const int again = accept_client(listener);
+    close(again);
+}
+
+/* The client's connection has ended before it could ask. */
+static void says_why_it_could_not_ask(stage_t *stage, gconstpointer data)
+{
+    (void)data;
+    start(stage, turn_away_at_once);
+    g_usleep(SHORT_IN_MICROSECONDS);
+    const uint32_t answered = call(stage, LONG);
+    g_assert_cmpuint(answered, ==, 0);
+    expect_error(stage, MDM_CLIENT_ERROR_REFUSED, "2 of 2 connections used");
+    struct sockaddr_un address;
+    g_assert_true(packet_address(&address, stage->socket));
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    g_assert_cmpint(connect(fd, (const struct sockaddr *)&address, sizeof address), ==, 0);
+    end(stage);
+    close(fd);
+}
+
 static void needs_a_request_that_can_travel(stage_t *stage, gconstpointer data)
 {
     (void)data;
@@ -371,6 +397,7 @@ int main(int argc, char **argv)
     ADD(shows_callbacks);
     ADD(says_why_it_is_refused);
     ADD(says_why_it_is_turned_away);
+    ADD(says_why_it_could_not_ask);
     ADD(does_not_wait_forever);
     ADD(sends_no_request_twice);
     ADD(connects_again);

@@ -89,7 +89,7 @@ static void expect_service(const place_t *place)
 static void has_the_modes_of_the_options(place_t *place, gconstpointer data)
 {
     (void)data;
-    const mode_t old = umask(0);
+    const mode_t old = umask(077);
     open_listener(place);
     umask(old);
     char *run = g_path_get_dirname(place->options.path);
@@ -155,6 +155,22 @@ static void leaves_the_socket_of_another_server(place_t *place, gconstpointer da
     const int other = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     g_assert_cmpint(bind(other, (const struct sockaddr *)&address, sizeof address), ==, 0);
     listener_close(&place->listener);
+    g_assert_true(g_file_test(place->options.path, G_FILE_TEST_EXISTS));
+    close(other);
+}
+
+static void leaves_a_socket_that_somebody_serves(place_t *place, gconstpointer data)
+{
+    (void)data;
+    char *run = g_path_get_dirname(place->options.path);
+    g_assert_cmpint(g_mkdir(run, 0755), ==, 0);
+    g_free(run);
+    struct sockaddr_un address;
+    g_assert_true(packet_address(&address, place->options.path));
+    const int other = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    g_assert_cmpint(bind(other, (const struct sockaddr *)&address, sizeof address), ==, 0);
+    g_assert_cmpint(listen(other, 8), ==, 0);
+    expect_failure(&place->options, "another program serves it");
     g_assert_true(g_file_test(place->options.path, G_FILE_TEST_EXISTS));
     close(other);
 }
@@ -264,6 +280,7 @@ int main(int argc, char **argv)
     ADD(is_there_once);
     ADD(takes_over_a_stale_socket);
     ADD(leaves_the_socket_of_another_server);
+    ADD(leaves_a_socket_that_somebody_serves);
     ADD(leaves_what_is_no_socket);
     ADD(needs_a_short_path);
     ADD(adopts_the_socket_of_systemd);

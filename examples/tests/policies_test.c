@@ -92,6 +92,7 @@ static void keeps_what_is_committed(files_t *files, gconstpointer data)
     g_assert_true(policies_commit(policies));
     g_assert_false(policies_have_changed(policies));
     g_assert_cmpint(set(policies, 1, "two"), ==, POLICIES_DONE);
+    g_assert_cmpint(set(policies, 2, "two"), ==, POLICIES_DONE);
     policies_close(policies);
 
     policies = open_policies(files);
@@ -306,8 +307,9 @@ static void is_never_half_if_killed_in_a_write(files_t *files, gconstpointer dat
     kill_at_every_write(files, DISK_KILLS_HALFWAY);
 }
 
-/* The disk is full from some write on. When there is room again, changes are taken again. */
-static void fill_disk_at(const files_t *files, unsigned writes)
+/* The disk is full from some write on. When there is room again, changes are taken again. Returns
+ * how many rounds were committed before. */
+static int fill_disk_at(const files_t *files, unsigned writes)
 {
     struct policies *policies = open_policies(files);
     g_assert_true(change(policies, 1));
@@ -325,16 +327,19 @@ static void fill_disk_at(const files_t *files, unsigned writes)
     g_assert_true(change(policies, ROUNDS));
     policies_close(policies);
     g_assert_cmpint(rounds_in(files), ==, ROUNDS);
+    return committed;
 }
 
 static void takes_back_what_a_full_disk_refuses(files_t *files, gconstpointer data)
 {
     (void)data;
     mdm_log_set_enabled(0);
-    enum { MORE_THAN_ALL = 40 };
-    for (unsigned writes = 1; writes < MORE_THAN_ALL; ++writes) {
-        fill_disk_at(files, writes);
+    unsigned writes = 1;
+    g_assert_cmpint(fill_disk_at(files, writes), ==, 1);
+    while (fill_disk_at(files, ++writes) < ROUNDS) {
+        g_assert_cmpuint(writes, <, 1000);
     }
+    g_assert_cmpuint(writes, >, ROUNDS);
     mdm_log_set_enabled(1);
 }
 

@@ -154,7 +154,6 @@ static void refuses_with_the_number_of_the_request(world_t *world, gconstpointer
     world_send(world, fd, &request);
     world_expect_refusal(fd, 10, PROTOCOL_NOT_SERVED, "no type of a request");
 
-    request = (mdm_msg_t){.type = 79, .hdr_word1 = 11};
     uint8_t bare[40] = {[0] = 32, [4] = 79, [8] = 11};
     world_send_bytes(world, fd, bare, sizeof bare);
     world_expect_refusal(fd, 11, PROTOCOL_NOT_SERVED, "no type of a request");
@@ -179,6 +178,7 @@ static void refuses_with_the_number_of_the_request(world_t *world, gconstpointer
     const mdm_phone_res_ext_t ext = {.detail = &detail};
     request = (mdm_msg_t){.hdr_word1 = 15};
     g_assert_true(mdm_phone_res_set_ext(&request, &ext));
+    mdm_log_set_level(MDM_LOG_DEBUG);
     world_send(world, fd, &request);
     world_expect_refusal(fd, 15, PROTOCOL_INVALID, "no limit of data or calls");
     expect_no_log(world, "secret");
@@ -768,6 +768,7 @@ static void says_that_nothing_could_be_stored(world_t *world, gconstpointer data
     world_post(fd, &request);
     request = world_policy(6, 2, 10);
     world_post(other, &request);
+    request = (mdm_msg_t){0};
     const uint8_t lie = 0;
     g_assert_cmpint(packet_send(liar, &lie, 1), ==, PACKET_DONE);
     world_run(world);
@@ -776,6 +777,11 @@ static void says_that_nothing_could_be_stored(world_t *world, gconstpointer data
     world_expect_refusal(liar, 0, PROTOCOL_MALFORMED,
                          "header.length at offset 0 needs 4 bytes, 1 is left");
     expect_log(world, "the database failed: database or disk is full");
+
+    g_assert_true(mdm_admin_set_general(&request, ADMIN_REGISTER, 0, "com.example.more", NULL));
+    world_send(world, fd, &request);
+    ipc_close(world_receive(fd));
+    g_assert_cmpint(world_status, ==, 1); /* the other name was taken back */
 
     disk_restore();
     ask_for_policy(world, fd, 1, PROTOCOL_UNSET, 0);

@@ -69,17 +69,17 @@ examples-cmake)
     cmake --build "$work/build"
     ctest --test-dir "$work/build" --output-on-failure --no-tests=error --exclude-regex systemd
     # The commands of docs/server.md install what systemd needs.
-    cmake -D CMAKE_INSTALL_PREFIX=/usr -D CMAKE_INSTALL_SYSCONFDIR=/etc "$work/build"
+    cmake -D CMAKE_INSTALL_PREFIX=/usr "$work/build"
     cmake --build "$work/build"
     DESTDIR="$work/root" cmake --install "$work/build"
     (cd "$work/root" && find . -type f | LC_ALL=C sort | diff - /dev/fd/3) 3<<END
-./etc/mdm/rules.conf
 ./usr/bin/mdm-client
 ./usr/bin/mdm-server
 ./usr/lib/systemd/system/mdm-server.service
 ./usr/lib/systemd/system/mdm-server.socket
 ./usr/lib/sysusers.d/mdm.conf
 ./usr/lib/tmpfiles.d/mdm.conf
+./usr/share/doc/mdm-server/rules.conf
 END
     grep -x ExecStart=/usr/bin/mdm-server "$work/root/usr/lib/systemd/system/mdm-server.service"
     ;;
