@@ -177,15 +177,9 @@ static bool is_answer(mdm_client_t *client, const mdm_msg_t *msg, uint32_t numbe
     return !is_callback;
 }
 
-/* A server that closes the connection while a request is on its way makes the first call fail,
- * although its last message is still there. */
 static packet_result_t receive(mdm_client_t *client, uint32_t *length)
 {
-    errno = 0;
-    const packet_result_t result = packet_receive(client->fd, client->buffer, BUFFER_SIZE, length);
-    return result == PACKET_CLOSED && errno == ECONNRESET
-               ? packet_receive(client->fd, client->buffer, BUFFER_SIZE, length)
-               : result;
+    return packet_receive(client->fd, client->buffer, BUFFER_SIZE, length);
 }
 
 /* A server that turns a client away says why before it closes the new connection. */

@@ -40,7 +40,11 @@ packet_result_t packet_receive(int fd, uint8_t *buffer, uint32_t size, uint32_t 
     struct iovec part = {.iov_base = buffer, .iov_len = size};
     struct msghdr message = {.msg_iov = &part, .msg_iovlen = 1};
     /* With MSG_TRUNC the result is the packet's length, even if the buffer is smaller. */
-    const ssize_t received = recvmsg(fd, &message, MSG_DONTWAIT | MSG_TRUNC);
+    ssize_t received = recvmsg(fd, &message, MSG_DONTWAIT | MSG_TRUNC);
+    if (received < 0 && errno == ECONNRESET) {
+        /* The peer has closed its socket without reading all. What it has sent is still there. */
+        received = recvmsg(fd, &message, MSG_DONTWAIT | MSG_TRUNC);
+    }
     if (received < 0) {
         return result_of(errno);
     }

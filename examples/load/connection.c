@@ -1,7 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 #include "load/connection.h"
 
-#include <errno.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -32,18 +31,6 @@ static bool connect_as(int fd, const char *path, uid_t uid)
     return is_connected;
 }
 
-static packet_result_t receive(const struct connection *connection, uint8_t *buffer,
-                               uint32_t *length)
-{
-    errno = 0;
-    const packet_result_t result = packet_receive(connection->fd, buffer, BUFFER_SIZE, length);
-    /* The server has closed the socket while a request was on its way. What it said is still
-     * there. */
-    return result == PACKET_CLOSED && errno == ECONNRESET
-               ? packet_receive(connection->fd, buffer, BUFFER_SIZE, length)
-               : result;
-}
-
 static gboolean dispatch(GSource *source, GSourceFunc callback, gpointer data)
 {
     (void)callback;
@@ -51,7 +38,7 @@ static gboolean dispatch(GSource *source, GSourceFunc callback, gpointer data)
     static uint8_t buffer[BUFFER_SIZE];
     struct connection *connection = (struct connection *)(void *)source;
     uint32_t length = 0;
-    switch (receive(connection, buffer, &length)) {
+    switch (packet_receive(connection->fd, buffer, BUFFER_SIZE, &length)) {
     case PACKET_DONE:
         connection->functions->received(connection->owner, buffer, length);
         break;

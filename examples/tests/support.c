@@ -210,11 +210,9 @@ mdm_msg_t *world_receive(int fd)
 {
     static uint8_t buffer[1 << 18];
     uint32_t length = 0;
-    packet_result_t result = packet_receive(fd, buffer, sizeof buffer, &length);
-    if (result == PACKET_CLOSED && errno == ECONNRESET) {
-        result = packet_receive(fd, buffer, sizeof buffer, &length);
-    }
-    return result == PACKET_DONE ? ipc_open(buffer, length, NULL) : NULL;
+    return packet_receive(fd, buffer, sizeof buffer, &length) == PACKET_DONE
+               ? ipc_open(buffer, length, NULL)
+               : NULL;
 }
 
 mdm_msg_t *world_ask(struct world *world, int fd, mdm_msg_t *request)
