@@ -6,24 +6,24 @@
 #ifndef MDM_API_H
 #define MDM_API_H
 
-#ifdef __cplusplus
+#ifndef __cplusplus
 /** Begins the declarations of C functions. */
-#define MDM_BEGIN_DECLS extern "C" {
-/** Ends the declarations that #MDM_BEGIN_DECLS began. */
-#define MDM_END_DECLS }
-#else
 #define MDM_BEGIN_DECLS
+/** Ends the declarations that #MDM_BEGIN_DECLS began. */
 #define MDM_END_DECLS
+#else
+#define MDM_BEGIN_DECLS extern "C" {
+#define MDM_END_DECLS }
 #endif
 
-#ifdef __cplusplus
+#ifndef __cplusplus
 /** Begins the definition of a function in a header. */
-#define MDM_INLINE inline
-/** Converts a value, or a pointer to void. */
-#define MDM_CAST(type, value) static_cast<type>(value)
-#else
 #define MDM_INLINE static inline
+/** Converts a value, or a pointer to void. */
 #define MDM_CAST(type, value) ((type)(value))
+#else
+#define MDM_INLINE inline
+#define MDM_CAST(type, value) static_cast<type>(value)
 #endif
 
 /** Marks a symbol that the shared library exports. */

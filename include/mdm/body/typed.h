@@ -72,21 +72,13 @@
 #include "mdm/api.h"
 #include "mdm/types.h"
 
-#ifdef __cplusplus
-extern "C++" {
+#ifndef __cplusplus
 /**
- * Removes `const` from data that is only sent. This is the one place that does it. In C++ the
- * result has the type of the data; in C it is `void *`.
+ * Removes `const` from data that is only sent. This is the one place that does it. In C++ it is a
+ * template, and the result has the type of the data.
  * @param data  the data, or null.
  * @return The same pointer. The library never writes through it while it sends.
  */
-template <class T>
-inline T *mdm_unconst(const T *data)
-{
-    return const_cast<T *>(data);
-}
-}
-#else
 MDM_INLINE void *mdm_unconst(const void *data)
 {
     const union {
@@ -94,6 +86,14 @@ MDM_INLINE void *mdm_unconst(const void *data)
         void *plain;
     } pointer = {data};
     return pointer.plain;
+}
+#else
+extern "C++" {
+template <class T>
+inline T *mdm_unconst(const T *data)
+{
+    return const_cast<T *>(data);
+}
 }
 #endif
 
