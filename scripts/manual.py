@@ -66,7 +66,7 @@ COLUMN_GAP = 3
 def escape(text):
     """Plain text: nothing in it is markup."""
     text = text.replace("\\", "\\e")
-    text = re.sub(r"\bQ-[A-Z_]+-\d+", lambda name: "\\%" + name[0].replace("-", "\\-"), text)
+    text = re.sub(r"\bQ-[A-Z_]+-\d+", lambda name: name[0].replace("-", "\\-"), text)
     return "".join(c if c.isascii() else f"\\[u{ord(c):04X}]" for c in text)
 
 
@@ -134,6 +134,8 @@ def filled(runs):
             line = ""
             continue
         text = escape("".join(text for text, _ in word))
+        if "\\-" in text:
+            text = "\\%" + text  # an id stays on a line
         if line and len(line) + 1 + len(text) > 78:
             lines.append(line)
             line = ""
@@ -701,6 +703,11 @@ class HeaderPage(Page):
         for inner in self.header.findall("innerclass"):
             if inner.get("prot") == "public":
                 self.cpp_class(self.sources.compounds[inner.get("refid")])
+        constants = [m for m in members if m.get("kind") == "variable" and any(documentation(m))]
+        if constants:
+            self.heading("CONSTANTS")
+            tags = [f"Li {argument(escape(flat(c.find('definition'))))}" for c in constants]
+            self.documented(list(zip(tags, constants)))
 
     def cpp_member(self, member):
         self.add(*display(prototype(member)))
@@ -730,7 +737,8 @@ def plain_name(name):
 def prototype(member):
     """A declaration in C++, with a line for each parameter if it is long."""
     parameters = member.findall("templateparamlist/param")
-    template = ", ".join(flat(p.find("type")) for p in parameters if p.find("defval") is None)
+    types = [flat(parameter.find("type")) for parameter in parameters]
+    template = ", ".join(text for text in types if " " in text)
     begin = f"template <{template}>\n" if template else ""
     begin += declared(type_of(member), member.findtext("name")).strip()
     if member.get("kind") != "function":

@@ -11,16 +11,26 @@
  * @code{.c}
  * #include <glib.h>
  * #include <mdm/crypto.h>
+ * #include <stdio.h>
  *
- * const char *key_iv = ...;          // 32 characters; stays the caller's
- * uint8_t plain[16] = "0123456789";  // 10 bytes of text, zero-filled to a whole block
- * uint8_t *cipher, *again;
- * uint32_t cipher_len, again_len;
- * mdm_aes_encrypt(plain, 10, key_iv, &cipher, &cipher_len);
- * mdm_aes_decrypt(cipher, cipher_len, key_iv, &again, &again_len);
- * printf("%s, %u bytes\n", (const char *)again, again_len);  // 0123456789, 16 bytes
- * g_free(cipher);
- * g_free(again);
+ * int main(void)
+ * {
+ *     // 32 characters, here those of an example; they stay the caller's
+ *     const char *key_iv = "0123456789abcdef0123456789abcdef";
+ *     // 10 bytes of text, zero-filled to a whole block
+ *     uint8_t plain[16] = "0123456789";
+ *     uint8_t *cipher = NULL;
+ *     uint8_t *again = NULL;
+ *     uint32_t cipher_len = 0;
+ *     uint32_t again_len = 0;
+ *     mdm_aes_encrypt(plain, 10, key_iv, &cipher, &cipher_len);
+ *     mdm_aes_decrypt(cipher, cipher_len, key_iv, &again, &again_len);
+ *     printf("%s, %u bytes\n", (const char *)again, again_len);
+ *     g_free(cipher);
+ *     g_free(again);
+ *     return 0;
+ * }
+ * // prints: 0123456789, 16 bytes
  * @endcode
  *
  * `key_iv` is a string of 32 characters, taken as raw bytes. Characters 1 to 16 are the key,

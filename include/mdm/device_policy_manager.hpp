@@ -24,11 +24,26 @@
  * code is in this header.
  *
  * @code{.cpp}
- * DevicePolicyManager::DeviceInventoryCallHistoryEvent event;
- * mdm::set(event.str5, "+431234567");
- * const DevicePolicyManager::DeviceInventoryCallHistoryEvent copy = event;
- * mdm::value_or(copy.str5, "unknown"); // "+431234567"
- * mdm::equal(copy, event);             // true
+ * #include <iostream>
+ *
+ * #include <mdm/device_policy_manager.hpp>
+ *
+ * int main()
+ * {
+ *     using Event = DevicePolicyManager::DeviceInventoryCallHistoryEvent;
+ *     Event event;
+ *     mdm::set(event.str5, "+431234567");
+ *     const Event copy = event;
+ *     mdm::unset(event.str5);
+ *     std::cout << mdm::value_or(copy.str5, "unknown") << '\n'
+ *               << mdm::value_or(event.str5, "unknown") << '\n'
+ *               << (mdm::equal(copy, event) ? "equal" : "not equal")
+ *               << '\n';
+ *     return 0;
+ * }
+ * // prints: +431234567
+ * // prints: unknown
+ * // prints: not equal
  * @endcode
  *
  * Thread safety: an object is a plain value. While one thread changes an object, no other thread

@@ -10,16 +10,41 @@
  * may use one path, and its receiver the other.
  *
  * @code{.c}
- * ipc_fault_t fault;
- * mdm_msg_t *msg = ipc_open(bytes, length, &fault);
- * if (msg != NULL) {
- *     handle(msg);  // copies what it wants to keep
- *     ipc_close(msg);
- * } else {
- *     gchar *reason = ipc_fault_describe(&fault);
- *     fprintf(stderr, "refused: %s\n", reason);
- *     g_free(reason);
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * static void show(const uint8_t *bytes, uint32_t length)
+ * {
+ *     ipc_fault_t fault;
+ *     mdm_msg_t *msg = ipc_open(bytes, length, &fault);
+ *     if (msg != NULL) {
+ *         printf("%s\n", mdm_res_data(msg, NULL));
+ *         ipc_close(msg);
+ *     } else {
+ *         gchar *reason = ipc_fault_describe(&fault);
+ *         printf("refused: %s\n", reason);
+ *         g_free(reason);
+ *     }
  * }
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_res_set_data(&sent, 100, "ok", 2)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *     show(bytes, length);
+ *     show(bytes, length - 1);
+ *     g_free(bytes);
+ *     return 0;
+ * }
+ * // prints: ok
+ * // prints: refused: header.length announces a message of 54 bytes, 53 are there
  * @endcode
  *
  * The header of each body, below mdm/body/, has functions that fill a message and read it, and

@@ -8,18 +8,48 @@
  * too. It needs C++17. With C++20 the lists are views of `<ranges>`.
  *
  * @code{.cpp}
- * void show_accounts(const std::vector<std::uint8_t> &packet)
+ * #include <cstdint>
+ * #include <iostream>
+ * #include <vector>
+ *
+ * #include <mdm/guarded.hpp>
+ *
+ * static void show_accounts(const std::vector<std::uint8_t> &packet)
  * {
  *     const auto opened = mdm::open(packet);
  *     if (!opened) {
- *         std::cerr << "refused: " << mdm::describe(opened.error()).c_str() << '\n';
+ *         const auto reason = mdm::describe(opened.error());
+ *         std::cout << "refused: " << reason.c_str() << '\n';
  *         return;
  *     }
  *     const GList *accounts = mdm_email_accounts(opened->get());
- *     for (const auto &account : mdm::list<mdm_email_account_t>(accounts)) {
- *         std::cout << account.num0 << ' ' << mdm::text(account.str9) << '\n';
+ *     for (const auto &account :
+ *          mdm::list<mdm_email_account_t>(accounts)) {
+ *         std::cout << account.num0 << ' ' << mdm::text(account.str9)
+ *                   << '\n';
  *     }
  * }
+ *
+ * int main()
+ * {
+ *     mdm_email_account_t account{};
+ *     account.num0 = 1;
+ *     account.str9 = mdm_text("Work");
+ *     g_autoptr(GList) accounts = g_list_append(nullptr, &account);
+ *     mdm_msg_t msg{};
+ *     if (!mdm_email_set_accounts(&msg, accounts)) {
+ *         return 1;
+ *     }
+ *     const auto sealed = mdm::seal(msg);
+ *     if (!sealed) {
+ *         return 1;
+ *     }
+ *     show_accounts({sealed->begin(), sealed->end()});
+ *     show_accounts({});
+ *     return 0;
+ * }
+ * // prints: 1 Work
+ * // prints: refused: header.length at offset 0 needs 4 bytes, 0 are left
  * @endcode
  *
  * Ownership: a mdm::Message, a mdm::SealedBytes and a mdm::Description release what they own when

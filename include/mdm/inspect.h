@@ -9,13 +9,39 @@
  * it asks for.
  *
  * @code{.c}
+ * #include <mdm/inspect.h>
+ * #include <stdio.h>
+ *
  * static bool print(const ipc_part_t *part, void *user_data)
  * {
- *     printf("%u: %s, %u bytes\n", part->offset, part->path, part->size);
+ *     if (g_str_has_prefix(part->path, (const char *)user_data)) {
+ *         printf("%u: %s, %u bytes\n", part->offset, part->path,
+ *                part->size);
+ *     }
  *     return true;
  * }
  *
- * ipc_inspect(bytes, length, print, NULL, NULL);
+ * int main(void)
+ * {
+ *     mdm_msg_t msg = {0};
+ *     if (!mdm_res_set_data(&msg, 100, "ok", 2)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_seal(&msg, &length, NULL);
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *     char category[] = "res.";
+ *     const int32_t result =
+ *         ipc_inspect(bytes, length, print, category, NULL);
+ *     g_free(bytes);
+ *     return result == MDM_RESULT_SUCCESS ? 0 : 1;
+ * }
+ * // prints: 40: res.type, 4 bytes
+ * // prints: 44: res.param, 4 bytes
+ * // prints: 48: res.data_size, 4 bytes
+ * // prints: 52: res.data, 2 bytes
  * @endcode
  *
  * A path has two names or more: the category, then the field, with the record that it belongs to

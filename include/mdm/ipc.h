@@ -11,11 +11,32 @@
  * Pass untrusted bytes to ipc_open() of mdm/guarded.h, never to ipc_deserialize().
  *
  * @code{.c}
- * mdm_msg_t received = {0};
- * if (ipc_deserialize(&received, bytes, length) == MDM_RESULT_SUCCESS) {
- *     handle(&received);
- *     ipc_free(&received);
+ * #include <mdm/ipc.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t sent = {0};
+ *     if (!mdm_res_set_data(&sent, 100, "ok", 2)) {
+ *         return 1;
+ *     }
+ *     uint32_t length = 0;
+ *     uint8_t *bytes = ipc_serialize(&sent, &length);
+ *     if (bytes == NULL) {
+ *         return 1;
+ *     }
+ *
+ *     mdm_msg_t received = {0};
+ *     if (ipc_deserialize(&received, bytes, length) ==
+ *         MDM_RESULT_SUCCESS) {
+ *         printf("%u bytes carry: %s\n", length,
+ *                mdm_res_data(&received, NULL));
+ *         ipc_free(&received);
+ *     }
+ *     g_free(bytes);
+ *     return 0;
  * }
+ * // prints: 54 bytes carry: ok
  * @endcode
  *
  * Thread safety: the codec keeps no state. Any number of threads may work on different messages at

@@ -10,14 +10,21 @@
  * @code{.c}
  * #include <mdm/log.h>
  *
- * mdm_log_set_level(MDM_LOG_WARN);
- * mdm_log_set_path("/var/log/server.log");
- * __mdm_log_print(MDM_LOG_CRITICAL, "SERVER", "cannot open %s: %m", name);
+ * int main(void)
+ * {
+ *     mdm_log_set_level(MDM_LOG_WARN);
+ *     mdm_log_set_path("/dev/stdout");  // as a rule a file
+ *     __mdm_log_print(MDM_LOG_INFO, "SERVER", "started");
+ *     __mdm_log_print(MDM_LOG_CRITICAL, "SERVER", "cannot open %s",
+ *                     "rules");
+ *     return 0;
+ * }
+ * // prints: 3 SERVER cannot open rules
  * @endcode
  *
- * Texts of a message: the functions of mdm/ipc.h repeat some of them in lines of the levels 0 and
- * 1. mdm/ipc.h says which texts. mdm_log_set_level(#MDM_LOG_WARN) silences these lines. The
- * functions of mdm/util_policy.h log texts, too, some of them at level 3.
+ * Texts of a message: the functions of mdm/ipc.h repeat some of them in lines of level 0 and level 1.
+ * mdm/ipc.h says which texts. mdm_log_set_level(#MDM_LOG_WARN) silences these lines. The functions
+ * of mdm/util_policy.h log texts, too, some of them at level 3.
  *
  * Thread safety: any thread may call any of these functions at any time. A line never goes to a
  * path that is being replaced. Lines of different threads never interleave inside the file. The

@@ -12,6 +12,29 @@
  * have two message types. The codec treats both alike; server and clients agree on their use, for
  * example one for requests and one for replies. The message types that ::mdm_body_t does not list
  * have no category.
+ *
+ * @code{.c}
+ * #include <mdm/message.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     mdm_msg_t msg = {0};
+ *     msg.hdr_text = mdm_text("org.example.agent");
+ *     if (!mdm_kiosk_set_text(&msg, MDM_KIOSK_TEXT_612,
+ *                             "org.example.mail")) {
+ *         return 1;
+ *     }
+ *     switch (mdm_form_of(&msg)) {
+ *     case MDM_FORM_KIOSK_TEXT:
+ *         printf("%s: %s\n", msg.hdr_text, mdm_kiosk_text(&msg));
+ *         return 0;
+ *     default:
+ *         return 1;
+ *     }
+ * }
+ * // prints: org.example.agent: org.example.mail
+ * @endcode
  */
 #ifndef MDM_MESSAGE_H
 #define MDM_MESSAGE_H

@@ -13,13 +13,21 @@
  *
  * @code{.c}
  * #include <mdm/noti.h>
+ * #include <mdm/result.h>
+ * #include <stdio.h>
  *
- * mdm_write_noti("battery-level", 80);
+ * int main(void)
+ * {
+ *     mdm_write_noti("battery-level", 80);
  *
- * int32_t level = 0;
- * if (mdm_read_noti("battery-level", &level) == MDM_RESULT_SUCCESS) {
+ *     int32_t level = 0;
+ *     if (mdm_read_noti("battery-level", &level) != MDM_RESULT_SUCCESS) {
+ *         return 1;
+ *     }
  *     printf("%d percent\n", level);
+ *     return 0;
  * }
+ * // prints: 80 percent
  * @endcode
  *
  * Thread safety: any thread may call these functions. One lock makes all calls of a process run one

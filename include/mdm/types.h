@@ -22,8 +22,23 @@
  * functions `mdm_wifi_form()` and so on say which form a discriminator selects; mdm_form_of() of
  * mdm/message.h says which form a message has.
  *
- * The categories are in the order of their message types. Thread safety: the functions keep no
- * state.
+ * The categories are in the order of their message types.
+ *
+ * Thread safety: the functions keep no state.
+ *
+ * @code{.c}
+ * #include <mdm/types.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     const mdm_category_t category = mdm_category_of(MDM_TYPE_WIFI);
+ *     const mdm_form_t form = mdm_wifi_form(MDM_WIFI_PAIR_305);
+ *     printf("%s, %s\n", mdm_category_name(category), mdm_form_name(form));
+ *     return 0;
+ * }
+ * // prints: wifi, wifi.pair
+ * @endcode
  */
 #ifndef MDM_TYPES_H
 #define MDM_TYPES_H

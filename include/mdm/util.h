@@ -8,6 +8,30 @@
  * list must not change while it is measured.
  *
  * Ids such as Q-UTIL-1 stand in docs/quirks.md.
+ *
+ * @code{.c}
+ * #include <mdm/util.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     char mail[] = "org.example.mail";
+ *     char camera[] = "org_example_camera";
+ *     GList *names = g_list_append(g_list_append(NULL, mail), camera);
+ *     for (const GList *cell = names; cell != NULL; cell = cell->next) {
+ *         const char *name = (const char *)cell->data;
+ *         const char *verdict =
+ *             mdm_is_valid_package_name(name) == 1 ? "valid" : "not valid";
+ *         printf("%s: %s\n", name, verdict);
+ *     }
+ *     printf("%d bytes\n", mdm_get_list_data_size(names));
+ *     g_list_free(names);
+ *     return 0;
+ * }
+ * // prints: org.example.mail: valid
+ * // prints: org_example_camera: not valid
+ * // prints: 38 bytes
+ * @endcode
  */
 #ifndef MDM_UTIL_H
 #define MDM_UTIL_H

@@ -10,15 +10,25 @@
  *
  * @code{.c}
  * #include <glib.h>
+ * #include <mdm/result.h>
  * #include <mdm/util_policy.h>
+ * #include <stdio.h>
  *
- * const int32_t limit[MDM_PHONE_RES_LIMIT_VALUES] = {10, 0, -3, 4, 5, 6};
- * char *text;
- * uint32_t size;
- * if (mdm_phone_res_limit_serialize(1, limit, &text, &size) == MDM_RESULT_SUCCESS) {
- *     printf("%s takes %u bytes\n", text, size);  // 1,10,0,-3,4,5,6 takes 16 bytes
+ * int main(void)
+ * {
+ *     const int32_t limit[MDM_PHONE_RES_LIMIT_VALUES] = {10, 0, -3,
+ *                                                        4,  5, 6};
+ *     char *text = NULL;
+ *     uint32_t size = 0;
+ *     if (mdm_phone_res_limit_serialize(1, limit, &text, &size) !=
+ *         MDM_RESULT_SUCCESS) {
+ *         return 1;
+ *     }
+ *     printf("%s takes %u bytes\n", text, size);
  *     g_free(text);
+ *     return 0;
  * }
+ * // prints: 1,10,0,-3,4,5,6 takes 16 bytes
  * @endcode
  *
  * The log: mdm_phone_res_limit_of_data_calls_parse_parameters() logs its text at level 1, and once

@@ -16,7 +16,8 @@
  *     mdm_msg_t sent = {0};
  *     mdm_admin_set_query(&sent, "org.example.agent", 1);
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     // the text stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

@@ -22,7 +22,8 @@
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the profile stays ours
+ *     // the profile stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

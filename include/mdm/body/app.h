@@ -15,7 +15,8 @@
  *     GList *packages = g_list_prepend(NULL, mdm_text("org.example.mail"));
  *     packages = g_list_prepend(packages, mdm_text("org.example.camera"));
  *     mdm_msg_t sent = {0};
- *     const bool is_filled = mdm_app_set_packages(&sent, MDM_APP_PACKAGES_4, packages);
+ *     const bool is_filled =
+ *         mdm_app_set_packages(&sent, MDM_APP_PACKAGES_4, packages);
  *     uint32_t length = 0;
  *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
  *     g_list_free(packages);  // the cells are ours; the names are literals
@@ -28,7 +29,8 @@
  *     if (received == NULL) {
  *         return 1;
  *     }
- *     for (const GList *cell = mdm_app_packages(received); cell != NULL; cell = cell->next) {
+ *     for (const GList *cell = mdm_app_packages(received); cell != NULL;
+ *          cell = cell->next) {
  *         printf("%s\n", (const char *)cell->data);
  *     }
  *     ipc_close(received);  // closes the message and all that it holds

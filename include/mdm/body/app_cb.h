@@ -13,11 +13,13 @@
  * int main(void)
  * {
  *     mdm_msg_t sent = {0};
- *     if (!mdm_app_cb_set_detail(&sent, MDM_APP_CB_DETAIL_0, 9, "org.example.app", "started")) {
+ *     if (!mdm_app_cb_set_detail(&sent, MDM_APP_CB_DETAIL_0, 9,
+ *                                "org.example.app", "started")) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the texts stay ours
+ *     // the texts stay ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

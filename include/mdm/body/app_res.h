@@ -12,12 +12,15 @@
  *
  * int main(void)
  * {
- *     const mdm_app_res_item_t mail = {.name = mdm_text("org.example.mail"), .value = 1};
- *     const mdm_app_res_item_t camera = {.name = mdm_text("org.example.camera"), .value = 0};
+ *     const mdm_app_res_item_t mail = {
+ *         .name = mdm_text("org.example.mail"), .value = 1};
+ *     const mdm_app_res_item_t camera = {
+ *         .name = mdm_text("org.example.camera"), .value = 0};
  *     GList *items = g_list_append(NULL, mdm_unconst(&mail));
  *     items = g_list_append(items, mdm_unconst(&camera));
  *     mdm_msg_t sent = {0};
- *     const bool is_filled = mdm_app_res_set_items(&sent, MDM_APP_RES_ITEMS_140, items);
+ *     const bool is_filled =
+ *         mdm_app_res_set_items(&sent, MDM_APP_RES_ITEMS_140, items);
  *     uint32_t length = 0;
  *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
  *     g_list_free(items);  // the cells are ours, and the items stay ours
@@ -30,8 +33,10 @@
  *     if (received == NULL) {
  *         return 1;
  *     }
- *     for (const GList *cell = mdm_app_res_items(received); cell != NULL; cell = cell->next) {
- *         const mdm_app_res_item_t *item = (const mdm_app_res_item_t *)cell->data;
+ *     for (const GList *cell = mdm_app_res_items(received); cell != NULL;
+ *          cell = cell->next) {
+ *         const mdm_app_res_item_t *item =
+ *             (const mdm_app_res_item_t *)cell->data;
  *         printf("%s: %u\n", item->name, item->value);
  *     }
  *     ipc_close(received);  // closes the message and all that it holds

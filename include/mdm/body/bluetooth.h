@@ -12,7 +12,8 @@
  *     GList *names = g_list_append(NULL, mdm_text("keyboard"));
  *     names = g_list_append(names, mdm_text("mouse"));
  *     mdm_msg_t sent = {0};
- *     const bool is_filled = mdm_bluetooth_set_names(&sent, MDM_BLUETOOTH_NAMES_91, names);
+ *     const bool is_filled =
+ *         mdm_bluetooth_set_names(&sent, MDM_BLUETOOTH_NAMES_91, names);
  *     uint32_t length = 0;
  *     uint8_t *bytes = is_filled ? ipc_seal(&sent, &length, NULL) : NULL;
  *     g_list_free(names);  // the cells are ours; the names are literals
@@ -25,7 +26,8 @@
  *     if (received == NULL) {
  *         return 1;
  *     }
- *     for (const GList *cell = mdm_bluetooth_names(received); cell != NULL; cell = cell->next) {
+ *     for (const GList *cell = mdm_bluetooth_names(received); cell != NULL;
+ *          cell = cell->next) {
  *         printf("%s\n", (const char *)cell->data);
  *     }
  *     ipc_close(received);  // closes the message and all that it holds

@@ -19,7 +19,8 @@
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     // the item stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

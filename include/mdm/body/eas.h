@@ -12,14 +12,17 @@
  *
  * int main(void)
  * {
- *     const mdm_eas_account_t account = {
- *         .num0 = 1, .str6 = mdm_text("user@example.org"), .str8 = mdm_text("user")};
+ *     const mdm_eas_account_t account = {.num0 = 1,
+ *                                        .str6 =
+ *                                            mdm_text("user@example.org"),
+ *                                        .str8 = mdm_text("user")};
  *     mdm_msg_t sent = {0};
  *     if (!mdm_eas_set_account(&sent, &account)) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the account stays ours
+ *     // the account stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

@@ -13,13 +13,16 @@
  * int main(void)
  * {
  *     const mdm_email_account_t account = {
- *         .num0 = 1, .str13 = mdm_text("user@example.org"), .str21 = mdm_text("mail.example.org")};
+ *         .num0 = 1,
+ *         .str13 = mdm_text("user@example.org"),
+ *         .str21 = mdm_text("mail.example.org")};
  *     mdm_msg_t sent = {0};
  *     if (!mdm_email_set_account(&sent, &account)) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the account stays ours
+ *     // the account stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

@@ -30,8 +30,10 @@
  *     if (received == NULL) {
  *         return 1;
  *     }
- *     for (const GList *cell = mdm_kiosk_key_pairs(received); cell != NULL; cell = cell->next) {
- *         const mdm_kiosk_key_pair_t *pair = (const mdm_kiosk_key_pair_t *)cell->data;
+ *     for (const GList *cell = mdm_kiosk_key_pairs(received); cell != NULL;
+ *          cell = cell->next) {
+ *         const mdm_kiosk_key_pair_t *pair =
+ *             (const mdm_kiosk_key_pair_t *)cell->data;
  *         printf("key %u: %u\n", pair->key, pair->value);
  *     }
  *     ipc_close(received);  // closes the message and all that it holds

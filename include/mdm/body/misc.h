@@ -12,14 +12,16 @@
  *
  * int main(void)
  * {
- *     const mdm_book_info_t book = {.url = mdm_text("https://example.org/"),
- *                                   .title = mdm_text("Example")};
+ *     const mdm_book_info_t book = {
+ *         .url = mdm_text("https://example.org/"),
+ *         .title = mdm_text("Example")};
  *     mdm_msg_t sent = {0};
  *     if (!mdm_misc_set_book(&sent, MDM_MISC_BOOK_281, &book)) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the bookmark stays ours
+ *     // the bookmark stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

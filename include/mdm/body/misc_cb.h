@@ -13,11 +13,13 @@
  * int main(void)
  * {
  *     mdm_msg_t sent = {0};
- *     if (!mdm_misc_cb_set_detail(&sent, MDM_MISC_CB_DETAIL_0, 1, 9, "stopped")) {
+ *     if (!mdm_misc_cb_set_detail(&sent, MDM_MISC_CB_DETAIL_0, 1, 9,
+ *                                 "stopped")) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     // the text stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }
@@ -29,7 +31,8 @@
  *     }
  *     const mdm_misc_cb_info_t *opened = mdm_misc_cb_detail(received);
  *     if (opened != NULL) {
- *         printf("%u, %u: %s\n", opened->flag6, opened->num7, opened->str8);
+ *         printf("%u, %u: %s\n", opened->flag6, opened->num7,
+ *                opened->str8);
  *     }
  *     ipc_close(received);  // closes the message and all that it holds
  *     return 0;

@@ -12,13 +12,15 @@
  *
  * int main(void)
  * {
- *     const mdm_phone_res_item_t item = {.str0 = mdm_text("month"), .str2 = mdm_text("500")};
+ *     const mdm_phone_res_item_t item = {.str0 = mdm_text("month"),
+ *                                        .str2 = mdm_text("500")};
  *     mdm_msg_t sent = {0};
  *     if (!mdm_phone_res_set_item(&sent, MDM_PHONE_RES_ITEM_394, &item)) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     // the item stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

@@ -16,7 +16,8 @@
  *     mdm_msg_t sent = {0};
  *     mdm_platform_set_flag(&sent, "update", 7, 1);
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the text stays ours
+ *     // the text stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }
@@ -28,7 +29,8 @@
  *     }
  *     const mdm_platform_info_t *opened = mdm_platform_flag(received);
  *     if (opened != NULL) {
- *         printf("%s: %u, %u\n", opened->text, opened->number, opened->flag);
+ *         printf("%s: %u, %u\n", opened->text, opened->number,
+ *                opened->flag);
  *     }
  *     ipc_close(received);  // closes the message and all that it holds
  *     return 0;

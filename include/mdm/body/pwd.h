@@ -12,13 +12,15 @@
  *
  * int main(void)
  * {
- *     const mdm_pwd_policy_t policy = {.num0 = 8, .num1 = 30, .str9 = mdm_text("secret")};
+ *     const mdm_pwd_policy_t policy = {
+ *         .num0 = 8, .num1 = 30, .str9 = mdm_text("secret")};
  *     mdm_msg_t sent = {0};
  *     if (!mdm_pwd_set_policy(&sent, &policy)) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the policy stays ours
+ *     // the policy stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }

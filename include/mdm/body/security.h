@@ -12,14 +12,17 @@
  *
  * int main(void)
  * {
- *     const mdm_security_item_t item = {
- *         .num0 = 7, .str1 = mdm_text("one"), .str3 = mdm_text("three"), .str4 = mdm_text("four")};
+ *     const mdm_security_item_t item = {.num0 = 7,
+ *                                       .str1 = mdm_text("one"),
+ *                                       .str3 = mdm_text("three"),
+ *                                       .str4 = mdm_text("four")};
  *     mdm_msg_t sent = {0};
  *     if (!mdm_security_set_item(&sent, MDM_SECURITY_ITEM_56, &item)) {
  *         return 1;
  *     }
  *     uint32_t length = 0;
- *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);  // the item stays ours
+ *     // the item stays ours
+ *     uint8_t *bytes = ipc_seal(&sent, &length, NULL);
  *     if (bytes == NULL) {
  *         return 1;
  *     }
@@ -31,7 +34,8 @@
  *     }
  *     const mdm_security_item_t *opened = mdm_security_item(received);
  *     if (opened != NULL) {
- *         printf("%u: %s, %s, %s\n", opened->num0, opened->str1, opened->str3, opened->str4);
+ *         printf("%u: %s, %s, %s\n", opened->num0, opened->str1,
+ *                opened->str3, opened->str4);
  *     }
  *     ipc_close(received);  // closes the message and all that it holds
  *     return 0;

@@ -49,11 +49,28 @@
  * Constants: the functions take pointers to constants, because sending never writes to a payload.
  * The fields of the records are not constant, because received ones are not. mdm_text() makes a
  * field of a literal or another constant text, in C and in C++, and mdm_unconst() an element of a
- * list:
+ * list.
  *
  * @code{.c}
- * mdm_wifi_network_t network = {.ssid = mdm_text("office"), .detail_kind = 0, .detail = NULL};
- * GList *names = g_list_append(NULL, mdm_text("keyboard"));
+ * #include <mdm/guarded.h>
+ * #include <stdio.h>
+ *
+ * int main(void)
+ * {
+ *     GList *names = g_list_append(NULL, mdm_text("keyboard"));
+ *     mdm_msg_t msg = {0};
+ *     const bool is_filled =
+ *         mdm_bluetooth_set_names(&msg, MDM_BLUETOOTH_NAMES_223, names);
+ *     msg.body.bluetooth.param = 1;  // the call keeps it
+ *     if (is_filled) {
+ *         const GList *read = mdm_bluetooth_names(&msg);
+ *         printf("%zu name: %s\n", mdm_list_length(read),
+ *                (char *)read->data);
+ *     }
+ *     g_list_free(names);  // the list is ours; the message is not released
+ *     return is_filled ? 0 : 1;
+ * }
+ * // prints: 1 name: keyboard
  * @endcode
  *
  * In C a static record takes a literal itself: its fields cannot call functions.
