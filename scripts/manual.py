@@ -36,7 +36,10 @@ WARN_NO_PARAMDOC       = NO
 """
 
 # Doxygen drops the label of a block, and takes a name behind :: for one of its own.
-FILTER = r"sed -e 's/^```hex \(.*\)/*\1*:\n\n```/' -e 's|`mdm-common::\([^`]*\)`|<code>mdm-common\\::\1</code>|'"
+FILTER = (
+    r"sed -e 's/^```hex \(.*\)/*\1*:\n\n```/'"
+    r" -e 's|`mdm-common::\([^`]*\)`|<code>mdm-common\\::\1</code>|'"
+)
 
 # A header that exports functions has a page with the name of its first function, but for these. Any
 # other page is named like its header.
@@ -245,7 +248,7 @@ class Sources:
             for member in self.members.values()
             if member.get("kind") == "function"
             and file_of(member).endswith(".h")
-            and any(True for _ in documentation(member))
+            and is_documented(member)
         }
 
     def of_kind(self, kind, suffix):
@@ -292,7 +295,7 @@ def members_of(compound, kind):
     """The members in the order of the source. What has no text is no part of the interface."""
     found = [m for m in compound.findall("sectiondef/memberdef") if m.get("kind") == kind]
     if kind in ("function", "define"):
-        found = [m for m in found if any(True for _ in documentation(m))]
+        found = [m for m in found if is_documented(m)]
     return sorted(found, key=lambda m: int(m.find("location").get("line")))
 
 
@@ -325,6 +328,10 @@ def documentation(element):
     for part in ("briefdescription", "detaileddescription"):
         description = element.find(part)
         yield from description if description is not None else ()
+
+
+def is_documented(element):
+    return next(documentation(element), None) is not None
 
 
 def find_documented(element, tag, kind):
@@ -703,7 +710,7 @@ class HeaderPage(Page):
         for inner in self.header.findall("innerclass"):
             if inner.get("prot") == "public":
                 self.cpp_class(self.sources.compounds[inner.get("refid")])
-        constants = [m for m in members if m.get("kind") == "variable" and any(documentation(m))]
+        constants = [m for m in members if m.get("kind") == "variable" and is_documented(m)]
         if constants:
             self.heading("CONSTANTS")
             tags = [f"Li {argument(escape(flat(c.find('definition'))))}" for c in constants]
@@ -720,7 +727,7 @@ class HeaderPage(Page):
         self.heading(plain_name(record.findtext("compoundname")), level="Ss")
         self.paragraphs(documentation(record))
         members = [m for m in record.iter("memberdef") if m.get("prot") == "public"]
-        members = sorted((m for m in members if any(documentation(m))), key=line_of)
+        members = sorted((m for m in members if is_documented(m)), key=line_of)
         data = [m for m in members if m.get("kind") == "variable"]
         for member in members:
             if member.get("kind") == "function":

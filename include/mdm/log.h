@@ -22,8 +22,8 @@
  * // prints: 3 SERVER cannot open rules
  * @endcode
  *
- * Texts of a message: the functions of mdm/ipc.h repeat some of them in lines of level 0 and level 1.
- * mdm/ipc.h says which texts. mdm_log_set_level(#MDM_LOG_WARN) silences these lines. The functions
+ * Texts of a message: the functions of mdm/ipc.h repeat some of them in lines of level 0 and level
+ * 1, and mdm/ipc.h says which. mdm_log_set_level(#MDM_LOG_WARN) silences these lines. The functions
  * of mdm/util_policy.h log texts, too, some of them at level 3.
  *
  * Thread safety: any thread may call any of these functions at any time. A line never goes to a
