@@ -493,6 +493,7 @@ class Page:
         lines = ["'\\\" t", '.\\" SPDX-License-Identifier: Apache-2.0']
         lines.append(f'.\\" Made of {self.source}.')
         lines.append(f".Dd {release_date()}")
+        lines.append(".ds doc-volume-operating-system libmdm-common")  # or groff says BSD
         lines.append(f".Dt {self.name.upper()} {self.section}")
         lines.append(f".Os libmdm-common {version()}")
         return "\n".join([*lines, *self.lines]) + "\n"

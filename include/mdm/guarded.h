@@ -22,7 +22,7 @@
  *         ipc_close(msg);
  *     } else {
  *         gchar *reason = ipc_fault_describe(&fault);
- *         printf("refused: %s\n", reason);
+ *         printf("%s\n", reason);
  *         g_free(reason);
  *     }
  * }
@@ -44,7 +44,7 @@
  *     return 0;
  * }
  * // prints: ok
- * // prints: refused: header.length announces a message of 54 bytes, 53 are there
+ * // prints: header.length announces a message of 54 bytes, 53 are there
  * @endcode
  *
  * The header of each body, below mdm/body/, has functions that fill a message and read it, and
