@@ -1,0 +1,102 @@
+# SPDX-License-Identifier: Apache-2.0
+# A release: what must be true of the tree, and what is published. ./dev sources this file.
+# shellcheck shell=bash
+
+project_version() { sed -n 's/^project(mdm-common VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt; }
+
+# The heading of the newest version in the changelog: "1.0.0 - 2026-12-01", or "1.0.0 - unreleased".
+changelog_heading() { sed -n '/^## /{s/^## //p;q}' CHANGELOG.md; }
+
+# CMakeLists.txt has the version. The two changelogs name it, too.
+check_version() {
+    local version
+    version=$(project_version)
+    [[ "$(changelog_heading)" =~ ^"$version - "(unreleased|[0-9]{4}-[0-9]{2}-[0-9]{2})$ ]] ||
+        die "CHANGELOG.md begins with '$(changelog_heading)', CMakeLists.txt has $version"
+    [ "$(package_version)" = "$version" ] ||
+        die "debian/changelog begins with $(package_version), CMakeLists.txt has $version"
+}
+
+# The tag of the newest release before a version; nothing before the first release.
+last_release() {
+    git tag --list 'v[0-9]*' --merged HEAD --sort=-version:refname | grep -vx "v$1" | head -n 1
+}
+
+check_tree() {
+    local version=$1
+    check_version
+    [ "$version" = "$(project_version)" ] ||
+        die "this tree has the version $(project_version), not $version"
+    [ -z "$(git status --porcelain)" ] || die "there are changes that are not committed"
+    [[ "$(changelog_heading)" != *unreleased ]] ||
+        die "CHANGELOG.md: give $version its date in place of 'unreleased'"
+    [ "$(dpkg-parsechangelog --show-field Distribution)" != UNRELEASED ] ||
+        die "debian/changelog: give $version a distribution in place of UNRELEASED"
+    [ "$(git rev-parse --quiet --verify "v$version^{commit}" || git rev-parse HEAD)" = \
+        "$(git rev-parse HEAD)" ] || die "the tag v$version is another commit"
+}
+
+# Compares the interface with that of an earlier release. Within a major version nothing may be gone
+# or changed.
+# usage: check_compatible TAG SCRATCH_DIRECTORY
+check_compatible() {
+    local tag=$1 scratch=$2 description file status=0
+    local symbols=debian/libmdm-common1.symbols
+    if [ "$(major "${tag#v}")" != "$(major "$(project_version)")" ]; then
+        echo "$tag has another major version: anything may have changed"
+        return
+    fi
+    description=$(abi_description)
+    for file in "$description" $symbols tests/abi/api_test.c tests/abi/consumer/consumer.cpp; do
+        git show "$tag:$file" >"$scratch/${file##*/}" || die "$tag has no $file"
+    done
+    abidiff "$scratch/${description##*/}" "$description" || status=$?
+    # The bits of abidiff's exit: 4 is a change, 8 a change that breaks programs, others are errors.
+    ((status == 0 || status == 4)) ||
+        die "programs built with $tag would break: raise the major version, or undo the change"
+    LC_ALL=C comm -23 <(grep '^ ' "$scratch/${symbols##*/}" | LC_ALL=C sort) \
+        <(grep '^ ' $symbols | LC_ALL=C sort) >"$scratch/gone"
+    [ ! -s "$scratch/gone" ] || die "symbols of $tag are gone: $(cat "$scratch/gone")"
+    # What compiled with that release still compiles.
+    local flags=(-Wall -Wextra -Werror -fsyntax-only -Iinclude)
+    # shellcheck disable=SC2207 # a word an option
+    flags+=($(pkg-config --cflags glib-2.0))
+    if ! { cc -std=c11 "${flags[@]}" "$scratch/api_test.c" &&
+        c++ -std=c++20 "${flags[@]}" "$scratch/consumer.cpp"; }; then
+        die "programs of $tag do not compile with these headers"
+    fi
+}
+
+major() { echo "${1%%.*}"; }
+
+do_release() {
+    local version=$1 last output=build/release-$1 name=libmdm-common-$1 packages arch
+    need library packaging abi
+    say "Release $version: the tree"
+    check_tree "$version"
+    do_abi
+    last=$(last_release "$version")
+    if [ -n "$last" ]; then
+        say "Release $version: the interface of $last"
+        mkdir -p build/released
+        check_compatible "$last" build/released
+    fi
+    say "Release $version: what is published"
+    arch=$(own_arch)
+    packages=$output/packages
+    rm -rf "$output"
+    mkdir -p "$output"
+    git archive --prefix="$name/" HEAD | xz >"$output/$name.tar.xz"
+    # The packages come from the tarball. Its name is the one that the format of sources wants.
+    cp "$output/$name.tar.xz" "build/libmdm-common_$version.tar.xz"
+    build_packages "build/libmdm-common_$version.tar.xz" "$arch" "$packages"
+    rm "build/libmdm-common_$version.tar.xz"
+    scripts/sbom.py "$version" "$(git log -1 --format=%ct)" "$output/$name.tar.xz" \
+        "$packages"/*.buildinfo "$packages"/*.deb >"$output/$name.spdx.json"
+    (cd "$output" && find . -type f -printf '%P\n' | LC_ALL=C sort | xargs sha256sum) >build/sums
+    mv build/sums "$output/SHA256SUMS"
+    cat "$output/SHA256SUMS"
+    printf '\nNext, as RELEASING.md says:\n'
+    printf '  git tag --sign v%s --message "libmdm-common %s"\n' "$version" "$version"
+    printf '  gpg --armor --detach-sign %s/SHA256SUMS\n' "$output"
+}
