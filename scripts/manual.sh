@@ -62,7 +62,7 @@ check_manual_again() {
 }
 
 do_manual() {
-    need docs
+    need manual
     say "Manual: build/manual"
     rm -rf build/manual
     scripts/manual.py build/manual

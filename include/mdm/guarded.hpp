@@ -83,8 +83,8 @@
 /** The C++ layer of the library. */
 namespace mdm {
 // The library's own sources have names in the namespace mdm, too, and a program may link them
-// statically. The inner namespace keeps the names of this header apart from them.
-/** The declarations of mdm/guarded.hpp. Programs write `mdm::open`. */
+// statically. The inner namespace keeps the names of this header apart from them. Programs write
+// `mdm::open`.
 inline namespace guarded {
 
 /** Closes an opened message, for #Message. */
