@@ -39,8 +39,6 @@ html_css_files = ['site.css']
 html_js_files = ['site.js']
 html_copy_source = False
 html_use_index = True
-pygments_style = 'friendly'
-pygments_dark_style = 'monokai'
 
 
 class RepeatedNamespace(logging.Filter):
