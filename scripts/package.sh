@@ -76,9 +76,7 @@ with_packages() {
     local packages=$1 arch=$2 script=$3 input
     say "$script: ${packages#build/}"
     input=$(mktemp -d)
-    # A build for another machine makes no packages for all machines.
-    find "$packages" "build/packages/$(own_arch)" ! -name '*-dbgsym_*' \
-        \( -name "*_$arch.deb" -o -name '*_all.deb' \) -exec cp -t "$input" {} +
+    find "$packages" -name '*.deb' ! -name '*-dbgsym_*' -exec cp -t "$input" {} +
     cp "$packages"/*.tar.xz README.md "$input"
     in_clean_root "$script" "$input" "$input/out" "$arch" --variant=minbase "${@:4}"
     rm -r "$input"
@@ -90,12 +88,18 @@ need_packaging() {
 }
 
 do_package() {
-    local arch=${1-$(own_arch)} source
+    local arch=${1-$(own_arch)} own source
+    own=$(own_arch)
     need_packaging "$arch"
     source=$(mktemp -d)
     make_source_tarball "$source"
     build_packages "$source"/*.tar.xz "$arch" "build/packages/$arch"
     rm -r "$source"
+    # A build for another machine makes no package that is the same for all machines.
+    if [ "$arch" != "$own" ]; then
+        [ -d "build/packages/$own" ] || do_package
+        cp "build/packages/$own"/*_all.deb "build/packages/$arch"
+    fi
 }
 
 do_package_test() {
