@@ -7,10 +7,11 @@
 //
 // A program of its own, because counting takes time.
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <tuple>
+#include <vector>
 
 #include <glib.h>
 #include <malloc.h>
@@ -60,30 +61,30 @@ void remove(void *block)
 extern "C" {
 
 void *__libc_malloc(size_t size);
-void *__libc_calloc(size_t count, size_t size);
-void *__libc_realloc(void *block, size_t size);
-void __libc_free(void *block);
+void *__libc_calloc(size_t nmemb, size_t size);
+void *__libc_realloc(void *ptr, size_t size);
+void __libc_free(void *ptr);
 
 void *malloc(size_t size)
 {
     return added(__libc_malloc(size));
 }
 
-void *calloc(size_t count, size_t size)
+void *calloc(size_t nmemb, size_t size)
 {
-    return added(__libc_calloc(count, size));
+    return added(__libc_calloc(nmemb, size));
 }
 
-void *realloc(void *block, size_t size)
+void *realloc(void *ptr, size_t size)
 {
-    remove(block);
-    return added(__libc_realloc(block, size));
+    remove(ptr);
+    return added(__libc_realloc(ptr, size));
 }
 
-void free(void *block)
+void free(void *ptr)
 {
-    remove(block);
-    __libc_free(block);
+    remove(ptr);
+    __libc_free(ptr);
 }
 
 }  // extern "C"
@@ -146,8 +147,7 @@ void measure_reading(const Message &message, const std::vector<uint8_t> &bytes)
 int main()
 {
     using namespace mdm::bench;
-    const char *slices = std::getenv("G_SLICE");
-    if (slices == nullptr || std::strcmp(slices, "always-malloc") != 0) {
+    if (g_strcmp0(g_getenv("G_SLICE"), "always-malloc") != 0) {
         std::fputs("set G_SLICE=always-malloc, so that each list cell is a block\n", stderr);
         return EXIT_FAILURE;
     }

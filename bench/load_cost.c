@@ -6,6 +6,7 @@
 #define _POSIX_C_SOURCE 200809L
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -19,42 +20,48 @@ static double now(void)
     return (double)time.tv_sec * 1e6 + (double)time.tv_nsec / 1e3;
 }
 
-static _Noreturn void fail(const char *what)
-{
-    fprintf(stderr, "load-cost: %s\n", what);
-    exit(EXIT_FAILURE);
-}
-
-/* In KiB; read without the heap, which is part of it. */
+/* In KiB, or -1; read without the heap, which is part of it. */
 static long private_dirty(void)
 {
     static const char field[] = "Private_Dirty:";
     static char text[4096];
     int file = open("/proc/self/smaps_rollup", O_RDONLY | O_CLOEXEC);
-    ssize_t length = file == -1 ? -1 : read(file, text, sizeof text - 1);
-    if (length < 0)
-        fail("no /proc/self/smaps_rollup");
+    if (file == -1) {
+        return -1;
+    }
+    ssize_t length = read(file, text, sizeof text - 1);
     close(file);
-    text[length] = '\0';
+    text[length < 0 ? 0 : length] = '\0';
     const char *found = strstr(text, field);
-    if (found == NULL)
-        fail("no private dirty memory in /proc/self/smaps_rollup");
-    return strtol(found + sizeof field - 1, NULL, 10);
+    return found == NULL ? -1 : strtol(found + sizeof field - 1, NULL, 10);
+}
+
+static bool load(const char *library)
+{
+    long before = private_dirty();
+    double start = now();
+    void *handle = dlopen(library, RTLD_LAZY);
+    double end = now();
+    if (handle == NULL) {
+        fprintf(stderr, "load-cost: cannot load %s\n", library);
+        return false;
+    }
+    printf("%s\t%.1f\t%ld\n", library, end - start, private_dirty() - before);
+    return true;
 }
 
 int main(int argc, char **argv)
 {
     static char buffer[BUFSIZ];
     setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
-    printf("library\tmicroseconds\tKiB\n");
-    private_dirty(); /* touches what reading itself needs */
+    if (private_dirty() < 0) { /* which also touches what reading itself needs */
+        fprintf(stderr, "load-cost: no private dirty memory in /proc/self/smaps_rollup\n");
+        return EXIT_FAILURE;
+    }
     for (int i = 1; i < argc; ++i) {
-        long before = private_dirty();
-        double start = now();
-        if (dlopen(argv[i], RTLD_LAZY) == NULL)
-            fail(dlerror());
-        double end = now();
-        printf("%s\t%.1f\t%ld\n", argv[i], end - start, private_dirty() - before);
+        if (!load(argv[i])) {
+            return EXIT_FAILURE;
+        }
     }
     return EXIT_SUCCESS;
 }

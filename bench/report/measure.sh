@@ -30,14 +30,14 @@ machine() {
     word=$(LC_ALL=C lscpu | sed -n 's/^Hypervisor vendor: *//p')
     fact "virtual machine" "${word:-no}"
     fact "processor cores" "$(nproc)"
-    fact memory "$(awk '/^MemTotal:/ { printf "%.1f GiB", $2 / 1048576 }' /proc/meminfo)"
+    fact memory "$(LC_ALL=C awk '/^MemTotal:/ { printf "%.1f GiB", $2 / 1048576 }' /proc/meminfo)"
     fact kernel "$(uname --kernel-name --kernel-release --machine)"
     # shellcheck source=/dev/null
     fact system "$(. /etc/os-release && echo "$PRETTY_NAME")"
     fact "C library" "$(getconf GNU_LIBC_VERSION)"
     fact GLib "$(pkg-config --modversion glib-2.0)"
     fact compiler "$("$(cached CMAKE_CXX_COMPILER)" --version | head -n 1)"
-    fact "library" "$(cached CMAKE_PROJECT_NAME) $(cached CMAKE_PROJECT_VERSION)"
+    fact library "$(cached CMAKE_PROJECT_NAME) $(cached CMAKE_PROJECT_VERSION)"
     fact "load average before the run" "$(cut -d ' ' -f 1-3 /proc/loadavg)"
 }
 

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -X utf8
 # SPDX-License-Identifier: Apache-2.0
 """Makes docs/performance.md of what measure.sh has measured.
 
@@ -80,8 +80,6 @@ def loads_of(path):
     """What each library costs: the times in microseconds and the memory in KiB of all loads."""
     loads = {}
     for name, time, memory in rows_of(path):
-        if time == "microseconds":
-            continue
         times, memories = loads.setdefault(Path(name).name, [[], []])
         times.append(float(time))
         memories.append(int(memory))
