@@ -57,6 +57,7 @@ set ylabel "ratio: median and quartiles"
 set yrange [0:*]
 set xtics rotate by -35
 set offsets 0.5, 0.5, 0, 0
+set key outside top horizontal
 works = "encode decode open"
 plot 1 with lines linecolor "gray40" title "by hand", \
     for [i=1:3] points("ratios") \
