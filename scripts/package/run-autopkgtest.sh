@@ -4,7 +4,13 @@
 # usage: run-autopkgtest.sh, with the packages and their source tarball in /in
 set -eu
 
+# Tests make mounts of their own, for which the root directory has to be a mount.
+if ! mountpoint --quiet /; then
+    # shellcheck disable=SC2016 # for the inner shell
+    exec unshare --mount --propagation unchanged \
+        sh -c 'mount --rbind / /mnt && exec chroot /mnt "$0"' "$(realpath "$0")"
+fi
+cd /in
 mkdir /tmp/source
-tar -xf /in/*.tar.xz -C /tmp/source --strip-components=1
-# A file of the changes would name packages with debugging symbols, which no test needs.
-autopkgtest --output-dir=/tmp/results /in/*.deb /tmp/source/ -- null
+tar -xf ./*.tar.xz -C /tmp/source --strip-components=1
+autopkgtest --output-dir=/tmp/results ./*.deb /tmp/source/ -- null
