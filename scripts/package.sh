@@ -6,14 +6,6 @@ own_arch() { dpkg --print-architecture; }
 
 package_version() { dpkg-parsechangelog --show-field Version; }
 
-# The name that the emulator gives to a machine.
-emulated_machine() {
-    case $1 in
-    armhf) echo arm ;;
-    *) die "no packages for $1: say armhf, or nothing for this machine" ;;
-    esac
-}
-
 # A root file system that one script of scripts/package/ uses, and that is gone behind it. The
 # script finds its input in /in, and what it leaves in /out comes to a directory.
 # usage: in_clean_root SCRIPT INPUT OUTPUT ARCHITECTURE OPTION OF MMDEBSTRAP... [-- ARGUMENT...]
@@ -21,7 +13,7 @@ in_clean_root() {
     local script=$1 input=$2 output=$3 arch=$4 command=(mmdebstrap) sources
     shift 4
     if [ "${arch%%,*}" != "$(own_arch)" ]; then
-        command=(as_root scripts/with_emulator.sh "$(emulated_machine "$arch")"
+        command=(as_root scripts/with_emulator.sh "$(architecture_setting machine "$arch")"
             mmdebstrap --mode=root)
     fi
     while [ $# -gt 0 ] && [ "$1" != -- ]; do
@@ -56,7 +48,6 @@ build_packages() {
     own=$(own_arch)
     words=("${@:4}")
     if [ "$arch" != "$own" ]; then
-        emulated_machine "$arch" >/dev/null
         words+=(--no-tests --no-all "--host-arch=$arch")
         arch=$own,$arch
     fi

@@ -59,8 +59,7 @@ do_size() {
     # On armhf 65,281 bytes of text and 348 relocations, and 3 KiB and four for the parts.
     local armhf_text_limit=68353 x86_64_text_limit=106496 armhf_relocations_limit=352
     [ "$(uname -m)" = x86_64 ] || die "only an x86-64 machine builds both libraries"
-    need library tools tests arm
-    make_arm_sysroot
+    need_cross armhf
     local preset
     for preset in armhf release; do
         build_preset "$preset" --target mdm-common
