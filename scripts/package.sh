@@ -62,7 +62,7 @@ build_packages() {
 }
 
 # Runs a script of scripts/package/ with the packages of a directory, their source and the README.
-# usage: with_packages DIRECTORY ARCHITECTURE SCRIPT [OPTION OF MMDEBSTRAP...]
+# usage: with_packages DIRECTORY ARCHITECTURE SCRIPT [OPTION OF MMDEBSTRAP...] [-- ARGUMENT...]
 with_packages() {
     local packages=$1 arch=$2 script=$3 input
     say "$script: ${packages#build/}"
@@ -102,7 +102,10 @@ do_package_test() {
     need_packaging "$arch"
     [ -d "build/packages/$arch" ] || do_package "$@"
     with_packages "build/packages/$arch" "$arch" install-test.sh
-    with_packages "build/packages/$arch" "$arch" run-autopkgtest.sh --include=autopkgtest,xz-utils
+    local emulated=()
+    [ "$arch" = "$(own_arch)" ] || emulated=(-- --emulated)
+    with_packages "build/packages/$arch" "$arch" run-autopkgtest.sh --include=autopkgtest,xz-utils \
+        "${emulated[@]}"
 }
 
 # CI's part of the above: the packages without their own tests, without the web pages.

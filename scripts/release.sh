@@ -38,14 +38,14 @@ check_tree() {
 
 # Compares the interface with that of an earlier release. Within a major version nothing may be gone
 # or changed.
-# usage: check_compatible TAG SCRATCH_DIRECTORY
 check_compatible() {
-    local tag=$1 scratch=$2 description file status=0
+    local tag=$1 scratch=build/released description file status=0
     local symbols=debian/libmdm-common1.symbols
     if [ "$(major "${tag#v}")" != "$(major "$(project_version)")" ]; then
         echo "$tag has another major version: anything may have changed"
         return
     fi
+    mkdir -p $scratch
     description=$(abi_description)
     for file in "$description" $symbols tests/abi/api_test.c tests/abi/consumer/consumer.cpp; do
         git show "$tag:$file" >"$scratch/${file##*/}" || die "$tag has no $file"
@@ -74,13 +74,12 @@ do_release() {
     need library packaging abi
     say "Release $version: the tree"
     check_tree "$version"
-    do_abi
     last=$(last_release "$version")
     if [ -n "$last" ]; then
         say "Release $version: the interface of $last"
-        mkdir -p build/released
-        check_compatible "$last" build/released
+        check_compatible "$last"
     fi
+    do_abi
     say "Release $version: what is published"
     arch=$(own_arch)
     packages=$output/packages
