@@ -24,8 +24,6 @@ breathe_default_project = 'mdm'
 breathe_show_enumvalue_initializer = True
 breathe_show_include = False
 breathe_domain_by_extension = {'h': 'c', 'hpp': 'cpp'}
-# It declares a template for C++.
-breathe_domain_by_file_pattern = {'*/typed.h': 'cpp'}
 
 # Every link of a text must lead somewhere. The types in a declaration may be of other libraries.
 nitpicky = True
@@ -35,6 +33,7 @@ highlight_language = 'none'
 html_theme = 'furo'
 html_title = f'{project} {version}'
 html_static_path = ['static']
+html_favicon = 'static/icon.svg'
 html_css_files = ['site.css']
 html_js_files = ['site.js']
 html_copy_source = False

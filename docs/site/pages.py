@@ -16,7 +16,7 @@ from pygments.lexers import find_lexer_class_for_filename
 
 # Besides the guides: what they show or link to.
 DIRECTORIES = ['examples', 'docs/debugging', 'docs/other-languages']
-FILES = ['LICENSE', 'docs/architecture.dot']
+FILES = ['LICENSE', 'docs/architecture.dot', 'docs/performance/measured.json']
 
 
 def read(path):
