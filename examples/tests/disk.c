@@ -1,4 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0 */
+/* SQLite calls these functions with offsets of 64 bits, also on a machine of 32. */
+#define _FILE_OFFSET_BITS 64
 #include "tests/disk.h"
 
 #include <errno.h>
