@@ -131,10 +131,11 @@ do_fuzz_all() {
     build_fuzzers fuzz-i386
     build_replays
     say "Fuzzing: ${fuzz_targets[*]}"
-    local bits target seconds turn preset=fuzz runs=('' '' '') total=(0 0 0) turns=() failed=0
+    local times=${1-1} bits target seconds turn preset=fuzz
+    local runs=('' '' '') total=(0 0 0) turns=() failed=0
     for bits in 64 32; do
         for target in "${fuzz_targets[@]}"; do
-            seconds=$(fuzz_setting $bits "$target")
+            seconds=$(($(fuzz_setting $bits "$target") * times))
             turn=$(shortest "${total[@]}")
             runs[turn]+=" $preset $target $seconds"
             total[turn]=$((total[turn] + seconds))

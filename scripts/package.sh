@@ -22,6 +22,7 @@ in_clean_root() {
     done
     [ $# = 0 ] || shift
     sources=$(main_suite) || die "apt knows no main suite of this system"
+    rm -rf "$output"
     mkdir -p "$output"
     cp scripts/package/* "$input"
     # shellcheck disable=SC2016 # $1 is the root file system
@@ -33,18 +34,23 @@ in_clean_root() {
         "$(cut -d ' ' -f 3 <<<"$sources")" /dev/null "$sources"
 }
 
-# The tree with the changes that are not committed, as the tarball of a source package.
+# The same bytes from a commit for everybody who has the same xz.
+# usage: make_tarball NAME COMMIT FILE
+make_tarball() { git -c tar.umask=0022 archive --prefix="$1/" "$2" | xz >"$3"; }
+
+# The tree with the changes of known files that are not committed.
 make_source_tarball() {
     local tree
+    [ -z "$(git ls-files --others --exclude-standard)" ] ||
+        die "git does not know all files: add them, or remove them"
     tree=$(git stash create)
-    git archive --prefix="libmdm-common-$(package_version)/" "${tree:-HEAD}" |
-        xz >"$1/libmdm-common_$(package_version).tar.xz"
+    make_tarball "libmdm-common-$(package_version)" "${tree:-HEAD}" "$1"
 }
 
-# Builds the packages of a source tarball.
+# Builds the packages of a tarball, and keeps it beside them as source.tar.xz.
 # usage: build_packages TARBALL ARCHITECTURE OUTPUT [WORD OF scripts/package/build.sh...]
 build_packages() {
-    local tarball=$1 arch=$2 output=$3 own words input
+    local tarball=$1 arch=$2 output=$3 own words input=$scratch/build
     own=$(own_arch)
     words=("${@:4}")
     if [ "$arch" != "$own" ]; then
@@ -52,45 +58,57 @@ build_packages() {
         arch=$own,$arch
     fi
     say "Packages: ${output#build/}"
-    rm -rf "$output"
-    input=$(mktemp -d)
-    cp "$tarball" "$input"
-    in_clean_root build.sh "$input" "$PWD/$output" "$arch" --variant=buildd -- "${words[@]}"
-    rm -r "$input"
-    cp "$tarball" "$output"
+    rm -rf "$output" "$output.new" "$input"
+    mkdir "$input"
+    cp "$tarball" "$input/source.tar.xz"
+    in_clean_root build.sh "$input" "$PWD/$output.new" "$arch" --variant=buildd -- "${words[@]}"
+    cp "$tarball" "$output.new/source.tar.xz"
+    mv "$output.new" "$output"
     ls "$output"
+}
+
+# Builds the packages of the tree, unless they are there.
+# usage: build_packages_of_tree ARCHITECTURE OUTPUT [WORD OF scripts/package/build.sh...]
+build_packages_of_tree() {
+    make_source_tarball "$scratch/tree.tar.xz"
+    cmp -s "$scratch/tree.tar.xz" "$2/source.tar.xz" ||
+        build_packages "$scratch/tree.tar.xz" "$@"
 }
 
 # Runs a script of scripts/package/ with the packages of a directory, their source and the README.
 # usage: with_packages DIRECTORY ARCHITECTURE SCRIPT [OPTION OF MMDEBSTRAP...] [-- ARGUMENT...]
 with_packages() {
-    local packages=$1 arch=$2 script=$3 input
+    local packages=$1 arch=$2 script=$3 input=$scratch/test
     say "$script: ${packages#build/}"
-    input=$(mktemp -d)
+    rm -rf "$input"
+    mkdir "$input"
     find "$packages" -name '*.deb' ! -name '*-dbgsym_*' -exec cp -t "$input" {} +
-    cp "$packages"/*.tar.xz README.md "$input"
-    in_clean_root "$script" "$input" "$input/out" "$arch" --variant=minbase "${@:4}"
-    rm -r "$input"
+    cp "$packages/source.tar.xz" README.md "$input"
+    in_clean_root "$script" "$input" "$scratch/out" "$arch" --variant=minbase "${@:4}"
+}
+
+# Where the verbs below put what they do not keep.
+make_scratch() {
+    [ -z "${scratch-}" ] || return 0
+    scratch=$(mktemp -d)
+    trap 'rm -rf "$scratch"' EXIT
 }
 
 need_packaging() {
     need packaging
     [ "$1" = "$(own_arch)" ] || need emulated_root
+    make_scratch
 }
 
 do_package() {
-    local arch=${1-$(own_arch)} own source
+    local arch=${1-$(own_arch)} own
     own=$(own_arch)
     need_packaging "$arch"
-    source=$(mktemp -d)
-    make_source_tarball "$source"
-    build_packages "$source"/*.tar.xz "$arch" "build/packages/$arch"
-    rm -r "$source"
+    build_packages_of_tree "$own" "build/packages/$own"
+    [ "$arch" != "$own" ] || return 0
+    build_packages_of_tree "$arch" "build/packages/$arch"
     # A build for another machine makes no package that is the same for all machines.
-    if [ "$arch" != "$own" ]; then
-        [ -d "build/packages/$own" ] || do_package
-        cp "build/packages/$own"/*_all.deb "build/packages/$arch"
-    fi
+    cp "build/packages/$own"/*_all.deb "build/packages/$arch"
 }
 
 do_package_test() {
@@ -98,11 +116,9 @@ do_package_test() {
         do_package_test_short
         return
     fi
-    local arch=${1-$(own_arch)}
-    need_packaging "$arch"
-    [ -d "build/packages/$arch" ] || do_package "$@"
+    local arch=${1-$(own_arch)} emulated=()
+    do_package "$@"
     with_packages "build/packages/$arch" "$arch" install-test.sh
-    local emulated=()
     [ "$arch" = "$(own_arch)" ] || emulated=(-- --emulated)
     with_packages "build/packages/$arch" "$arch" run-autopkgtest.sh --include=autopkgtest,xz-utils \
         "${emulated[@]}"
@@ -110,25 +126,21 @@ do_package_test() {
 
 # CI's part of the above: the packages without their own tests, without the web pages.
 do_package_test_short() {
-    local arch packages=build/packages/short source
+    local arch packages=build/packages/short
     arch=$(own_arch)
     need_packaging "$arch"
-    source=$(mktemp -d)
-    make_source_tarball "$source"
-    build_packages "$source"/*.tar.xz "$arch" $packages --no-tests --no-all
-    rm -r "$source"
+    build_packages_of_tree "$arch" $packages --no-tests --no-all
     with_packages $packages "$arch" install-test.sh
 }
 
-# Builds the packages of ./dev package again: in another directory, at another time, with another
-# locale, time zone and umask. Fails if a byte differs.
+# Builds the packages again: in another directory, at another time, with another locale, time zone
+# and umask. Fails if a byte differs.
 do_package_again() {
     local arch packages again=build/packages/again package
     arch=$(own_arch)
     packages=build/packages/$arch
-    need_packaging "$arch"
-    [ -d "$packages" ] || do_package
-    build_packages "$packages"/*.tar.xz "$arch" $again --no-tests --elsewhere
+    do_package
+    build_packages "$packages/source.tar.xz" "$arch" $again --no-tests --elsewhere
     for package in "$packages"/*.deb; do
         cmp "$package" "$again/${package##*/}"
     done

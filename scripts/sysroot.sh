@@ -7,13 +7,13 @@ architectures() { sed '/^#/d; s/ .*//' cmake/architectures; }
 
 # A column of a machine's line in cmake/architectures.
 architecture_setting() {
-    awk -v column="$1" -v arch="$2" '
-        $1 == "#" && $2 == "architecture" && NF == 5 { for (i = 2; i <= NF; ++i) place[$i] = i - 1 }
-        $1 == arch { print $place[column] }' cmake/architectures
+    awk -v name="$1" -v arch="$2" '
+        BEGIN { place["triplet"] = 2; place["machine"] = 3; place["suite"] = 4 }
+        $1 == arch { print $place[name] }' cmake/architectures
 }
 
 check_architecture() {
-    architectures | grep -qx -- "$1" ||
+    architectures | grep -Fqx -- "$1" ||
         die "no such architecture: '$1'; there are $(architectures | paste -s -d ' ')"
 }
 
@@ -36,7 +36,8 @@ make_sysroot() {
     local arch=$1 suite=$2
     shift 2
     local sysroot=build/sysroot-$arch state=$PWD/build/sysroot-$arch.apt packages=("$@")
-    [ "$(cat "$sysroot/packages" 2>/dev/null)" != "${packages[*]}" ] || return 0
+    local contents=${suite:+"$suite: "}${packages[*]}
+    [ "$(cat "$sysroot/packages" 2>/dev/null)" != "$contents" ] || return 0
     say "Making $sysroot"
     rm -rf "$state" "$sysroot.new"
     mkdir -p "$state/lists/partial" "$state/cache/archives/partial" "$sysroot.new"
@@ -58,7 +59,7 @@ make_sysroot() {
     done
     # Packages of newer suites rely on this link.
     [ -e "$sysroot.new/lib" ] || ln -s usr/lib "$sysroot.new/lib"
-    echo "${packages[*]}" >"$sysroot.new/packages"
+    echo "$contents" >"$sysroot.new/packages"
     rm -rf "$state" "$sysroot"
     mv "$sysroot.new" "$sysroot"
 }

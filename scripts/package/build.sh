@@ -40,7 +40,7 @@ done
 
 mkdir -p $directory
 cd $directory
-tar -xf /in/*.tar.xz
+tar -xf /in/source.tar.xz
 cd libmdm-common-*
 # shellcheck disable=SC2086 # no word or several
 apt-get --quiet=2 build-dep --yes --no-install-recommends $build_dep .

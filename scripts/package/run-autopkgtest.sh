@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 # Runs the tests of debian/tests against the packages beside it, in a root file system of its own.
-# usage: run-autopkgtest.sh [--emulated], with the packages and their source tarball in /in
+# usage: run-autopkgtest.sh [--emulated], with the packages and source.tar.xz in /in
 set -eu
 
 # Tests make mounts of their own, for which the root directory has to be a mount.
@@ -12,6 +12,6 @@ if ! mountpoint --quiet /; then
 fi
 cd /in
 mkdir /tmp/source
-tar -xf ./*.tar.xz -C /tmp/source --strip-components=1
+tar -xf source.tar.xz -C /tmp/source --strip-components=1
 [ "${1-}" != --emulated ] || set -- --env=MDM_EMULATED=1
 autopkgtest --output-dir=/tmp/results "$@" ./*.deb /tmp/source/ -- null

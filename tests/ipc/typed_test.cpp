@@ -430,7 +430,7 @@ TEST(TypedFilling, PutsEachFieldInItsPlace)
     ASSERT_TRUE(mdm_log_manager_set_text(&msg, text));
     EXPECT_EQ(mdm_log_manager_text(&msg), text);
     ASSERT_TRUE(mdm_log_manager_set_byte(&msg, 1, 0xFE));
-    EXPECT_EQ(msg.body.log_manager.value.word, 0xFEU);
+    EXPECT_EQ(msg.body.log_manager.value.word, GSIZE_TO_LE(0xFEU));
     ASSERT_TRUE(mdm_app_cb_set_head(&msg, 2));
     EXPECT_EQ(msg.body.app_cb.str7, nullptr);
 }

@@ -104,7 +104,7 @@ void put_value(Dump &out, const void *record, const Field &field)
     case Type::text:
         return out.put(value_at<const char *>(record, field.offset));
     case Type::low_byte:
-        return out.put(uint64_t{value_at<uintptr_t>(record, field.offset)});
+        return out.put(uint64_t{GSIZE_FROM_LE(value_at<uintptr_t>(record, field.offset))});
     case Type::strings:
     case Type::record:
         return;  // in lines of their own

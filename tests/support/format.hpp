@@ -23,7 +23,7 @@ enum class Type : uint8_t {
     byte,
     word,
     text,
-    low_byte,  // a word as wide as a pointer, whose low byte travels
+    low_byte,  // a word as wide as a pointer, whose first byte in memory travels
     strings,   // a list of strings
     record,    // a pointer to a record of its own
 };

@@ -368,8 +368,9 @@ private:
         case Type::byte:
             return out_.number(field.path, element, value_at<uint8_t>(outer, field.offset));
         case Type::low_byte:
-            return out_.number(field.path, element,
-                               static_cast<uint32_t>(value_at<uintptr_t>(outer, field.offset)));
+            return out_.number(
+                field.path, element,
+                static_cast<uint32_t>(GSIZE_FROM_LE(value_at<uintptr_t>(outer, field.offset))));
         case Type::word:
             return out_.number(field.path, element, value_at<uint32_t>(outer, field.offset));
         case Type::text:

@@ -289,8 +289,8 @@ public:
         case Type::word:
             return out.word(member<uint32_t>(record, field.offset) = any_word());
         case Type::low_byte:
-            return out.byte(
-                static_cast<uint8_t>(member<uintptr_t>(record, field.offset) = any_word()));
+            member<uintptr_t>(record, field.offset) = GSIZE_TO_LE(uintptr_t{any_word()});
+            return out.byte(member<uint8_t>(record, field.offset));
         case Type::text:
             member<char *>(record, field.offset) = draw_text(out);
             break;

@@ -102,7 +102,8 @@ MDM_WARN_UNUSED MDM_INLINE bool mdm_log_manager_set_byte(mdm_msg_t *msg, uint32_
     mdm_log_manager_info_t *info =
         MDM_CAST(mdm_log_manager_info_t *, mdm_begin_body(msg, MDM_TYPE_LOG_MANAGER));
     info->type = type;
-    info->value.word = byte;
+    info->value.word = 0;
+    info->value.byte = byte;
     return true;
 }
 

@@ -9,6 +9,8 @@
 //
 // Q-BODY-13: no handler logs its entry. The size and free handlers log their exit if there is
 // nothing to do.
+#include <bit>
+
 #include "ipc/body/app_head.hpp"
 #include "ipc/body/handlers.hpp"
 #include "ipc/body/payload.hpp"
@@ -18,6 +20,7 @@ namespace {
 
 constexpr auto head_fields = MDM_APP_HEAD_FIELDS(app);
 constexpr auto num_pair_fields = MDM_FIELDS(mdm_app_num_pair_t, "app.num_pair", num1, num2);
+constexpr auto num_pair_size = static_cast<int32_t>(smallest_size(num_pair_fields));
 constexpr auto pair_fields = MDM_FIELDS(mdm_app_pair_t, "app.pair", first, second);
 
 }  // namespace
@@ -34,7 +37,6 @@ const char *_validate_app(const mdm_body_t &body, Names names)
     if (const char *path = validate_payload(is_announced, info.data, names)) {
         return path;
     }
-    constexpr auto num_pair_size = static_cast<int32_t>(smallest_size(num_pair_fields));
     const bool is_num_pair = is_announced && form == MDM_FORM_APP_NUM_PAIR;
     return is_num_pair && info.data_size != num_pair_size ? names.data_size() : nullptr;
 }
@@ -93,6 +95,13 @@ bool _set_app(Writer &out, const Log &log, mdm_body_t *body)
         }
         break;
     case MDM_FORM_APP_NUM_PAIR:  // Q-APP-1: a receiver reads 8 bytes, whatever `data_size` is.
+        if constexpr (std::endian::native == std::endian::big) {
+            if (info.data != nullptr && info.data_size == num_pair_size) {
+                out.fields(info.data, num_pair_fields);
+                break;
+            }
+        }
+        [[fallthrough]];  // the numbers travel as they are in little-endian memory
     case MDM_FORM_APP_DATA:
         out.raw_bytes(info.data, info.data_size);
         break;

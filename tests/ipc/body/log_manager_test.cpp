@@ -91,10 +91,10 @@ TEST(LogManager, LongAndNonAsciiTextsTravel)
 // Q-LOG_MANAGER-3
 TEST(LogManager, LowByteOfTheValueTravelsForOtherTypes)
 {
-    mdm_body_t sent = word_body(1, 0x1234);
+    mdm_body_t sent = word_body(1, GSIZE_TO_LE(0x1234));
     EXPECT_EQ(log_manager.size(&sent), 5U);
     EXPECT_EQ(log_manager.write(&sent), hex("01 00 00 00 34"));
-    EXPECT_EQ(sent.log_manager.value.word, 0x1234U);
+    EXPECT_EQ(sent.log_manager.value.word, GSIZE_TO_LE(0x1234U));
 
     for (const char *byte : {"00", "34", "FF"}) {
         mdm_body_t back = used_body();
@@ -102,7 +102,7 @@ TEST(LogManager, LowByteOfTheValueTravelsForOtherTypes)
         EXPECT_EQ(log_manager.read(&back, hex("01 00 00 00") + hex(byte)), 5U);
         trace.stop();
         expect_head(back, 1);
-        EXPECT_EQ(back.log_manager.value.word, hex(byte)[0]);
+        EXPECT_EQ(back.log_manager.value.word, GSIZE_TO_LE(uintptr_t{hex(byte)[0]}));
         EXPECT_THAT(trace.kept(), IsEmpty());
     }
 }

@@ -70,9 +70,13 @@ Bytes head(int32_t type, int32_t data_size, uint32_t param = some_param)
     return word(static_cast<uint32_t>(type)) + word(param) + word(static_cast<uint32_t>(data_size));
 }
 
+// What `param` has of the address: they share their first bytes in memory, which are the low ones
+// on a little-endian machine.
 uint32_t low_bits(const GList *list)
 {
-    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(list));
+    uint32_t bits = 0;
+    std::memcpy(&bits, &list, sizeof bits);
+    return bits;
 }
 
 const Bytes abc_str = hex("03 00 00 00 61 62 63");
