@@ -7,12 +7,15 @@
 lint_page() {
     local expected='referenced manual not found|mandoc.db lacks|operating system explicitly'
     mandoc -T lint "$1" 2>&1 | grep -vE "$expected" || true
-    { LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l -Tutf8 -Z "$1" >/dev/null; } 2>&1
+    {
+        LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l -Tutf8 -Z "$1" >/dev/null ||
+            echo "$1: man refuses the page"
+    } 2>&1
 }
 
 # The functions of the library: those of the shared one, and those of the headers alone.
 public_functions() {
-    sed -n 's/^T \([a-z_]*\)@.*/\1/p' tests/abi/exports.txt
+    sed -n 's/^T \([a-z0-9_]*\)@.*/\1/p' tests/abi/exports.txt
     sed '/@cond/,/@endcond/d' include/mdm/*.h include/mdm/body/*.h | tr '\n' ' ' |
         grep -oE 'MDM_INLINE [^({]*\(' | grep -oE '[a-z0-9_]+\($' | tr -d '('
 }
