@@ -36,9 +36,13 @@ struct Secrets {
 
     const uint8_t *key_bytes() const { return reinterpret_cast<const uint8_t *>(key); }
 
-    // The cipher overwrites `iv` while it chains the blocks.
+    // The cipher overwrites `iv` while it chains the blocks. On s390x it takes a length of 0 for at
+    // least one block.
     void run(const uint8_t *in, uint8_t *out, size_t length, int direction)
     {
+        if (length == 0) {
+            return;
+        }
         AES_cbc_encrypt(in, out, length, &schedule, reinterpret_cast<uint8_t *>(iv), direction);
     }
 };

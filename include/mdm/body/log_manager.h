@@ -55,7 +55,7 @@ typedef struct mdm_log_manager_info {
     union {
         char *text;     /**< The string of `type` 638; may be null. */
         uint8_t byte;   /**< The byte of every other `type`. */
-        uintptr_t word; /**< The whole word; its low byte travels as the byte. */
+        uintptr_t word; /**< The whole word; on a little-endian machine its low byte travels. */
     } value;            /**< 2nd. The payload. */
 } mdm_log_manager_info_t;
 
