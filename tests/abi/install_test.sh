@@ -61,8 +61,9 @@ components)
     {
         printf 'share/doc/mdm-common/%s\n' README.md CHANGELOG.md LICENSE
         (cd "$source_dir" &&
-            find docs -type f \( -name '*.md' -o -name '*.svg' -o -path 'docs/*/*' \) \
-            -printf 'share/doc/mdm-common/%p\n')
+            find docs -path docs/site -prune -o -type f \( -name '*.md' -o -name '*.svg' \
+                -o -path 'docs/debugging/*' -o -path 'docs/other-languages/*' \) \
+                -printf 'share/doc/mdm-common/%p\n')
     } | expect_component doc
     printf '%s\n' "${tools[@]}" | sed '/^$/d' | expect_component tools
     # Every installed file belongs to a component.
