@@ -4,7 +4,7 @@
 # usage: installed_test.sh pkg-config|cmake|readme|values|examples-cmake|examples-meson \
 #            SOURCE_DIR INSTALLED_DIR WORK_DIR
 # environment: CC, CXX, MDM_BUILD_DIR; LIBDIR, the library's folder below INSTALLED_DIR; and
-# README_SHOWS, what README's example prints; MDM_EMULATED, if an emulator runs this
+# MDM_EMULATED, if an emulator runs this
 set -eu
 
 source_dir=$2
@@ -35,6 +35,15 @@ blocks_of() {
         inside' "$source_dir/$1"
 }
 
+# The program of a page prints the text of that page.
+# usage: run_example_of PAGE LANGUAGE COMPILER VERSION
+run_example_of() {
+    blocks_of "$1" "$2" >"$work/example.$2"
+    blocks_of "$1" text >"$work/shown"
+    build_and_run "$3" "$4" "$work/example.$2" >"$work/printed"
+    diff "$work/shown" "$work/printed"
+}
+
 build_and_run_with_cmake() {
     "$source_dir/tests/configure_once.sh" -B "$work/$1" -G Ninja \
         -S "$source_dir/tests/abi/consumer" -D CMAKE_PREFIX_PATH="$installed" \
@@ -53,14 +62,10 @@ cmake)
     build_and_run_with_cmake CXX "$cxx_source"
     ;;
 readme)
-    blocks_of README.md c >"$work/example.c"
-    [ "$(build_and_run "$CC" -std=c11 "$work/example.c")" = "$README_SHOWS" ]
+    run_example_of README.md c "$CC" -std=c11
     ;;
 values)
-    blocks_of docs/values.md cpp >"$work/example.cpp"
-    blocks_of docs/values.md text >"$work/shown"
-    build_and_run "$CXX" -std=c++11 "$work/example.cpp" >"$work/printed"
-    diff "$work/shown" "$work/printed"
+    run_example_of docs/values.md cpp "$CXX" -std=c++11
     ;;
 examples-cmake)
     cp -r "$source_dir/examples" "$work"
