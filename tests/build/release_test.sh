@@ -7,7 +7,9 @@ set -euo pipefail
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/tree"
-(cd "$1" && git archive "$(git stash create || git rev-parse HEAD)") | tar -x -C "$work/tree"
+# The tree with its changes. There is no stash of a tree without changes.
+stash=$(cd "$1" && git stash create)
+git -C "$1" archive "${stash:-HEAD}" | tar -x -C "$work/tree"
 cd "$work/tree"
 
 fail() {
