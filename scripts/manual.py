@@ -59,6 +59,8 @@ SECTIONS = {
 # What README says to those who have the library installed.
 OVERVIEW_SECTIONS = ("A message there and back",)
 
+GUIDES = "/usr/share/doc/libmdm-common-doc/html/"
+
 LINE_WIDTH = 72  # of a table, where a terminal has 80 columns
 COLUMN_GAP = 3
 
@@ -119,7 +121,9 @@ def macro_line(word):
     parts = []
     for index, (text, macro) in enumerate(word):
         if macro:
-            parts.append(macro + " " + text)
+            # No name of one word is parted at the end of a line.
+            is_word = macro in ("Dv", "Li", "Pa", "Va", "Vt") and " " not in text
+            parts.append(macro + (" \\%" if is_word else " ") + text)
         elif index + 1 == len(word) and re.fullmatch(r"[).,:;?!]+", text):
             parts[-1] += " " + " ".join(text)
         else:
@@ -137,8 +141,8 @@ def filled(runs):
             line = ""
             continue
         text = escape("".join(text for text, _ in word))
-        if "\\-" in text:
-            text = "\\%" + text  # an id stays on a line
+        if "\\-" in text or "/" in text:
+            text = "\\%" + text  # an id or a path stays on a line
         if line and len(line) + 1 + len(text) > 78:
             lines.append(line)
             line = ""
@@ -167,7 +171,7 @@ def cell_text(runs):
         if macro == "Fn":
             suffix = "()"
         font = FONTS.get(macro, "I")
-        result += f"{text}{suffix}" if font == "R" else f"\\f{font}{text}\\fP{suffix}"
+        result += f"{text}{suffix}" if font == "R" else f"\\%\\f{font}{text}\\fP{suffix}"
     return " ".join(result.split())
 
 
@@ -334,6 +338,15 @@ def is_documented(element):
     return next(documentation(element), None) is not None
 
 
+def is_described(function):
+    """Whether its comment has more than parameters and what it returns."""
+    return any(
+        (paragraph.text or "").strip()
+        or any(child.tag not in ("parameterlist", "simplesect") for child in paragraph)
+        for paragraph in documentation(function)
+    )
+
+
 def find_documented(element, tag, kind):
     return [
         found
@@ -472,12 +485,19 @@ class Page:
         rows = []
         for row in element.findall("row"):
             paragraphs = [entry.find("para") for entry in row.findall("entry")]
-            rows.append([cell_text(self.runs(p)) if p is not None else "" for p in paragraphs])
+            rows.append([cell_text(self.cell(p)) if p is not None else "" for p in paragraphs])
         self.begin_paragraph()
         self.add(*table(rows))
 
+    def cell(self, paragraph):
+        return self.runs(paragraph)
+
     def code(self, element):
-        self.add(*display(code_text(element)))
+        text = code_text(element)
+        for name in re.findall(r"\b(\w+)\(", text):
+            if name in self.sources.functions:
+                self.function_run(name)
+        self.add(*display(text))
 
     def tagged(self, items):
         """A list of tags, each with a function that writes its text."""
@@ -519,7 +539,8 @@ class HeaderPage(Page):
         super().__init__(sources, page_name(header), 3, "include/" + file_of(header))
         self.header = header
         self.is_cpp = file_of(header).endswith(".hpp")
-        self.functions = [] if self.is_cpp else members_of(header, "function")
+        functions = [] if self.is_cpp else members_of(header, "function")
+        self.functions = sorted(functions, key=lambda f: f.findtext("name") != self.name)
         self.see_also = {(7, "mdm-common")}
         for include in header.findall("includes"):
             if include.text in sources.pages and include.text != "mdm/api.h":
@@ -564,11 +585,11 @@ class HeaderPage(Page):
     def function(self, function):
         """What a function does; without a description, what it returns."""
         self.heading(function.findtext("name") + "()", level="Ss")
-        begin = len(self.lines)
         self.paragraphs(documentation(function))
-        if len(self.lines) == begin:
+        if not is_described(function):
             self.returned(function)
         self.parameters(function)
+
 
     def returned(self, function):
         for returned in find_documented(function, "simplesect", "return"):
@@ -584,9 +605,9 @@ class HeaderPage(Page):
             self.tagged(items)
 
     def return_values(self):
-        """Functions that return the same stand together."""
+        """Functions that return the same stand together. Some are described by it already."""
         groups = {}
-        for function in self.functions:
+        for function in filter(is_described, self.functions):
             for returned in find_documented(function, "simplesect", "return"):
                 group = groups.setdefault(flat(returned), (returned, []))
                 group[1].append(function.findtext("name"))
@@ -837,8 +858,28 @@ def wire_page(sources):
     return page.written()
 
 
+class OverviewPage(DocumentPage):
+    """README's first sections, and a table of the headers."""
+
+    def cell(self, paragraph):
+        """A header has its page behind it."""
+        for text, macro in self.runs(paragraph):
+            yield text, macro
+            if text in self.sources.pages:
+                yield " (", None
+                yield f"{self.sources.pages[text]} 3", "Xr"
+                yield ")", None
+
+    def files_section(self):
+        self.heading("FILES")
+        text = "The guides as web pages, in Debian's package libmdm-common-doc. Pages name a guide"
+        text += " by its place in the sources, like "
+        guide = [(text, None), ("docs/quirks.md", "Pa"), (".", None)]
+        self.tagged([(f"Pa {GUIDES}", lambda: self.text(guide))])
+
+
 def overview_page(sources):
-    page = DocumentPage(sources, "mdm-common", 7, "README.md and docs/reference.md")
+    page = OverviewPage(sources, "mdm-common", 7, "README.md and docs/reference.md")
     page.name_section([page.name], "the library of a mobile-device-management service")
     readme = sources.markdown("README.md").find("detaileddescription")
     page.heading("DESCRIPTION")
@@ -847,6 +888,7 @@ def overview_page(sources):
     page.sections(chosen)
     page.heading("HEADERS")
     page.sections(sources.markdown("reference.md").find("detaileddescription"))
+    page.files_section()
     page.see_also = {(3, name) for name in sources.pages.values()}
     page.see_also |= {(1, "mdm-msg"), (7, "mdm-wire")}
     page.see_also_section()

@@ -75,11 +75,11 @@ enum {
 /** The priorities that the logger passes to platform_log_vprint(), by the level of the line. */
 enum {
     MDM_PLATFORM_LOG_DEFAULT = 1, /**< Every level above 4 (Q-LOG-6). */
-    MDM_PLATFORM_LOG_DEBUG = 3,
-    MDM_PLATFORM_LOG_INFO = 4,
-    MDM_PLATFORM_LOG_WARN = 5,
-    MDM_PLATFORM_LOG_ERROR = 6,  /**< Level #MDM_LOG_CRITICAL. */
-    MDM_PLATFORM_LOG_SILENT = 8, /**< Level #MDM_LOG_NONE. */
+    MDM_PLATFORM_LOG_DEBUG = 3,   /**< Level #MDM_LOG_DEBUG. */
+    MDM_PLATFORM_LOG_INFO = 4,    /**< Level #MDM_LOG_INFO. */
+    MDM_PLATFORM_LOG_WARN = 5,    /**< Level #MDM_LOG_WARN. */
+    MDM_PLATFORM_LOG_ERROR = 6,   /**< Level #MDM_LOG_CRITICAL. */
+    MDM_PLATFORM_LOG_SILENT = 8,  /**< Level #MDM_LOG_NONE. */
 };
 
 /**
@@ -155,7 +155,7 @@ MDM_API int __mdm_log_print(mdm_log_level_t level, const char *tag, const char *
  * becomes a notice (Q-LOG-7). It ignores @p buffer_id.
  *
  * @param buffer_id  #MDM_PLATFORM_LOG_SYSTEM.
- * @param priority   one of the priorities above.
+ * @param priority   a priority, like #MDM_PLATFORM_LOG_INFO.
  * @param tag        the name of the program or module that logs; "MDM_COMMON" for the library's own
  *                   lines.
  * @param format     the text, as for vprintf(3), valid until the call returns. The text of the
