@@ -88,6 +88,7 @@ do_release() {
     mkdir -p "$output"
     make_tarball "$name" HEAD "$output/$name.tar.xz"
     build_packages "$output/$name.tar.xz" "$arch" "$packages"
+    rm "$packages/source.tar.xz"
     scripts/sbom.py "$version" "$(git log -1 --format=%ct)" "$output/$name.tar.xz" \
         "$packages"/*.buildinfo "$packages"/*.deb >"$output/$name.spdx.json"
     (cd "$output" && find . -type f -printf '%P\n' | LC_ALL=C sort | xargs sha256sum) >build/sums
